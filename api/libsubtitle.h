@@ -1,0 +1,218 @@
+/**
+ * @file libsubtitle.h
+ * Burns subtitles into decoded video frames.
+ *
+ * A host makes one handle per video stream, names a subtitle file, tells the presentation time of each frame and hands
+ * the frame over; the subtitle due at that time comes back drawn into the frame's pixels.
+ *
+ * Calling order
+ *  1. CreateVideoSubtitle() with the size of the frames to come.
+ *  2. Any setter, at any time; each takes effect at the next processed frame.
+ *  3. SetSubtitleFile(); again later to change the file.
+ *  4. For each frame SetSubtitleTimeStamp(), then ProcessSubtitleFrame().
+ *  5. DestroyVideoSubtitle().
+ *
+ * A host in twenty lines
+ * @code
+ *     #include <libsubtitle.h>
+ *     #include <stdio.h>
+ *
+ *     // Reads raw RGB24 frames of 640x360 at 25 per second from stdin, writes them with their subtitles to stdout.
+ *     int main(int argc, char **argv)
+ *     {
+ *         static uint8_t pixels[640 * 360 * 3];
+ *         AVPicture frame = { { pixels }, { 640 * 3 } };
+ *         void *subtitle = CreateVideoSubtitle(640, 360);
+ *         int status = argc > 1 ? SetSubtitleFile(subtitle, argv[1], 0) : -1;
+ *
+ *         for (long n = 0; status == 0 && fread(pixels, sizeof(pixels), 1, stdin) == 1; ++n) {
+ *             SetSubtitleTimeStamp(subtitle, n * 1000 / 25);
+ *             ProcessSubtitleFrame(subtitle, &frame);
+ *             fwrite(pixels, sizeof(pixels), 1, stdout);
+ *         }
+ *         DestroyVideoSubtitle(subtitle);
+ *         return status == 0 ? 0 : 1;
+ *     }
+ * @endcode
+ *
+ * Results
+ *  Functions that return int return 0 for "done" and -1 for "refused"; SetSubtitlePos() and SetSubtitleFontColor() also
+ *  return -1 when the value was set already, which is no error. No function throws and none writes to standard output
+ *  or standard error.
+ *
+ * Handles
+ *  Except in DestroyVideoSubtitle(), a handle is not checked: it must come from CreateVideoSubtitle() and not have been
+ *  destroyed. Handles are independent of each other.
+ *
+ * Threads
+ *  Creating and destroying handles must happen on one thread at a time in the whole process, and not while another
+ *  thread is inside any other function of this library. Different handles may be used on different threads at once. One
+ *  handle may be used from several threads with SetSubtitleFile(), SetSubtitleTimeStamp(), SetSubtitleFontColor(),
+ *  SetSubtitleAlpah(), SetSubtitlePos() and ProcessSubtitleFrame(): they wait for each other. SetSubtitleFontParam(),
+ *  SetSubtitleOutlineColor() and TextToBmp() do not wait, so no other thread may use the same handle meanwhile.
+ *
+ * Process-wide effects
+ *  While at least one handle lives, the library keeps a Qt application object alive; it makes one only when the host
+ *  has none. A host that wants its own QCoreApplication or QGuiApplication makes it before its first handle, or after
+ *  its last handle went, and keeps it as long as a handle lives. No display is needed. The first application object of
+ *  a process sets LC_CTYPE from the environment; every other locale category is left as the host has it.
+ */
+#ifndef LIBSUBTITLE_H
+#define LIBSUBTITLE_H
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#if !defined(LIBAVCODEC_VERSION_MAJOR) || LIBAVCODEC_VERSION_MAJOR >= 59
+/**
+ * A picture: pointers to its planes and the bytes from one row to the next in each.
+ *
+ * FFmpeg removed its own AVPicture with libavcodec 59; this is the same record. It has the layout of the first two
+ * members of FFmpeg's AVFrame, so a host that decodes into an AVFrame of format AV_PIX_FMT_RGB24 passes that as it is:
+ * @code
+ *     ProcessSubtitleFrame(subtitle, (AVPicture *)avframe);
+ * @endcode
+ * A host that builds against an older FFmpeg includes <libavcodec/avcodec.h> before this header.
+ */
+typedef struct AVPicture {
+    uint8_t *data[8];
+    int linesize[8];
+} AVPicture;
+#endif
+
+/** Bits of the style argument of SetSubtitleFontParam(). */
+enum { SUBTITLE_STYLE_BOLD = 1, SUBTITLE_STYLE_ITALIC = 2 };
+
+/**
+ * Makes a renderer for frames of one size.
+ *
+ * It starts with the default font at a pixel size of height / 14 (below a height of 14: the default font's own size),
+ * white text, a near-black outline (10, 10, 10), opacity 255 and a vertical position of 85 percent.
+ *
+ * @param width   frame width in pixels, 1 or more.
+ * @param height  frame height in pixels, 1 or more.
+ * @return the handle, never null; the host owns it until DestroyVideoSubtitle(). With a width or height below 1 the
+ *         handle has no font: it draws nothing, SetSubtitleFontParam() and TextToBmp() return -1 on it.
+ */
+void *CreateVideoSubtitle(int width, int height);
+
+/**
+ * Frees a renderer and all it owns. The handle is invalid afterwards.
+ *
+ * @param handle  the renderer; null does nothing.
+ */
+void DestroyVideoSubtitle(void *handle);
+
+/**
+ * Opens a subtitle file and reads it whole; nothing of it stays open. The renderer's earlier file is closed first, and
+ * stays closed when the new one is refused. The text on display stays until the next SetSubtitleTimeStamp().
+ *
+ * The name's extension, in either case, tells the format: "srt" is read as SubRip text. A text file that starts with a
+ * byte-order mark is read as UTF-8 or UTF-16, any other in the 8-bit encoding of the locale. A text file that is
+ * missing or cannot be read counts as one without subtitles, not as a failure.
+ *
+ * @param path   the file's name in the encoding of the locale; null or "" is refused.
+ * @param track  number of the subtitle track, from 0; text files have one track and ignore it.
+ * @return 0 when the file was opened, -1 when it was refused.
+ */
+int SetSubtitleFile(void *handle, const char *path, int track);
+
+/**
+ * Sets the presentation time of the frame that ProcessSubtitleFrame() gets next, and looks up the subtitle due then.
+ * Times may come in any order. A subtitle is due from its start to its end, both included; where several are due, the
+ * first in the file is shown alone. At time 0 none is ever due.
+ *
+ * @param ms  time in milliseconds, 0 or more.
+ * @return 0, or -1 for a negative time, which changes nothing.
+ */
+int SetSubtitleTimeStamp(void *handle, long ms);
+
+/**
+ * Draws the due subtitle into a frame; without one the frame is not touched.
+ *
+ * @param frame  packed RGB, 3 bytes a pixel with red first (FFmpeg's AV_PIX_FMT_RGB24), of the size given to
+ *               CreateVideoSubtitle(). Only data[0], which points to the top row, and linesize[0] are used; linesize[0]
+ *               is in bytes, at least 3 * width (padding between rows is never written), or negative when rows lie
+ *               bottom up in memory. The host keeps the frame; no pointer to it is kept. A null frame or a null data[0]
+ *               does nothing.
+ * @return always 0.
+ */
+int ProcessSubtitleFrame(void *handle, AVPicture *frame);
+
+/**
+ * Sets the opacity of the subtitle as a whole. It weighs in twice: a pixel of the subtitle covers the frame by about
+ * (alpha / 255) squared. Below 255, the frame's first and third byte change places under the subtitle.
+ *
+ * @param alpha  0 (nothing is drawn) to 255 (opaque); only the low 8 bits are used.
+ * @return always 0.
+ */
+int SetSubtitleAlpah(void *handle, int alpha);
+
+/**
+ * Sets the vertical position of the subtitle's centre line.
+ *
+ * @param percent  of the frame height from the top, 0 to 100; values outside are clamped.
+ * @return 0 when the position changed, -1 when it was set already.
+ */
+int SetSubtitlePos(void *handle, int percent);
+
+/**
+ * Sets the font of text subtitles: all of family, size, weight and slant. What the family lacks is taken from other
+ * installed fonts.
+ *
+ * @param family     name in the encoding of the locale; a missing family is substituted. Null keeps the family.
+ * @param pointSize  size in points at 96 dots per inch (72 points are 96 pixels of the frame), 1 or more; below that
+ *                   the size stays as it is.
+ * @param style      SUBTITLE_STYLE_BOLD, SUBTITLE_STYLE_ITALIC, both (3) or 0; other bits are ignored.
+ * @return 0, or -1 on a handle without a font.
+ */
+int SetSubtitleFontParam(void *handle, const char *family, int pointSize, int style);
+
+/**
+ * Sets the colour of text subtitles. Black is stored as (0, 0, 1).
+ *
+ * @param r, g, b  components 0 to 255; only the low 8 bits of each are used.
+ * @return 0 when the colour changed, -1 when it was set already.
+ */
+int SetSubtitleFontColor(void *handle, int r, int g, int b);
+
+/**
+ * Sets the colour of the 2-pixel outline of text subtitles. Pure black (0, 0, 0) makes the outline disappear from
+ * frames; (1, 1, 1) is the darkest that shows.
+ *
+ * @param r, g, b  components 0 to 255; only the low 8 bits of each are used.
+ * @return always 0.
+ */
+int SetSubtitleOutlineColor(void *handle, int r, int g, int b);
+
+/**
+ * Renders any text with the handle's font and colours into a paletted bitmap. The subtitle on display is replaced by
+ * this text until it next changes.
+ *
+ * On return
+ *  - out->data[0] holds rect[2] * rect[3] bytes, rows from the top: index 1 where the text's pixels have the text
+ *    colour, 2 elsewhere (outline and background alike), 0 only for pixels of pure black;
+ *  - out->linesize[0] is rect[2];
+ *  - out->data[1] holds 256 palette words of 32 bits, alpha << 24 | Y << 16 | U << 8 | V (ITU-R BT.601, limited range,
+ *    8-bit integer form, with red and blue exchanged), entries 1 and 2 set with the handle's opacity as alpha, all
+ *    others 0;
+ *  - rect holds the left column, the top row in the frame (it may be negative), the width and the height, in pixels.
+ *
+ * The host owns both buffers and frees them with FFmpeg's av_free() or av_freep(), or passes out again: what data[0]
+ * and data[1] point to is freed first. They must therefore be null before the first call. The other members of out are
+ * not touched.
+ *
+ * @param text  UTF-8, lines separated by "\n"; null counts as "".
+ * @return 0; -1, with nothing changed, when out or rect is null or the handle has no font; -1, with data[0] and data[1]
+ *         null, when there is no memory for the bitmap.
+ */
+int TextToBmp(void *handle, const char *text, AVPicture *out, int *rect);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

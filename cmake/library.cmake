@@ -1,0 +1,43 @@
+# The library itself. Its sources are compiled once: into libsubtitle.so, and into a static library through which the
+# tests reach what the shared one hides.
+add_library(subtitle_objects OBJECT
+  api/libsubtitle.cpp
+  parsers/iparser.cpp
+  parsers/parsermanager.cpp
+  parsers/srtparser.cpp
+  render/compositor.cpp
+  render/fonthost.cpp
+  render/fontintegration.cpp
+  render/qtruntime.cpp
+  render/textbitmap.cpp
+  render/textpainter.cpp
+  render/videosubtitle.cpp
+  textio/textreader.cpp)
+target_include_directories(subtitle_objects PUBLIC ${PROJECT_SOURCE_DIR})
+# Qt's private headers are not clean under every warning of ours.
+target_include_directories(subtitle_objects SYSTEM PRIVATE ${Qt5Gui_PRIVATE_INCLUDE_DIRS})
+target_compile_definitions(subtitle_objects PUBLIC QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
+target_link_libraries(subtitle_objects
+  PUBLIC Qt5::Core Qt5::Gui PkgConfig::FFMPEG
+  PRIVATE Qt5::FontDatabaseSupportPrivate)
+
+set(exports ${PROJECT_SOURCE_DIR}/api/libsubtitle.map)
+add_library(subtitle SHARED)
+target_link_libraries(subtitle PRIVATE subtitle_objects)
+target_include_directories(subtitle INTERFACE ${PROJECT_SOURCE_DIR}/api)
+set_target_properties(subtitle PROPERTIES
+  VERSION ${PROJECT_VERSION}
+  SOVERSION ${PROJECT_VERSION_MAJOR}
+  LINK_DEPENDS ${exports})
+# nodelete: Qt does not survive being unloaded, so a host's dlclose() must leave it where it is.
+target_link_options(subtitle PRIVATE
+  LINKER:--version-script=${exports} LINKER:-z,nodelete LINKER:-z,relro LINKER:-z,now LINKER:--as-needed)
+if(NOT SUBTITLE_SANITIZE)
+  target_link_options(subtitle PRIVATE LINKER:--no-undefined)
+endif()
+
+add_library(subtitle_static STATIC)
+target_link_libraries(subtitle_static PUBLIC subtitle_objects)
+
+install(TARGETS subtitle LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(FILES api/libsubtitle.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})

@@ -1,0 +1,15 @@
+#include "parsers/iparser.h"
+
+IParser::~IParser() = default;
+
+bool IParser::IsTextSub()
+{
+    return true;
+}
+
+void IParser::SetVideoSize(int /*width*/, int /*height*/) {}
+
+QImage IParser::TextToImage(const QString & /*key*/, QRect & /*rect*/)
+{
+    return {};
+}

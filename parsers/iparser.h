@@ -1,0 +1,42 @@
+#pragma once
+
+#include <QImage>
+#include <QRect>
+#include <QString>
+
+/**
+ * A subtitle file in some format: read whole by Open(), then asked what is due at a time and, where the subtitles are
+ * pictures, what they look like. Used by one thread at a time.
+ */
+class IParser
+{
+public:
+    virtual ~IParser();
+
+    /** Whether GetSubtitle() returns text to draw; otherwise it returns a key for TextToImage(). */
+    virtual bool IsTextSub();
+
+    /**
+     * Reads the whole file. Called once, right after construction.
+     * @param track  number of the subtitle track, from 0; text formats ignore it.
+     * @return non-zero on success.
+     */
+    virtual int Open(const QString &path, int track) = 0;
+
+    /**
+     * @param ms  presentation time in milliseconds.
+     * @return what is due: text with lines separated by "\n", or a key; empty when nothing is due. Equal strings mean
+     *         the same subtitle.
+     */
+    virtual QString GetSubtitle(long ms) = 0;
+
+    /** Tells the size of the frames in pixels, once after a successful Open(). */
+    virtual void SetVideoSize(int width, int height);
+
+    /**
+     * The picture for a key, as wide as a frame, 4 bytes a pixel in memory order blue, green, red, alpha.
+     * @param rect  set to the rows that hold the subtitle; left alone when there is no picture.
+     * @return a null image when there is no picture.
+     */
+    virtual QImage TextToImage(const QString &key, QRect &rect);
+};

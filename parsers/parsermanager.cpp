@@ -1,0 +1,61 @@
+#include "parsers/parsermanager.h"
+
+#include "parsers/srtparser.h"
+
+namespace
+{
+
+/** What follows the last '.' of the whole path, folder names included, unless that is its first character. */
+QString Extension(const QString &path)
+{
+    const int dot = path.lastIndexOf(QLatin1Char('.'));
+    return dot > 0 ? path.mid(dot + 1).toLower() : QString();
+}
+
+/** A parser for files of that extension; null where none reads them. */
+IParser *CreateParser(const QString &extension)
+{
+    if (extension == QLatin1String("srt"))
+        return new SrtParser;
+    return nullptr;
+}
+
+} // namespace
+
+ParserManager::ParserManager() = default;
+
+ParserManager::~ParserManager()
+{
+    delete m_pParser;
+}
+
+int ParserManager::Open(const QString &path, int track)
+{
+    delete m_pParser;
+    m_pParser = nullptr;
+    if (path.isEmpty())
+        return 0;
+    m_pParser = CreateParser(Extension(path));
+    return m_pParser ? m_pParser->Open(path, track) : 0;
+}
+
+QString ParserManager::GetSubtitle(long ms)
+{
+    return m_pParser ? m_pParser->GetSubtitle(ms) : QString();
+}
+
+bool ParserManager::IsTextSub()
+{
+    return m_pParser ? m_pParser->IsTextSub() : true;
+}
+
+void ParserManager::SetVideoSize(int w, int h)
+{
+    if (m_pParser)
+        m_pParser->SetVideoSize(w, h);
+}
+
+QImage ParserManager::TextToImage(const QString &key, QRect &rect)
+{
+    return m_pParser ? m_pParser->TextToImage(key, rect) : QImage();
+}

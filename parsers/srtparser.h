@@ -1,0 +1,35 @@
+#pragma once
+
+#include "parsers/iparser.h"
+
+#include <QList>
+
+/** One cue; times in milliseconds. */
+struct SrtSubtitleItem {
+    int nStart = 0;
+    int nEnd = 0;
+    QString strText; ///< lines joined by "\n"
+};
+
+/**
+ * SubRip text. Text is kept as it is written, markup included.
+ */
+class SrtParser : public IParser
+{
+public:
+    /** Never fails: a file that cannot be read has no cues. */
+    int Open(const QString &path, int track) override;
+    QString GetSubtitle(long ms) override;
+
+private:
+    QList<SrtSubtitleItem> m_listItems; ///< in file order
+};
+
+/**
+ * Reads a time stamp hh:mm:ss,mmm; a full stop may stand for the comma, the seconds may have any number of decimals.
+ * The product with 1000 is truncated, which makes some stamps a millisecond short; hosts depend on that.
+ *
+ * @return milliseconds; 0 with fewer than two colons, and a field that is no number counts as 0. Hours and minutes wrap
+ *         round at 32 bits of seconds; a time beyond 32 bits of milliseconds is the smallest int.
+ */
+int ParseTime(const QString &text);

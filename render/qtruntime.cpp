@@ -1,0 +1,109 @@
+#include "render/qtruntime.h"
+
+#include "render/fonthost.h"
+#include "render/fontintegration.h"
+
+#include <QCoreApplication>
+#include <QMutex>
+#include <QtGui/private/qguiapplication_p.h>
+#include <array>
+#include <clocale>
+#include <string>
+
+QCoreApplication *qtApp = nullptr;
+
+namespace
+{
+
+/** Null where the host's own QGuiApplication does their work. */
+FontHost *fontHost = nullptr;
+QPlatformIntegration *fontIntegration = nullptr;
+
+/**
+ * Gives the process its locale back. An application object takes over the whole locale of the environment; a host must
+ * not find a decimal comma in its printf(). LC_CTYPE stays, it names the encoding of unmarked text files.
+ */
+class LocaleKeeper
+{
+public:
+    LocaleKeeper()
+    {
+        for (std::size_t i = 0; i < Categories.size(); ++i) {
+            if (const char *name = std::setlocale(Categories[i], nullptr))
+                m_names[i] = name;
+        }
+    }
+    ~LocaleKeeper()
+    {
+        for (std::size_t i = 0; i < Categories.size(); ++i)
+            std::setlocale(Categories[i], m_names[i].c_str());
+    }
+    LocaleKeeper(const LocaleKeeper &) = delete;
+    LocaleKeeper &operator=(const LocaleKeeper &) = delete;
+
+private:
+    static constexpr std::array Categories = {
+        LC_COLLATE, LC_MONETARY, LC_NUMERIC, LC_TIME,      LC_MESSAGES,
+#ifdef LC_PAPER
+        LC_PAPER,   LC_NAME,     LC_ADDRESS, LC_TELEPHONE, LC_MEASUREMENT, LC_IDENTIFICATION,
+#endif
+    };
+    std::array<std::string, Categories.size()> m_names;
+};
+
+void DropMessage(QtMsgType /*type*/, const QMessageLogContext & /*context*/, const QString & /*text*/) {}
+
+/** Qt warns where the application object is not made on the first thread that used Qt; here every thread may. */
+QCoreApplication *CreateApplication()
+{
+    const LocaleKeeper keeper;
+    const QtMessageHandler handler = qInstallMessageHandler(DropMessage);
+    // Qt keeps referring to the arguments.
+    static int argumentCount = 1;
+    static char name[] = "dummy.exe";
+    static char *arguments[] = {name, nullptr};
+    auto *application = new QCoreApplication(argumentCount, arguments);
+    qInstallMessageHandler(handler);
+    return application;
+}
+
+void RemoveFonts()
+{
+    // A GUI application that the host made meanwhile has taken these places over, and keeps them.
+    if (fontHost && fontHost->IsInstalled() && QGuiApplicationPrivate::platformIntegration() == fontIntegration) {
+        // With the marks that this leaves behind, a QCoreApplication of the host's would deliver no event any more.
+        const bool closing = QCoreApplicationPrivate::is_app_closing;
+        const bool running = QCoreApplicationPrivate::is_app_running;
+        delete fontHost;
+        QCoreApplicationPrivate::is_app_closing = closing;
+        QCoreApplicationPrivate::is_app_running = running;
+    }
+    fontHost = nullptr;
+    fontIntegration = nullptr;
+}
+
+} // namespace
+
+void EnsureFonts()
+{
+    static QMutex mutex;
+    const QMutexLocker locker(&mutex);
+    if (!QGuiApplicationPrivate::platformIntegration()) {
+        fontIntegration = new FontIntegration;
+        QGuiApplicationPrivate::platform_integration = fontIntegration;
+    }
+    if (!QGuiApplicationPrivate::instance())
+        fontHost = new FontHost;
+}
+
+void InitQt()
+{
+    qtApp = QCoreApplication::instance() ? nullptr : CreateApplication();
+    EnsureFonts();
+}
+
+void UnInitQt()
+{
+    RemoveFonts();
+    delete qtApp;
+}

@@ -1,0 +1,217 @@
+#include "render/videosubtitle.h"
+
+#include "render/qtruntime.h"
+#include "render/textbitmap.h"
+#include "render/textpainter.h"
+
+#include <QFontMetrics>
+#include <algorithm>
+
+namespace
+{
+
+int PercentOf(int whole, int percent)
+{
+    return static_cast<int>(static_cast<qint64>(whole) * percent / 100);
+}
+
+/** Frame row of an image's row 0. */
+int FrameOffset(int height, int percent, int anchorOffset)
+{
+    return PercentOf(height, percent) - anchorOffset;
+}
+
+/** Loads fonts now, so that the stall does not fall into the first frame with text. */
+void LoadFont(const QFont &font)
+{
+    EnsureFonts();
+    QFontMetrics(font).horizontalAdvance(QLatin1Char('x'));
+}
+
+} // namespace
+
+int VideoSubtitle::ms_nInstanceCount = 0;
+
+VideoSubtitle::VideoSubtitle()
+{
+    if (ms_nInstanceCount == 0)
+        InitQt();
+    ++ms_nInstanceCount;
+}
+
+VideoSubtitle::~VideoSubtitle()
+{
+    --ms_nInstanceCount;
+    if (ms_nInstanceCount == 0)
+        UnInitQt();
+    delete m_pFont;
+    delete m_pImage;
+}
+
+void VideoSubtitle::CreateVideoSubtitle(int width, int height)
+{
+    if (width <= 0 || height <= 0)
+        return;
+    m_nAlpha = 255;
+    delete m_pFont;
+    m_pFont = new QFont;
+    delete m_pImage;
+    m_pImage = new QImage;
+    // Qt refuses a size of 0 with a warning and keeps the font's own.
+    if (const int pixelSize = height / 14; pixelSize > 0)
+        m_pFont->setPixelSize(pixelSize);
+    m_nFontColor = 0xFFFFFFFF;
+    m_nOutlineColor = 0xFF0A0A0A;
+    m_nVideoHeight = height;
+    m_bOutline = 1;
+    m_nLogoPos = 85;
+    m_nVideoWidth = width;
+}
+
+int VideoSubtitle::SetFontParam(const char *family, int pointSize, int style)
+{
+    if (!m_pFont)
+        return -1;
+    if (family)
+        m_pFont->setFamily(QString::fromLocal8Bit(family));
+    if (pointSize > 0)
+        m_pFont->setPointSize(pointSize);
+    m_pFont->setWeight((style & SUBTITLE_STYLE_BOLD) != 0 ? QFont::Bold : QFont::Normal);
+    m_pFont->setStyle((style & SUBTITLE_STYLE_ITALIC) != 0 ? QFont::StyleItalic : QFont::StyleNormal);
+    m_bDirty = 1;
+    LoadFont(*m_pFont);
+    return 0;
+}
+
+int VideoSubtitle::SetSubFontColor(uchar r, uchar g, uchar b)
+{
+    const QMutexLocker locker(&m_mutex);
+    // Opaque black marks pixels that are not drawn, so no text is ever black: this is meant.
+    if (r == 0 && g == 0 && b == 0)
+        b = 1;
+    const quint32 color = qRgb(r, g, b);
+    if (color == m_nFontColor)
+        return -1;
+    m_nFontColor = color;
+    m_bDirty = 1;
+    return 0;
+}
+
+int VideoSubtitle::SetSubOutlineColor(int /*enable*/, uchar r, uchar g, uchar b)
+{
+    m_bDirty = 1;
+    m_nOutlineColor = qRgb(r, g, b);
+    return 0;
+}
+
+int VideoSubtitle::SetAlpah(uchar alpha)
+{
+    const QMutexLocker locker(&m_mutex);
+    m_nAlpha = alpha;
+    return 0;
+}
+
+int VideoSubtitle::SetLogoPos(int percent)
+{
+    const QMutexLocker locker(&m_mutex);
+    const int position = std::clamp(percent, 0, 100);
+    if (position == m_nLogoPos)
+        return -1;
+    m_nLogoPos = position;
+    return 0;
+}
+
+int VideoSubtitle::SetSubtitleFile(const char *path, int track)
+{
+    const QMutexLocker locker(&m_mutex);
+    int result = -1;
+    if (path && *path && m_parserManager.Open(QString::fromLocal8Bit(path), track)) {
+        m_parserManager.SetVideoSize(m_nVideoWidth, m_nVideoHeight);
+        result = 0;
+        if (m_pFont)
+            LoadFont(*m_pFont);
+    }
+    m_bDirty = 1;
+    m_nAnchorOffset = PercentOf(m_nVideoHeight, 85);
+    return result;
+}
+
+int VideoSubtitle::SetTimeStamp(long ms)
+{
+    const QMutexLocker locker(&m_mutex);
+    if (ms < 0)
+        return -1;
+    const QString subtitle = m_parserManager.GetSubtitle(ms);
+    if (subtitle != m_strSubtitle) {
+        m_strSubtitle = subtitle;
+        m_bDirty = 1;
+    }
+    return 0;
+}
+
+int VideoSubtitle::ProcessFrame(AVPicture *frame)
+{
+    const QMutexLocker locker(&m_mutex);
+    if (!m_strSubtitle.isEmpty() && m_pImage && frame)
+        DrawSubSurface(frame);
+    return 0;
+}
+
+int VideoSubtitle::DrawSubSurface(AVPicture *frame)
+{
+    if (m_bDirty) {
+        if (m_parserManager.IsTextSub()) {
+            TextToBmp(m_strSubtitle);
+        } else {
+            QRect rect;
+            *m_pImage = m_parserManager.TextToImage(m_strSubtitle, rect);
+            m_nSubX = 0;
+            m_nSubY = rect.top();
+            m_nSubWidth = m_pImage->width();
+            m_nSubHeight = rect.height();
+        }
+        m_bDirty = 0;
+    }
+    ProcessWatermarkFrame(frame);
+    return 0;
+}
+
+void VideoSubtitle::ProcessWatermarkFrame(AVPicture *frame)
+{
+    if (!frame->data[0])
+        return;
+    m_compositor.SetImage(*m_pImage, QRect(m_nSubX, m_nSubY, m_nSubWidth, m_nSubHeight), m_nVideoWidth, m_nVideoHeight);
+    m_compositor.Blend(frame->data[0], frame->linesize[0],
+                       {FrameOffset(m_nVideoHeight, m_nLogoPos, m_nAnchorOffset), m_nAlpha});
+}
+
+void VideoSubtitle::TextToBmp(const QString &text)
+{
+    if (!m_pFont)
+        return;
+    EnsureFonts();
+    const TextImage painted =
+        PaintText({*m_pFont, m_nFontColor, m_nOutlineColor, m_bOutline != 0}, m_nVideoWidth, m_nVideoHeight, text);
+    m_nAnchorOffset = painted.nTextHeight / 2;
+    m_nSubX = painted.rcText.left();
+    m_nSubY = painted.rcText.top();
+    m_nSubWidth = painted.rcText.width();
+    m_nSubHeight = painted.rcText.height();
+    *m_pImage = painted.image;
+}
+
+int VideoSubtitle::TextToBmp(const char *utf8, AVPicture *out, int *rect)
+{
+    if (!m_pFont || !out || !rect)
+        return -1;
+    TextToBmp(QString::fromUtf8(utf8));
+
+    const QRect rcText(m_nSubX, m_nSubY, m_nSubWidth, m_nSubHeight);
+    if (!CreateTextBitmap(*out, *m_pImage, rcText, {m_nFontColor, m_nOutlineColor, m_nAlpha}))
+        return -1;
+    rect[0] = m_nSubX;
+    rect[1] = FrameOffset(m_nVideoHeight, m_nLogoPos, m_nAnchorOffset);
+    rect[2] = m_nSubWidth;
+    rect[3] = m_nSubHeight;
+    return 0;
+}
