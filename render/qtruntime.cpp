@@ -51,20 +51,33 @@ private:
     std::array<std::string, Categories.size()> m_names;
 };
 
-void DropMessage(QtMsgType /*type*/, const QMessageLogContext & /*context*/, const QString & /*text*/) {}
+/**
+ * Silences Qt, which warns where an application object is not made on the first thread that used Qt; here every thread
+ * may be the one.
+ */
+class MessageSilencer
+{
+public:
+    MessageSilencer() : m_pBefore(qInstallMessageHandler(Drop)) {}
+    ~MessageSilencer() { qInstallMessageHandler(m_pBefore); }
+    MessageSilencer(const MessageSilencer &) = delete;
+    MessageSilencer &operator=(const MessageSilencer &) = delete;
 
-/** Qt warns where the application object is not made on the first thread that used Qt; here every thread may. */
+private:
+    static void Drop(QtMsgType /*type*/, const QMessageLogContext & /*context*/, const QString & /*text*/) {}
+
+    QtMessageHandler m_pBefore;
+};
+
 QCoreApplication *CreateApplication()
 {
-    const LocaleKeeper keeper;
-    const QtMessageHandler handler = qInstallMessageHandler(DropMessage);
     // Qt keeps referring to the arguments.
     static int argumentCount = 1;
     static char name[] = "dummy.exe";
     static char *arguments[] = {name, nullptr};
-    auto *application = new QCoreApplication(argumentCount, arguments);
-    qInstallMessageHandler(handler);
-    return application;
+    const LocaleKeeper keeper;
+    const MessageSilencer silencer;
+    return new QCoreApplication(argumentCount, arguments);
 }
 
 void RemoveFonts()
@@ -92,8 +105,10 @@ void EnsureFonts()
         fontIntegration = new FontIntegration;
         QGuiApplicationPrivate::platform_integration = fontIntegration;
     }
-    if (!QGuiApplicationPrivate::instance())
+    if (!QGuiApplicationPrivate::instance()) {
+        const MessageSilencer silencer;
         fontHost = new FontHost;
+    }
 }
 
 void InitQt()

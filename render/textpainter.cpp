@@ -2,6 +2,7 @@
 
 #include <QFontMetrics>
 #include <QPainter>
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <optional>
@@ -44,6 +45,12 @@ void PreparePainter(QPainter &painter, const QFont &font)
     painter.setFont(aliased);
 }
 
+/** In pixels of a canvas. */
+double PixelSize(const QFont &font)
+{
+    return font.pixelSize() > 0 ? font.pixelSize() : font.pointSizeF() * 96 / 72;
+}
+
 QRect MeasureText(const QFont &font, int width, int height, const QString &text)
 {
     QImage canvas = CreateCanvas(1, 1);
@@ -77,45 +84,82 @@ struct InkMask {
     const std::uint8_t *Row(int row) const { return listInk.data() + static_cast<std::size_t>(row) * nStride; }
 };
 
-/**
- * Draws text once. No result where that is not enough to know what the single draws give: glyphs with colours of their
- * own, ink below the rows asked for, and ink so close to the left or upper edge that the outline's draws would place it
- * at negative coordinates, where Qt rounds differently.
- */
-std::optional<InkMask> DrawInkMask(const TextStyle &style, int width, int rows, int checkedRows, const QRect &box,
-                                   const QString &text)
+QImage DrawOnce(const TextStyle &style, const QSize &size, const QRect &box, const QString &text)
 {
-    const QImage canvas = [&] {
-        QImage image = CreateCanvas(width + 2 * OutlineRadius, rows + 2 * OutlineRadius);
-        QPainter painter(&image);
-        PreparePainter(painter, style.font);
-        painter.setPen(QColor(style.nOutlineColor));
-        painter.drawText(box.translated(OutlineRadius, OutlineRadius), DrawFlags, text);
-        return image;
-    }();
-    constexpr int EdgeDistance = 2 * OutlineRadius + 1;
+    QImage canvas = CreateCanvas(size.width(), size.height());
+    QPainter painter(&canvas);
+    PreparePainter(painter, style.font);
+    painter.setPen(QColor(style.nOutlineColor));
+    painter.drawText(box, DrawFlags, text);
+    return canvas;
+}
 
+/** Whether two canvases hold the same ink, the second being drawn that much further up and to the left. */
+bool IsSameInk(const QImage &canvas, const QImage &moved, int distance)
+{
+    for (int y = 0; y < moved.height(); ++y) {
+        const auto *pixels = reinterpret_cast<const QRgb *>(canvas.constScanLine(y + distance)) + distance;
+        const auto *movedPixels = reinterpret_cast<const QRgb *>(moved.constScanLine(y));
+        if (!std::equal(movedPixels, movedPixels + moved.width(), pixels))
+            return false;
+    }
+    return true;
+}
+
+/** Reads a canvas with a margin; no result where it holds other colours than the pen's, as glyphs may bring along. */
+std::optional<InkMask> ReadInk(const QImage &canvas, QRgb pen)
+{
     InkMask mask = {canvas.width(), canvas.height(), {}, std::vector<bool>(canvas.height())};
     mask.listInk.resize(static_cast<std::size_t>(mask.nStride) * mask.nRows);
-    const QRgb pen = style.nOutlineColor;
     for (int y = 0; y < mask.nRows; ++y) {
         const auto *pixels = reinterpret_cast<const QRgb *>(canvas.constScanLine(y));
         std::uint8_t *ink = mask.listInk.data() + static_cast<std::size_t>(y) * mask.nStride;
         unsigned anyInk = 0;
         unsigned anyOther = 0;
-        unsigned anyAtEdge = 0;
         for (int x = 0; x < mask.nStride; ++x) {
             ink[x] = pixels[x] == pen;
             anyInk |= ink[x];
             anyOther |= static_cast<unsigned>(pixels[x] != 0) ^ ink[x];
         }
-        for (int x = 0; x < EdgeDistance && x < mask.nStride; ++x)
-            anyAtEdge |= ink[x];
-        if (anyInk && (y < EdgeDistance || y >= checkedRows))
-            anyAtEdge = 1;
-        if (anyOther || anyAtEdge)
+        if (anyOther)
             return std::nullopt;
         mask.listRowHasInk[y] = anyInk != 0;
+    }
+    return mask;
+}
+
+/**
+ * Draws text so that it need not be drawn once for each place of the outline. No result where that is not enough to
+ * know what the single draws give, pixel for pixel:
+ *  - glyphs of that size are drawn as paths, whose points are rounded differently from place to place;
+ *  - glyphs bring colours of their own;
+ *  - lines begin so far left that the single draws place them at negative coordinates, which Qt rounds differently;
+ *  - ink reaches so far below the text that some may lie even further below.
+ */
+std::optional<InkMask> DrawInk(const TextStyle &style, const QSize &frame, const QRect &box, const QString &text)
+{
+    constexpr int PathSize = 64; // from this pixel size on
+    const QFontMetrics metrics(style.font);
+    if (PixelSize(style.font) >= PathSize)
+        return std::nullopt;
+
+    const int room = 2 * metrics.height();
+    const int rows = std::min(frame.height(), box.height() + room);
+    const QSize withMargin(frame.width() + 2 * OutlineRadius, rows + 2 * OutlineRadius);
+    const QImage canvas = DrawOnce(style, withMargin, box.translated(OutlineRadius, OutlineRadius), text);
+    const QImage moved = DrawOnce(style, {frame.width(), rows}, box.translated(-OutlineRadius, -OutlineRadius), text);
+    if (!IsSameInk(canvas, moved, 2 * OutlineRadius))
+        return std::nullopt;
+
+    std::optional<InkMask> mask = ReadInk(canvas, style.nOutlineColor);
+    if (!mask)
+        return std::nullopt;
+    for (int y = 0; y < mask->nRows; ++y) {
+        const bool tooLow = rows < frame.height() && y >= box.height() + room / 2;
+        const bool tooFarLeft =
+            std::any_of(mask->Row(y), mask->Row(y) + 2 * OutlineRadius, [](auto ink) { return ink; });
+        if (mask->listRowHasInk[y] && (tooLow || tooFarLeft))
+            return std::nullopt;
     }
     return mask;
 }
@@ -131,7 +175,7 @@ void AddNeighbours(std::uint8_t *spread, const std::uint8_t *ink, int width)
 }
 
 /** Paints what the single draws give: text colour where there is ink, outline colour within reach of it. */
-void PaintFromMask(QImage &canvas, const TextStyle &style, const InkMask &mask)
+void PaintFromInk(QImage &canvas, const TextStyle &style, const InkMask &mask)
 {
     const int width = canvas.width();
     const int rows = mask.nRows - 2 * OutlineRadius;
@@ -175,16 +219,10 @@ TextImage PaintText(const TextStyle &style, int width, int height, const QString
     if (result.image.isNull())
         return result;
 
-    std::optional<InkMask> mask;
-    if (style.bOutline) {
-        // Glyphs may reach below their line, if rarely; where they reach past half the room left for that, who knows.
-        const int room = 2 * QFontMetrics(style.font).height();
-        const int rows = std::min(height, bounds.height() + room);
-        const int checkedRows = rows < height ? bounds.height() + room / 2 : rows + 2 * OutlineRadius;
-        mask = DrawInkMask(style, width, rows, checkedRows, box, text);
-    }
-    if (mask)
-        PaintFromMask(result.image, style, *mask);
+    const std::optional<InkMask> ink =
+        style.bOutline ? DrawInk(style, {width, height}, box, text) : std::optional<InkMask>();
+    if (ink)
+        PaintFromInk(result.image, style, *ink);
     else
         PaintBySingleDraws(result.image, style, box, text);
     return result;

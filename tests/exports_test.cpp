@@ -1,0 +1,42 @@
+// The dynamic symbols of the shared library are those of exports.txt, nothing more and nothing less.
+#include "support/childprocess.h"
+
+#include <fstream>
+#include <gtest/gtest.h>
+#include <regex>
+#include <set>
+#include <sstream>
+
+namespace
+{
+
+std::set<std::string> ListedSymbols()
+{
+    std::ifstream file(EXPORTS_LIST);
+    std::set<std::string> symbols;
+    for (std::string line; std::getline(file, line);)
+        symbols.insert(line);
+    return symbols;
+}
+
+/** Constructors and destructors, of which there are several each, count once. */
+std::set<std::string> ExportedSymbols()
+{
+    std::istringstream output(RunChild("nm -D -C --defined-only --format=posix " SUBTITLE_LIBRARY).strOutput);
+    const std::regex value(" [A-Za-z] [0-9a-f]+( [0-9a-f]+)?$");
+    std::set<std::string> symbols;
+    for (std::string line; std::getline(output, line);) {
+        const std::string symbol = std::regex_replace(line, value, "");
+        if (symbol.rfind("__odr_asan", 0) != 0)
+            symbols.insert(symbol);
+    }
+    return symbols;
+}
+
+} // namespace
+
+TEST(Exports, AreThoseListed)
+{
+    EXPECT_GT(ListedSymbols().size(), 11U);
+    EXPECT_EQ(ExportedSymbols(), ListedSymbols());
+}

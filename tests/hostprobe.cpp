@@ -1,0 +1,240 @@
+// A host of a given kind, in a process of its own: loads the library, renders, and prints a checksum of the frames.
+// usage: hostprobe LIBRARY KIND TASK
+#include "libsubtitle.h"
+
+#include "support/temporaryfolder.h"
+
+#include <QGuiApplication>
+#include <QPainter>
+#include <QScreen>
+#include <QTimer>
+#include <QtGui/private/qguiapplication_p.h>
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <functional>
+#include <memory>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+constexpr int Width = 640;
+constexpr int Height = 360;
+
+void Expect(bool condition, const char *what)
+{
+    if (condition)
+        return;
+    std::printf("failed: %s\n", what);
+    std::exit(1);
+}
+
+/** The library's functions, found as a host without its header's prototypes at link time finds them. */
+struct Library {
+    explicit Library(const char *path) : pLibrary(dlopen(path, RTLD_NOW | RTLD_LOCAL))
+    {
+        if (!pLibrary)
+            std::printf("%s\n", dlerror());
+        Expect(pLibrary != nullptr, "dlopen");
+        Find(pCreate, "CreateVideoSubtitle");
+        Find(pDestroy, "DestroyVideoSubtitle");
+        Find(pSetFile, "SetSubtitleFile");
+        Find(pSetFont, "SetSubtitleFontParam");
+        Find(pSetTime, "SetSubtitleTimeStamp");
+        Find(pProcess, "ProcessSubtitleFrame");
+    }
+
+    template <typename Function>
+    void Find(Function &function, const char *name) const
+    {
+        function = reinterpret_cast<Function>(dlsym(pLibrary, name));
+        Expect(function != nullptr, name);
+    }
+
+    void *pLibrary;
+    decltype(&CreateVideoSubtitle) pCreate;
+    decltype(&DestroyVideoSubtitle) pDestroy;
+    decltype(&SetSubtitleFile) pSetFile;
+    decltype(&SetSubtitleFontParam) pSetFont;
+    decltype(&SetSubtitleTimeStamp) pSetTime;
+    decltype(&ProcessSubtitleFrame) pProcess;
+};
+
+using Pixels = std::vector<uint8_t>;
+
+Pixels FrameAt(const Library &library, void *subtitle, long ms)
+{
+    Pixels pixels(Width * Height * 3, 90);
+    AVPicture frame = {{pixels.data()}, {Width * 3}};
+    library.pSetTime(subtitle, ms);
+    library.pProcess(subtitle, &frame);
+    return pixels;
+}
+
+/** The number of colours other than the frame's, the text's and the outline's. */
+std::size_t CountOtherColors(const Pixels &pixels)
+{
+    std::set<std::array<uint8_t, 3>> colors;
+    for (std::size_t i = 0; i < pixels.size(); i += 3)
+        colors.insert({pixels[i], pixels[i + 1], pixels[i + 2]});
+    for (const uint8_t grey : {90, 255, 10})
+        colors.erase({grey, grey, grey});
+    return colors.size();
+}
+
+/** Text in several scripts: glyphs differ from one another, so no script shows as empty boxes, and emoji have colours. */
+unsigned RenderScripts(const Library &library)
+{
+    const TemporaryFolder folder;
+    const char *texts[] = {"Hello", "你", "好", "م", "ع", "😀👍", "مرحبا 世界 Hello"};
+    std::string srt = "\xEF\xBB\xBF";
+    int second = 1;
+    for (const char *text : texts) {
+        const std::string time = "00:00:0" + std::to_string(second++);
+        srt += time + ",000 --> " + time + ",900\n" + text + "\n\n";
+    }
+    void *subtitle = library.pCreate(Width, Height);
+    Expect(library.pSetFont(subtitle, "DejaVu Sans", 24, 0) == 0, "SetSubtitleFontParam");
+    Expect(library.pSetFile(subtitle, folder.Write("scripts.srt", srt).c_str(), 0) == 0, "SetSubtitleFile");
+
+    std::set<Pixels> frames;
+    unsigned checksum = 0;
+    for (int i = 1; i < second; ++i) {
+        const Pixels pixels = FrameAt(library, subtitle, i * 1000 + 500);
+        frames.insert(pixels);
+        for (const uint8_t byte : pixels)
+            checksum = checksum * 31 + byte;
+        const bool emoji = i == 6;
+        Expect((CountOtherColors(pixels) > 20) == emoji, emoji ? "emoji have colours" : "text has two colours");
+    }
+    Expect(frames.size() == std::size(texts), "every text has glyphs of its own");
+    Expect(CountOtherColors(FrameAt(library, subtitle, 1)) == 0, "no text at the start");
+    library.pDestroy(subtitle);
+    return checksum;
+}
+
+std::size_t CountOpenFiles()
+{
+    const std::filesystem::directory_iterator files("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(files), end(files)));
+}
+
+/** A QGuiApplication of the host's own works as if the library had never been there. */
+void RunGuiApplication()
+{
+    int argc = 3;
+    char name[] = "host";
+    char option[] = "-platform";
+    char platform[] = "offscreen";
+    char *argv[] = {name, option, platform, nullptr};
+    const QGuiApplication application(argc, argv);
+    Expect(QGuiApplication::screens().size() == 1, "one screen, the host's");
+    Expect(QGuiApplication::platformName() == QStringLiteral("offscreen"), "the host's platform");
+    QImage image(200, 50, QImage::Format_ARGB32);
+    image.fill(0);
+    QPainter painter(&image);
+    painter.drawText(image.rect(), 0, QStringLiteral("text"));
+    painter.end();
+    Expect(image != QImage(image).copy().mirrored(), "the host paints text");
+    QTimer::singleShot(0, &application, [] { QGuiApplication::exit(7); });
+    Expect(QGuiApplication::exec() == 7, "the host's events arrive");
+}
+
+void CheckEventsArrive()
+{
+    QTimer::singleShot(0, QCoreApplication::instance(), [] { QCoreApplication::exit(9); });
+    Expect(QCoreApplication::exec() == 9, "the host's events arrive afterwards");
+    Expect(!QCoreApplication::closingDown(), "the host's application is not closing");
+}
+
+void RunOnThread(const std::function<void()> &task)
+{
+    std::thread thread(task);
+    thread.join();
+}
+
+unsigned RunTask(const char *path, const std::string &task)
+{
+    const Library library(path);
+    unsigned checksum = RenderScripts(library);
+    const auto again = [&] { Expect(RenderScripts(library) == checksum, "the same frames again"); };
+    if (task == "cycles") {
+        void *subtitle = library.pCreate(64, 64);
+        library.pDestroy(subtitle);
+        const std::size_t openFiles = CountOpenFiles();
+        for (int i = 0; i < 200; ++i)
+            library.pDestroy(library.pCreate(64 + i, 64));
+        Expect(CountOpenFiles() == openFiles, "no file stays open");
+        again();
+    } else if (task == "reload") {
+        for (int i = 0; i < 3; ++i) {
+            dlclose(library.pLibrary);
+            Expect(RenderScripts(Library(path)) == checksum, "the same frames from the reloaded library");
+        }
+    } else if (task == "latergui") {
+        RunGuiApplication();
+        again();
+        RunGuiApplication();
+    } else if (task == "threads") {
+        RunOnThread(again);
+        RunOnThread(again);
+        again();
+    } else if (task == "guigoes") {
+        // The host's application object dies under a living renderer.
+        void *subtitle = library.pCreate(64, 64);
+        delete QCoreApplication::instance();
+        again();
+        library.pDestroy(subtitle);
+    } else {
+        Expect(task == "render", "known task");
+        again();
+    }
+    return checksum;
+}
+
+std::unique_ptr<QCoreApplication> CreateApplication(const std::string &kind, int &argc, char **argv)
+{
+    if (kind == "core")
+        return std::make_unique<QCoreApplication>(argc, argv);
+    if (kind == "gui")
+        return std::make_unique<QGuiApplication>(argc, argv);
+    return nullptr;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    Expect(argc == 4, "three arguments");
+    const std::string kind = argv[2];
+    const std::string task = argv[3];
+    int qtArgc = 3;
+    char option[] = "-platform";
+    char platform[] = "offscreen";
+    char *qtArgv[] = {argv[0], option, platform, nullptr};
+    auto application = CreateApplication(kind, qtArgc, qtArgv);
+    const QCoreApplication *before = QCoreApplication::instance();
+
+    const unsigned checksum = RunTask(argv[1], task);
+    if (task == "guigoes") {
+        (void)application.release();
+    } else if (kind == "none") {
+        Expect(!QCoreApplication::instance(), "no application object is left");
+        Expect(!QGuiApplicationPrivate::instance(), "no GUI record is left");
+        Expect(!QGuiApplicationPrivate::platformIntegration(), "no platform integration is left");
+        if (task != "latergui") {
+            for (const int category : {LC_COLLATE, LC_MONETARY, LC_NUMERIC, LC_TIME, LC_MESSAGES, LC_PAPER})
+                Expect(std::string(std::setlocale(category, nullptr)) == "C", "the host's locale is kept");
+        }
+    } else {
+        Expect(QCoreApplication::instance() == before, "the host's application object stays");
+        CheckEventsArrive();
+    }
+    std::printf("checksum %08x\n", checksum);
+    return 0;
+}

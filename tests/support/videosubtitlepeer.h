@@ -1,0 +1,36 @@
+#pragma once
+
+#include "render/videosubtitle.h"
+
+/** Looks, and reaches, inside a renderer. */
+class VideoSubtitlePeer
+{
+public:
+    explicit VideoSubtitlePeer(VideoSubtitle &renderer) : m_renderer(renderer) {}
+
+    QString &Subtitle() const { return m_renderer.m_strSubtitle; }
+    int &Dirty() const { return m_renderer.m_bDirty; }
+    quint32 FontColor() const { return m_renderer.m_nFontColor; }
+    quint32 OutlineColor() const { return m_renderer.m_nOutlineColor; }
+    bool Outline() const { return m_renderer.m_bOutline != 0; }
+    quint8 Alpha() const { return m_renderer.m_nAlpha; }
+    QSize VideoSize() const { return {m_renderer.m_nVideoWidth, m_renderer.m_nVideoHeight}; }
+    int LogoPos() const { return m_renderer.m_nLogoPos; }
+    int &AnchorOffset() const { return m_renderer.m_nAnchorOffset; }
+    QRect Rect() const
+    {
+        return {m_renderer.m_nSubX, m_renderer.m_nSubY, m_renderer.m_nSubWidth, m_renderer.m_nSubHeight};
+    }
+    void SetRect(const QRect &rect) const
+    {
+        m_renderer.m_nSubX = rect.x();
+        m_renderer.m_nSubY = rect.y();
+        m_renderer.m_nSubWidth = rect.width();
+        m_renderer.m_nSubHeight = rect.height();
+    }
+    QFont *Font() const { return m_renderer.m_pFont; }
+    QImage *Image() const { return m_renderer.m_pImage; }
+
+private:
+    VideoSubtitle &m_renderer;
+};
