@@ -22,7 +22,10 @@ QPlatformIntegration *fontIntegration = nullptr;
 /**
  * Gives the process its locale back. An application object takes over the whole locale of the environment; a host must
  * not find a decimal comma in its printf(). LC_CTYPE stays, it names the encoding of unmarked text files.
+ *
+ * setlocale() is not thread-safe, and neither is making the first renderer.
  */
+// NOLINTBEGIN(concurrency-mt-unsafe)
 class LocaleKeeper
 {
 public:
@@ -50,6 +53,7 @@ private:
     };
     std::array<std::string, Categories.size()> m_names;
 };
+// NOLINTEND(concurrency-mt-unsafe)
 
 /**
  * Silences Qt, which warns where an application object is not made on the first thread that used Qt; here every thread

@@ -174,9 +174,10 @@ TEST_F(CApiTest, TextToBmpFreesWhatItHandedOutBefore)
 TEST_F(CApiTest, OneHandleOnTwoThreads)
 {
     SetSubtitleFile(m_subtitle, m_strFile.c_str(), 0);
-    std::atomic<bool> stop = false;
+    const auto expected = FrameAt(1500);
+    std::atomic<bool> done = false;
     std::thread setter([&] {
-        for (int i = 0; !stop; ++i) {
+        for (int i = 0; i < 2000; ++i) {
             SetSubtitleTimeStamp(m_subtitle, 500 + i % 2000);
             SetSubtitleAlpah(m_subtitle, i);
             SetSubtitlePos(m_subtitle, i % 120);
@@ -184,13 +185,18 @@ TEST_F(CApiTest, OneHandleOnTwoThreads)
             if (i % 50 == 0)
                 SetSubtitleFile(m_subtitle, m_strFile.c_str(), 0);
         }
+        done = true;
     });
     std::vector<uint8_t> pixels(Width * Height * 3, 90);
     AVPicture frame = {{pixels.data()}, {Width * 3}};
-    for (int i = 0; i < 500; ++i)
+    while (!done)
         EXPECT_EQ(ProcessSubtitleFrame(m_subtitle, &frame), 0);
-    stop = true;
     setter.join();
+
+    SetSubtitleAlpah(m_subtitle, 255);
+    SetSubtitlePos(m_subtitle, 85);
+    SetSubtitleFontColor(m_subtitle, 255, 255, 255);
+    EXPECT_EQ(FrameAt(1500), expected);
 }
 
 TEST_F(CApiTest, ManyHandlesOnManyThreads)

@@ -83,7 +83,6 @@ TEST(Hosts, RenderersOnOneThreadAfterTheOther)
 TEST(Hosts, QGuiApplicationThatGoesBeforeTheRenderer)
 {
     ExpectWorks(Environments[0], "gui", "guigoes");
-    ExpectWorks(Environments[0], "core", "guigoes");
 }
 
 TEST(Hosts, PlainCProgramFromTheHeadersExample)

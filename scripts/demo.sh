@@ -1,0 +1,17 @@
+#!/bin/sh
+# Installs what is missing, builds, makes a short clip and burns subtitles into it: see demo/ afterwards.
+set -eu
+cd "$(dirname "$0")/.."
+
+scripts/install-packages.sh
+cmake -S . -B build -G Ninja -DSUBTITLE_TESTS=OFF -DSUBTITLE_BENCH=OFF >/dev/null
+cmake --build build --target subtitle subburn
+
+mkdir -p demo
+[ -f demo/dusk.mp4 ] || scripts/make-clip.sh demo/dusk.mp4
+build/bin/subburn --subtitles scripts/demo.srt demo/dusk.mp4 demo/dusk-subtitled.mp4
+build/bin/subburn --subtitles scripts/demo.srt --quiet --snapshot 14.5 demo/dusk.mp4 demo/dusk-subtitled.png
+
+echo
+echo "The video:   demo/dusk-subtitled.mp4"
+echo "One frame:   demo/dusk-subtitled.png"

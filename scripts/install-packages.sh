@@ -1,0 +1,23 @@
+#!/bin/sh
+# Installs what building, testing and the demo need, on Debian 12 and its kin. Does nothing where all is there.
+set -eu
+
+packages="cmake ninja-build g++ clang clang-format clang-tidy libclang-rt-14-dev pkg-config
+    qtbase5-dev qtbase5-private-dev
+    libavformat-dev libavcodec-dev libavutil-dev libswscale-dev
+    libcli11-dev libgtest-dev libbenchmark-dev
+    fontconfig fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji ffmpeg git"
+
+missing=
+for package in $packages; do
+    dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing="$missing $package"
+done
+[ -n "$missing" ] || exit 0
+
+root=
+[ "$(id -u)" = 0 ] || root=sudo
+export DEBIAN_FRONTEND=noninteractive
+echo "installing:$missing"
+$root apt-get update -qq
+# shellcheck disable=SC2086 # one word a package
+$root apt-get install -y -qq --no-install-recommends $missing >/dev/null

@@ -1,0 +1,37 @@
+#!/bin/sh
+# Installs what is missing, builds everything and runs the tests.
+# usage: test.sh [CONFIGURATION [TEST-PATTERN]]
+#   CONFIGURATION: gcc (the default) or clang, in Release; clang-asan, clang-tsan, with sanitizers
+#   TEST-PATTERN:  a regular expression; only tests whose names match are run
+set -eu
+cd "$(dirname "$0")/.."
+
+configuration=${1:-gcc}
+pattern=${2:-.}
+type=Release
+sanitize=
+case $configuration in
+gcc) compiler='gcc g++' ;;
+clang) compiler='clang clang++' ;;
+clang-asan)
+    compiler='clang clang++'
+    type=RelWithDebInfo
+    sanitize=address,undefined
+    ;;
+clang-tsan)
+    compiler='clang clang++'
+    type=RelWithDebInfo
+    sanitize=thread
+    ;;
+*)
+    echo "test.sh: $configuration: no such configuration" >&2
+    exit 2
+    ;;
+esac
+
+scripts/install-packages.sh
+cmake -S . -B "build-$configuration" -G Ninja -DCMAKE_BUILD_TYPE=$type \
+    -DCMAKE_C_COMPILER="${compiler% *}" -DCMAKE_CXX_COMPILER="${compiler#* }" \
+    -DSUBTITLE_SANITIZE="$sanitize" -DSUBTITLE_WERROR=ON >/dev/null
+cmake --build "build-$configuration"
+ctest --test-dir "build-$configuration" --output-on-failure --no-tests=error -j "$(nproc)" -R "$pattern"
