@@ -114,7 +114,7 @@ void DestroyVideoSubtitle(void *handle);
  * byte-order mark is read as UTF-8 or UTF-16, any other in the 8-bit encoding of the locale. A text file that is
  * missing or cannot be read counts as one without subtitles, not as a failure.
  *
- * @param path   the file's name in the encoding of the locale; null or "" is refused.
+ * @param path   the file's name in the encoding of the locale; null or "" is refused, and keeps the earlier file.
  * @param track  number of the subtitle track, from 0; text files have one track and ignore it.
  * @return 0 when the file was opened, -1 when it was refused.
  */

@@ -4,7 +4,6 @@
 #include "render/textbitmap.h"
 #include "render/textpainter.h"
 
-#include <QFontMetrics>
 #include <algorithm>
 
 namespace
@@ -21,11 +20,11 @@ int FrameOffset(int height, int percent, int anchorOffset)
     return PercentOf(height, percent) - anchorOffset;
 }
 
-/** Loads fonts now, so that the stall does not fall into the first frame with text. */
+/** Paints once for nothing: loading fonts is a stall that must not fall into the first frame with text. */
 void LoadFont(const QFont &font)
 {
     EnsureFonts();
-    QFontMetrics(font).horizontalAdvance(QLatin1Char('x'));
+    PaintText({font, 0xFFFFFFFF, 0xFF0A0A0A, true}, 64, 64, QStringLiteral("x"));
 }
 
 } // namespace
