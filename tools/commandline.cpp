@@ -1,0 +1,214 @@
+#include "commandline.h"
+
+#include "failure.h"
+#include "ffmpegptr.h"
+#include "values.h"
+
+#include <strings.h>
+
+#include <filesystem>
+#include <iostream>
+
+namespace
+{
+
+const char *const USAGE = R"(
+Usage: subburn --subtitles FILE [OPTIONS] INPUT OUTPUT
+       subburn --subtitles FILE [OPTIONS] --snapshot TIME INPUT OUTPUT.png
+       subburn --subtitles FILE [OPTIONS] --pipe WxH@FPS
+)";
+
+const char *const FOOTER =
+    R"(TIME is in seconds (12.5) or hours, minutes and seconds (1:02:03.5), in the input's own time.
+COLOR is #rrggbb or a name such as yellow.
+
+Examples:
+  subburn --subtitles film.srt film.mp4 burnt.mp4
+  subburn --subtitles film.srt --font "DejaVu Sans" --size 28 --color yellow --crf 18 film.mkv burnt.mkv
+  subburn --subtitles film.srt --snapshot 12.5 --snapshot 1:00:07 film.mkv look.png
+  decoder | subburn --subtitles film.srt --pipe 1280x720@30000/1001 | encoder
+
+Exit codes:
+    0  done
+    1  wrong usage
+    2  an input cannot be read
+    3  the output cannot be written
+    4  the library cannot be loaded
+  130  stopped by Ctrl-C)";
+
+class HelpFormatter : public CLI::Formatter
+{
+public:
+    HelpFormatter() { column_width(32); }
+
+    std::string make_usage(const CLI::App * /*pApp*/, std::string /*strName*/) const override { return USAGE; }
+};
+
+std::string VersionText()
+{
+    return std::string("subburn " SUBBURN_VERSION "\nFFmpeg ") + av_version_info();
+}
+
+bool EndsInPng(const std::string &strFile)
+{
+    return strcasecmp(std::filesystem::path(strFile).extension().c_str(), ".png") == 0;
+}
+
+/** The formatter parts the groups by two blank lines; one is enough. */
+std::string HelpText(const CLI::App &app)
+{
+    std::string strText = app.help();
+    for (size_t n = strText.find("\n\n\n"); n != std::string::npos; n = strText.find("\n\n\n", n))
+        strText.erase(n, 1);
+    return strText;
+}
+
+} // namespace
+
+CommandLine::CommandLine() : m_app("Burns subtitles into a video.", "subburn")
+{
+    m_app.formatter(std::make_shared<HelpFormatter>());
+    m_app.footer(FOOTER);
+    m_app.set_help_flag("-h,--help", "Print this text and exit");
+    m_app.set_version_flag("--version", VersionText(), "Print the versions of subburn and FFmpeg and exit");
+    m_app.add_flag("--quiet", m_options.bQuiet, "Print nothing but warnings and errors");
+    AddFiles();
+    AddLook();
+    AddEncoding();
+    AddParts();
+}
+
+void CommandLine::AddFiles()
+{
+    m_app.add_option("INPUT", m_options.strInput, "Video file; its first video stream gets the subtitles")
+        ->type_name("");
+    m_app.add_option("OUTPUT", m_options.strOutput, "File to write; its extension tells the container")->type_name("");
+    m_app.add_option("--subtitles", m_options.subtitles.strFile, "Subtitle file")
+        ->option_text("FILE")
+        ->required()
+        ->group("Subtitles");
+    m_app.add_option("--track", m_options.subtitles.nTrack, "Subtitle track of FILE, from 0")
+        ->option_text("N")
+        ->check(CLI::NonNegativeNumber)
+        ->group("Subtitles");
+}
+
+void CommandLine::AddLook()
+{
+    const char *const GROUP = "Look of text subtitles";
+    Style &style = m_options.style;
+    m_app.add_option("--font", style.strFont, "Font family")->option_text("FAMILY")->group(GROUP);
+    m_app.add_option("--size", style.nSize, "Size; 72 points are 96 pixels of the video")
+        ->option_text("POINTS")
+        ->check(CLI::Range(1, 10000))
+        ->group(GROUP);
+    m_app.add_flag("--bold", style.bBold, "Bold")->group(GROUP);
+    m_app.add_flag("--italic", style.bItalic, "Italic")->group(GROUP);
+    m_app.add_option("--color", m_strColor, "Colour of the text, white without this option")
+        ->option_text("COLOR")
+        ->group(GROUP);
+    m_app.add_option("--outline-color", m_strOutline, "Colour of the outline; pure black hides it, #010101 does not")
+        ->option_text("COLOR")
+        ->group(GROUP);
+    m_app.add_option("--opacity", style.nOpacity, "From 0, invisible, to 255, opaque")
+        ->option_text("N")
+        ->check(CLI::Range(0, 255))
+        ->group(GROUP);
+    m_app.add_option("--position", style.nPosition, "Centre line in percent of the height, 85 without this option")
+        ->option_text("N")
+        ->check(CLI::Range(0, 100))
+        ->group(GROUP);
+}
+
+void CommandLine::AddEncoding()
+{
+    const char *const GROUP = "Encoding";
+    EncoderChoice &choice = m_options.encoder;
+    m_app.add_option("--codec", choice.strCodec, "FFmpeg's name of the video encoder; H.264 without this option")
+        ->option_text("NAME")
+        ->group(GROUP);
+    auto *pCrf = m_app.add_option("--crf", choice.dCrf, "Constant quality as the encoder counts it; lower is better")
+                     ->option_text("N")
+                     ->group(GROUP);
+    m_app.add_option("--bitrate", m_strBitrate, "Bits per second, also as 800k or 4M")
+        ->option_text("N")
+        ->excludes(pCrf)
+        ->group(GROUP);
+    m_app.add_option("--preset", choice.strPreset, "The encoder's preset, such as fast or slow")
+        ->option_text("NAME")
+        ->group(GROUP);
+}
+
+void CommandLine::AddParts()
+{
+    const char *const GROUP = "Parts and other ways";
+    m_app.add_option("--start", m_strStart, "Begin at TIME; the output's time begins at 0")
+        ->option_text("TIME")
+        ->group(GROUP);
+    m_app.add_option("--duration", m_strDuration, "End after TIME")->option_text("TIME")->group(GROUP);
+    m_app
+        .add_option("--snapshot", m_listSnapshots,
+                    "Write the picture on display at TIME as a PNG file;\n"
+                    "given several times, OUTPUT a.png becomes a-1.png, a-2.png and so on")
+        ->option_text("TIME")
+        ->allow_extra_args(false)
+        ->group(GROUP);
+    m_app.add_option("--pipe", m_strPipe, "Read raw RGB24 frames from standard input, write them to standard output")
+        ->option_text("WxH@FPS")
+        ->group(GROUP);
+}
+
+void CommandLine::Finish()
+{
+    if (m_strColor)
+        m_options.style.color = ParseColor("--color", *m_strColor);
+    if (m_strOutline)
+        m_options.style.outline = ParseColor("--outline-color", *m_strOutline);
+    if (m_strBitrate)
+        m_options.encoder.nBitrate = ParseBitrate("--bitrate", *m_strBitrate);
+    if (m_strStart)
+        m_options.range.nStart = ParseTime("--start", *m_strStart);
+    if (m_strDuration)
+        m_options.range.nDuration = ParseTime("--duration", *m_strDuration);
+    for (const std::string &strTime : m_listSnapshots)
+        m_options.listSnapshots.push_back(ParseTime("--snapshot", strTime));
+    if (m_strPipe) {
+        m_options.mode = Mode::Pipe;
+        m_options.pipe = ParsePipeFormat("--pipe", *m_strPipe);
+    } else if (!m_listSnapshots.empty()) {
+        m_options.mode = Mode::Snapshot;
+    }
+
+    const bool bEncoding = !m_options.encoder.strCodec.empty() || !m_options.encoder.strPreset.empty() ||
+                           m_options.encoder.dCrf || m_strBitrate;
+    const bool bRange = m_options.range.nStart || m_options.range.nDuration;
+    if (m_options.mode != Mode::Transcode && (bEncoding || bRange))
+        throw Failure(ExitCode::Usage, std::string(m_options.mode == Mode::Pipe ? "--pipe" : "--snapshot") +
+                                           " goes with no --codec, --crf, --bitrate, --preset, --start or --duration");
+    if (m_options.mode == Mode::Pipe && (!m_options.strInput.empty() || !m_listSnapshots.empty()))
+        throw Failure(ExitCode::Usage, "--pipe takes no INPUT, no OUTPUT and no --snapshot");
+    if (m_options.mode != Mode::Pipe && m_options.strOutput.empty())
+        throw Failure(ExitCode::Usage,
+                      m_options.strInput.empty() ? "INPUT and OUTPUT are missing" : "OUTPUT is missing");
+    if (m_options.mode == Mode::Snapshot && !EndsInPng(m_options.strOutput))
+        throw Failure(ExitCode::Usage, m_options.strOutput, "--snapshot writes PNG files, whose names end in .png");
+    if (m_options.range.nDuration == 0)
+        throw Failure(ExitCode::Usage, "--duration: must be more than 0");
+}
+
+std::optional<Options> CommandLine::Parse(int nArguments, const char *const *pArguments)
+{
+    try {
+        m_app.parse(nArguments, pArguments);
+    } catch (const CLI::CallForHelp &) {
+        std::cout << HelpText(m_app);
+        return std::nullopt;
+    } catch (const CLI::CallForVersion &version) {
+        std::cout << version.what() << '\n';
+        return std::nullopt;
+    } catch (const CLI::ParseError &error) {
+        throw Failure(ExitCode::Usage, std::string(error.what()) + " (see subburn --help)");
+    }
+    Finish();
+    return m_options;
+}

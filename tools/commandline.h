@@ -1,0 +1,32 @@
+#pragma once
+
+#include "options.h"
+
+#include <CLI/CLI.hpp>
+
+/** Reads the program's arguments. */
+class CommandLine
+{
+public:
+    CommandLine();
+
+    /** Empty after --help and --version, which print to standard output; throws a Failure for wrong usage. */
+    std::optional<Options> Parse(int nArguments, const char *const *pArguments);
+
+private:
+    void AddFiles();
+    void AddLook();
+    void AddEncoding();
+    void AddParts();
+    void Finish();
+
+    CLI::App m_app;
+    Options m_options;
+    std::vector<std::string> m_listSnapshots;
+    std::optional<std::string> m_strColor;
+    std::optional<std::string> m_strOutline;
+    std::optional<std::string> m_strBitrate;
+    std::optional<std::string> m_strStart;
+    std::optional<std::string> m_strDuration;
+    std::optional<std::string> m_strPipe;
+};

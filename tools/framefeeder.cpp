@@ -1,0 +1,145 @@
+#include "framefeeder.h"
+
+#include <algorithm>
+
+namespace
+{
+
+// How much longer to read for the rest of the sound once the last picture is there.
+const int64_t OVERLAP = 3 * static_cast<int64_t>(AV_TIME_BASE);
+
+int64_t TimeOf(const AVPacket &packet)
+{
+    return packet.pts != AV_NOPTS_VALUE ? packet.pts : packet.dts;
+}
+
+} // namespace
+
+FrameFeeder::FrameFeeder(MediaInput &input, const TimeRange &range, std::vector<bool> listCopied) :
+    m_input(input),
+    m_listCopied(std::move(listCopied)),
+    m_listAwaited(m_listCopied.size()),
+    m_range(range),
+    m_nOrigin(input.Origin()),
+    m_bShifts(range.nStart.has_value())
+{
+    const AVRational base = Video().time_base;
+    if (range.nStart) {
+        m_nStart = m_nOrigin + av_rescale_q_rnd(*range.nStart, MICROSECONDS, base, AV_ROUND_UP);
+        input.SeekBefore(m_nStart);
+    }
+    if (range.nDuration)
+        m_nEnd =
+            m_nOrigin + av_rescale_q_rnd(range.nStart.value_or(0) + *range.nDuration, MICROSECONDS, base, AV_ROUND_UP);
+    for (unsigned n = 0; n < input.Format().nb_streams; ++n)
+        m_listAwaited[n] = m_listCopied[n] && input.Format().streams[n]->codecpar->codec_type == AVMEDIA_TYPE_AUDIO;
+}
+
+int64_t FrameFeeder::Expected() const
+{
+    const AVFormatContext &format = m_input.Format();
+    int64_t nTotal = 0;
+    if (format.duration != AV_NOPTS_VALUE)
+        nTotal = std::max<int64_t>(0, format.duration - m_range.nStart.value_or(0));
+    if (m_range.nDuration)
+        nTotal = nTotal > 0 ? std::min(nTotal, *m_range.nDuration) : *m_range.nDuration;
+    return nTotal;
+}
+
+bool FrameFeeder::Next(MediaItem &item)
+{
+    if (m_bBegun && !m_listWaiting.empty()) {
+        item = std::move(m_listWaiting.front());
+        m_listWaiting.pop_front();
+        return true;
+    }
+    while (!m_bDone && Read(item)) {
+        if (item.pFrame && TakeFrame(*item.pFrame, item.nMilliseconds)) {
+            if (!m_bBegun) {
+                m_bBegun = true;
+                // What was read before the first picture had to wait for the shift.
+                const auto Unwanted = [this](MediaItem &waiting) { return !TakePacket(*waiting.pPacket); };
+                m_listWaiting.erase(std::remove_if(m_listWaiting.begin(), m_listWaiting.end(), Unwanted),
+                                    m_listWaiting.end());
+            }
+            return true;
+        }
+        if (item.pPacket && m_listCopied[item.pPacket->stream_index]) {
+            if (!m_bBegun)
+                m_listWaiting.push_back(std::move(item));
+            else if (TakePacket(*item.pPacket))
+                return true;
+        }
+    }
+    return false;
+}
+
+bool FrameFeeder::Read(MediaItem &item)
+{
+    m_bDone = m_bVideoDone && std::find(m_listAwaited.begin(), m_listAwaited.end(), true) == m_listAwaited.end();
+    return !m_bDone && m_input.Next(item);
+}
+
+bool FrameFeeder::TakeFrame(AVFrame &frame, long &nMilliseconds)
+{
+    if (frame.pts >= m_nEnd)
+        m_bVideoDone = true;
+    if (m_bVideoDone || frame.pts < m_nStart)
+        return false;
+    nMilliseconds = av_rescale_q(frame.pts - m_nOrigin, Video().time_base, MILLISECONDS);
+    if (!m_bBegun && m_bShifts)
+        m_nShift = frame.pts;
+    // Encoders and containers need time to go on.
+    frame.pts = std::max(frame.pts - m_nShift, m_nLast == INT64_MIN ? INT64_MIN : m_nLast + 1);
+    m_nLast = frame.pts;
+    return true;
+}
+
+bool FrameFeeder::TakePacket(AVPacket &packet)
+{
+    const AVStream &stream = *m_input.Format().streams[packet.stream_index];
+    if ((stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0) {
+        packet.pts = 0;
+        packet.dts = 0;
+        return true;
+    }
+    const int64_t nTime = TimeOf(packet);
+    if (nTime == AV_NOPTS_VALUE)
+        return true;
+    if (m_nEnd != INT64_MAX && av_compare_ts(nTime, stream.time_base, m_nEnd, Video().time_base) >= 0) {
+        NotePastEnd(packet);
+        return false;
+    }
+    return !m_bShifts || !CutBefore(packet);
+}
+
+/** Shifts a packet; true when it lies before the first picture. */
+bool FrameFeeder::CutBefore(AVPacket &packet) const
+{
+    const AVStream &stream = *m_input.Format().streams[packet.stream_index];
+    const int64_t nShift = av_rescale_q(m_nShift, Video().time_base, stream.time_base);
+    if (packet.pts != AV_NOPTS_VALUE)
+        packet.pts -= nShift;
+    if (packet.dts != AV_NOPTS_VALUE)
+        packet.dts -= nShift;
+    const int64_t nTime = TimeOf(packet);
+    if (nTime >= 0)
+        return false;
+    if (stream.codecpar->codec_type != AVMEDIA_TYPE_SUBTITLE || nTime + packet.duration <= 0)
+        return true;
+    // A subtitle that is still on display then begins with the first picture.
+    packet.duration += nTime;
+    packet.pts = 0;
+    packet.dts = 0;
+    return false;
+}
+
+void FrameFeeder::NotePastEnd(const AVPacket &packet)
+{
+    const AVRational base = m_input.Format().streams[packet.stream_index]->time_base;
+    m_listAwaited[packet.stream_index] = false;
+    const int64_t nPast =
+        av_rescale_q(TimeOf(packet), base, MICROSECONDS) - av_rescale_q(m_nEnd, Video().time_base, MICROSECONDS);
+    if (m_bVideoDone && nPast > OVERLAP)
+        m_listAwaited.assign(m_listAwaited.size(), false);
+}

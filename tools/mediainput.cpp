@@ -1,0 +1,221 @@
+#include "mediainput.h"
+
+#include "failure.h"
+#include "interrupt.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace
+{
+
+/** Without the prefix a colon in a file's name would make it a protocol. */
+std::string UrlOf(const std::string &strFile)
+{
+    std::error_code error;
+    return std::filesystem::exists(strFile, error) ? "file:" + strFile : strFile;
+}
+
+bool IsVideo(const AVStream &stream)
+{
+    return stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO && (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) == 0;
+}
+
+} // namespace
+
+MediaInput::MediaInput(const std::string &strFile) : m_strFile(strFile)
+{
+    Open();
+    OpenDecoder();
+}
+
+void MediaInput::Open()
+{
+    AVFormatContext *pFormat = Checked(avformat_alloc_context());
+    pFormat->interrupt_callback = Interrupt::Callback();
+    // Frees the context when it fails.
+    int nResult = avformat_open_input(&pFormat, UrlOf(m_strFile).c_str(), nullptr, nullptr);
+    Interrupt::Check();
+    if (nResult < 0)
+        throw Failure(ExitCode::Input, m_strFile, AvReason(nResult));
+    m_pFormat.reset(pFormat);
+    nResult = avformat_find_stream_info(pFormat, nullptr);
+    Interrupt::Check();
+    if (nResult < 0)
+        throw Failure(ExitCode::Input, m_strFile, AvReason(nResult));
+    for (unsigned n = 0; n < pFormat->nb_streams && !m_pVideo; ++n) {
+        if (IsVideo(*pFormat->streams[n]))
+            m_pVideo = pFormat->streams[n];
+    }
+    if (!m_pVideo)
+        throw Failure(ExitCode::Input, m_strFile, "there is no video in it");
+}
+
+void MediaInput::OpenDecoder()
+{
+    const AVCodecID id = m_pVideo->codecpar->codec_id;
+    const AVCodec *pCodec = avcodec_find_decoder(id);
+    if (!pCodec)
+        throw Failure(ExitCode::Input, m_strFile, std::string("no decoder for ") + avcodec_get_name(id) + " video");
+    m_pDecoder = Checked(CodecPtr(avcodec_alloc_context3(pCodec)));
+    if (avcodec_parameters_to_context(m_pDecoder.get(), m_pVideo->codecpar) < 0)
+        throw std::bad_alloc();
+    m_pDecoder->pkt_timebase = m_pVideo->time_base;
+    m_pDecoder->framerate = FrameRate();
+    m_pDecoder->thread_count = 0;
+    const int nResult = avcodec_open2(m_pDecoder.get(), pCodec, nullptr);
+    if (nResult < 0)
+        throw Failure(ExitCode::Input, m_strFile, "the video cannot be decoded: " + AvReason(nResult));
+}
+
+void MediaInput::Ignore(int nStream)
+{
+    m_pFormat->streams[nStream]->discard = AVDISCARD_ALL;
+}
+
+AVRational MediaInput::FrameRate() const
+{
+    return av_guess_frame_rate(m_pFormat.get(), m_pVideo, nullptr);
+}
+
+AVRational MediaInput::SampleAspectRatio(AVFrame *pFrame) const
+{
+    return av_guess_sample_aspect_ratio(m_pFormat.get(), m_pVideo, pFrame);
+}
+
+int64_t MediaInput::Origin() const
+{
+    // In transport and program streams the clock starts anywhere; elsewhere a late start means an empty beginning.
+    if ((m_pFormat->iformat->flags & AVFMT_TS_DISCONT) == 0 || m_pFormat->start_time == AV_NOPTS_VALUE)
+        return 0;
+    return av_rescale_q(m_pFormat->start_time, MICROSECONDS, m_pVideo->time_base);
+}
+
+bool MediaInput::Next(MediaItem &item)
+{
+    if (m_listPending.empty())
+        return ReadOn(item);
+    item = std::move(m_listPending.front());
+    m_listPending.pop_front();
+    return true;
+}
+
+bool MediaInput::ReadOn(MediaItem &item)
+{
+    item = MediaItem();
+    for (;;) {
+        Interrupt::Check();
+        if (Receive(item))
+            return true;
+        if (m_bDraining)
+            return false;
+        if (Feed(item))
+            return true;
+    }
+}
+
+/** Takes a frame from the decoder; while draining, false means the end. */
+bool MediaInput::Receive(MediaItem &item)
+{
+    FramePtr pFrame = NewFrame();
+    for (;;) {
+        const int nResult = avcodec_receive_frame(m_pDecoder.get(), pFrame.get());
+        if (nResult == AVERROR(EAGAIN) || nResult == AVERROR_EOF)
+            return false;
+        if (nResult == AVERROR(ENOMEM))
+            throw std::bad_alloc();
+        if (nResult >= 0)
+            break;
+        ++m_nDamaged;
+    }
+    if ((pFrame->flags & AV_FRAME_FLAG_CORRUPT) != 0 || pFrame->decode_error_flags != 0)
+        ++m_nDamaged;
+    SetTimeStamp(*pFrame);
+    item.pFrame = std::move(pFrame);
+    return true;
+}
+
+/** Reads one packet; true when it is one of another stream. */
+bool MediaInput::Feed(MediaItem &item)
+{
+    av_packet_unref(m_pPacket.get());
+    int nResult = av_read_frame(m_pFormat.get(), m_pPacket.get());
+    Interrupt::Check();
+    if (nResult == AVERROR(EAGAIN))
+        return false;
+    if (nResult == AVERROR_EOF) {
+        m_bDraining = true;
+        avcodec_send_packet(m_pDecoder.get(), nullptr);
+        return false;
+    }
+    if (nResult < 0)
+        throw Failure(ExitCode::Input, m_strFile, AvReason(nResult));
+    if (m_pPacket->stream_index != m_pVideo->index) {
+        item.pPacket = std::move(m_pPacket);
+        m_pPacket = NewPacket();
+        return true;
+    }
+    nResult = avcodec_send_packet(m_pDecoder.get(), m_pPacket.get());
+    if (nResult == AVERROR(ENOMEM))
+        throw std::bad_alloc();
+    if (nResult < 0)
+        ++m_nDamaged;
+    return false;
+}
+
+void MediaInput::SetTimeStamp(AVFrame &frame)
+{
+    if (frame.pts == AV_NOPTS_VALUE)
+        frame.pts = frame.best_effort_timestamp;
+    if (frame.pts == AV_NOPTS_VALUE)
+        frame.pts = m_nNextTimeStamp != AV_NOPTS_VALUE ? m_nNextTimeStamp : Origin();
+    m_nNextTimeStamp = TimeAfter(frame);
+}
+
+int64_t MediaInput::TimeAfter(const AVFrame &frame) const
+{
+    int64_t nDuration = FrameDuration(frame);
+    const AVRational rate = FrameRate();
+    if (nDuration <= 0 && rate.num > 0)
+        nDuration = av_rescale_q(1, av_inv_q(rate), m_pVideo->time_base);
+    return frame.pts + std::max<int64_t>(nDuration, 1);
+}
+
+bool MediaInput::TrySeek(int64_t nTarget)
+{
+    if (avformat_seek_file(m_pFormat.get(), m_pVideo->index, INT64_MIN, nTarget, nTarget, 0) < 0)
+        return false;
+    avcodec_flush_buffers(m_pDecoder.get());
+    m_listPending.clear();
+    m_nNextTimeStamp = AV_NOPTS_VALUE;
+    m_bDraining = false;
+    return true;
+}
+
+/** Reads up to the next frame, keeps all that was read, and tells whether the frame is early enough. */
+bool MediaInput::LeadsUpTo(int64_t nTimeStamp)
+{
+    MediaItem item;
+    while (ReadOn(item)) {
+        m_listPending.push_back(std::move(item));
+        if (m_listPending.back().pFrame)
+            return m_listPending.back().pFrame->pts <= nTimeStamp;
+    }
+    return false;
+}
+
+void MediaInput::SeekBefore(int64_t nTimeStamp)
+{
+    const int64_t nDamaged = m_nDamaged;
+    // Not every format knows where its key frames are; then the way back is found by trying.
+    for (int nSeconds : {0, 2, 10, 60, 300}) {
+        const int64_t nTarget = nTimeStamp - av_rescale_q(nSeconds, {1, 1}, m_pVideo->time_base);
+        if (TrySeek(nTarget) && LeadsUpTo(nTimeStamp)) {
+            m_nDamaged = nDamaged;
+            return;
+        }
+    }
+    const int64_t nBegin = m_pVideo->start_time != AV_NOPTS_VALUE ? m_pVideo->start_time : 0;
+    TrySeek(nBegin);
+    m_nDamaged = nDamaged;
+}

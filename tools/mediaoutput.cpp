@@ -1,0 +1,207 @@
+#include "mediaoutput.h"
+
+#include "codecs.h"
+#include "failure.h"
+#include "interrupt.h"
+#include "streamdata.h"
+
+#include <algorithm>
+
+namespace
+{
+
+const AVOutputFormat *ContainerFor(const std::string &strFile)
+{
+    const AVOutputFormat *pContainer = av_guess_format(nullptr, strFile.c_str(), nullptr);
+    if (!pContainer)
+        throw Failure(ExitCode::Output, strFile, "no container format goes by this file name");
+    if ((pContainer->flags & AVFMT_NOFILE) != 0 || pContainer->video_codec == AV_CODEC_ID_NONE)
+        throw Failure(ExitCode::Output, strFile, "this is not the name of a video file");
+    return pContainer;
+}
+
+/** What belongs to the source's container, or told its size, is not true of the output. */
+void CopyTags(const AVDictionary *pFrom, AVDictionary **ppTo, bool bEncoded)
+{
+    for (const char *pKey : {"major_brand", "minor_version", "compatible_brands"})
+        av_dict_set(ppTo, pKey, nullptr, 0);
+    const AVDictionaryEntry *pEntry = nullptr;
+    while ((pEntry = av_dict_get(pFrom, "", pEntry, AV_DICT_IGNORE_SUFFIX)) != nullptr) {
+        const std::string strKey = pEntry->key;
+        const auto Begins = [&](const char *pText) { return strKey.rfind(pText, 0) == 0; };
+        const bool bContainer = Begins("major_brand") || Begins("minor_version") || Begins("compatible_brands");
+        const bool bStatistics = Begins("_STATISTICS_") || Begins("NUMBER_OF_") || Begins("BPS") ||
+                                 Begins("DURATION") || strKey == "encoder" || strKey == "ENCODER";
+        if (!bContainer && !(bEncoded && bStatistics))
+            av_dict_set(ppTo, pEntry->key, pEntry->value, 0);
+    }
+}
+
+/** A tag is kept where the new container gives it the same meaning. */
+unsigned TagFor(const AVOutputFormat &container, const AVCodecParameters &parameters)
+{
+    unsigned nOther = 0;
+    if (!container.codec_tag || av_codec_get_id(container.codec_tag, parameters.codec_tag) == parameters.codec_id ||
+        av_codec_get_tag2(container.codec_tag, parameters.codec_id, &nOther) == 0)
+        return parameters.codec_tag;
+    return 0;
+}
+
+const char *KindOf(const AVStream &stream)
+{
+    const char *pKind = av_get_media_type_string(stream.codecpar->codec_type);
+    return pKind ? pKind : "unknown";
+}
+
+} // namespace
+
+MediaOutput::MediaOutput(const std::string &strFile) : m_strFile(strFile), m_pending((ContainerFor(strFile), strFile))
+{
+    const std::string strUrl = "file:" + m_pending.Path();
+    avformat_alloc_output_context2(&m_pFormat, ContainerFor(strFile), nullptr, strUrl.c_str());
+    Checked(m_pFormat)->interrupt_callback = Interrupt::Callback();
+}
+
+MediaOutput::~MediaOutput()
+{
+    avio_closep(&m_pFormat->pb);
+    avformat_free_context(m_pFormat);
+}
+
+std::vector<bool> MediaOutput::ChooseCopies(const MediaInput &input, Console &console) const
+{
+    const AVFormatContext &source = input.Format();
+    std::vector<bool> listCopied(source.nb_streams);
+    for (unsigned n = 0; n < source.nb_streams; ++n) {
+        const AVStream &stream = *source.streams[n];
+        // The demuxer itself has already put those to use, as chapters for example.
+        if (&stream == &input.Video() || stream.discard == AVDISCARD_ALL)
+            continue;
+        listCopied[n] = CanHold(Container(), stream);
+        if (!listCopied[n])
+            console.Warn(m_strFile, std::string("left out stream ") + std::to_string(n) + " (" + KindOf(stream) + ", " +
+                                        avcodec_get_name(stream.codecpar->codec_id) +
+                                        "), which this container cannot hold");
+    }
+    return listCopied;
+}
+
+void MediaOutput::Begin(const MediaInput &input, const std::vector<bool> &listCopied, const VideoEncoder &encoder,
+                        const AVFrame &first)
+{
+    const AVFormatContext &source = input.Format();
+    CopyTags(source.metadata, &m_pFormat->metadata, true);
+    m_listTargets.resize(source.nb_streams);
+    m_nVideo = input.Video().index;
+    for (unsigned n = 0; n < source.nb_streams; ++n) {
+        const AVStream &stream = *source.streams[n];
+        const bool bVideo = &stream == &input.Video();
+        if (!bVideo && !listCopied[n])
+            continue;
+        AVStream &added = *Checked(avformat_new_stream(m_pFormat, nullptr));
+        CopyTags(stream.metadata, &added.metadata, bVideo);
+        added.id = stream.id;
+        added.disposition = stream.disposition;
+        added.avg_frame_rate = stream.avg_frame_rate;
+        if (bVideo)
+            AddVideo(added, stream, encoder, first);
+        else
+            AddCopy(added, stream);
+        m_listTargets[n].pStream = &added;
+        m_listTargets[n].timeBase = stream.time_base;
+    }
+    CheckWritten(avio_open2(&m_pFormat->pb, m_pFormat->url, AVIO_FLAG_WRITE, &m_pFormat->interrupt_callback, nullptr));
+    CheckWritten(avformat_write_header(m_pFormat, nullptr));
+}
+
+void MediaOutput::AddVideo(AVStream &stream, const AVStream &source, const VideoEncoder &encoder, const AVFrame &first)
+{
+    if (avcodec_parameters_from_context(stream.codecpar, &encoder.Context()) < 0)
+        throw std::bad_alloc();
+    stream.time_base = encoder.TimeBase();
+    stream.sample_aspect_ratio = encoder.Context().sample_aspect_ratio;
+    CopyPictureSideData(source, stream);
+    const AVFrameSideData *pMatrix = av_frame_get_side_data(&first, AV_FRAME_DATA_DISPLAYMATRIX);
+    if (pMatrix && !FindSideData(stream, AV_PKT_DATA_DISPLAYMATRIX))
+        SetSideData(stream, AV_PKT_DATA_DISPLAYMATRIX, pMatrix->data, pMatrix->size);
+}
+
+void MediaOutput::AddCopy(AVStream &stream, const AVStream &source) const
+{
+    if (avcodec_parameters_copy(stream.codecpar, source.codecpar) < 0)
+        throw std::bad_alloc();
+    stream.codecpar->codec_tag = TagFor(Container(), *source.codecpar);
+    stream.time_base = source.time_base;
+    stream.sample_aspect_ratio = source.sample_aspect_ratio;
+    stream.r_frame_rate = source.r_frame_rate;
+    stream.duration = source.duration;
+    CopyAllSideData(source, stream);
+}
+
+void MediaOutput::AddChapters(const AVFormatContext &source, int64_t nShift, int64_t nDuration)
+{
+    for (unsigned n = 0; n < source.nb_chapters; ++n) {
+        const AVChapter &chapter = *source.chapters[n];
+        const int64_t nOffset = av_rescale_q(nShift, MICROSECONDS, chapter.time_base);
+        const int64_t nEnd = nDuration > 0 ? av_rescale_q(nDuration, MICROSECONDS, chapter.time_base) : INT64_MAX;
+        if (chapter.end - nOffset <= 0 || chapter.start - nOffset >= nEnd)
+            continue;
+        auto *pCopy = static_cast<AVChapter *>(Checked(av_mallocz(sizeof(AVChapter))));
+        av_dynarray_add(&m_pFormat->chapters, reinterpret_cast<int *>(&m_pFormat->nb_chapters), pCopy);
+        Checked(m_pFormat->chapters);
+        pCopy->id = chapter.id;
+        pCopy->time_base = chapter.time_base;
+        pCopy->start = nShift > 0 ? std::max<int64_t>(0, chapter.start - nOffset) : chapter.start - nOffset;
+        pCopy->end = std::min(chapter.end - nOffset, nEnd);
+        av_dict_copy(&pCopy->metadata, chapter.metadata, 0);
+    }
+}
+
+void MediaOutput::WriteVideo(AVPacket &packet, AVRational timeBase)
+{
+    Target &target = m_listTargets[m_nVideo];
+    target.timeBase = timeBase;
+    Write(packet, target);
+}
+
+void MediaOutput::WriteCopy(AVPacket &packet)
+{
+    Target &target = m_listTargets[packet.stream_index];
+    if (target.pStream)
+        Write(packet, target);
+}
+
+void MediaOutput::Write(AVPacket &packet, Target &target)
+{
+    av_packet_rescale_ts(&packet, target.timeBase, target.pStream->time_base);
+    packet.stream_index = target.pStream->index;
+    packet.pos = -1;
+    if (packet.dts == AV_NOPTS_VALUE)
+        packet.dts = packet.pts;
+    if (packet.dts != AV_NOPTS_VALUE && target.nLast != AV_NOPTS_VALUE) {
+        // Clocks of broadcasts jump and coarse time bases round; no muxer takes time that stands still or runs back.
+        const int64_t nLeast = target.nLast + ((Container().flags & AVFMT_TS_NONSTRICT) != 0 ? 0 : 1);
+        packet.dts = std::max(packet.dts, nLeast);
+    }
+    if (packet.dts != AV_NOPTS_VALUE) {
+        if (packet.pts != AV_NOPTS_VALUE)
+            packet.pts = std::max(packet.pts, packet.dts);
+        target.nLast = packet.dts;
+    }
+    CheckWritten(av_interleaved_write_frame(m_pFormat, &packet));
+}
+
+void MediaOutput::Finish()
+{
+    CheckWritten(av_write_trailer(m_pFormat));
+    CheckWritten(m_pFormat->pb->error);
+    CheckWritten(avio_closep(&m_pFormat->pb));
+    m_pending.Commit();
+}
+
+void MediaOutput::CheckWritten(int nResult) const
+{
+    Interrupt::Check();
+    if (nResult < 0)
+        throw Failure(ExitCode::Output, m_strFile, AvReason(nResult));
+}

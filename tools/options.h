@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+struct Rgb {
+    int nRed;
+    int nGreen;
+    int nBlue;
+};
+
+/** How the subtitles look; what is not set stays as the library has it. */
+struct Style {
+    std::optional<std::string> strFont;
+    std::optional<int> nSize;
+    bool bBold = false;
+    bool bItalic = false;
+    std::optional<Rgb> color;
+    std::optional<Rgb> outline;
+    std::optional<int> nOpacity;
+    std::optional<int> nPosition;
+};
+
+struct SubtitleSource {
+    std::string strFile;
+    int nTrack = 0;
+};
+
+struct EncoderChoice {
+    std::string strCodec;
+    std::string strPreset;
+    std::optional<double> dCrf;
+    int64_t nBitrate = 0;
+};
+
+/** Part of the input, in microseconds of its own time. */
+struct TimeRange {
+    std::optional<int64_t> nStart;
+    std::optional<int64_t> nDuration;
+};
+
+struct PipeFormat {
+    int nWidth = 0;
+    int nHeight = 0;
+    int nRate = 0;
+    int nScale = 1;
+};
+
+enum class Mode { Transcode, Snapshot, Pipe };
+
+struct Options {
+    Mode mode = Mode::Transcode;
+    std::string strInput;
+    std::string strOutput;
+    SubtitleSource subtitles;
+    Style style;
+    EncoderChoice encoder;
+    TimeRange range;
+    std::vector<int64_t> listSnapshots;
+    PipeFormat pipe;
+    bool bQuiet = false;
+};

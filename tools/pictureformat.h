@@ -1,0 +1,34 @@
+#pragma once
+
+#include "ffmpegptr.h"
+
+/** All that tells how the bytes of a picture become colours, with nothing left unspecified. */
+struct PictureFormat {
+    int nWidth = 0;
+    int nHeight = 0;
+    AVPixelFormat format = AV_PIX_FMT_NONE;
+    AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED;
+    AVChromaLocation chroma = AVCHROMA_LOC_UNSPECIFIED;
+    bool bFullRange = false;
+
+    static PictureFormat Of(const AVFrame &frame);
+
+    /** The format of packed RGB pictures of the same size. */
+    PictureFormat AsRgb24() const;
+
+    /** The same picture with fewer or more rows. */
+    PictureFormat WithHeight(int nRows) const;
+
+    bool operator==(const PictureFormat &other) const;
+};
+
+/** Whether a subtitle can be drawn into pictures of a format. */
+bool IsBurnable(AVPixelFormat format);
+
+bool IsRgb(AVPixelFormat format);
+
+/** The old formats that stand for full range by themselves. */
+bool IsFullRangeFormat(AVPixelFormat format);
+
+/** Throws std::runtime_error when swscale cannot do it. */
+ScalerPtr MakeScaler(const PictureFormat &from, const PictureFormat &to);

@@ -1,0 +1,83 @@
+#include "rawpipe.h"
+
+#include "failure.h"
+#include "ffmpegptr.h"
+#include "interrupt.h"
+#include "report.h"
+#include "subtitlerenderer.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+namespace
+{
+
+const int RGB_BYTES = 3;
+const char *const INPUT_NAME = "standard input";
+const char *const OUTPUT_NAME = "standard output";
+
+} // namespace
+
+RawPipe::RawPipe(const Options &options, const SubtitleLibrary &library, Console &console) :
+    m_options(options),
+    m_library(library),
+    m_console(console),
+    m_listPixels(static_cast<size_t>(options.pipe.nWidth) * options.pipe.nHeight * RGB_BYTES)
+{
+}
+
+void RawPipe::Run()
+{
+    const PipeFormat &format = m_options.pipe;
+    SubtitleRenderer renderer(m_library, format.nWidth, format.nHeight, m_options.style);
+    renderer.Open(m_options.subtitles);
+    const AVRational frameTime = {format.nScale, format.nRate};
+    int64_t nFrames = 0;
+    int64_t nCarrying = 0;
+    for (; ReadFrame(); ++nFrames) {
+        if (renderer.Seek(av_rescale_q(nFrames, frameTime, MILLISECONDS))) {
+            renderer.Draw(m_listPixels.data(), format.nWidth * RGB_BYTES);
+            ++nCarrying;
+        }
+        WriteFrame();
+        m_console.Progress(nFrames + 1, av_rescale_q(nFrames, frameTime, MICROSECONDS), 0);
+    }
+    ReportFrames(m_console, OUTPUT_NAME, m_options.subtitles.strFile, nFrames, nCarrying);
+}
+
+/** @return false at the end of the input. */
+bool RawPipe::ReadFrame()
+{
+    size_t nHave = 0;
+    while (nHave < m_listPixels.size()) {
+        Interrupt::Check();
+        const ssize_t nRead = read(STDIN_FILENO, m_listPixels.data() + nHave, m_listPixels.size() - nHave);
+        if (nRead < 0 && errno == EINTR)
+            continue;
+        if (nRead < 0)
+            throw Failure(ExitCode::Input, INPUT_NAME, std::generic_category().message(errno));
+        if (nRead == 0 && nHave > 0)
+            throw Failure(ExitCode::Input, INPUT_NAME,
+                          "ends within a frame, " + std::to_string(m_listPixels.size() - nHave) + " bytes short");
+        if (nRead == 0)
+            return false;
+        nHave += nRead;
+    }
+    return true;
+}
+
+void RawPipe::WriteFrame() const
+{
+    size_t nDone = 0;
+    while (nDone < m_listPixels.size()) {
+        Interrupt::Check();
+        const ssize_t nWritten = write(STDOUT_FILENO, m_listPixels.data() + nDone, m_listPixels.size() - nDone);
+        if (nWritten < 0 && errno == EINTR)
+            continue;
+        if (nWritten < 0)
+            throw Failure(ExitCode::Output, OUTPUT_NAME, std::generic_category().message(errno));
+        nDone += nWritten;
+    }
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "console.h"
+#include "options.h"
+#include "subtitlelibrary.h"
+
+#include <vector>
+
+/** Burns subtitles into raw RGB24 frames on their way from standard input to standard output. */
+class RawPipe
+{
+public:
+    RawPipe(const Options &options, const SubtitleLibrary &library, Console &console);
+
+    void Run();
+
+private:
+    bool ReadFrame();
+    void WriteFrame() const;
+
+    const Options &m_options;
+    const SubtitleLibrary &m_library;
+    Console &m_console;
+    std::vector<uint8_t> m_listPixels;
+};

@@ -1,0 +1,166 @@
+#include "snapshot.h"
+
+#include "failure.h"
+#include "frameconverter.h"
+#include "framepool.h"
+#include "report.h"
+#include "streamdata.h"
+#include "values.h"
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+namespace
+{
+
+const int RGB_BYTES = 3;
+
+Orientation OrientationOf(const AVStream &stream)
+{
+    return Orientation(reinterpret_cast<const int32_t *>(FindSideData(stream, AV_PKT_DATA_DISPLAYMATRIX)));
+}
+
+PacketPtr EncodePng(const AVFrame &picture)
+{
+    const AVCodec *pCodec = avcodec_find_encoder(AV_CODEC_ID_PNG);
+    if (!pCodec)
+        throw Failure(ExitCode::Output, "this FFmpeg writes no PNG pictures");
+    const CodecPtr pContext = Checked(CodecPtr(avcodec_alloc_context3(pCodec)));
+    pContext->width = picture.width;
+    pContext->height = picture.height;
+    pContext->pix_fmt = AV_PIX_FMT_RGB24;
+    pContext->time_base = {1, 1};
+    pContext->sample_aspect_ratio = picture.sample_aspect_ratio;
+    PacketPtr pPacket = NewPacket();
+    int nResult = avcodec_open2(pContext.get(), pCodec, nullptr);
+    for (const AVFrame *pFrame : {&picture, static_cast<const AVFrame *>(nullptr)}) {
+        if (nResult >= 0)
+            nResult = avcodec_send_frame(pContext.get(), pFrame);
+    }
+    if (nResult >= 0)
+        nResult = avcodec_receive_packet(pContext.get(), pPacket.get());
+    if (nResult < 0)
+        throw Failure(ExitCode::Output, "the PNG picture cannot be made: " + AvReason(nResult));
+    return pPacket;
+}
+
+} // namespace
+
+Snapshot::Snapshot(const Options &options, const SubtitleLibrary &library, Console &console) :
+    m_options(options), m_library(library), m_console(console), m_input(options.strInput)
+{
+    for (unsigned n = 0; n < m_input.Format().nb_streams; ++n) {
+        if (static_cast<int>(n) != m_input.Video().index)
+            m_input.Ignore(static_cast<int>(n));
+    }
+}
+
+std::string Snapshot::FileName(size_t nIndex) const
+{
+    if (m_options.listSnapshots.size() == 1)
+        return m_options.strOutput;
+    const std::filesystem::path path(m_options.strOutput);
+    const std::string strName = path.stem().string() + "-" + std::to_string(nIndex + 1) + path.extension().string();
+    return (path.parent_path() / strName).string();
+}
+
+void Snapshot::Run()
+{
+    std::vector<std::unique_ptr<PendingFile>> listFiles;
+    for (size_t n = 0; n < m_options.listSnapshots.size(); ++n) {
+        for (const std::string &strInput : {m_options.strInput, m_options.subtitles.strFile})
+            PendingFile::RefuseSame(FileName(n), strInput);
+        listFiles.push_back(std::make_unique<PendingFile>(FileName(n)));
+    }
+    const Orientation orientation = OrientationOf(m_input.Video());
+    std::unique_ptr<SubtitleRenderer> pRenderer;
+    int64_t nCarrying = 0;
+    std::vector<std::string> listNotes;
+    for (size_t n = 0; n < listFiles.size(); ++n) {
+        const FramePtr pFrame = FrameAt(m_options.listSnapshots[n]);
+        const FramePtr pPicture = Upright(*pFrame, orientation);
+        if (!pRenderer || pRenderer->Width() != pPicture->width || pRenderer->Height() != pPicture->height) {
+            pRenderer =
+                std::make_unique<SubtitleRenderer>(m_library, pPicture->width, pPicture->height, m_options.style);
+            pRenderer->Open(m_options.subtitles);
+        }
+        const int64_t nTime = pFrame->pts - m_input.Origin();
+        const bool bCarries = pRenderer->Seek(av_rescale_q(nTime, m_input.Video().time_base, MILLISECONDS));
+        if (bCarries)
+            pRenderer->Draw(pPicture->data[0], pPicture->linesize[0]);
+        nCarrying += bCarries ? 1 : 0;
+        Save(*pPicture, *listFiles[n]);
+        listNotes.push_back(FileName(n) + ": the picture at " +
+                            TimeText(av_rescale_q(nTime, m_input.Video().time_base, MICROSECONDS)) +
+                            (bCarries ? ", with a subtitle" : ", without a subtitle"));
+    }
+    for (const auto &pFile : listFiles)
+        pFile->Commit();
+    WarnOfDamage(m_console, m_options.strInput, m_input.Damaged());
+    WarnOfNone(m_console, m_options.subtitles.strFile, nCarrying);
+    for (const std::string &strNote : listNotes)
+        m_console.Note(strNote);
+}
+
+/** The picture on display at a time: the last that begins then or before. */
+FramePtr Snapshot::FrameAt(int64_t nTime)
+{
+    const AVRational base = m_input.Video().time_base;
+    const int64_t nTimeStamp = m_input.Origin() + av_rescale_q_rnd(nTime, MICROSECONDS, base, AV_ROUND_DOWN);
+    m_input.SeekBefore(nTimeStamp);
+    FramePtr pShown;
+    MediaItem item;
+    while (m_input.Next(item)) {
+        if (!item.pFrame)
+            continue;
+        if (item.pFrame->pts > nTimeStamp)
+            return pShown ? std::move(pShown) : std::move(item.pFrame);
+        pShown = std::move(item.pFrame);
+    }
+    if (!pShown)
+        throw Failure(ExitCode::Input, m_options.strInput, "no picture could be decoded");
+    if (nTimeStamp >= m_input.TimeAfter(*pShown))
+        throw Failure(ExitCode::Input, m_options.strInput,
+                      "there is no picture at " + TimeText(nTime) + ", the video ends at " +
+                          TimeText(av_rescale_q(m_input.TimeAfter(*pShown) - m_input.Origin(), base, MICROSECONDS)));
+    return pShown;
+}
+
+/** The frame as the viewer sees it, in RGB. */
+FramePtr Snapshot::Upright(const AVFrame &frame, const Orientation &orientation) const
+{
+    FramePtr pStored = Checked(FramePtr(av_frame_clone(&frame)));
+    FrameConverter(frame.width, frame.height, AV_PIX_FMT_RGB24).Convert(pStored);
+    FramePool().MakeWritable(pStored);
+    pStored->sample_aspect_ratio = m_input.SampleAspectRatio(pStored.get());
+    if (orientation.Alike())
+        return pStored;
+    const int nWidth = frame.width;
+    const int nHeight = frame.height;
+    FramePtr pShown = FramePool().Get(orientation.ShownWidth(nWidth, nHeight), orientation.ShownHeight(nWidth, nHeight),
+                                      AV_PIX_FMT_RGB24);
+    const auto walk = orientation.WalkShown(nWidth, nHeight, pShown->linesize[0], RGB_BYTES);
+    for (int y = 0; y < nHeight; ++y) {
+        const uint8_t *pFrom = pStored->data[0] + static_cast<ptrdiff_t>(y) * pStored->linesize[0];
+        uint8_t *pTo = pShown->data[0] + walk.nOrigin + y * walk.nStepY;
+        for (int x = 0; x < nWidth; ++x)
+            std::memcpy(pTo + x * walk.nStepX, pFrom + x * RGB_BYTES, RGB_BYTES);
+    }
+    pShown->sample_aspect_ratio = pStored->sample_aspect_ratio;
+    if (pShown->width != nWidth && pShown->sample_aspect_ratio.num > 0)
+        pShown->sample_aspect_ratio = av_inv_q(pShown->sample_aspect_ratio);
+    return pShown;
+}
+
+void Snapshot::Save(const AVFrame &picture, const PendingFile &file) const
+{
+    const PacketPtr pPacket = EncodePng(picture);
+    std::ofstream stream(file.Path(), std::ios::binary);
+    stream.write(reinterpret_cast<const char *>(pPacket->data), pPacket->size);
+    stream.close();
+    if (!stream)
+        throw Failure(ExitCode::Output, m_options.strOutput, std::generic_category().message(errno));
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "console.h"
+#include "mediainput.h"
+#include "options.h"
+#include "orientation.h"
+#include "pendingfile.h"
+#include "subtitlerenderer.h"
+
+/** Writes single pictures of a video, upright and with their subtitles, as PNG files. */
+class Snapshot
+{
+public:
+    Snapshot(const Options &options, const SubtitleLibrary &library, Console &console);
+
+    void Run();
+
+private:
+    FramePtr FrameAt(int64_t nTime);
+    FramePtr Upright(const AVFrame &frame, const Orientation &orientation) const;
+    void Save(const AVFrame &picture, const PendingFile &file) const;
+    std::string FileName(size_t nIndex) const;
+
+    const Options &m_options;
+    const SubtitleLibrary &m_library;
+    Console &m_console;
+    MediaInput m_input;
+};

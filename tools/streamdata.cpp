@@ -1,0 +1,67 @@
+#include "streamdata.h"
+
+#include <algorithm>
+#include <cstring>
+
+#define SUBBURN_CODED_SIDE_DATA (LIBAVFORMAT_VERSION_INT >= AV_VERSION_INT(60, 15, 100))
+
+namespace
+{
+
+const std::array<AVPacketSideDataType, 6> PICTURE_TYPES = {
+    AV_PKT_DATA_DISPLAYMATRIX,       AV_PKT_DATA_STEREO3D,
+    AV_PKT_DATA_SPHERICAL,           AV_PKT_DATA_MASTERING_DISPLAY_METADATA,
+    AV_PKT_DATA_CONTENT_LIGHT_LEVEL, AV_PKT_DATA_AFD};
+
+struct SideDataList {
+    const AVPacketSideData *pFirst;
+    int nCount;
+
+    const AVPacketSideData *begin() const { return pFirst; }
+    const AVPacketSideData *end() const { return pFirst + nCount; }
+};
+
+SideDataList SideDataOf(const AVStream &stream)
+{
+#if SUBBURN_CODED_SIDE_DATA
+    return {stream.codecpar->coded_side_data, stream.codecpar->nb_coded_side_data};
+#else
+    return {stream.side_data, stream.nb_side_data};
+#endif
+}
+
+} // namespace
+
+const uint8_t *FindSideData(const AVStream &stream, AVPacketSideDataType type)
+{
+    for (const AVPacketSideData &data : SideDataOf(stream)) {
+        if (data.type == type)
+            return data.data;
+    }
+    return nullptr;
+}
+
+void SetSideData(AVStream &stream, AVPacketSideDataType type, const uint8_t *pData, size_t nSize)
+{
+#if SUBBURN_CODED_SIDE_DATA
+    AVPacketSideData *pNew = av_packet_side_data_new(&stream.codecpar->coded_side_data,
+                                                     &stream.codecpar->nb_coded_side_data, type, nSize, 0);
+    std::memcpy(Checked(pNew)->data, pData, nSize);
+#else
+    std::memcpy(Checked(av_stream_new_side_data(&stream, type, nSize)), pData, nSize);
+#endif
+}
+
+void CopyAllSideData(const AVStream &from, AVStream &to)
+{
+    for (const AVPacketSideData &data : SideDataOf(from))
+        SetSideData(to, data.type, data.data, data.size);
+}
+
+void CopyPictureSideData(const AVStream &from, AVStream &to)
+{
+    for (const AVPacketSideData &data : SideDataOf(from)) {
+        if (std::find(PICTURE_TYPES.begin(), PICTURE_TYPES.end(), data.type) != PICTURE_TYPES.end())
+            SetSideData(to, data.type, data.data, data.size);
+    }
+}

@@ -1,0 +1,175 @@
+#include "transcoder.h"
+
+#include "failure.h"
+#include "frameburner.h"
+#include "frameconverter.h"
+#include "interrupt.h"
+#include "report.h"
+#include "streamdata.h"
+
+#include <thread>
+
+namespace
+{
+
+// Packets of sound lie between the frames, so this is a handful of frames.
+const size_t QUEUE_ITEMS = 12;
+
+Orientation OrientationOf(const AVStream &stream, const AVFrame &first)
+{
+    const uint8_t *pMatrix = FindSideData(stream, AV_PKT_DATA_DISPLAYMATRIX);
+    const AVFrameSideData *pData = av_frame_get_side_data(&first, AV_FRAME_DATA_DISPLAYMATRIX);
+    if (!pMatrix && pData)
+        pMatrix = pData->data;
+    return Orientation(reinterpret_cast<const int32_t *>(pMatrix));
+}
+
+} // namespace
+
+Transcoder::Transcoder(const Options &options, const SubtitleLibrary &library, Console &console) :
+    m_options(options),
+    m_library(library),
+    m_console(console),
+    m_input(options.strInput),
+    m_output(options.strOutput),
+    m_encoder(m_output.Container(), options.encoder, options.strOutput),
+    m_decoded(QUEUE_ITEMS),
+    m_burnt(QUEUE_ITEMS)
+{
+}
+
+VideoTraits Transcoder::TraitsOf(AVFrame &first) const
+{
+    VideoTraits traits;
+    traits.timeBase = m_input.Video().time_base;
+    traits.frameRate = m_input.FrameRate();
+    traits.sampleAspectRatio = m_input.SampleAspectRatio(&first);
+    traits.fieldOrder = m_input.Video().codecpar->field_order;
+    // Many files call their fields progressive; the frames know better.
+    if (traits.fieldOrder <= AV_FIELD_PROGRESSIVE && FrameFieldOrder(first) != AV_FIELD_UNKNOWN)
+        traits.fieldOrder = FrameFieldOrder(first);
+    return traits;
+}
+
+void Transcoder::Run()
+{
+    for (const std::string &strInput : {m_options.strInput, m_options.subtitles.strFile})
+        PendingFile::RefuseSame(m_options.strOutput, strInput);
+    const std::vector<bool> listCopied = m_output.ChooseCopies(m_input, m_console);
+    for (unsigned n = 0; n < listCopied.size(); ++n) {
+        if (!listCopied[n] && static_cast<int>(n) != m_input.Video().index)
+            m_input.Ignore(static_cast<int>(n));
+    }
+    FrameFeeder feeder(m_input, m_options.range, listCopied);
+    MediaItem first;
+    if (!feeder.Next(first))
+        throw Failure(ExitCode::Input, m_options.strInput,
+                      m_options.range.nStart || m_options.range.nDuration ? "there is no picture in the wanted part"
+                                                                          : "no picture could be decoded");
+    AVFrame &frame = *first.pFrame;
+    const Orientation orientation = OrientationOf(m_input.Video(), frame);
+    SubtitleRenderer renderer(m_library, orientation.ShownWidth(frame.width, frame.height),
+                              orientation.ShownHeight(frame.width, frame.height), m_options.style);
+    renderer.Open(m_options.subtitles);
+    m_encoder.Open(frame, TraitsOf(frame));
+    m_output.AddChapters(m_input.Format(), feeder.Shift(), m_options.range.nDuration.value_or(0));
+    m_output.Begin(m_input, listCopied, m_encoder, frame);
+    FrameConverter converter(frame.width, frame.height, m_encoder.Format());
+    FrameBurner burner(renderer, orientation);
+    RunStages(std::move(first), feeder, converter, burner);
+    m_output.Finish();
+    Report();
+}
+
+void Transcoder::RunStages(MediaItem &&first, FrameFeeder &feeder, FrameConverter &converter, FrameBurner &burner)
+{
+    m_decoded.Push(std::move(first));
+    std::thread decoding([&] { Guard([&] { Decode(feeder); }); });
+    std::thread burning([&] { Guard([&] { Burn(converter, burner); }); });
+    Guard([&] { Encode(feeder); });
+    decoding.join();
+    burning.join();
+    if (m_pFailure)
+        std::rethrow_exception(m_pFailure);
+}
+
+/** Runs a stage; the first failure of any stops all. */
+void Transcoder::Guard(const std::function<void()> &stage)
+{
+    try {
+        stage();
+        return;
+    } catch (...) {
+        const std::lock_guard<std::mutex> lock(m_failureMutex);
+        if (!m_pFailure)
+            m_pFailure = std::current_exception();
+    }
+    m_decoded.Close();
+    m_burnt.Close();
+}
+
+bool Transcoder::Failed()
+{
+    const std::lock_guard<std::mutex> lock(m_failureMutex);
+    return m_pFailure != nullptr;
+}
+
+void Transcoder::Decode(FrameFeeder &feeder)
+{
+    MediaItem item;
+    while (feeder.Next(item) && m_decoded.Push(std::move(item)))
+        Interrupt::Check();
+    m_decoded.Close();
+}
+
+void Transcoder::Burn(FrameConverter &converter, FrameBurner &burner)
+{
+    while (std::optional<MediaItem> item = m_decoded.Pop()) {
+        Interrupt::Check();
+        if (item->pFrame) {
+            converter.Convert(item->pFrame);
+            if (burner.Burn(item->pFrame, item->nMilliseconds))
+                ++m_nCarrying;
+        }
+        if (!m_burnt.Push(std::move(*item)))
+            break;
+    }
+    m_burnt.Close();
+}
+
+void Transcoder::Encode(const FrameFeeder &feeder)
+{
+    const int64_t nTotal = feeder.Expected();
+    int64_t nBegin = AV_NOPTS_VALUE;
+    while (std::optional<MediaItem> item = m_burnt.Pop()) {
+        Interrupt::Check();
+        if (item->pPacket) {
+            m_output.WriteCopy(*item->pPacket);
+            continue;
+        }
+        const int64_t nTime = av_rescale_q(item->pFrame->pts, m_input.Video().time_base, MICROSECONDS);
+        nBegin = nBegin == AV_NOPTS_VALUE ? nTime : nBegin;
+        m_encoder.Send(item->pFrame.get());
+        WritePackets();
+        m_console.Progress(++m_nFrames, nTime - nBegin, nTotal);
+    }
+    // After a failure of another stage nothing is worth finishing.
+    if (Failed())
+        return;
+    m_encoder.Send(nullptr);
+    WritePackets();
+}
+
+void Transcoder::WritePackets()
+{
+    while (m_encoder.Receive(*m_pPacket)) {
+        Interrupt::Check();
+        m_output.WriteVideo(*m_pPacket, m_encoder.TimeBase());
+    }
+}
+
+void Transcoder::Report()
+{
+    WarnOfDamage(m_console, m_options.strInput, m_input.Damaged());
+    ReportFrames(m_console, m_options.strOutput, m_options.subtitles.strFile, m_nFrames, m_nCarrying);
+}

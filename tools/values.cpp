@@ -1,0 +1,107 @@
+#include "values.h"
+
+#include "failure.h"
+#include "ffmpegptr.h"
+
+extern "C" {
+#include <libavutil/parseutils.h>
+}
+
+#include <algorithm>
+#include <cctype>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace
+{
+
+const int MAX_SIDE = 16384;
+const size_t MAX_SIDE_DIGITS = 5;
+const double MAX_BITRATE = 1e12;
+
+bool ConsistsOf(const std::string &strText, const char *pCharacters)
+{
+    return !strText.empty() && strText.find_first_not_of(pCharacters) == std::string::npos;
+}
+
+/** 0 when it is no number of pixels. */
+int ParseSide(const std::string &strText)
+{
+    if (!ConsistsOf(strText, "0123456789") || strText.size() > MAX_SIDE_DIGITS)
+        return 0;
+    const int nSide = std::stoi(strText);
+    return nSide <= MAX_SIDE ? nSide : 0;
+}
+
+[[noreturn]] void Refuse(const std::string &strOption, const std::string &strText, const std::string &strWanted)
+{
+    throw Failure(ExitCode::Usage, strOption + ": \"" + strText + "\" is not " + strWanted);
+}
+
+} // namespace
+
+int64_t ParseTime(const std::string &strOption, const std::string &strText)
+{
+    int64_t nTime = 0;
+    // A leading zero lets .5 count too.
+    if (!ConsistsOf(strText, "0123456789:.") || strText.front() == ':' ||
+        av_parse_time(&nTime, (strText.front() == '.' ? "0" + strText : strText).c_str(), 1) < 0)
+        Refuse(strOption, strText, "a time such as 12.5 or 1:02:03.5");
+    return nTime;
+}
+
+Rgb ParseColor(const std::string &strOption, const std::string &strText)
+{
+    std::array<uint8_t, 4> listColor{};
+    // A part after @ would be an opacity, which has its own option.
+    if (strText.find('@') != std::string::npos || av_parse_color(listColor.data(), strText.c_str(), -1, nullptr) < 0)
+        Refuse(strOption, strText, "a colour such as #ffcc00 or yellow");
+    return {listColor[0], listColor[1], listColor[2]};
+}
+
+int64_t ParseBitrate(const std::string &strOption, const std::string &strText)
+{
+    double dUnit = 1;
+    std::string strNumber = strText;
+    if (!strText.empty() && std::strchr("kKmM", strText.back())) {
+        dUnit = std::tolower(strText.back()) == 'k' ? 1e3 : 1e6;
+        strNumber.pop_back();
+    }
+    char *pEnd = nullptr;
+    const double dRate = std::strtod(strNumber.c_str(), &pEnd) * dUnit;
+    if (!ConsistsOf(strNumber, "0123456789.") || *pEnd != '\0' || dRate < 1 || dRate > MAX_BITRATE)
+        Refuse(strOption, strText, "a bit rate such as 800k or 4M");
+    return std::llround(dRate);
+}
+
+PipeFormat ParsePipeFormat(const std::string &strOption, const std::string &strText)
+{
+    const size_t nCross = std::min(strText.find('x'), strText.size());
+    const size_t nAt = std::min(strText.find('@', nCross), strText.size());
+    const std::string strRate = strText.substr(std::min(nAt + 1, strText.size()));
+    AVRational rate = {0, 1};
+    PipeFormat format;
+    format.nWidth = ParseSide(strText.substr(0, nCross));
+    format.nHeight = ParseSide(strText.substr(std::min(nCross + 1, nAt), nAt - std::min(nCross + 1, nAt)));
+    // FFmpeg would also take names such as pal.
+    if (ConsistsOf(strRate, "0123456789./") && av_parse_video_rate(&rate, strRate.c_str()) >= 0) {
+        format.nRate = rate.num;
+        format.nScale = rate.den;
+    }
+    if (format.nWidth < 1 || format.nHeight < 1 || format.nRate < 1)
+        Refuse(strOption, strText, "WxH@FPS such as 1280x720@25 or 1280x720@30000/1001");
+    return format;
+}
+
+std::string TimeText(int64_t nMicroseconds)
+{
+    const int64_t nSeconds = nMicroseconds / AV_TIME_BASE;
+    const int64_t nThousandths = nMicroseconds % AV_TIME_BASE / 1000;
+    std::array<char, 48> listText{};
+    std::snprintf(listText.data(), listText.size(), "%lld:%02d:%02d.%03d", static_cast<long long>(nSeconds / 3600),
+                  static_cast<int>(nSeconds / 60 % 60), static_cast<int>(nSeconds % 60),
+                  static_cast<int>(nThousandths));
+    return listText.data();
+}

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "options.h"
+
+// Values of options as the user writes them. Each throws a Failure that names the option when the text is wrong.
+
+/** Microseconds. */
+int64_t ParseTime(const std::string &strOption, const std::string &strText);
+Rgb ParseColor(const std::string &strOption, const std::string &strText);
+/** Bits per second. */
+int64_t ParseBitrate(const std::string &strOption, const std::string &strText);
+PipeFormat ParsePipeFormat(const std::string &strOption, const std::string &strText);
+
+/** A time as the user reads it: 1:02:03.500. */
+std::string TimeText(int64_t nMicroseconds);

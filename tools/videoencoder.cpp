@@ -1,0 +1,262 @@
+#include "videoencoder.h"
+
+#include "codecs.h"
+#include "failure.h"
+#include "frameconverter.h"
+
+extern "C" {
+#include <libavutil/opt.h>
+}
+
+#include <algorithm>
+#include <cstring>
+#include <exception>
+
+namespace
+{
+
+// MPEG-4 counts time in 16 bits; this base has the usual frame rates, both kinds of 30 included, in whole numbers.
+const int MAX_MPEG4_DENOMINATOR = 65535;
+const AVRational MPEG4_TIME_BASE = {1, 60000};
+const AVRational USUAL_RATE = {25, 1};
+
+bool CountsFrames(AVCodecID id)
+{
+    return id == AV_CODEC_ID_MPEG1VIDEO || id == AV_CODEC_ID_MPEG2VIDEO || id == AV_CODEC_ID_THEORA ||
+           id == AV_CODEC_ID_DVVIDEO;
+}
+
+/** Whether frames have no times of their own in a container, only numbers. */
+bool NumbersFrames(const AVOutputFormat &container)
+{
+    static const std::array<const char *, 4> NAMES = {"avi", "dv", "gxf", "yuv4mpegpipe"};
+    return (container.flags & AVFMT_NOTIMESTAMPS) != 0 ||
+           std::any_of(NAMES.begin(), NAMES.end(),
+                       [&](const char *pName) { return std::strcmp(container.name, pName) == 0; });
+}
+
+bool HasOption(const AVCodecContext &context, const char *pName)
+{
+    return context.priv_data && context.codec->priv_class &&
+           av_opt_find(context.priv_data, pName, nullptr, 0, 0) != nullptr;
+}
+
+} // namespace
+
+VideoEncoder::VideoEncoder(const AVOutputFormat &container, const EncoderChoice &choice, const std::string &strFile) :
+    m_container(container), m_choice(choice), m_strFile(strFile)
+{
+    ListCandidates();
+    const bool bFits = std::any_of(m_listCandidates.begin(), m_listCandidates.end(),
+                                   [&](const AVCodec *pCodec) { return CanHoldVideo(container, pCodec->id); });
+    if (m_listCandidates.empty())
+        throw Failure(ExitCode::Output, strFile, "this FFmpeg has no encoder for the container's video");
+    if (!bFits)
+        throw Failure(ExitCode::Output, strFile,
+                      std::string("the container cannot hold ") + avcodec_get_name(m_listCandidates.front()->id) +
+                          " video");
+}
+
+void VideoEncoder::ListCandidates()
+{
+    if (!m_choice.strCodec.empty()) {
+        const AVCodec *pCodec = avcodec_find_encoder_by_name(m_choice.strCodec.c_str());
+        if (!pCodec || pCodec->type != AVMEDIA_TYPE_VIDEO)
+            throw Failure(ExitCode::Usage, "--codec: there is no video encoder named \"" + m_choice.strCodec + "\"");
+        m_listCandidates.push_back(pCodec);
+        return;
+    }
+    if (!CanHoldVideo(m_container, AV_CODEC_ID_H264)) {
+        AddCandidates(m_container.video_codec);
+        return;
+    }
+    AddCandidates(AV_CODEC_ID_H264);
+    AddCandidates(AV_CODEC_ID_MPEG4);
+}
+
+/** Encoders that need no particular hardware, the preferred one first. */
+void VideoEncoder::AddCandidates(AVCodecID id)
+{
+    const size_t nBegin = m_listCandidates.size();
+    void *pState = nullptr;
+    while (const AVCodec *pCodec = av_codec_iterate(&pState)) {
+        const bool bSoftware =
+            (pCodec->capabilities & (AV_CODEC_CAP_HARDWARE | AV_CODEC_CAP_HYBRID | AV_CODEC_CAP_EXPERIMENTAL)) == 0;
+        if (pCodec->id == id && av_codec_is_encoder(pCodec) && bSoftware && !FormatsOf(*pCodec).empty())
+            m_listCandidates.push_back(pCodec);
+    }
+    const auto preferred =
+        std::find_if(m_listCandidates.begin() + nBegin, m_listCandidates.end(),
+                     [](const AVCodec *pCodec) { return std::strcmp(pCodec->name, "libx264") == 0; });
+    if (preferred != m_listCandidates.end())
+        std::rotate(m_listCandidates.begin() + nBegin, preferred, preferred + 1);
+}
+
+void VideoEncoder::Open(const AVFrame &first, const VideoTraits &traits)
+{
+    m_traits = traits;
+    std::exception_ptr pFailure;
+    for (const AVCodec *pCodec : m_listCandidates) {
+        try {
+            OpenAs(*pCodec, first, traits);
+            return;
+        } catch (const Failure &) {
+            // What the preferred encoder says is what the user can act on.
+            if (!pFailure)
+                pFailure = std::current_exception();
+        }
+    }
+    std::rethrow_exception(pFailure);
+}
+
+void VideoEncoder::CheckOpened(const AVCodec &codec, int nResult) const
+{
+    if (nResult < 0)
+        throw Failure(ExitCode::Output, m_strFile,
+                      std::string("the encoder ") + codec.name +
+                          " does not take this video or these options: " + AvReason(nResult));
+}
+
+void VideoEncoder::OpenAs(const AVCodec &codec, const AVFrame &first, const VideoTraits &traits)
+{
+    m_pContext = Checked(CodecPtr(avcodec_alloc_context3(&codec)));
+    AVCodecContext &context = *m_pContext;
+    context.pix_fmt = BestFormat(codec, static_cast<AVPixelFormat>(first.format));
+    if (context.pix_fmt == AV_PIX_FMT_NONE)
+        CheckOpened(codec, AVERROR(ENOSYS));
+    context.width = first.width;
+    context.height = first.height;
+    context.sample_aspect_ratio = traits.sampleAspectRatio;
+    FramePtr pTagged = NewFrame();
+    av_frame_copy_props(pTagged.get(), &first);
+    pTagged->width = first.width;
+    pTagged->height = first.height;
+    pTagged->format = context.pix_fmt;
+    FrameConverter(first.width, first.height, context.pix_fmt).SetColors(*pTagged, first);
+    context.color_range = pTagged->color_range;
+    context.color_primaries = pTagged->color_primaries;
+    context.color_trc = pTagged->color_trc;
+    context.colorspace = pTagged->colorspace;
+    context.chroma_sample_location = pTagged->chroma_location;
+    context.field_order = traits.fieldOrder;
+    if (traits.fieldOrder > AV_FIELD_PROGRESSIVE)
+        context.flags |= AV_CODEC_FLAG_INTERLACED_DCT;
+    if ((m_container.flags & AVFMT_GLOBALHEADER) != 0)
+        context.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+    if (!m_choice.strCodec.empty())
+        context.strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
+    context.thread_count = 0;
+    SetTiming(codec, traits);
+    SetRate(codec);
+    SetUsualOptions(codec);
+    CheckOpened(codec, avcodec_open2(&context, &codec, nullptr));
+}
+
+void VideoEncoder::SetTiming(const AVCodec &codec, const VideoTraits &traits)
+{
+    AVCodecContext &context = *m_pContext;
+    AVRational rate = traits.frameRate.num > 0 ? traits.frameRate : USUAL_RATE;
+    m_bEven = NumbersFrames(m_container) || codec.id == AV_CODEC_ID_THEORA;
+    context.time_base = traits.timeBase;
+    if (m_bEven || CountsFrames(codec.id)) {
+        rate = NearestRate(codec, rate);
+        context.time_base = av_inv_q(rate);
+    } else if (codec.id == AV_CODEC_ID_MPEG4 && traits.timeBase.den > MAX_MPEG4_DENOMINATOR) {
+        context.time_base = MPEG4_TIME_BASE;
+    }
+    context.framerate = rate;
+}
+
+void VideoEncoder::SetRate(const AVCodec &codec)
+{
+    AVCodecContext &context = *m_pContext;
+    if (m_choice.dCrf) {
+        if (!HasOption(context, "crf"))
+            throw Failure(ExitCode::Usage, std::string("--crf: the encoder ") + codec.name + " has no such setting");
+        // Some encoders would otherwise take their usual bit rate for a limit.
+        context.bit_rate = 0;
+        SetOption("crf", std::to_string(*m_choice.dCrf));
+    } else if (m_choice.nBitrate > 0) {
+        context.bit_rate = m_choice.nBitrate;
+    } else if (!HasOption(context, "crf")) {
+        // FFmpeg's own default bit rate is far too low for most pictures.
+        const double dPixels = static_cast<double>(context.width) * context.height * av_q2d(context.framerate);
+        context.bit_rate = std::max<int64_t>(200000, static_cast<int64_t>(dPixels / 6));
+        context.flags |= AV_CODEC_FLAG_QSCALE;
+        context.global_quality = FF_QP2LAMBDA * (codec.id == AV_CODEC_ID_THEORA ? 7 : 3);
+    }
+}
+
+void VideoEncoder::SetOption(const char *pName, const std::string &strValue)
+{
+    if (av_opt_set(m_pContext->priv_data, pName, strValue.c_str(), 0) < 0)
+        throw Failure(ExitCode::Usage, std::string("--") + pName + ": the encoder " + m_pContext->codec->name +
+                                           " does not take \"" + strValue + "\"");
+}
+
+void VideoEncoder::SetUsualOptions(const AVCodec &codec)
+{
+    if (!m_choice.strPreset.empty()) {
+        if (!HasOption(*m_pContext, "preset"))
+            throw Failure(ExitCode::Usage, std::string("--preset: the encoder ") + codec.name + " has no presets");
+        SetOption("preset", m_choice.strPreset);
+    }
+    if (std::strncmp(codec.name, "libvpx", 6) == 0) {
+        // Its default speed is for those who can wait for days.
+        av_opt_set_int(m_pContext->priv_data, "cpu-used", 4, 0);
+        av_opt_set_int(m_pContext->priv_data, "row-mt", 1, 0);
+    }
+}
+
+AVRational VideoEncoder::TimeBase() const
+{
+    return m_bEven ? m_pContext->time_base : m_traits.timeBase;
+}
+
+void VideoEncoder::Stamp(AVFrame &frame)
+{
+    Timing timing = {};
+    timing.nSource = frame.pts;
+    timing.nDuration = FrameDuration(frame);
+    timing.nEncoder = av_rescale_q(frame.pts, m_traits.timeBase, m_pContext->time_base);
+    if (m_nLast != INT64_MIN)
+        timing.nEncoder = std::max(timing.nEncoder, m_nLast + 1);
+    m_nLast = timing.nEncoder;
+    m_listTiming.push_back(timing);
+    frame.pts = timing.nEncoder;
+}
+
+void VideoEncoder::Send(AVFrame *pFrame)
+{
+    if (pFrame) {
+        Stamp(*pFrame);
+        // The source's choice of key frames and qualities is not the encoder's.
+        pFrame->pict_type = AV_PICTURE_TYPE_NONE;
+        pFrame->quality = m_pContext->global_quality;
+    }
+    const int nResult = avcodec_send_frame(m_pContext.get(), pFrame);
+    if (nResult < 0)
+        throw Failure(ExitCode::Output, m_strFile, "encoding failed: " + AvReason(nResult));
+}
+
+bool VideoEncoder::Receive(AVPacket &packet)
+{
+    const int nResult = avcodec_receive_packet(m_pContext.get(), &packet);
+    if (nResult == AVERROR(EAGAIN) || nResult == AVERROR_EOF)
+        return false;
+    if (nResult < 0)
+        throw Failure(ExitCode::Output, m_strFile, "encoding failed: " + AvReason(nResult));
+    const auto timing = std::find_if(m_listTiming.begin(), m_listTiming.end(),
+                                     [&](const Timing &candidate) { return candidate.nEncoder == packet.pts; });
+    if (m_bEven || timing == m_listTiming.end()) {
+        packet.duration = m_bEven ? 1 : packet.duration;
+    } else {
+        const int64_t nDecode = av_rescale_q(packet.dts, m_pContext->time_base, m_traits.timeBase);
+        packet.pts = timing->nSource;
+        packet.dts = std::min(nDecode, packet.pts);
+        packet.duration = timing->nDuration;
+    }
+    if (timing != m_listTiming.end())
+        m_listTiming.erase(timing);
+    return true;
+}

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "ffmpegptr.h"
+#include "options.h"
+
+#include <vector>
+
+/** What the encoder has to keep of the source. */
+struct VideoTraits {
+    AVRational timeBase = {0, 1};
+    AVRational frameRate = {0, 1};
+    AVRational sampleAspectRatio = {0, 1};
+    AVFieldOrder fieldOrder = AV_FIELD_UNKNOWN;
+};
+
+/** Encodes frames that come with time stamps of the source's time base. */
+class VideoEncoder
+{
+public:
+    /**
+     * @param container  decides on the codec when the user does not.
+     * @param strFile    the output's name, for errors.
+     */
+    VideoEncoder(const AVOutputFormat &container, const EncoderChoice &choice, const std::string &strFile);
+
+    /** Chooses the pixel format and opens the encoder. The frame is one as it comes from the decoder. */
+    void Open(const AVFrame &first, const VideoTraits &traits);
+
+    AVPixelFormat Format() const { return m_pContext->pix_fmt; }
+    const AVCodecContext &Context() const { return *m_pContext; }
+
+    /** The time base of the packets. */
+    AVRational TimeBase() const;
+
+    /** Null ends the stream. */
+    void Send(AVFrame *pFrame);
+
+    /** @return false when the next frame has to come first. */
+    bool Receive(AVPacket &packet);
+
+private:
+    struct Timing {
+        int64_t nEncoder;
+        int64_t nSource;
+        int64_t nDuration;
+    };
+
+    void ListCandidates();
+    void AddCandidates(AVCodecID id);
+    void OpenAs(const AVCodec &codec, const AVFrame &first, const VideoTraits &traits);
+    void CheckOpened(const AVCodec &codec, int nResult) const;
+    void SetTiming(const AVCodec &codec, const VideoTraits &traits);
+    void SetRate(const AVCodec &codec);
+    void SetOption(const char *pName, const std::string &strValue);
+    void SetUsualOptions(const AVCodec &codec);
+    void Stamp(AVFrame &frame);
+
+    const AVOutputFormat &m_container;
+    const EncoderChoice &m_choice;
+    std::string m_strFile;
+    std::vector<const AVCodec *> m_listCandidates;
+    CodecPtr m_pContext;
+    VideoTraits m_traits;
+    // The output only numbers its frames, so the encoder's own time stamps go through.
+    bool m_bEven = false;
+    int64_t m_nLast = INT64_MIN;
+    std::vector<Timing> m_listTiming;
+};
