@@ -1,7 +1,6 @@
 #include "render/qtruntime.h"
 
 #include "render/fonthost.h"
-#include "render/fontintegration.h"
 
 #include <QCoreApplication>
 #include <QMutex>
@@ -15,9 +14,8 @@ QCoreApplication *qtApp = nullptr;
 namespace
 {
 
-/** Null where the host's own QGuiApplication does their work. */
+/** Null where the host's own QGuiApplication does its work. */
 FontHost *fontHost = nullptr;
-QPlatformIntegration *fontIntegration = nullptr;
 
 /**
  * Gives the process its locale back. An application object takes over the whole locale of the environment; a host must
@@ -86,17 +84,13 @@ QCoreApplication *CreateApplication()
 
 void RemoveFonts()
 {
-    // A GUI application that the host made meanwhile has taken these places over, and keeps them.
-    if (fontHost && fontHost->IsInstalled() && QGuiApplicationPrivate::platformIntegration() == fontIntegration) {
-        // With the marks that this leaves behind, a QCoreApplication of the host's would deliver no event any more.
-        const bool closing = QCoreApplicationPrivate::is_app_closing;
-        const bool running = QCoreApplicationPrivate::is_app_running;
-        delete fontHost;
-        QCoreApplicationPrivate::is_app_closing = closing;
-        QCoreApplicationPrivate::is_app_running = running;
-    }
+    // With the marks that this leaves behind, a QCoreApplication of the host's would deliver no event any more.
+    const bool closing = QCoreApplicationPrivate::is_app_closing;
+    const bool running = QCoreApplicationPrivate::is_app_running;
+    delete fontHost;
     fontHost = nullptr;
-    fontIntegration = nullptr;
+    QCoreApplicationPrivate::is_app_closing = closing;
+    QCoreApplicationPrivate::is_app_running = running;
 }
 
 } // namespace
@@ -105,14 +99,10 @@ void EnsureFonts()
 {
     static QMutex mutex;
     const QMutexLocker locker(&mutex);
-    if (!QGuiApplicationPrivate::platformIntegration()) {
-        fontIntegration = new FontIntegration;
-        QGuiApplicationPrivate::platform_integration = fontIntegration;
-    }
-    if (!QGuiApplicationPrivate::instance()) {
-        const MessageSilencer silencer;
-        fontHost = new FontHost;
-    }
+    if (QGuiApplicationPrivate::instance())
+        return;
+    const MessageSilencer silencer;
+    fontHost = new FontHost;
 }
 
 void InitQt()

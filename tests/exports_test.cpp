@@ -22,7 +22,8 @@ std::set<std::string> ListedSymbols()
 /** Constructors and destructors, of which there are several each, count once. */
 std::set<std::string> ExportedSymbols()
 {
-    std::istringstream output(RunChild("nm -D -C --defined-only --format=posix " SUBTITLE_LIBRARY).strOutput);
+    std::istringstream output(
+        ChildProcess::Run({"nm", "-D", "-C", "--defined-only", "--format=posix", SUBTITLE_LIBRARY}).strOut);
     const std::regex value(" [A-Za-z] [0-9a-f]+( [0-9a-f]+)?$");
     std::set<std::string> symbols;
     for (std::string line; std::getline(output, line);) {

@@ -124,32 +124,51 @@ std::size_t CountOpenFiles()
     return static_cast<std::size_t>(std::distance(begin(files), end(files)));
 }
 
-/** A QGuiApplication of the host's own works as if the library had never been there. */
-void RunGuiApplication()
+std::unique_ptr<QCoreApplication> CreateApplication(const std::string &kind)
 {
-    int argc = 3;
-    char name[] = "host";
-    char option[] = "-platform";
-    char platform[] = "offscreen";
-    char *argv[] = {name, option, platform, nullptr};
-    const QGuiApplication application(argc, argv);
-    Expect(QGuiApplication::screens().size() == 1, "one screen, the host's");
-    Expect(QGuiApplication::platformName() == QStringLiteral("offscreen"), "the host's platform");
-    QImage image(200, 50, QImage::Format_ARGB32);
-    image.fill(0);
-    QPainter painter(&image);
-    painter.drawText(image.rect(), 0, QStringLiteral("text"));
-    painter.end();
-    Expect(image != QImage(image).copy().mirrored(), "the host paints text");
-    QTimer::singleShot(0, &application, [] { QGuiApplication::exit(7); });
-    Expect(QGuiApplication::exec() == 7, "the host's events arrive");
+    static char name[] = "host";
+    static char option[] = "-platform";
+    static char platform[] = "offscreen";
+    // Qt takes away the arguments that it knows.
+    static char *argv[] = {nullptr, nullptr, nullptr, nullptr};
+    static int argc;
+    argv[0] = name;
+    argv[1] = option;
+    argv[2] = platform;
+    argc = 3;
+    if (kind == "core")
+        return std::make_unique<QCoreApplication>(argc, argv);
+    if (kind == "gui")
+        return std::make_unique<QGuiApplication>(argc, argv);
+    return nullptr;
 }
 
 void CheckEventsArrive()
 {
     QTimer::singleShot(0, QCoreApplication::instance(), [] { QCoreApplication::exit(9); });
-    Expect(QCoreApplication::exec() == 9, "the host's events arrive afterwards");
+    Expect(QCoreApplication::exec() == 9, "the host's events arrive");
     Expect(!QCoreApplication::closingDown(), "the host's application is not closing");
+}
+
+/** A QGuiApplication of the host's own works as if the library had never been there. */
+void CheckGuiApplicationWorks()
+{
+    Expect(QGuiApplication::screens().size() == 1, "one screen, the host's");
+    Expect(QGuiApplication::platformName() == QStringLiteral("offscreen"), "the host's platform");
+    QImage image(200, 50, QImage::Format_ARGB32);
+    image.fill(0);
+    const QImage blank = image.copy();
+    QPainter painter(&image);
+    painter.drawText(image.rect(), 0, QStringLiteral("text"));
+    painter.end();
+    Expect(image != blank, "the host paints text");
+    CheckEventsArrive();
+}
+
+void RunGuiApplication()
+{
+    const auto application = CreateApplication("gui");
+    CheckGuiApplicationWorks();
 }
 
 void RunOnThread(const std::function<void()> &task)
@@ -184,7 +203,7 @@ unsigned RunTask(const char *path, const std::string &task)
         RunOnThread(again);
         RunOnThread(again);
         again();
-    } else if (task == "guigoes") {
+    } else if (task == "appgoes") {
         // The host's application object dies under a living renderer.
         void *subtitle = library.pCreate(64, 64);
         delete QCoreApplication::instance();
@@ -197,15 +216,6 @@ unsigned RunTask(const char *path, const std::string &task)
     return checksum;
 }
 
-std::unique_ptr<QCoreApplication> CreateApplication(const std::string &kind, int &argc, char **argv)
-{
-    if (kind == "core")
-        return std::make_unique<QCoreApplication>(argc, argv);
-    if (kind == "gui")
-        return std::make_unique<QGuiApplication>(argc, argv);
-    return nullptr;
-}
-
 } // namespace
 
 int main(int argc, char **argv)
@@ -213,15 +223,15 @@ int main(int argc, char **argv)
     Expect(argc == 4, "three arguments");
     const std::string kind = argv[2];
     const std::string task = argv[3];
-    int qtArgc = 3;
-    char option[] = "-platform";
-    char platform[] = "offscreen";
-    char *qtArgv[] = {argv[0], option, platform, nullptr};
-    auto application = CreateApplication(kind, qtArgc, qtArgv);
+    auto application = CreateApplication(kind);
     const QCoreApplication *before = QCoreApplication::instance();
+    bool posted = false;
+    if (application)
+        QMetaObject::invokeMethod(
+            application.get(), [&] { posted = true; }, Qt::QueuedConnection);
 
     const unsigned checksum = RunTask(argv[1], task);
-    if (task == "guigoes") {
+    if (task == "appgoes") {
         (void)application.release();
     } else if (kind == "none") {
         Expect(!QCoreApplication::instance(), "no application object is left");
@@ -234,6 +244,7 @@ int main(int argc, char **argv)
     } else {
         Expect(QCoreApplication::instance() == before, "the host's application object stays");
         CheckEventsArrive();
+        Expect(posted, "an event posted before arrives");
     }
     std::printf("checksum %08x\n", checksum);
     return 0;

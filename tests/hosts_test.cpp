@@ -7,52 +7,54 @@
 namespace
 {
 
-const char *const Environments[] = {
-    "env -u QT_QPA_PLATFORM -u DISPLAY -u WAYLAND_DISPLAY",
-    "env -u DISPLAY QT_QPA_PLATFORM=rubbish",
-    "env QT_QPA_PLATFORM=xcb DISPLAY=:4711",
-    "env -u HOME -u LANG LC_ALL=C",
+/** Variables to set; those with an empty value are removed. */
+const ChildProcess::Environment Environments[] = {
+    {{"QT_QPA_PLATFORM", ""}, {"DISPLAY", ""}, {"WAYLAND_DISPLAY", ""}},
+    {{"QT_QPA_PLATFORM", "rubbish"}, {"DISPLAY", ""}},
+    {{"QT_QPA_PLATFORM", "xcb"}, {"DISPLAY", ":4711"}},
+    {{"HOME", ""}, {"LANG", ""}, {"LC_ALL", "C"}},
 };
 
-ChildResult RunHost(const std::string &environment, const std::string &kind, const std::string &task)
+Outcome RunHost(ChildProcess::Environment environment, const std::string &kind, const std::string &task)
 {
     // Without a folder of its own, an application object of the host's warns.
     static const TemporaryFolder runtimeFolder;
-    return RunChild(environment + " XDG_RUNTIME_DIR=" + runtimeFolder.Path().string() +
-                    " " HOST_PROBE " " SUBTITLE_LIBRARY " " + kind + " " + task);
+    environment.emplace_back("XDG_RUNTIME_DIR", runtimeFolder.Path().string());
+    return ChildProcess::Run({HOST_PROBE, SUBTITLE_LIBRARY, kind, task}, "", environment);
 }
 
 const std::string &Checksum()
 {
-    static const std::string checksum = RunHost(Environments[0], "none", "render").strOutput;
+    static const std::string checksum = RunHost(Environments[0], "none", "render").strOut;
     return checksum;
 }
 
-void ExpectWorks(const std::string &environment, const std::string &kind, const std::string &task)
+void ExpectWorks(const ChildProcess::Environment &environment, const std::string &kind, const std::string &task)
 {
-    const ChildResult result = RunHost(environment, kind, task);
-    EXPECT_EQ(result.nStatus, 0) << environment << " " << kind << " " << task << ": " << result.strOutput;
-    EXPECT_EQ(result.strOutput, Checksum()) << environment << " " << kind << " " << task;
-    EXPECT_EQ(result.strOutput.substr(0, 9), "checksum ");
+    const Outcome outcome = RunHost(environment, kind, task);
+    EXPECT_EQ(outcome.nExit, 0) << kind << " " << task;
+    EXPECT_EQ(outcome.strOut, Checksum()) << kind << " " << task;
+    EXPECT_EQ(outcome.strOut.substr(0, 9), "checksum ");
+    EXPECT_EQ(outcome.strError, "") << kind << " " << task;
 }
 
 } // namespace
 
 TEST(Hosts, WithoutAnApplicationObject)
 {
-    for (const char *environment : Environments)
+    for (const auto &environment : Environments)
         ExpectWorks(environment, "none", "render");
 }
 
 TEST(Hosts, WithAQCoreApplication)
 {
-    for (const char *environment : Environments)
+    for (const auto &environment : Environments)
         ExpectWorks(environment, "core", "render");
 }
 
 TEST(Hosts, WithAQGuiApplication)
 {
-    for (const char *environment : Environments)
+    for (const auto &environment : Environments)
         ExpectWorks(environment, "gui", "render");
 }
 
@@ -70,7 +72,7 @@ TEST(Hosts, LoadUnloadAndLoadAgain)
 
 TEST(Hosts, OwnQGuiApplicationAfterTheLastRendererWent)
 {
-    for (const char *environment : Environments)
+    for (const auto &environment : Environments)
         ExpectWorks(environment, "none", "latergui");
 }
 
@@ -80,14 +82,20 @@ TEST(Hosts, RenderersOnOneThreadAfterTheOther)
         ExpectWorks(Environments[0], kind, "threads");
 }
 
-TEST(Hosts, QGuiApplicationThatGoesBeforeTheRenderer)
+TEST(Hosts, ApplicationObjectThatGoesBeforeTheRenderer)
 {
-    ExpectWorks(Environments[0], "gui", "guigoes");
+    ExpectWorks(Environments[0], "gui", "appgoes");
 }
 
 TEST(Hosts, PlainCProgramFromTheHeadersExample)
 {
-    const ChildResult result = RunChild("head -c 1382400 /dev/zero | " HEADER_EXAMPLE
-                                        " /missing.srt | cmp -n 1382400 - /dev/zero && echo same");
-    EXPECT_EQ(result.strOutput, "same\n");
+    const TemporaryFolder folder;
+    const std::string file = folder.Write("a.srt", "00:00:00,040 --> 00:00:00,040\nHello\n");
+    const std::string frame(640 * 360 * 3, 'Z');
+    const Outcome outcome = ChildProcess::Run({HEADER_EXAMPLE, file}, frame + frame + frame);
+    EXPECT_EQ(outcome.nExit, 0);
+    ASSERT_EQ(outcome.strOut.size(), 3 * frame.size());
+    EXPECT_EQ(outcome.strOut.substr(0, frame.size()), frame);
+    EXPECT_NE(outcome.strOut.substr(frame.size(), frame.size()), frame);
+    EXPECT_EQ(outcome.strOut.substr(2 * frame.size()), frame);
 }

@@ -95,6 +95,12 @@ TEST(TextPainter, PaintsAsTheSingleDrawsAboveAndBelowTheGlyphCachesLimit)
     }
 }
 
+// Among these glyphs are some that come out a pixel different when they are drawn two pixels further to the right.
+TEST(TextPainter, PaintsAsTheSingleDrawsWherePathsAreRoundedFromPlaceToPlace)
+{
+    ExpectAsPlain(Style(TestFont(68), {true, true}), {457, 312}, QStringLiteral("글ДfÄ!Ж.ф !gД"));
+}
+
 TEST(TextPainter, PaintsAsTheSingleDrawsWhereTextFillsTheFrame)
 {
     const QString text = QStringLiteral("Wwwwwwww jjjj Åjjj fff");

@@ -93,6 +93,8 @@ TEST_F(VideoSubtitleTest, StartsWithTheDefaults)
     EXPECT_EQ(peer.Font(), nullptr);
     EXPECT_EQ(peer.Image(), nullptr);
     EXPECT_EQ(peer.Dirty(), 0);
+    renderer.CreateVideoSubtitle(720, 587);
+    EXPECT_EQ(peer.Font()->pixelSize(), 41);
     renderer.CreateVideoSubtitle(720, 576);
     EXPECT_EQ(peer.Font()->pixelSize(), 41);
     EXPECT_EQ(peer.Font()->weight(), 50);

@@ -1,27 +1,52 @@
 #pragma once
 
-#include <array>
 #include <cstdio>
-#include <stdexcept>
+#include <memory>
 #include <string>
-#include <sys/wait.h>
+#include <utility>
+#include <vector>
 
-struct ChildResult {
-    int nStatus;           ///< exit status; -1 when a signal ended it
-    std::string strOutput; ///< standard output and standard error
+/** How a program ended and what it said. */
+struct Outcome {
+    int nExit = -1;
+    std::string strOut;
+    std::string strError;
 };
 
-/** Runs a shell command. */
-inline ChildResult RunChild(const std::string &command)
+/** A program that runs beside the test. */
+class ChildProcess
 {
-    FILE *pipe = popen(("( " + command + " ) 2>&1").c_str(), "r");
-    if (!pipe)
-        throw std::runtime_error("no child process");
-    ChildResult result = {};
-    std::array<char, 4096> buffer;
-    while (const std::size_t count = fread(buffer.data(), 1, buffer.size(), pipe))
-        result.strOutput.append(buffer.data(), count);
-    const int status = pclose(pipe);
-    result.nStatus = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
-}
+public:
+    using Environment = std::vector<std::pair<std::string, std::string>>;
+
+    /**
+     * @param listCommand  the program, looked up in PATH, and its arguments.
+     * @param listExtra    variables to set; those with an empty value are removed.
+     */
+    explicit ChildProcess(const std::vector<std::string> &listCommand, const std::string &strInput = "",
+                          const Environment &listExtra = {});
+    ~ChildProcess();
+
+    ChildProcess(const ChildProcess &) = delete;
+    ChildProcess &operator=(const ChildProcess &) = delete;
+
+    void Signal(int nSignal) const;
+    Outcome Wait();
+
+    static Outcome Run(const std::vector<std::string> &listCommand, const std::string &strInput = "",
+                       const Environment &listExtra = {});
+
+private:
+    struct CloseFile {
+        void operator()(std::FILE *pFile) const { std::fclose(pFile); }
+    };
+    using FilePtr = std::unique_ptr<std::FILE, CloseFile>;
+
+    static std::string Content(std::FILE *pFile);
+
+    // Files and not pipes, so that no side ever waits for the other.
+    FilePtr m_pInput;
+    FilePtr m_pOutput;
+    FilePtr m_pError;
+    int m_nProcess = -1;
+};

@@ -1,0 +1,133 @@
+#include "subburntest.h"
+
+#include <algorithm>
+#include <sstream>
+
+void Bounds::Add(int x, int y)
+{
+    nLeft = std::min(nLeft, x);
+    nTop = std::min(nTop, y);
+    nRight = std::max(nRight, x + 1);
+    nBottom = std::max(nBottom, y + 1);
+}
+
+SubburnTest::SubburnTest() :
+    m_strSubtitles(m_folder.Write("text.srt", "1\n00:00:00,400 --> 00:00:00,800\nHello\n\n"
+                                              "2\n00:00:01,200 --> 00:00:01,400\nTwo\nlines\n\n"))
+{
+}
+
+std::string SubburnTest::Clip(const std::string &strName, const Arguments &listArguments) const
+{
+    Arguments listCommand = {"ffmpeg", "-nostdin", "-v", "error", "-y"};
+    listCommand.insert(listCommand.end(), listArguments.begin(), listArguments.end());
+    listCommand.push_back(File(strName));
+    const Outcome outcome = ChildProcess::Run(listCommand);
+    EXPECT_EQ(outcome.nExit, 0) << outcome.strError;
+    return File(strName);
+}
+
+std::string SubburnTest::UsualClip(const std::string &strName) const
+{
+    return Clip(strName, {"-f", "lavfi", "-i", "testsrc2=s=320x180:r=25:d=2", "-c:v", "libx264", "-preset", "ultrafast",
+                          "-pix_fmt", "yuv420p"});
+}
+
+Outcome SubburnTest::Subburn(const Arguments &listArguments, const std::string &strInput,
+                             const ChildProcess::Environment &listExtra) const
+{
+    Arguments listCommand = {SUBBURN_PROGRAM, "--subtitles", m_strSubtitles};
+    listCommand.insert(listCommand.end(), listArguments.begin(), listArguments.end());
+    return ChildProcess::Run(listCommand, strInput, listExtra);
+}
+
+std::string SubburnTest::Burn(const std::string &strInput, const std::string &strOutput,
+                              const Arguments &listOptions) const
+{
+    Arguments listArguments = {"--font", "DejaVu Sans"};
+    listArguments.insert(listArguments.end(), listOptions.begin(), listOptions.end());
+    listArguments.push_back(strInput);
+    listArguments.push_back(File(strOutput));
+    const Outcome outcome = Subburn(listArguments);
+    EXPECT_EQ(outcome.nExit, 0) << outcome.strError;
+    EXPECT_EQ(outcome.strError, "");
+    return File(strOutput);
+}
+
+std::vector<std::string> SubburnTest::Decode(const std::string &strFile, const std::string &strFormat,
+                                             const Arguments &listOptions) const
+{
+    Arguments listCommand = {"ffmpeg", "-nostdin", "-v", "error"};
+    listCommand.insert(listCommand.end(), listOptions.begin(), listOptions.end());
+    for (const char *pArgument : {"-i", strFile.c_str(), "-map", "0:v:0", "-fps_mode", "passthrough", "-f", "rawvideo",
+                                  "-pix_fmt", strFormat.c_str(), "-"})
+        listCommand.emplace_back(pArgument);
+    const Outcome outcome = ChildProcess::Run(listCommand);
+    EXPECT_EQ(outcome.nExit, 0) << outcome.strError;
+    const std::string strTimes = Times(strFile);
+    const size_t nFrames = std::count(strTimes.begin(), strTimes.end(), '\n');
+    std::vector<std::string> listFrames;
+    EXPECT_GT(nFrames, 0U);
+    EXPECT_EQ(outcome.strOut.size() % std::max<size_t>(nFrames, 1), 0U);
+    const size_t nBytes = outcome.strOut.size() / std::max<size_t>(nFrames, 1);
+    for (size_t n = 0; n < nFrames; ++n)
+        listFrames.push_back(outcome.strOut.substr(n * nBytes, nBytes));
+    return listFrames;
+}
+
+std::vector<std::string> SubburnTest::Frames(const std::string &strFile, const std::string &strFormat) const
+{
+    return Decode(strFile, strFormat, {"-noautorotate"});
+}
+
+std::vector<std::string> SubburnTest::ShownFrames(const std::string &strFile, const std::string &strFormat) const
+{
+    return Decode(strFile, strFormat, {});
+}
+
+std::string SubburnTest::Probe(const std::string &strFile, const std::string &strEntries, const std::string &strStreams,
+                               const std::string &strFormat) const
+{
+    Arguments listCommand = {"ffprobe", "-v", "error", "-show_entries", strEntries, "-of", strFormat};
+    if (!strStreams.empty())
+        listCommand.insert(listCommand.end(), {"-select_streams", strStreams});
+    listCommand.push_back(strFile);
+    const Outcome outcome = ChildProcess::Run(listCommand);
+    EXPECT_EQ(outcome.nExit, 0) << outcome.strError;
+    return outcome.strOut;
+}
+
+std::string SubburnTest::Times(const std::string &strFile) const
+{
+    // Only what comes before the first comma: newer programs add side data to the line.
+    std::istringstream lines(Probe(strFile, "frame=pts_time", "v:0", "csv=p=0"));
+    std::string strTimes;
+    std::string strLine;
+    while (std::getline(lines, strLine)) {
+        const std::string strTime = strLine.substr(0, strLine.find(','));
+        if (!strTime.empty())
+            strTimes += strTime + "\n";
+    }
+    return strTimes;
+}
+
+std::vector<std::string> SubburnTest::Names() const
+{
+    std::vector<std::string> listNames;
+    for (const auto &entry : std::filesystem::directory_iterator(m_folder.Path()))
+        listNames.push_back(entry.path().filename().string());
+    std::sort(listNames.begin(), listNames.end());
+    return listNames;
+}
+
+Bounds SubburnTest::Difference(const std::string &strA, const std::string &strB, int nWidth, int nBytes)
+{
+    Bounds bounds;
+    EXPECT_EQ(strA.size(), strB.size());
+    for (size_t n = 0; n < std::min(strA.size(), strB.size()); ++n) {
+        const int nPixel = static_cast<int>(n) / nBytes;
+        if (strA[n] != strB[n])
+            bounds.Add(nPixel % nWidth, nPixel / nWidth);
+    }
+    return bounds;
+}
