@@ -6,11 +6,11 @@ namespace
 {
 
 // What the filters of the chroma rows look at around a row, and more.
-const int CONTEXT_ROWS = 8;
+const int ContextRows = 8;
 // No pixel format shares chroma between more rows.
-const int TOP_ALIGNMENT = 4;
+const int TopAlignment = 4;
 // Heights are rounded so that a few scalers serve all subtitles.
-const int ROWS_ALIGNMENT = 32;
+const int RowsAlignment = 32;
 
 using Planes = std::array<uint8_t *, AV_NUM_DATA_POINTERS>;
 
@@ -39,9 +39,9 @@ void BandConverter::SetFormat(const PictureFormat &format)
 Band BandConverter::BandAround(int nTop, int nBottom) const
 {
     Band band;
-    band.nTop = std::max(0, nTop - CONTEXT_ROWS) / TOP_ALIGNMENT * TOP_ALIGNMENT;
-    const int nWanted = std::min(nBottom + CONTEXT_ROWS, m_format.nHeight) - band.nTop;
-    const int nRows = (nWanted + ROWS_ALIGNMENT - 1) / ROWS_ALIGNMENT * ROWS_ALIGNMENT;
+    band.nTop = std::max(0, nTop - ContextRows) / TopAlignment * TopAlignment;
+    const int nWanted = std::min(nBottom + ContextRows, m_format.nHeight) - band.nTop;
+    const int nRows = (nWanted + RowsAlignment - 1) / RowsAlignment * RowsAlignment;
     band.nBottom = std::min(band.nTop + nRows, m_format.nHeight);
     return band;
 }

@@ -8,8 +8,8 @@
 namespace
 {
 
-const int TRIAL_SIDE = 64;
-const AVRational TRIAL_TIME_BASE = {1, 25};
+const int TrialSide = 64;
+const AVRational TrialTimeBase = {1, 25};
 
 struct FreeMuxer {
     void operator()(AVFormatContext *pFormat) const
@@ -47,7 +47,7 @@ const AVRational *RatesOf(const AVCodec &codec)
 /** Transport streams carry anything as private data, which nothing can play. */
 bool TransportStreamKnows(AVCodecID id)
 {
-    static const std::vector<AVCodecID> KNOWN = {AV_CODEC_ID_MPEG1VIDEO,   AV_CODEC_ID_MPEG2VIDEO,
+    static const std::vector<AVCodecID> Known = {AV_CODEC_ID_MPEG1VIDEO,   AV_CODEC_ID_MPEG2VIDEO,
                                                  AV_CODEC_ID_MPEG4,        AV_CODEC_ID_H264,
                                                  AV_CODEC_ID_HEVC,         AV_CODEC_ID_CAVS,
                                                  AV_CODEC_ID_DIRAC,        AV_CODEC_ID_VC1,
@@ -59,7 +59,7 @@ bool TransportStreamKnows(AVCodecID id)
                                                  AV_CODEC_ID_S302M,        AV_CODEC_ID_DVB_SUBTITLE,
                                                  AV_CODEC_ID_DVB_TELETEXT, AV_CODEC_ID_HDMV_PGS_SUBTITLE,
                                                  AV_CODEC_ID_SMPTE_KLV,    AV_CODEC_ID_TIMED_ID3};
-    return std::find(KNOWN.begin(), KNOWN.end(), id) != KNOWN.end();
+    return std::find(Known.begin(), Known.end(), id) != Known.end();
 }
 
 /** Containers say no in different places; some only when the header is written. */
@@ -118,9 +118,9 @@ bool CanHoldVideo(const AVOutputFormat &container, AVCodecID id)
         Checked(avcodec_parameters_alloc()));
     pParameters->codec_type = AVMEDIA_TYPE_VIDEO;
     pParameters->codec_id = id;
-    pParameters->width = TRIAL_SIDE;
-    pParameters->height = TRIAL_SIDE;
-    return AcceptsHeader(container, *pParameters, TRIAL_TIME_BASE, nullptr);
+    pParameters->width = TrialSide;
+    pParameters->height = TrialSide;
+    return AcceptsHeader(container, *pParameters, TrialTimeBase, nullptr);
 }
 
 bool CanHold(const AVOutputFormat &container, const AVStream &stream)

@@ -12,13 +12,13 @@
 namespace
 {
 
-const char *const USAGE = R"(
+const char *const UsageText = R"(
 Usage: subburn --subtitles FILE [OPTIONS] INPUT OUTPUT
        subburn --subtitles FILE [OPTIONS] --snapshot TIME INPUT OUTPUT.png
        subburn --subtitles FILE [OPTIONS] --pipe WxH@FPS
 )";
 
-const char *const FOOTER =
+const char *const Footer =
     R"(TIME is in seconds (12.5) or hours, minutes and seconds (1:02:03.5), in the input's own time.
 COLOR is #rrggbb or a name such as yellow.
 
@@ -41,7 +41,7 @@ class HelpFormatter : public CLI::Formatter
 public:
     HelpFormatter() { column_width(32); }
 
-    std::string make_usage(const CLI::App * /*pApp*/, std::string /*strName*/) const override { return USAGE; }
+    std::string make_usage(const CLI::App * /*pApp*/, std::string /*strName*/) const override { return UsageText; }
 };
 
 std::string VersionText()
@@ -68,7 +68,7 @@ std::string HelpText(const CLI::App &app)
 CommandLine::CommandLine() : m_app("Burns subtitles into a video.", "subburn")
 {
     m_app.formatter(std::make_shared<HelpFormatter>());
-    m_app.footer(FOOTER);
+    m_app.footer(Footer);
     m_app.set_help_flag("-h,--help", "Print this text and exit");
     m_app.set_version_flag("--version", VersionText(), "Print the versions of subburn and FFmpeg and exit");
     m_app.add_flag("--quiet", m_options.bQuiet, "Print nothing but warnings and errors");
@@ -95,67 +95,67 @@ void CommandLine::AddFiles()
 
 void CommandLine::AddLook()
 {
-    const char *const GROUP = "Look of text subtitles";
+    const char *const Group = "Look of text subtitles";
     Style &style = m_options.style;
-    m_app.add_option("--font", style.strFont, "Font family")->option_text("FAMILY")->group(GROUP);
+    m_app.add_option("--font", style.strFont, "Font family")->option_text("FAMILY")->group(Group);
     m_app.add_option("--size", style.nSize, "Size; 72 points are 96 pixels of the video")
         ->option_text("POINTS")
         ->check(CLI::Range(1, 10000))
-        ->group(GROUP);
-    m_app.add_flag("--bold", style.bBold, "Bold")->group(GROUP);
-    m_app.add_flag("--italic", style.bItalic, "Italic")->group(GROUP);
+        ->group(Group);
+    m_app.add_flag("--bold", style.bBold, "Bold")->group(Group);
+    m_app.add_flag("--italic", style.bItalic, "Italic")->group(Group);
     m_app.add_option("--color", m_strColor, "Colour of the text, white without this option")
         ->option_text("COLOR")
-        ->group(GROUP);
+        ->group(Group);
     m_app.add_option("--outline-color", m_strOutline, "Colour of the outline; pure black hides it, #010101 does not")
         ->option_text("COLOR")
-        ->group(GROUP);
+        ->group(Group);
     m_app.add_option("--opacity", style.nOpacity, "From 0, invisible, to 255, opaque")
         ->option_text("N")
         ->check(CLI::Range(0, 255))
-        ->group(GROUP);
+        ->group(Group);
     m_app.add_option("--position", style.nPosition, "Centre line in percent of the height, 85 without this option")
         ->option_text("N")
         ->check(CLI::Range(0, 100))
-        ->group(GROUP);
+        ->group(Group);
 }
 
 void CommandLine::AddEncoding()
 {
-    const char *const GROUP = "Encoding";
+    const char *const Group = "Encoding";
     EncoderChoice &choice = m_options.encoder;
     m_app.add_option("--codec", choice.strCodec, "FFmpeg's name of the video encoder; H.264 without this option")
         ->option_text("NAME")
-        ->group(GROUP);
+        ->group(Group);
     auto *pCrf = m_app.add_option("--crf", choice.dCrf, "Constant quality as the encoder counts it; lower is better")
                      ->option_text("N")
-                     ->group(GROUP);
+                     ->group(Group);
     m_app.add_option("--bitrate", m_strBitrate, "Bits per second, also as 800k or 4M")
         ->option_text("N")
         ->excludes(pCrf)
-        ->group(GROUP);
+        ->group(Group);
     m_app.add_option("--preset", choice.strPreset, "The encoder's preset, such as fast or slow")
         ->option_text("NAME")
-        ->group(GROUP);
+        ->group(Group);
 }
 
 void CommandLine::AddParts()
 {
-    const char *const GROUP = "Parts and other ways";
+    const char *const Group = "Parts and other ways";
     m_app.add_option("--start", m_strStart, "Begin at TIME; the output's time begins at 0")
         ->option_text("TIME")
-        ->group(GROUP);
-    m_app.add_option("--duration", m_strDuration, "End after TIME")->option_text("TIME")->group(GROUP);
+        ->group(Group);
+    m_app.add_option("--duration", m_strDuration, "End after TIME")->option_text("TIME")->group(Group);
     m_app
         .add_option("--snapshot", m_listSnapshots,
                     "Write the picture on display at TIME as a PNG file;\n"
                     "given several times, OUTPUT a.png becomes a-1.png, a-2.png and so on")
         ->option_text("TIME")
         ->allow_extra_args(false)
-        ->group(GROUP);
+        ->group(Group);
     m_app.add_option("--pipe", m_strPipe, "Read raw RGB24 frames from standard input, write them to standard output")
         ->option_text("WxH@FPS")
-        ->group(GROUP);
+        ->group(Group);
 }
 
 void CommandLine::Finish()

@@ -8,7 +8,7 @@
 namespace
 {
 
-const std::chrono::milliseconds INTERVAL(250);
+const std::chrono::milliseconds Interval(250);
 
 std::string ShortTime(int64_t nMicroseconds)
 {
@@ -54,7 +54,7 @@ void Console::Progress(int64_t nFrames, int64_t nDone, int64_t nTotal)
     const Clock::time_point now = Clock::now();
     if (m_bQuiet || !m_bTerminal || now < m_next)
         return;
-    m_next = now + INTERVAL;
+    m_next = now + Interval;
     const double dElapsed = std::chrono::duration<double>(now - m_begin).count();
     const double dSpeed = dElapsed > 0 ? static_cast<double>(nDone) / 1e6 / dElapsed : 0;
     std::string strLine = std::to_string(nFrames) + (nFrames == 1 ? " frame, " : " frames, ") + ShortTime(nDone);

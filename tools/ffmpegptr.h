@@ -81,5 +81,5 @@ inline AVFieldOrder FrameFieldOrder(const AVFrame &frame)
     return bInterlaced ? (bTopFirst ? AV_FIELD_TT : AV_FIELD_BB) : AV_FIELD_UNKNOWN;
 }
 
-inline const AVRational MILLISECONDS = {1, 1000};
-inline const AVRational MICROSECONDS = {1, AV_TIME_BASE};
+inline const AVRational Milliseconds = {1, 1000};
+inline const AVRational Microseconds = {1, AV_TIME_BASE};

@@ -6,7 +6,7 @@
 namespace
 {
 
-const int RGB_BYTES = 3;
+const int RgbBytes = 3;
 
 /** How the samples of one plane lie in memory: each group holds all that the plane has for a block of pixels. */
 struct PlaneLayout {
@@ -83,18 +83,18 @@ bool FrameBurner::Burn(FramePtr &pFrame, long nMilliseconds)
 
 void FrameBurner::DrawTurned()
 {
-    const auto walk = m_orientation.WalkShown(m_format.nWidth, m_format.nHeight, m_pTurned->linesize[0], RGB_BYTES);
+    const auto walk = m_orientation.WalkShown(m_format.nWidth, m_format.nHeight, m_pTurned->linesize[0], RgbBytes);
     const auto ForEachPixel = [&](auto Copy) {
         for (int y = m_stored.nTop; y < m_stored.nBottom; ++y) {
             uint8_t *pStored = m_pRgb->data[0] + static_cast<ptrdiff_t>(y) * m_pRgb->linesize[0];
             uint8_t *pShown = m_pTurned->data[0] + walk.nOrigin + y * walk.nStepY;
             for (int x = m_stored.nLeft; x < m_stored.nRight; ++x)
-                Copy(pStored + x * RGB_BYTES, pShown + x * walk.nStepX);
+                Copy(pStored + x * RgbBytes, pShown + x * walk.nStepX);
         }
     };
-    ForEachPixel([](const uint8_t *pStored, uint8_t *pShown) { std::memcpy(pShown, pStored, RGB_BYTES); });
+    ForEachPixel([](const uint8_t *pStored, uint8_t *pShown) { std::memcpy(pShown, pStored, RgbBytes); });
     m_renderer.Draw(m_pTurned->data[0], m_pTurned->linesize[0]);
-    ForEachPixel([](uint8_t *pStored, const uint8_t *pShown) { std::memcpy(pStored, pShown, RGB_BYTES); });
+    ForEachPixel([](uint8_t *pStored, const uint8_t *pShown) { std::memcpy(pStored, pShown, RgbBytes); });
 }
 
 /** Fills m_listMarks with one byte for each group of samples, not 0 where a covered pixel is within reach. */

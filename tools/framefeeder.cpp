@@ -6,7 +6,7 @@ namespace
 {
 
 // How much longer to read for the rest of the sound once the last picture is there.
-const int64_t OVERLAP = 3 * static_cast<int64_t>(AV_TIME_BASE);
+const int64_t Overlap = 3 * static_cast<int64_t>(AV_TIME_BASE);
 
 int64_t TimeOf(const AVPacket &packet)
 {
@@ -25,12 +25,12 @@ FrameFeeder::FrameFeeder(MediaInput &input, const TimeRange &range, std::vector<
 {
     const AVRational base = Video().time_base;
     if (range.nStart) {
-        m_nStart = m_nOrigin + av_rescale_q_rnd(*range.nStart, MICROSECONDS, base, AV_ROUND_UP);
+        m_nStart = m_nOrigin + av_rescale_q_rnd(*range.nStart, Microseconds, base, AV_ROUND_UP);
         input.SeekBefore(m_nStart);
     }
     if (range.nDuration)
         m_nEnd =
-            m_nOrigin + av_rescale_q_rnd(range.nStart.value_or(0) + *range.nDuration, MICROSECONDS, base, AV_ROUND_UP);
+            m_nOrigin + av_rescale_q_rnd(range.nStart.value_or(0) + *range.nDuration, Microseconds, base, AV_ROUND_UP);
     for (unsigned n = 0; n < input.Format().nb_streams; ++n)
         m_listAwaited[n] = m_listCopied[n] && input.Format().streams[n]->codecpar->codec_type == AVMEDIA_TYPE_AUDIO;
 }
@@ -86,7 +86,7 @@ bool FrameFeeder::TakeFrame(AVFrame &frame, long &nMilliseconds)
         m_bVideoDone = true;
     if (m_bVideoDone || frame.pts < m_nStart)
         return false;
-    nMilliseconds = av_rescale_q(frame.pts - m_nOrigin, Video().time_base, MILLISECONDS);
+    nMilliseconds = av_rescale_q(frame.pts - m_nOrigin, Video().time_base, Milliseconds);
     if (!m_bBegun && m_bShifts)
         m_nShift = frame.pts;
     // Encoders and containers need time to go on.
@@ -139,7 +139,7 @@ void FrameFeeder::NotePastEnd(const AVPacket &packet)
     const AVRational base = m_input.Format().streams[packet.stream_index]->time_base;
     m_listAwaited[packet.stream_index] = false;
     const int64_t nPast =
-        av_rescale_q(TimeOf(packet), base, MICROSECONDS) - av_rescale_q(m_nEnd, Video().time_base, MICROSECONDS);
-    if (m_bVideoDone && nPast > OVERLAP)
+        av_rescale_q(TimeOf(packet), base, Microseconds) - av_rescale_q(m_nEnd, Video().time_base, Microseconds);
+    if (m_bVideoDone && nPast > Overlap)
         m_listAwaited.assign(m_listAwaited.size(), false);
 }

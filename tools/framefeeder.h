@@ -20,7 +20,7 @@ public:
     bool Next(MediaItem &item);
 
     /** Microseconds that were cut off before the first frame. */
-    int64_t Shift() const { return m_bShifts ? av_rescale_q(m_nShift, Video().time_base, MICROSECONDS) : 0; }
+    int64_t Shift() const { return m_bShifts ? av_rescale_q(m_nShift, Video().time_base, Microseconds) : 0; }
 
     /** Microseconds to be expected, 0 when unknown. */
     int64_t Expected() const;

@@ -7,17 +7,17 @@ extern "C" {
 namespace
 {
 
-const int ALIGNMENT = 64;
+const int Alignment = 64;
 
 } // namespace
 
 FramePtr FramePool::Get(int nWidth, int nHeight, AVPixelFormat format)
 {
-    const int nSize = av_image_get_buffer_size(format, nWidth, nHeight, ALIGNMENT);
+    const int nSize = av_image_get_buffer_size(format, nWidth, nHeight, Alignment);
     if (nSize < 0)
         throw std::bad_alloc();
     // The spare bytes are for vector code that reads or writes past the last row.
-    const size_t nBytes = static_cast<size_t>(nSize) + ALIGNMENT;
+    const size_t nBytes = static_cast<size_t>(nSize) + Alignment;
     if (!m_pPool || nBytes != m_nBytes) {
         m_pPool = Checked(BufferPoolPtr(av_buffer_pool_init(nBytes, nullptr)));
         m_nBytes = nBytes;
@@ -27,7 +27,7 @@ FramePtr FramePool::Get(int nWidth, int nHeight, AVPixelFormat format)
     pFrame->width = nWidth;
     pFrame->height = nHeight;
     pFrame->format = format;
-    av_image_fill_arrays(pFrame->data, pFrame->linesize, pFrame->buf[0]->data, format, nWidth, nHeight, ALIGNMENT);
+    av_image_fill_arrays(pFrame->data, pFrame->linesize, pFrame->buf[0]->data, format, nWidth, nHeight, Alignment);
     return pFrame;
 }
 

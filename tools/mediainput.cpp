@@ -88,7 +88,7 @@ int64_t MediaInput::Origin() const
     // In transport and program streams the clock starts anywhere; elsewhere a late start means an empty beginning.
     if ((m_pFormat->iformat->flags & AVFMT_TS_DISCONT) == 0 || m_pFormat->start_time == AV_NOPTS_VALUE)
         return 0;
-    return av_rescale_q(m_pFormat->start_time, MICROSECONDS, m_pVideo->time_base);
+    return av_rescale_q(m_pFormat->start_time, Microseconds, m_pVideo->time_base);
 }
 
 bool MediaInput::Next(MediaItem &item)

@@ -142,8 +142,8 @@ void MediaOutput::AddChapters(const AVFormatContext &source, int64_t nShift, int
 {
     for (unsigned n = 0; n < source.nb_chapters; ++n) {
         const AVChapter &chapter = *source.chapters[n];
-        const int64_t nOffset = av_rescale_q(nShift, MICROSECONDS, chapter.time_base);
-        const int64_t nEnd = nDuration > 0 ? av_rescale_q(nDuration, MICROSECONDS, chapter.time_base) : INT64_MAX;
+        const int64_t nOffset = av_rescale_q(nShift, Microseconds, chapter.time_base);
+        const int64_t nEnd = nDuration > 0 ? av_rescale_q(nDuration, Microseconds, chapter.time_base) : INT64_MAX;
         if (chapter.end - nOffset <= 0 || chapter.start - nOffset >= nEnd)
             continue;
         auto *pCopy = static_cast<AVChapter *>(Checked(av_mallocz(sizeof(AVChapter))));

@@ -10,11 +10,11 @@ extern "C" {
 namespace
 {
 
-const int HD_HEIGHT = 720;
+const int HdHeight = 720;
 
 AVColorSpace UsualMatrix(int nHeight)
 {
-    return nHeight >= HD_HEIGHT ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M;
+    return nHeight >= HdHeight ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M;
 }
 
 /** Position of the chroma samples in 1/256 of the distance between two luma samples. */

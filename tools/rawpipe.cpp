@@ -14,9 +14,9 @@
 namespace
 {
 
-const int RGB_BYTES = 3;
-const char *const INPUT_NAME = "standard input";
-const char *const OUTPUT_NAME = "standard output";
+const int RgbBytes = 3;
+const char *const InputName = "standard input";
+const char *const OutputName = "standard output";
 
 } // namespace
 
@@ -24,7 +24,7 @@ RawPipe::RawPipe(const Options &options, const SubtitleLibrary &library, Console
     m_options(options),
     m_library(library),
     m_console(console),
-    m_listPixels(static_cast<size_t>(options.pipe.nWidth) * options.pipe.nHeight * RGB_BYTES)
+    m_listPixels(static_cast<size_t>(options.pipe.nWidth) * options.pipe.nHeight * RgbBytes)
 {
 }
 
@@ -37,14 +37,14 @@ void RawPipe::Run()
     int64_t nFrames = 0;
     int64_t nCarrying = 0;
     for (; ReadFrame(); ++nFrames) {
-        if (renderer.Seek(av_rescale_q(nFrames, frameTime, MILLISECONDS))) {
-            renderer.Draw(m_listPixels.data(), format.nWidth * RGB_BYTES);
+        if (renderer.Seek(av_rescale_q(nFrames, frameTime, Milliseconds))) {
+            renderer.Draw(m_listPixels.data(), format.nWidth * RgbBytes);
             ++nCarrying;
         }
         WriteFrame();
-        m_console.Progress(nFrames + 1, av_rescale_q(nFrames, frameTime, MICROSECONDS), 0);
+        m_console.Progress(nFrames + 1, av_rescale_q(nFrames, frameTime, Microseconds), 0);
     }
-    ReportFrames(m_console, OUTPUT_NAME, m_options.subtitles.strFile, nFrames, nCarrying);
+    ReportFrames(m_console, OutputName, m_options.subtitles.strFile, nFrames, nCarrying);
 }
 
 /** @return false at the end of the input. */
@@ -57,9 +57,9 @@ bool RawPipe::ReadFrame()
         if (nRead < 0 && errno == EINTR)
             continue;
         if (nRead < 0)
-            throw Failure(ExitCode::Input, INPUT_NAME, std::generic_category().message(errno));
+            throw Failure(ExitCode::Input, InputName, std::generic_category().message(errno));
         if (nRead == 0 && nHave > 0)
-            throw Failure(ExitCode::Input, INPUT_NAME,
+            throw Failure(ExitCode::Input, InputName,
                           "ends within a frame, " + std::to_string(m_listPixels.size() - nHave) + " bytes short");
         if (nRead == 0)
             return false;
@@ -77,7 +77,7 @@ void RawPipe::WriteFrame() const
         if (nWritten < 0 && errno == EINTR)
             continue;
         if (nWritten < 0)
-            throw Failure(ExitCode::Output, OUTPUT_NAME, std::generic_category().message(errno));
+            throw Failure(ExitCode::Output, OutputName, std::generic_category().message(errno));
         nDone += nWritten;
     }
 }

@@ -16,7 +16,7 @@
 namespace
 {
 
-const int RGB_BYTES = 3;
+const int RgbBytes = 3;
 
 Orientation OrientationOf(const AVStream &stream)
 {
@@ -88,13 +88,13 @@ void Snapshot::Run()
             pRenderer->Open(m_options.subtitles);
         }
         const int64_t nTime = pFrame->pts - m_input.Origin();
-        const bool bCarries = pRenderer->Seek(av_rescale_q(nTime, m_input.Video().time_base, MILLISECONDS));
+        const bool bCarries = pRenderer->Seek(av_rescale_q(nTime, m_input.Video().time_base, Milliseconds));
         if (bCarries)
             pRenderer->Draw(pPicture->data[0], pPicture->linesize[0]);
         nCarrying += bCarries ? 1 : 0;
         Save(*pPicture, *listFiles[n]);
         listNotes.push_back(FileName(n) + ": the picture at " +
-                            TimeText(av_rescale_q(nTime, m_input.Video().time_base, MICROSECONDS)) +
+                            TimeText(av_rescale_q(nTime, m_input.Video().time_base, Microseconds)) +
                             (bCarries ? ", with a subtitle" : ", without a subtitle"));
     }
     for (const auto &pFile : listFiles)
@@ -109,7 +109,7 @@ void Snapshot::Run()
 FramePtr Snapshot::FrameAt(int64_t nTime)
 {
     const AVRational base = m_input.Video().time_base;
-    const int64_t nTimeStamp = m_input.Origin() + av_rescale_q_rnd(nTime, MICROSECONDS, base, AV_ROUND_DOWN);
+    const int64_t nTimeStamp = m_input.Origin() + av_rescale_q_rnd(nTime, Microseconds, base, AV_ROUND_DOWN);
     m_input.SeekBefore(nTimeStamp);
     FramePtr pShown;
     MediaItem item;
@@ -125,7 +125,7 @@ FramePtr Snapshot::FrameAt(int64_t nTime)
     if (nTimeStamp >= m_input.TimeAfter(*pShown))
         throw Failure(ExitCode::Input, m_options.strInput,
                       "there is no picture at " + TimeText(nTime) + ", the video ends at " +
-                          TimeText(av_rescale_q(m_input.TimeAfter(*pShown) - m_input.Origin(), base, MICROSECONDS)));
+                          TimeText(av_rescale_q(m_input.TimeAfter(*pShown) - m_input.Origin(), base, Microseconds)));
     return pShown;
 }
 
@@ -142,12 +142,12 @@ FramePtr Snapshot::Upright(const AVFrame &frame, const Orientation &orientation)
     const int nHeight = frame.height;
     FramePtr pShown = FramePool().Get(orientation.ShownWidth(nWidth, nHeight), orientation.ShownHeight(nWidth, nHeight),
                                       AV_PIX_FMT_RGB24);
-    const auto walk = orientation.WalkShown(nWidth, nHeight, pShown->linesize[0], RGB_BYTES);
+    const auto walk = orientation.WalkShown(nWidth, nHeight, pShown->linesize[0], RgbBytes);
     for (int y = 0; y < nHeight; ++y) {
         const uint8_t *pFrom = pStored->data[0] + static_cast<ptrdiff_t>(y) * pStored->linesize[0];
         uint8_t *pTo = pShown->data[0] + walk.nOrigin + y * walk.nStepY;
         for (int x = 0; x < nWidth; ++x)
-            std::memcpy(pTo + x * walk.nStepX, pFrom + x * RGB_BYTES, RGB_BYTES);
+            std::memcpy(pTo + x * walk.nStepX, pFrom + x * RgbBytes, RgbBytes);
     }
     pShown->sample_aspect_ratio = pStored->sample_aspect_ratio;
     if (pShown->width != nWidth && pShown->sample_aspect_ratio.num > 0)

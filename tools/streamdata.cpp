@@ -8,7 +8,7 @@
 namespace
 {
 
-const std::array<AVPacketSideDataType, 6> PICTURE_TYPES = {
+const std::array<AVPacketSideDataType, 6> PictureTypes = {
     AV_PKT_DATA_DISPLAYMATRIX,       AV_PKT_DATA_STEREO3D,
     AV_PKT_DATA_SPHERICAL,           AV_PKT_DATA_MASTERING_DISPLAY_METADATA,
     AV_PKT_DATA_CONTENT_LIGHT_LEVEL, AV_PKT_DATA_AFD};
@@ -61,7 +61,7 @@ void CopyAllSideData(const AVStream &from, AVStream &to)
 void CopyPictureSideData(const AVStream &from, AVStream &to)
 {
     for (const AVPacketSideData &data : SideDataOf(from)) {
-        if (std::find(PICTURE_TYPES.begin(), PICTURE_TYPES.end(), data.type) != PICTURE_TYPES.end())
+        if (std::find(PictureTypes.begin(), PictureTypes.end(), data.type) != PictureTypes.end())
             SetSideData(to, data.type, data.data, data.size);
     }
 }

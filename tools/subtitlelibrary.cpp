@@ -9,7 +9,7 @@
 namespace
 {
 
-const char *const FILE_NAME = "libsubtitle.so.1";
+const char *const FileName = "libsubtitle.so.1";
 
 std::string LastError()
 {
@@ -39,7 +39,7 @@ void SubtitleLibrary::Load()
     std::error_code error;
     const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
     for (const char *pSubfolder : {".", "../lib", SUBBURN_RELATIVE_LIBDIR}) {
-        m_strFile = (folder / pSubfolder / FILE_NAME).lexically_normal().string();
+        m_strFile = (folder / pSubfolder / FileName).lexically_normal().string();
         if (error || !std::filesystem::exists(m_strFile, error))
             continue;
         m_pLibrary = dlopen(m_strFile.c_str(), RTLD_NOW | RTLD_LOCAL);
@@ -47,10 +47,10 @@ void SubtitleLibrary::Load()
             throw Failure(ExitCode::Library, m_strFile, LastError());
         return;
     }
-    m_strFile = FILE_NAME;
-    m_pLibrary = dlopen(FILE_NAME, RTLD_NOW | RTLD_LOCAL);
+    m_strFile = FileName;
+    m_pLibrary = dlopen(FileName, RTLD_NOW | RTLD_LOCAL);
     if (!m_pLibrary)
-        throw Failure(ExitCode::Library, FILE_NAME, "the library is neither beside subburn nor installed");
+        throw Failure(ExitCode::Library, FileName, "the library is neither beside subburn nor installed");
 }
 
 template <typename Function>

@@ -15,7 +15,7 @@
 namespace
 {
 
-const int PIXEL_BYTES = 3;
+const int PixelBytes = 3;
 
 /** The library takes a missing file for one without subtitles. */
 void CheckReadable(const std::string &strFile)
@@ -41,9 +41,9 @@ SubtitleRenderer::SubtitleRenderer(const SubtitleLibrary &library, int nWidth, i
 {
     Apply(style);
     ChooseBlank(style);
-    m_listBlankRow.resize(static_cast<size_t>(nWidth) * PIXEL_BYTES);
+    m_listBlankRow.resize(static_cast<size_t>(nWidth) * PixelBytes);
     for (size_t n = 0; n < m_listBlankRow.size(); ++n)
-        m_listBlankRow[n] = m_listBlank[n % PIXEL_BYTES];
+        m_listBlankRow[n] = m_listBlank[n % PixelBytes];
     m_listScratch.reserve(m_listBlankRow.size() * nHeight);
     for (int y = 0; y < nHeight; ++y)
         m_listScratch.insert(m_listScratch.end(), m_listBlankRow.begin(), m_listBlankRow.end());
@@ -129,8 +129,8 @@ void SubtitleRenderer::FindCovered()
                                         m_listBlankRow.rbegin());
         box.nTop = std::min(box.nTop, y);
         box.nBottom = y + 1;
-        box.nLeft = std::min(box.nLeft, static_cast<int>(first.first - pRow) / PIXEL_BYTES);
-        box.nRight = std::max(box.nRight, static_cast<int>(last.first.base() - 1 - pRow) / PIXEL_BYTES + 1);
+        box.nLeft = std::min(box.nLeft, static_cast<int>(first.first - pRow) / PixelBytes);
+        box.nRight = std::max(box.nRight, static_cast<int>(last.first.base() - 1 - pRow) / PixelBytes + 1);
     }
     m_covered = box;
 }
@@ -143,7 +143,7 @@ void SubtitleRenderer::FillMask()
         uint8_t *pRow = m_listScratch.data() + y * nStride;
         uint8_t *pMask = m_listMask.data() + static_cast<size_t>(y) * m_nWidth;
         for (int x = m_covered.nLeft; x < m_covered.nRight; ++x)
-            pMask[x] = std::memcmp(pRow + x * PIXEL_BYTES, m_listBlank.data(), PIXEL_BYTES) != 0 ? 1 : 0;
+            pMask[x] = std::memcmp(pRow + x * PixelBytes, m_listBlank.data(), PixelBytes) != 0 ? 1 : 0;
         std::memcpy(pRow, m_listBlankRow.data(), nStride);
     }
 }

@@ -13,7 +13,7 @@ namespace
 {
 
 // Packets of sound lie between the frames, so this is a handful of frames.
-const size_t QUEUE_ITEMS = 12;
+const size_t QueueItems = 12;
 
 Orientation OrientationOf(const AVStream &stream, const AVFrame &first)
 {
@@ -33,8 +33,8 @@ Transcoder::Transcoder(const Options &options, const SubtitleLibrary &library, C
     m_input(options.strInput),
     m_output(options.strOutput),
     m_encoder(m_output.Container(), options.encoder, options.strOutput),
-    m_decoded(QUEUE_ITEMS),
-    m_burnt(QUEUE_ITEMS)
+    m_decoded(QueueItems),
+    m_burnt(QueueItems)
 {
 }
 
@@ -147,7 +147,7 @@ void Transcoder::Encode(const FrameFeeder &feeder)
             m_output.WriteCopy(*item->pPacket);
             continue;
         }
-        const int64_t nTime = av_rescale_q(item->pFrame->pts, m_input.Video().time_base, MICROSECONDS);
+        const int64_t nTime = av_rescale_q(item->pFrame->pts, m_input.Video().time_base, Microseconds);
         nBegin = nBegin == AV_NOPTS_VALUE ? nTime : nBegin;
         m_encoder.Send(item->pFrame.get());
         WritePackets();

@@ -17,9 +17,9 @@ extern "C" {
 namespace
 {
 
-const int MAX_SIDE = 16384;
-const size_t MAX_SIDE_DIGITS = 5;
-const double MAX_BITRATE = 1e12;
+const int MaxSide = 16384;
+const size_t MaxSideDigits = 5;
+const double MaxBitrate = 1e12;
 
 bool ConsistsOf(const std::string &strText, const char *pCharacters)
 {
@@ -29,10 +29,10 @@ bool ConsistsOf(const std::string &strText, const char *pCharacters)
 /** 0 when it is no number of pixels. */
 int ParseSide(const std::string &strText)
 {
-    if (!ConsistsOf(strText, "0123456789") || strText.size() > MAX_SIDE_DIGITS)
+    if (!ConsistsOf(strText, "0123456789") || strText.size() > MaxSideDigits)
         return 0;
     const int nSide = std::stoi(strText);
-    return nSide <= MAX_SIDE ? nSide : 0;
+    return nSide <= MaxSide ? nSide : 0;
 }
 
 [[noreturn]] void Refuse(const std::string &strOption, const std::string &strText, const std::string &strWanted)
@@ -71,7 +71,7 @@ int64_t ParseBitrate(const std::string &strOption, const std::string &strText)
     }
     char *pEnd = nullptr;
     const double dRate = std::strtod(strNumber.c_str(), &pEnd) * dUnit;
-    if (!ConsistsOf(strNumber, "0123456789.") || *pEnd != '\0' || dRate < 1 || dRate > MAX_BITRATE)
+    if (!ConsistsOf(strNumber, "0123456789.") || *pEnd != '\0' || dRate < 1 || dRate > MaxBitrate)
         Refuse(strOption, strText, "a bit rate such as 800k or 4M");
     return std::llround(dRate);
 }

@@ -16,9 +16,9 @@ namespace
 {
 
 // MPEG-4 counts time in 16 bits; this base has the usual frame rates, both kinds of 30 included, in whole numbers.
-const int MAX_MPEG4_DENOMINATOR = 65535;
-const AVRational MPEG4_TIME_BASE = {1, 60000};
-const AVRational USUAL_RATE = {25, 1};
+const int MaxMpeg4Denominator = 65535;
+const AVRational Mpeg4TimeBase = {1, 60000};
+const AVRational UsualRate = {25, 1};
 
 bool CountsFrames(AVCodecID id)
 {
@@ -29,9 +29,9 @@ bool CountsFrames(AVCodecID id)
 /** Whether frames have no times of their own in a container, only numbers. */
 bool NumbersFrames(const AVOutputFormat &container)
 {
-    static const std::array<const char *, 4> NAMES = {"avi", "dv", "gxf", "yuv4mpegpipe"};
+    static const std::array<const char *, 4> Names = {"avi", "dv", "gxf", "yuv4mpegpipe"};
     return (container.flags & AVFMT_NOTIMESTAMPS) != 0 ||
-           std::any_of(NAMES.begin(), NAMES.end(),
+           std::any_of(Names.begin(), Names.end(),
                        [&](const char *pName) { return std::strcmp(container.name, pName) == 0; });
 }
 
@@ -155,14 +155,14 @@ void VideoEncoder::OpenAs(const AVCodec &codec, const AVFrame &first, const Vide
 void VideoEncoder::SetTiming(const AVCodec &codec, const VideoTraits &traits)
 {
     AVCodecContext &context = *m_pContext;
-    AVRational rate = traits.frameRate.num > 0 ? traits.frameRate : USUAL_RATE;
+    AVRational rate = traits.frameRate.num > 0 ? traits.frameRate : UsualRate;
     m_bEven = NumbersFrames(m_container) || codec.id == AV_CODEC_ID_THEORA;
     context.time_base = traits.timeBase;
     if (m_bEven || CountsFrames(codec.id)) {
         rate = NearestRate(codec, rate);
         context.time_base = av_inv_q(rate);
-    } else if (codec.id == AV_CODEC_ID_MPEG4 && traits.timeBase.den > MAX_MPEG4_DENOMINATOR) {
-        context.time_base = MPEG4_TIME_BASE;
+    } else if (codec.id == AV_CODEC_ID_MPEG4 && traits.timeBase.den > MaxMpeg4Denominator) {
+        context.time_base = Mpeg4TimeBase;
     }
     context.framerate = rate;
 }

@@ -30,7 +30,7 @@ class FormatTest : public SubburnTest, public testing::WithParamInterface<Format
 {
 };
 
-const Format FORMATS[] = {
+const Format Formats[] = {
     {"Usual", "libx264", "yuv420p", 320, 180, 1, 1, 1},
     {"FullRange", "libx264", "yuvj420p", 320, 180, 1, 1, 1},
     {"NoSubsampling", "libx264", "yuv444p", 320, 180, 1, 0, 0},
@@ -93,7 +93,7 @@ TEST_P(FormatTest, OnlyThePixelsUnderADueSubtitleChange)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Formats, FormatTest, testing::ValuesIn(FORMATS),
+INSTANTIATE_TEST_SUITE_P(Formats, FormatTest, testing::ValuesIn(Formats),
                          [](const testing::TestParamInfo<Format> &info) { return std::string(info.param.pName); });
 
 TEST_F(SubburnTest, PixelsBetweenTheLettersStay)

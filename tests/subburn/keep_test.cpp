@@ -86,7 +86,7 @@ protected:
 };
 
 /** Frames at uneven times. */
-const char *const UNEVEN = "testsrc2=s=320x180:r=25:d=2,select='not(eq(mod(n,7),3))*not(between(n,22,27))'";
+const char *const Uneven = "testsrc2=s=320x180:r=25:d=2,select='not(eq(mod(n,7),3))*not(between(n,22,27))'";
 
 } // namespace
 
@@ -94,7 +94,7 @@ TEST_F(KeepTest, TimesOfUnevenFrames)
 {
     for (const char *pExtension : {"mkv", "mp4", "mov"}) {
         const std::string strInput =
-            Clip(std::string("in.") + pExtension, {"-f", "lavfi", "-i", UNEVEN, "-fps_mode", "vfr", "-bf", "2"});
+            Clip(std::string("in.") + pExtension, {"-f", "lavfi", "-i", Uneven, "-fps_mode", "vfr", "-bf", "2"});
         const std::string strOutput = Burn(strInput, std::string("out.") + pExtension, {"--preset", "ultrafast"});
         ExpectSame(strInput, strOutput, "frame=pts,pkt_pts_time", "v");
         ExpectSame(strInput, strOutput, "stream=time_base", "v");

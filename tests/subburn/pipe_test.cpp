@@ -3,43 +3,43 @@
 namespace
 {
 
-const size_t FRAME_BYTES = 320 * 180 * 3;
+const size_t FrameBytes = 320 * 180 * 3;
 
 } // namespace
 
 TEST_F(SubburnTest, PipeBurnsRawFrames)
 {
     // At two frames a second the second frame, at 0.5 seconds, carries "Hello".
-    const std::string strInput(FRAME_BYTES * 2, '\x50');
+    const std::string strInput(FrameBytes * 2, '\x50');
     const Outcome outcome = Subburn({"--pipe", "320x180@2", "--font", "DejaVu Sans"}, strInput);
     EXPECT_EQ(outcome.nExit, 0);
     EXPECT_EQ(outcome.strError, "standard output: 2 frames, 1 with a subtitle\n");
     ASSERT_EQ(outcome.strOut.size(), strInput.size());
-    EXPECT_TRUE(outcome.strOut.substr(0, FRAME_BYTES) == strInput.substr(0, FRAME_BYTES));
-    const Bounds text = Difference(outcome.strOut.substr(FRAME_BYTES), strInput.substr(FRAME_BYTES), 320, 3);
+    EXPECT_TRUE(outcome.strOut.substr(0, FrameBytes) == strInput.substr(0, FrameBytes));
+    const Bounds text = Difference(outcome.strOut.substr(FrameBytes), strInput.substr(FrameBytes), 320, 3);
     EXPECT_NEAR((text.nTop + text.nBottom) / 2.0, 153, 6);
     EXPECT_NEAR((text.nLeft + text.nRight) / 2.0, 160, 4);
 }
 
 TEST_F(SubburnTest, PipeTakesFractionsOfFramesPerSecond)
 {
-    const std::string strInput(FRAME_BYTES * 5, '\x50');
+    const std::string strInput(FrameBytes * 5, '\x50');
     for (const char *pRate : {"10", "10.0", "10000/1000"}) {
         const Outcome outcome = Subburn({"--pipe", std::string("320x180@") + pRate, "--quiet"}, strInput);
         EXPECT_EQ(outcome.nExit, 0);
         EXPECT_EQ(outcome.strError, "");
-        EXPECT_TRUE(outcome.strOut.substr(0, FRAME_BYTES * 4) == strInput.substr(0, FRAME_BYTES * 4)) << pRate;
+        EXPECT_TRUE(outcome.strOut.substr(0, FrameBytes * 4) == strInput.substr(0, FrameBytes * 4)) << pRate;
         EXPECT_TRUE(outcome.strOut != strInput) << pRate;
     }
 }
 
 TEST_F(SubburnTest, PipeRefusesAPartOfAFrame)
 {
-    const Outcome outcome = Subburn({"--pipe", "320x180@25"}, std::string(FRAME_BYTES + 100, '\0'));
+    const Outcome outcome = Subburn({"--pipe", "320x180@25"}, std::string(FrameBytes + 100, '\0'));
     EXPECT_EQ(outcome.nExit, 2);
     EXPECT_EQ(outcome.strError,
-              "subburn: standard input: ends within a frame, " + std::to_string(FRAME_BYTES - 100) + " bytes short\n");
-    EXPECT_EQ(outcome.strOut.size(), FRAME_BYTES);
+              "subburn: standard input: ends within a frame, " + std::to_string(FrameBytes - 100) + " bytes short\n");
+    EXPECT_EQ(outcome.strOut.size(), FrameBytes);
 }
 
 TEST_F(SubburnTest, PipeWithoutAReaderIsAnError)

@@ -37,8 +37,8 @@ TEST_F(SnapshotTest, ShowsThePictureOnDisplay)
     struct {
         const char *pTime;
         size_t nFrame;
-    } const LIST[] = {{"0", 0}, {"0.5", 12}, {"0.519", 12}, {"0.52", 13}, {"0:01.9", 47}, {"1.999", 49}};
-    for (const auto &[pTime, nFrame] : LIST) {
+    } const List[] = {{"0", 0}, {"0.5", 12}, {"0.519", 12}, {"0.52", 13}, {"0:01.9", 47}, {"1.999", 49}};
+    for (const auto &[pTime, nFrame] : List) {
         const Outcome outcome = Subburn({"--snapshot", pTime, strInput, File("a.png")});
         EXPECT_EQ(outcome.nExit, 0) << outcome.strError;
         const std::string strPicture = Picture(File("a.png"));

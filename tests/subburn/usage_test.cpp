@@ -19,7 +19,7 @@ TEST_F(SubburnTest, VersionNamesFfmpegToo)
 
 TEST_F(SubburnTest, WrongUsageIsOneLine)
 {
-    const Arguments LIST[] = {
+    const Arguments List[] = {
         {},
         {"in.mkv"},
         {"--nonsense", "in.mkv", "out.mkv"},
@@ -41,7 +41,7 @@ TEST_F(SubburnTest, WrongUsageIsOneLine)
         {"--snapshot", "1", "--start", "1", "in.mkv", "out.png"},
         {"--pipe", "320x180@25", "in.mkv", "out.mkv"},
     };
-    for (const Arguments &listArguments : LIST) {
+    for (const Arguments &listArguments : List) {
         const Outcome outcome = Subburn(listArguments);
         const std::string strCase = testing::PrintToString(listArguments);
         EXPECT_EQ(outcome.nExit, 1) << strCase;
