@@ -163,7 +163,8 @@ int SetSubtitlePos(void *handle, int percent);
  * Sets the font of text subtitles: all of family, size, weight and slant. What the family lacks is taken from other
  * installed fonts.
  *
- * @param family     name in the encoding of the locale; a missing family is substituted. Null keeps the family.
+ * @param family     name in the encoding of the locale; a missing family is substituted, "" is the
+ *                   default font's. Null keeps the family.
  * @param pointSize  size in points at 96 dots per inch (72 points are 96 pixels of the frame), 1 or more; below that
  *                   the size stays as it is.
  * @param style      SUBTITLE_STYLE_BOLD, SUBTITLE_STYLE_ITALIC, both (3) or 0; other bits are ignored.

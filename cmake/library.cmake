@@ -8,6 +8,7 @@ add_library(subtitle_objects OBJECT
   render/compositor.cpp
   render/fonthost.cpp
   render/fontintegration.cpp
+  render/messagesilencer.cpp
   render/qtruntime.cpp
   render/textbitmap.cpp
   render/textpainter.cpp

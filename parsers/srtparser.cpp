@@ -86,6 +86,8 @@ int ParseTime(const QString &text)
         return 0;
     const int minutes = WrapAdd(WrapMultiply(parts[0].toInt(), 60), parts[1].toInt());
     const int wholeSeconds = WrapMultiply(minutes, 60);
+    bool isNumber = false;
+    const double seconds = parts[2].toDouble(&isNumber);
     // "00:00:01,001" is 1000: the truncation of the binary product is meant.
-    return TruncateToInt((parts[2].toDouble() + wholeSeconds) * 1000.0);
+    return TruncateToInt(((isNumber ? seconds : 0.0) + wholeSeconds) * 1000.0);
 }

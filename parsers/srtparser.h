@@ -22,6 +22,8 @@ public:
     QString GetSubtitle(long ms) override;
 
 private:
+    friend class SrtParserPeer; // through which tests look inside
+
     QList<SrtSubtitleItem> m_listItems; ///< in file order
 };
 

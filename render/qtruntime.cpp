@@ -1,12 +1,17 @@
 #include "render/qtruntime.h"
 
 #include "render/fonthost.h"
+#include "render/messagesilencer.h"
 
+#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QMutex>
+#include <QTextCodec>
+#include <QThread>
 #include <QtGui/private/qguiapplication_p.h>
 #include <array>
 #include <clocale>
+#include <langinfo.h>
 #include <string>
 
 QCoreApplication *qtApp = nullptr;
@@ -53,23 +58,36 @@ private:
 };
 // NOLINTEND(concurrency-mt-unsafe)
 
+/** Never started: where our application object lives. */
+QThread *idleThread = nullptr;
+
 /**
- * Silences Qt, which warns where an application object is not made on the first thread that used Qt; here every thread
- * may be the one.
+ * Parts our application object from the host's thread, which may end before it does: from its event dispatcher, which
+ * would hook itself into that thread though no event loop is ever run here, and from its queue and timers.
  */
-class MessageSilencer
+void LeaveHostThread(QCoreApplication &application)
 {
-public:
-    MessageSilencer() : m_pBefore(qInstallMessageHandler(Drop)) {}
-    ~MessageSilencer() { qInstallMessageHandler(m_pBefore); }
-    MessageSilencer(const MessageSilencer &) = delete;
-    MessageSilencer &operator=(const MessageSilencer &) = delete;
+    const auto *record = static_cast<QCoreApplicationPrivate *>(QObjectPrivate::get(&application));
+    QAbstractEventDispatcher *dispatcher =
+        record->threadData.loadRelaxed()->eventDispatcher.fetchAndStoreRelaxed(nullptr);
+    QCoreApplicationPrivate::eventDispatcher = nullptr;
+    if (dispatcher)
+        dispatcher->closingDown();
+    delete dispatcher;
+    idleThread = new QThread;
+    application.moveToThread(idleThread);
+}
 
-private:
-    static void Drop(QtMsgType /*type*/, const QMessageLogContext & /*context*/, const QString & /*text*/) {}
-
-    QtMessageHandler m_pBefore;
-};
+/**
+ * Makes Qt's local 8-bit codec that of the locale. Qt asks ICU for it, which says UTF-8 whatever the locale. UTF-8 is
+ * left where the locale says nothing but ASCII: files are more likely to be that.
+ */
+void SetLocaleCodec()
+{
+    const QByteArray codeset(nl_langinfo(CODESET)); // NOLINT(concurrency-mt-unsafe): as LocaleKeeper
+    if (codeset != "ANSI_X3.4-1968")
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName(codeset));
+}
 
 QCoreApplication *CreateApplication()
 {
@@ -79,7 +97,10 @@ QCoreApplication *CreateApplication()
     static char *arguments[] = {name, nullptr};
     const LocaleKeeper keeper;
     const MessageSilencer silencer;
-    return new QCoreApplication(argumentCount, arguments);
+    auto *application = new QCoreApplication(argumentCount, arguments);
+    LeaveHostThread(*application);
+    SetLocaleCodec();
+    return application;
 }
 
 void RemoveFonts()
@@ -114,5 +135,11 @@ void InitQt()
 void UnInitQt()
 {
     RemoveFonts();
+    if (idleThread) {
+        delete idleThread;
+        idleThread = nullptr;
+        // From no thread at all to this one, whose data of Qt's it then frees.
+        qtApp->moveToThread(QThread::currentThread());
+    }
     delete qtApp;
 }

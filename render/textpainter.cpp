@@ -1,5 +1,7 @@
 #include "render/textpainter.h"
 
+#include "render/messagesilencer.h"
+
 #include <QFontMetrics>
 #include <QPainter>
 #include <algorithm>
@@ -209,6 +211,7 @@ void PaintFromInk(QImage &canvas, const TextStyle &style, const InkMask &mask)
 
 TextImage PaintText(const TextStyle &style, int width, int height, const QString &text)
 {
+    const MessageSilencer silencer;
     const QRect bounds = MeasureText(style.font, width, height, text);
     const int halfWidth = bounds.width() / 2;
     TextImage result;

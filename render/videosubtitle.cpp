@@ -52,6 +52,7 @@ void VideoSubtitle::CreateVideoSubtitle(int width, int height)
     if (width <= 0 || height <= 0)
         return;
     m_nAlpha = 255;
+    EnsureFonts();
     delete m_pFont;
     m_pFont = new QFont;
     delete m_pImage;
@@ -71,8 +72,9 @@ int VideoSubtitle::SetFontParam(const char *family, int pointSize, int style)
 {
     if (!m_pFont)
         return -1;
+    // Qt resolves an empty family to any font at all.
     if (family)
-        m_pFont->setFamily(QString::fromLocal8Bit(family));
+        m_pFont->setFamily(*family ? QString::fromLocal8Bit(family) : QFont().family());
     if (pointSize > 0)
         m_pFont->setPointSize(pointSize);
     m_pFont->setWeight((style & SUBTITLE_STYLE_BOLD) != 0 ? QFont::Bold : QFont::Normal);

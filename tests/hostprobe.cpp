@@ -216,6 +216,40 @@ unsigned RunTask(const char *path, const std::string &task)
         RunOnThread(again);
         RunOnThread(again);
         again();
+    } else if (task == "threadgoes") {
+        // The first handle's thread is gone before the last handle.
+        void *subtitle = nullptr;
+        RunOnThread([&] { subtitle = library.pCreate(64, 64); });
+        again();
+        library.pDestroy(subtitle);
+        RunOnThread([&] { subtitle = library.pCreate(64, 64); });
+        library.pDestroy(subtitle);
+        subtitle = library.pCreate(64, 64);
+        RunOnThread([&] { library.pDestroy(subtitle); });
+        again();
+    } else if (task == "oddscripts") {
+        // Scripts for which there is no font, in no font of the host's choice: nothing to warn of.
+        void *subtitle = library.pCreate(Width, Height);
+        library.pSetFont(subtitle, "", 20, 0);
+        const TemporaryFolder folder;
+        const std::string file = folder.Write("a.srt", "\xEF\xBB\xBF"
+                                                       "00:00:01,000 --> 00:00:02,000\nहिन्दी বাংলা ភាសាខ្មែរ ไทย ଓଡ଼ିଆ\n");
+        library.pSetFile(subtitle, file.c_str(), 0);
+        Expect(CountOtherColors(FrameAt(library, subtitle, 500)) == 0, "nothing due");
+        FrameAt(library, subtitle, 1500);
+        library.pDestroy(subtitle);
+    } else if (task == "latin1") {
+        const TemporaryFolder folder;
+        const char text[] = "00:00:01,000 --> 00:00:02,000\n";
+        const std::string local = folder.Write("na\xEFve.srt", text + std::string("na\xEFve \xE4\xF6\xFC\n"));
+        const std::string marked = folder.Write("b.srt", "\xEF\xBB\xBF" + (text + std::string("naïve äöü\n")));
+        void *subtitle = library.pCreate(Width, Height);
+        library.pSetFile(subtitle, marked.c_str(), 0);
+        const Pixels expected = FrameAt(library, subtitle, 1500);
+        library.pSetTime(subtitle, 1);
+        library.pSetFile(subtitle, local.c_str(), 0);
+        Expect(FrameAt(library, subtitle, 1500) == expected, "unmarked text and names are in the locale's encoding");
+        library.pDestroy(subtitle);
     } else if (task == "appgoes") {
         // The host's application object dies under a living renderer.
         void *subtitle = library.pCreate(64, 64);

@@ -82,6 +82,27 @@ TEST(Hosts, RenderersOnOneThreadAfterTheOther)
         ExpectWorks(Environments[0], kind, "threads");
 }
 
+TEST(Hosts, ThreadOfTheFirstRendererThatGoesBeforeTheLast)
+{
+    for (const char *kind : {"none", "core", "gui"})
+        ExpectWorks(Environments[0], kind, "threadgoes");
+}
+
+TEST(Hosts, WritesNoWarningsAboutFonts)
+{
+    for (const char *kind : {"none", "core"})
+        ExpectWorks(Environments[0], kind, "oddscripts");
+}
+
+TEST(Hosts, UnmarkedTextAndNamesAreInTheLocalesEncoding)
+{
+    const TemporaryFolder folder;
+    const Outcome outcome = ChildProcess::Run(
+        {"localedef", "-i", "de_DE", "-f", "ISO-8859-1", (folder.Path() / "de_DE.ISO-8859-1").string()});
+    ASSERT_EQ(outcome.nExit, 0) << outcome.strError;
+    ExpectWorks({{"LOCPATH", folder.Path().string()}, {"LC_ALL", "de_DE.ISO-8859-1"}}, "none", "latin1");
+}
+
 TEST(Hosts, ApplicationObjectThatGoesBeforeTheRenderer)
 {
     ExpectWorks(Environments[0], "gui", "appgoes");

@@ -205,6 +205,7 @@ TEST(ParseTime, TimesBeyondTheRangeAreDefined)
     EXPECT_EQ(ParseTime(QStringLiteral("1000:00:00")), INT_MIN);
     EXPECT_EQ(ParseTime(QStringLiteral("-1000:00:00")), INT_MIN);
     EXPECT_EQ(ParseTime(QStringLiteral("00:00:1e300")), INT_MIN);
+    EXPECT_EQ(ParseTime(QStringLiteral("00:01:1e400")), 60000); // no number
     EXPECT_EQ(ParseTime(QStringLiteral("00:00:nan")), INT_MIN);
     EXPECT_EQ(ParseTime(QStringLiteral("00:00:inf")), INT_MIN);
     // 1,193,047 hours are 2^32 seconds and 1,904 more: hours and minutes wrap round.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "render/messagesilencer.h"
 #include "render/textpainter.h"
 
 #include <QPainter>
@@ -11,6 +12,7 @@ inline TextImage PaintTextPlainly(const TextStyle &style, int width, int height,
         {-1, -2}, {0, -2}, {1, -2}, {-2, -1}, {-1, -1}, {0, -1}, {1, -1}, {2, -1}, {-2, 0}, {-1, 0},
         {1, 0},   {2, 0},  {-2, 1}, {-1, 1},  {0, 1},   {1, 1},  {2, 1},  {-1, 2}, {0, 2},  {1, 2},
     };
+    const MessageSilencer silencer;
     QImage image(width, height, QImage::Format_ARGB32);
     image.fill(0);
     image.setDotsPerMeterX(3780);

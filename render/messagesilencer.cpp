@@ -1,0 +1,45 @@
+#include "render/messagesilencer.h"
+
+#include <QMutex>
+#include <QtGlobal>
+#include <atomic>
+
+namespace
+{
+
+/** Silencers on this thread. */
+thread_local int silencersHere = 0;
+
+/** Silencers on all threads; the first installs the handler, the last takes it away. */
+int silencers = 0;
+QBasicMutex mutex;
+std::atomic<QtMessageHandler> handlerBefore = nullptr;
+
+void Filter(QtMsgType type, const QMessageLogContext &context, const QString &text)
+{
+    if (silencersHere > 0)
+        return;
+    if (const QtMessageHandler handler = handlerBefore)
+        handler(type, context, text);
+}
+
+} // namespace
+
+MessageSilencer::MessageSilencer()
+{
+    ++silencersHere;
+    const QMutexLocker locker(&mutex);
+    if (silencers++ == 0)
+        handlerBefore = qInstallMessageHandler(Filter);
+}
+
+MessageSilencer::~MessageSilencer()
+{
+    --silencersHere;
+    const QMutexLocker locker(&mutex);
+    if (--silencers > 0)
+        return;
+    const QtMessageHandler handler = qInstallMessageHandler(handlerBefore);
+    if (handler != Filter)
+        qInstallMessageHandler(handler); // the host's, installed meanwhile
+}
