@@ -2,6 +2,8 @@
 # tests reach what the shared one hides.
 add_library(subtitle_objects OBJECT
   api/libsubtitle.cpp
+  parsers/assparser.cpp
+  parsers/ffparser.cpp
   parsers/iparser.cpp
   parsers/parsermanager.cpp
   parsers/srtparser.cpp

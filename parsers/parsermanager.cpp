@@ -1,5 +1,7 @@
 #include "parsers/parsermanager.h"
 
+#include "parsers/assparser.h"
+#include "parsers/ffparser.h"
 #include "parsers/srtparser.h"
 
 namespace
@@ -12,12 +14,16 @@ QString Extension(const QString &path)
     return dot > 0 ? path.mid(dot + 1).toLower() : QString();
 }
 
-/** A parser for files of that extension; null where none reads them. */
+/** A parser for files of that extension; null where none reads them yet. */
 IParser *CreateParser(const QString &extension)
 {
     if (extension == QLatin1String("srt"))
         return new SrtParser;
-    return nullptr;
+    if (extension == QLatin1String("ass") || extension == QLatin1String("ssa"))
+        return new AssParser;
+    if (extension == QLatin1String("idx"))
+        return nullptr;
+    return new FFParser;
 }
 
 } // namespace

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "parsers/iparser.h"
+
+#include <QList>
+
+/** One packet of a subtitle stream; times in milliseconds. */
+struct FFSubtitleItem {
+    int nStart = 0;
+    int nEnd = 0;
+    QString strText;
+};
+
+/**
+ * A subtitle stream of any file that FFmpeg's demuxers open. The packets' payload is the text, whatever codec it belongs
+ * to: markup, event fields and length prefixes show as they are stored.
+ */
+class FFParser : public IParser
+{
+public:
+    /**
+     * Reads all packets of one subtitle stream. Never fails: a file that cannot be opened has no cues.
+     * @param track  number of the stream among the file's subtitle streams, from 0.
+     */
+    int Open(const QString &path, int track) override;
+    QString GetSubtitle(long ms) override;
+
+private:
+    QList<FFSubtitleItem> m_listItems; ///< in the order of the packets
+};
