@@ -77,7 +77,7 @@ TEST_F(ParserManagerTest, EmptyPathDropsTheParser)
 TEST_F(ParserManagerTest, FileThatNoParserReadsIsRefusedAndDropsTheParser)
 {
     EXPECT_NE(Open("movie.srt"), 0);
-    EXPECT_EQ(Open("movie.xyz"), 0);
+    EXPECT_EQ(Open("movie.idx"), 0);
     EXPECT_TRUE(m_manager.GetSubtitle(1500).isEmpty());
     EXPECT_TRUE(m_manager.IsTextSub());
 }

@@ -217,7 +217,7 @@ TEST_F(VideoSubtitleTest, AlphaAndPositionDoNotMakeDirty)
 
 TEST_F(VideoSubtitleTest, SetSubtitleFileMarksDirtyAndSetsTheAnchorWhateverComesOfIt)
 {
-    const std::string unknown = m_folder.Write("file.unknown", "");
+    const std::string unknown = m_folder.Write("file.idx", "");
     VideoSubtitle renderer;
     renderer.CreateVideoSubtitle(720, 576);
     const VideoSubtitlePeer peer(renderer);
@@ -241,7 +241,7 @@ TEST_F(VideoSubtitleTest, EmptyPathKeepsTheFileRefusedOneDropsIt)
     EXPECT_EQ(m_renderer.SetSubtitleFile("", 0), -1);
     m_renderer.SetTimeStamp(1500);
     EXPECT_EQ(m_peer.Subtitle(), QStringLiteral("one"));
-    EXPECT_EQ(m_renderer.SetSubtitleFile(m_folder.Write("file.unknown", "").c_str(), 0), -1);
+    EXPECT_EQ(m_renderer.SetSubtitleFile(m_folder.Write("file.idx", "").c_str(), 0), -1);
     EXPECT_EQ(m_peer.Subtitle(), QStringLiteral("one"));
     m_renderer.SetTimeStamp(1500);
     EXPECT_TRUE(m_peer.Subtitle().isEmpty());
