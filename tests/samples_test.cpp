@@ -1,0 +1,143 @@
+// Files that nobody here wrote: what of them is due at which time.
+#include "parsers/parsermanager.h"
+
+#include <QTextCodec>
+#include <gtest/gtest.h>
+
+extern "C" {
+#include <libavutil/log.h>
+}
+
+namespace
+{
+
+struct Due {
+    long nTime;
+    const char *pText; ///< "" for nothing
+};
+
+struct Sample {
+    const char *pFile;
+    const char *pEncoding; ///< of the locale; null where that does not matter
+    std::vector<Due> listDue;
+};
+
+void PrintTo(const Sample &sample, std::ostream *out)
+{
+    *out << sample.pFile;
+}
+
+const Sample Samples[] = {
+    {"typical.srt",
+     nullptr,
+     {{1, "This is the first subtitle."},
+      {1234, "This is the first subtitle."},
+      {1235, ""},
+      {2345, "This is the second subtitle.\nSecond subtitle with second line."},
+      {3456, "This is the second subtitle.\nSecond subtitle with second line."},
+      {7204568, "This is the third subtitle."},
+      {7208902, ""}}},
+    // Any number of decimals is a fraction of a second.
+    {"typical_bad_timestamps.srt",
+     nullptr,
+     {{2345, "This should be discarded (too many decimal places)."},
+      {3456, "This should be discarded (too many decimal places)."},
+      {7208900, "This should be discarded (too few decimal places)."},
+      {7208901, ""}}},
+    {"typical_extra_blank_line.srt",
+     nullptr,
+     {{1, "This is the first subtitle."}, {7204568, "This is the third subtitle."}}},
+    {"typical_missing_sequence.srt",
+     nullptr,
+     {{1, "This is the first subtitle."},
+      {2346, "This is the second subtitle.\nSecond subtitle with second line."},
+      {7204568, "This is the third subtitle."}}},
+    {"typical_with_tags.srt",
+     nullptr,
+     {{1, "This is {\\an1} the first subtitle."}, {24567, "This {\\an9} is a line."}}},
+    {"utf8.srt",
+     "UTF-8",
+     {{500, "[UTF-8] 0.5: 고양이. Чч Щщ Ъъ. Óó Śś Źź. Ýý Ţţ Ł €. 猫."},
+      {5001, "[UTF-8] 5.0: 고양이. Чч Щщ Ъъ. Óó Śś Źź. Ýý Ţţ Ł €. 猫."}}},
+    {"windows-1252.srt", "windows-1252", {{501, "[Western Europe] 0.5: Àà Áá Ââ Ææ Çç Èè Ïï Ðð Ññ Õõ Øø Ýý Þþ £ €"}}},
+    {"windows-1254.srt", "windows-1254", {{501, "[Turkish] 0.5: Çç Ğğ Öö Üü Şş ¡ ¿ § µ ¾"}}},
+    // One line as far as the reader is concerned.
+    {"example-in-carriage-return.srt", nullptr, {{99500, ""}, {125000, ""}}},
+    {"example-in-carriage-return.ssa", nullptr, {{99500, ""}, {125000, ""}}},
+    {"example-in-html-entities.srt",
+     nullptr,
+     {{1000, "The man in black fled across the desert, &nbsp;\n&amp; the gunslinger followed."},
+      {4102, "Go,&nbsp;then,"},
+      {9674, "there are other &lt; worlds than these."}}},
+    {"missing-sequence-in.srt",
+     nullptr,
+     {{99000, "(deep rumbling)"}, {151400, "(computer playing\nelectronic melody)"}}},
+    {"alignment.srt", nullptr, {{1, "{\\an1}V: Bottom - H: Left"}, {16500, "{\\an9}V: Top - H: Right"}}},
+    {"extended-tags.srt", nullptr, {{136611, ""}, {136612, "Hello <bold>my</bold> name is Bob"}, {139380, ""}}},
+    {"example-in.ssa",
+     nullptr,
+     {{98999, ""},
+      {99000, "(deep rumbling)"},
+      {101040, "(deep rumbling)"},
+      {101041, ""},
+      {124080, "MAN:\\nHow did we end up here?"},
+      {150000, "We don't belong\nin this shithole."},
+      {151400, "(computer playing\\nelectronic melody)"}}},
+    // These lack fields that the fixed layouts have: their last field is read again and again, or cut at its first comma.
+    {"overlapping_timecodes.ssa", nullptr, {{2500, ""}, {9000, ""}}},
+    {"positioning.ass", nullptr, {{1000, "50.5)}First subtitle."}, {1231, ""}, {3000, "50.5)}."}}},
+    {"typical_utf16le.ass",
+     nullptr,
+     {{1000, "This is the first subtitle."},
+      {3000, "This is the second subtitle \\nwith a newline \nand another."},
+      {5000, ""}}},
+    {"with_overlapping_timestamps.vtt",
+     nullptr,
+     {{1, "Displayed at the bottom for 3 seconds."}, {2500, "Displayed at the bottom for 3 seconds."}}},
+    {"with_tags.vtt",
+     nullptr,
+     {{1000, "This is the <i>first</i> subtitle."},
+      {2345, "This is the <b><i>second</b></i> subtitle."},
+      {6000, "This is the &lt;fourth&gt; &amp;subtitle."}}},
+    {"sample_MKV_SRT.mkv", nullptr, {{999, ""}, {1000, "Line 1"}, {3000, "Line 1"}, {3024, "Line 2"}}},
+};
+
+class SampleTest : public testing::TestWithParam<Sample>
+{
+protected:
+    SampleTest() : m_pCodec(QTextCodec::codecForLocale()) { av_log_set_level(AV_LOG_QUIET); }
+    ~SampleTest() override
+    {
+        av_log_set_level(AV_LOG_INFO);
+        QTextCodec::setCodecForLocale(m_pCodec);
+    }
+
+private:
+    QTextCodec *m_pCodec;
+};
+
+} // namespace
+
+TEST_P(SampleTest, ShowsWhatItHolds)
+{
+    const Sample &sample = GetParam();
+    if (sample.pEncoding)
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName(sample.pEncoding));
+    ParserManager manager;
+    ASSERT_NE(manager.Open(QStringLiteral(TEST_DATA "/") + QString::fromLatin1(sample.pFile), 0), 0);
+    for (const Due &due : sample.listDue)
+        EXPECT_EQ(manager.GetSubtitle(due.nTime).toStdString(), due.pText) << "at " << due.nTime;
+}
+
+INSTANTIATE_TEST_SUITE_P(Files, SampleTest, testing::ValuesIn(Samples));
+
+// The muxer's empty packets between the texts last for thousands of seconds here, and so hide most of them.
+TEST(Samples, Mp4ShowsItsPayloadAndUnconvertedDurations)
+{
+    av_log_set_level(AV_LOG_QUIET);
+    ParserManager manager;
+    ASSERT_NE(manager.Open(QStringLiteral(TEST_DATA "/sample_MP4_stz2_compact.mp4"), 0), 0);
+    EXPECT_EQ(manager.GetSubtitle(1).toStdString(), std::string(2, '\0'));
+    EXPECT_EQ(manager.GetSubtitle(13001).toStdString().substr(2), "日本語のテスト");
+    av_log_set_level(AV_LOG_INFO);
+}
