@@ -37,8 +37,8 @@
  *
  * Results
  *  Functions that return int return 0 for "done" and -1 for "refused"; SetSubtitlePos() and SetSubtitleFontColor() also
- *  return -1 when the value was set already, which is no error. No function throws and none writes to standard output
- *  or standard error.
+ *  return -1 when the value was set already, which is no error. No function throws, and none writes to standard output
+ *  or standard error, but that SetSubtitleFile() uses FFmpeg's log.
  *
  * Handles
  *  Except in DestroyVideoSubtitle(), a handle is not checked: it must come from CreateVideoSubtitle() and not have been
@@ -110,12 +110,15 @@ void DestroyVideoSubtitle(void *handle);
  * Opens a subtitle file and reads it whole; nothing of it stays open. The renderer's earlier file is closed first, and
  * stays closed when the new one is refused. The text on display stays until the next SetSubtitleTimeStamp().
  *
- * The name's extension, in either case, tells the format: "srt" is read as SubRip text. A text file that starts with a
- * byte-order mark is read as UTF-8 or UTF-16, any other in the 8-bit encoding of the locale. A text file that is
- * missing or cannot be read counts as one without subtitles, not as a failure.
+ * The name's extension, in either case, tells the format: "srt" is read as SubRip text, "ass" and "ssa" as a script, and
+ * a file with any other or none is opened with FFmpeg's demuxers, whose packets are taken as UTF-8 text as they are
+ * stored. "idx" is refused. A script or SubRip file that starts with a byte-order mark is read as UTF-8 or UTF-16, any
+ * other in the 8-bit encoding of the locale. A file that is missing, cannot be read or has no such track counts as one
+ * without subtitles, not as a failure; docs/formats.md tells more.
  *
  * @param path   the file's name in the encoding of the locale; null or "" is refused, and keeps the earlier file.
- * @param track  number of the subtitle track, from 0; text files have one track and ignore it.
+ * @param track  number of the subtitle track, from 0, among the subtitle streams of a container; "srt", "ass" and
+ *               "ssa" files have one track and ignore it.
  * @return 0 when the file was opened, -1 when it was refused.
  */
 int SetSubtitleFile(void *handle, const char *path, int track);
