@@ -1,4 +1,5 @@
 #include "parsers/srtparser.h"
+#include "support/srtparserpeer.h"
 #include "support/temporaryfolder.h"
 
 #include <climits>
@@ -35,6 +36,20 @@ TEST_F(SrtParserTest, ReadsTheUsualLayout)
     EXPECT_EQ(At(4000), "Bye");
     EXPECT_EQ(At(4001), "");
     EXPECT_TRUE(m_parser.IsTextSub());
+}
+
+TEST_F(SrtParserTest, EveryBlankLineAddsAnEmptyCueBehindItsOwn)
+{
+    Open("1\n00:00:01,000 --> 00:00:02,000\nHello\nWorld\n\n2\n00:00:03,000 --> 00:00:04,000\nBye");
+    const QList<SrtSubtitleItem> &items = SrtParserPeer(m_parser).Items();
+    ASSERT_EQ(items.size(), 3);
+    const SrtSubtitleItem expected[] = {
+        {1000, 2000, QStringLiteral("Hello\nWorld")}, {1000, 2000, QString()}, {3000, 4000, QStringLiteral("Bye")}};
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(items[i].nStart, expected[i].nStart);
+        EXPECT_EQ(items[i].nEnd, expected[i].nEnd);
+        EXPECT_EQ(items[i].strText, expected[i].strText);
+    }
 }
 
 TEST_F(SrtParserTest, NothingIsDueAtTimeZero)

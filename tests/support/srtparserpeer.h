@@ -1,0 +1,15 @@
+#pragma once
+
+#include "parsers/srtparser.h"
+
+/** Looks inside a parser of SubRip text. */
+class SrtParserPeer
+{
+public:
+    explicit SrtParserPeer(const SrtParser &parser) : m_parser(parser) {}
+
+    const QList<SrtSubtitleItem> &Items() const { return m_parser.m_listItems; }
+
+private:
+    const SrtParser &m_parser;
+};
