@@ -13,9 +13,10 @@ namespace
 {
 
 const char *const UsageText = R"(
-Usage: subburn --subtitles FILE [OPTIONS] INPUT OUTPUT
-       subburn --subtitles FILE [OPTIONS] --snapshot TIME INPUT OUTPUT.png
+Usage: subburn [--subtitles FILE] [OPTIONS] INPUT OUTPUT
+       subburn [--subtitles FILE] [OPTIONS] --snapshot TIME INPUT OUTPUT.png
        subburn --subtitles FILE [OPTIONS] --pipe WxH@FPS
+       subburn --list FILE
 )";
 
 const char *const Footer =
@@ -25,6 +26,8 @@ COLOR is #rrggbb or a name such as yellow.
 Examples:
   subburn --subtitles film.srt film.mp4 burnt.mp4
   subburn --subtitles film.srt --font "DejaVu Sans" --size 28 --color yellow --crf 18 film.mkv burnt.mkv
+  subburn --list film.mkv
+  subburn --track 1 film.mkv burnt.mkv
   subburn --subtitles film.srt --snapshot 12.5 --snapshot 1:00:07 film.mkv look.png
   decoder | subburn --subtitles film.srt --pipe 1280x720@30000/1001 | encoder
 
@@ -83,13 +86,17 @@ void CommandLine::AddFiles()
     m_app.add_option("INPUT", m_options.strInput, "Video file; its first video stream gets the subtitles")
         ->type_name("");
     m_app.add_option("OUTPUT", m_options.strOutput, "File to write; its extension tells the container")->type_name("");
-    m_app.add_option("--subtitles", m_options.subtitles.strFile, "Subtitle file")
+    m_app
+        .add_option("--subtitles", m_options.subtitles.strFile,
+                    "Subtitle file, or any file with subtitle tracks; INPUT without this option")
         ->option_text("FILE")
-        ->required()
         ->group("Subtitles");
-    m_app.add_option("--track", m_options.subtitles.nTrack, "Subtitle track of FILE, from 0")
+    m_app.add_option("--track", m_options.subtitles.nTrack, "Subtitle track of that file, from 0")
         ->option_text("N")
         ->check(CLI::NonNegativeNumber)
+        ->group("Subtitles");
+    m_app.add_option("--list", m_strList, "Print the subtitle tracks of FILE and when their cues begin and end")
+        ->option_text("FILE")
         ->group("Subtitles");
 }
 
@@ -160,6 +167,10 @@ void CommandLine::AddParts()
 
 void CommandLine::Finish()
 {
+    if (m_strList) {
+        FinishList();
+        return;
+    }
     if (m_strColor)
         m_options.style.color = ParseColor("--color", *m_strColor);
     if (m_strOutline)
@@ -172,13 +183,37 @@ void CommandLine::Finish()
         m_options.range.nDuration = ParseTime("--duration", *m_strDuration);
     for (const std::string &strTime : m_listSnapshots)
         m_options.listSnapshots.push_back(ParseTime("--snapshot", strTime));
+    ChooseMode();
+    CheckModes();
+    if (m_options.range.nDuration == 0)
+        throw Failure(ExitCode::Usage, "--duration: must be more than 0");
+    if (m_options.subtitles.strFile.empty())
+        m_options.subtitles.strFile = m_options.strInput;
+}
+
+void CommandLine::FinishList()
+{
+    for (const CLI::Option *pOption : m_app.get_options()) {
+        if (pOption->count() > 0 && !pOption->check_lname("list"))
+            throw Failure(ExitCode::Usage, "--list takes no INPUT, no OUTPUT and no other option");
+    }
+    m_options.mode = Mode::List;
+    m_options.strInput = *m_strList;
+}
+
+void CommandLine::ChooseMode()
+{
     if (m_strPipe) {
         m_options.mode = Mode::Pipe;
         m_options.pipe = ParsePipeFormat("--pipe", *m_strPipe);
     } else if (!m_listSnapshots.empty()) {
         m_options.mode = Mode::Snapshot;
     }
+}
 
+/** Refuses what does not go together. */
+void CommandLine::CheckModes() const
+{
     const bool bEncoding = !m_options.encoder.strCodec.empty() || !m_options.encoder.strPreset.empty() ||
                            m_options.encoder.dCrf || m_strBitrate;
     const bool bRange = m_options.range.nStart || m_options.range.nDuration;
@@ -187,13 +222,13 @@ void CommandLine::Finish()
                                            " goes with no --codec, --crf, --bitrate, --preset, --start or --duration");
     if (m_options.mode == Mode::Pipe && (!m_options.strInput.empty() || !m_listSnapshots.empty()))
         throw Failure(ExitCode::Usage, "--pipe takes no INPUT, no OUTPUT and no --snapshot");
+    if (m_options.mode == Mode::Pipe && m_options.subtitles.strFile.empty())
+        throw Failure(ExitCode::Usage, "--pipe needs --subtitles");
     if (m_options.mode != Mode::Pipe && m_options.strOutput.empty())
         throw Failure(ExitCode::Usage,
                       m_options.strInput.empty() ? "INPUT and OUTPUT are missing" : "OUTPUT is missing");
     if (m_options.mode == Mode::Snapshot && !EndsInPng(m_options.strOutput))
         throw Failure(ExitCode::Usage, m_options.strOutput, "--snapshot writes PNG files, whose names end in .png");
-    if (m_options.range.nDuration == 0)
-        throw Failure(ExitCode::Usage, "--duration: must be more than 0");
 }
 
 std::optional<Options> CommandLine::Parse(int nArguments, const char *const *pArguments)

@@ -19,6 +19,9 @@ private:
     void AddEncoding();
     void AddParts();
     void Finish();
+    void FinishList();
+    void ChooseMode();
+    void CheckModes() const;
 
     CLI::App m_app;
     Options m_options;
@@ -29,4 +32,5 @@ private:
     std::optional<std::string> m_strStart;
     std::optional<std::string> m_strDuration;
     std::optional<std::string> m_strPipe;
+    std::optional<std::string> m_strList;
 };

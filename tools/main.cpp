@@ -6,15 +6,28 @@
 #include "processlocale.h"
 #include "rawpipe.h"
 #include "snapshot.h"
+#include "tracklist.h"
 #include "transcoder.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <system_error>
 
 namespace
 {
 
+void List(const std::string &strFile)
+{
+    if (std::fputs(TrackListText(strFile).c_str(), stdout) < 0 || std::fflush(stdout) != 0)
+        throw Failure(ExitCode::Output, "standard output", std::generic_category().message(errno));
+}
+
 void Run(const Options &options)
 {
+    if (options.mode == Mode::List) {
+        List(options.strInput);
+        return;
+    }
     const SubtitleLibrary library;
     Console console(options.bQuiet, options.mode == Mode::Pipe ? stderr : stdout);
     if (options.mode == Mode::Pipe)

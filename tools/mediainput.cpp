@@ -1,20 +1,13 @@
 #include "mediainput.h"
 
+#include "demuxer.h"
 #include "failure.h"
 #include "interrupt.h"
 
 #include <algorithm>
-#include <filesystem>
 
 namespace
 {
-
-/** Without the prefix a colon in a file's name would make it a protocol. */
-std::string UrlOf(const std::string &strFile)
-{
-    std::error_code error;
-    return std::filesystem::exists(strFile, error) ? "file:" + strFile : strFile;
-}
 
 bool IsVideo(const AVStream &stream)
 {
@@ -31,21 +24,10 @@ MediaInput::MediaInput(const std::string &strFile) : m_strFile(strFile)
 
 void MediaInput::Open()
 {
-    AVFormatContext *pFormat = Checked(avformat_alloc_context());
-    pFormat->interrupt_callback = Interrupt::Callback();
-    // Frees the context when it fails.
-    int nResult = avformat_open_input(&pFormat, UrlOf(m_strFile).c_str(), nullptr, nullptr);
-    Interrupt::Check();
-    if (nResult < 0)
-        throw Failure(ExitCode::Input, m_strFile, AvReason(nResult));
-    m_pFormat.reset(pFormat);
-    nResult = avformat_find_stream_info(pFormat, nullptr);
-    Interrupt::Check();
-    if (nResult < 0)
-        throw Failure(ExitCode::Input, m_strFile, AvReason(nResult));
-    for (unsigned n = 0; n < pFormat->nb_streams && !m_pVideo; ++n) {
-        if (IsVideo(*pFormat->streams[n]))
-            m_pVideo = pFormat->streams[n];
+    m_pFormat = OpenDemuxer(m_strFile);
+    for (unsigned n = 0; n < m_pFormat->nb_streams && !m_pVideo; ++n) {
+        if (IsVideo(*m_pFormat->streams[n]))
+            m_pVideo = m_pFormat->streams[n];
     }
     if (!m_pVideo)
         throw Failure(ExitCode::Input, m_strFile, "there is no video in it");
@@ -85,10 +67,7 @@ AVRational MediaInput::SampleAspectRatio(AVFrame *pFrame) const
 
 int64_t MediaInput::Origin() const
 {
-    // In transport and program streams the clock starts anywhere; elsewhere a late start means an empty beginning.
-    if ((m_pFormat->iformat->flags & AVFMT_TS_DISCONT) == 0 || m_pFormat->start_time == AV_NOPTS_VALUE)
-        return 0;
-    return av_rescale_q(m_pFormat->start_time, Microseconds, m_pVideo->time_base);
+    return av_rescale_q(OriginOf(*m_pFormat), Microseconds, m_pVideo->time_base);
 }
 
 bool MediaInput::Next(MediaItem &item)
@@ -138,24 +117,17 @@ bool MediaInput::Receive(MediaItem &item)
 /** Reads one packet; true when it is one of another stream. */
 bool MediaInput::Feed(MediaItem &item)
 {
-    av_packet_unref(m_pPacket.get());
-    int nResult = av_read_frame(m_pFormat.get(), m_pPacket.get());
-    Interrupt::Check();
-    if (nResult == AVERROR(EAGAIN))
-        return false;
-    if (nResult == AVERROR_EOF) {
+    if (!ReadPacket(*m_pFormat, m_strFile, *m_pPacket)) {
         m_bDraining = true;
         avcodec_send_packet(m_pDecoder.get(), nullptr);
         return false;
     }
-    if (nResult < 0)
-        throw Failure(ExitCode::Input, m_strFile, AvReason(nResult));
     if (m_pPacket->stream_index != m_pVideo->index) {
         item.pPacket = std::move(m_pPacket);
         m_pPacket = NewPacket();
         return true;
     }
-    nResult = avcodec_send_packet(m_pDecoder.get(), m_pPacket.get());
+    const int nResult = avcodec_send_packet(m_pDecoder.get(), m_pPacket.get());
     if (nResult == AVERROR(ENOMEM))
         throw std::bad_alloc();
     if (nResult < 0)

@@ -48,7 +48,7 @@ struct PipeFormat {
     int nScale = 1;
 };
 
-enum class Mode { Transcode, Snapshot, Pipe };
+enum class Mode { Transcode, Snapshot, Pipe, List };
 
 struct Options {
     Mode mode = Mode::Transcode;

@@ -1,34 +1,16 @@
 #include "subtitlerenderer.h"
 
 #include "failure.h"
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include "subtitlefile.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
 #include <cstring>
-#include <system_error>
 
 namespace
 {
 
 const int PixelBytes = 3;
-
-/** The library takes a missing file for one without subtitles. */
-void CheckReadable(const std::string &strFile)
-{
-    const int nFile = open(strFile.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (nFile < 0)
-        throw Failure(ExitCode::Input, strFile, std::generic_category().message(errno));
-    struct stat status = {};
-    const bool bFolder = fstat(nFile, &status) == 0 && S_ISDIR(status.st_mode);
-    close(nFile);
-    if (bFolder)
-        throw Failure(ExitCode::Input, strFile, std::generic_category().message(EISDIR));
-}
 
 } // namespace
 
@@ -90,8 +72,9 @@ void SubtitleRenderer::ChooseBlank(const Style &style)
 
 void SubtitleRenderer::Open(const SubtitleSource &source)
 {
-    CheckReadable(source.strFile);
-    if (m_library.m_pSetFile(m_pHandle.get(), source.strFile.c_str(), source.nTrack) != 0)
+    // The library reads all of it at once.
+    const SubtitleFile file(source);
+    if (m_library.m_pSetFile(m_pHandle.get(), file.Path().c_str(), source.nTrack) != 0)
         throw Failure(ExitCode::Input, source.strFile, "not a kind of subtitle file the library reads");
 }
 

@@ -50,7 +50,7 @@ TEST_F(FailureTest, Subtitles)
     m_strSubtitles = m_folder.Path().string();
     ExpectFailure({strInput, File("out.mp4")}, 2, m_strSubtitles + ": Is a directory");
     m_strSubtitles = m_folder.Write("text.docx", "text");
-    ExpectFailure({strInput, File("out.mp4")}, 2, m_strSubtitles + ": not a kind of subtitle file the library reads");
+    ExpectFailure({strInput, File("out.mp4")}, 2, m_strSubtitles + ": Invalid data found when processing input");
 }
 
 TEST_F(FailureTest, Outputs)

@@ -33,10 +33,38 @@ std::string SubburnTest::UsualClip(const std::string &strName) const
                           "-pix_fmt", "yuv420p"});
 }
 
+std::string SubburnTest::PictureSubtitles()
+{
+    const auto Segment = [](int nMilliseconds, char cType, const std::string &strContent) {
+        std::string strSegment = "PG";
+        for (const int nNumber : {nMilliseconds * 90, 0}) {
+            for (const int nShift : {24, 16, 8, 0})
+                strSegment += static_cast<char>(nNumber >> nShift & 0xff);
+        }
+        return strSegment + cType + '\0' + static_cast<char>(strContent.size()) + strContent;
+    };
+    const auto Bytes = [](std::initializer_list<int> listBytes) {
+        return std::string(listBytes.begin(), listBytes.end());
+    };
+    // Size 320x180, one object at 8,8; a window of 8x8 there; a palette; the object of one colour.
+    const std::string strPage = Bytes({1, 64, 0, 180, 16, 0, 1, 128, 0, 0, 1, 0, 0, 0, 0, 0, 8, 0, 8});
+    const std::string strWindow = Bytes({1, 0, 0, 8, 0, 8, 0, 8, 0, 8});
+    const std::string strPalette = Bytes({0, 0, 1, 235, 128, 128, 255});
+    std::string strObject = Bytes({0, 0, 0, 192, 0, 0, 44, 0, 8, 0, 8});
+    for (int y = 0; y < 8; ++y)
+        strObject += Bytes({0, 136, 1, 0, 0});
+    const std::string strEmptyPage = Bytes({1, 64, 0, 180, 16, 0, 2, 0, 0, 0, 0});
+    return Segment(400, '\x16', strPage) + Segment(400, '\x17', strWindow) + Segment(400, '\x14', strPalette) +
+           Segment(400, '\x15', strObject) + Segment(400, '\x80', "") + Segment(800, '\x16', strEmptyPage) +
+           Segment(800, '\x17', strWindow) + Segment(800, '\x80', "");
+}
+
 Outcome SubburnTest::Subburn(const Arguments &listArguments, const std::string &strInput,
                              const ChildProcess::Environment &listExtra) const
 {
-    Arguments listCommand = {SUBBURN_PROGRAM, "--subtitles", m_strSubtitles};
+    Arguments listCommand = {SUBBURN_PROGRAM};
+    if (!m_strSubtitles.empty())
+        listCommand.insert(listCommand.end(), {"--subtitles", m_strSubtitles});
     listCommand.insert(listCommand.end(), listArguments.begin(), listArguments.end());
     return ChildProcess::Run(listCommand, strInput, listExtra);
 }

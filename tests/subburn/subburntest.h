@@ -33,6 +33,9 @@ protected:
     /** The usual clip: moving shapes, 320x180, 25 frames a second, two seconds. */
     std::string UsualClip(const std::string &strName = "in.mkv") const;
 
+    /** A file of a Blu-ray's subtitles: a picture from 0.4 to 0.8 seconds. */
+    static std::string PictureSubtitles();
+
     /** Runs subburn with the test's subtitle file. */
     Outcome Subburn(const Arguments &listArguments, const std::string &strInput = "",
                     const ChildProcess::Environment &listExtra = {}) const;
@@ -63,7 +66,7 @@ protected:
     static bool IsDue(size_t nFrame) { return (nFrame >= 10 && nFrame <= 20) || (nFrame >= 30 && nFrame <= 35); }
 
     TemporaryFolder m_folder;
-    // "Hello" from 0.4 to 0.8 seconds, two lines from 1.2 to 1.4.
+    // "Hello" from 0.4 to 0.8 seconds, two lines from 1.2 to 1.4. Without a name subburn is not told of any.
     std::string m_strSubtitles;
 
 private:

@@ -5,8 +5,9 @@ TEST_F(SubburnTest, HelpNamesTheExitCodes)
     const Outcome outcome = ChildProcess::Run({SUBBURN_PROGRAM, "--help"});
     EXPECT_EQ(outcome.nExit, 0);
     EXPECT_EQ(outcome.strError, "");
-    for (const char *pText : {"Usage: subburn --subtitles FILE [OPTIONS] INPUT OUTPUT", "--snapshot TIME",
-                              "--pipe WxH@FPS", "Examples:", "Exit codes:", "130  stopped by Ctrl-C"})
+    for (const char *pText :
+         {"Usage: subburn [--subtitles FILE] [OPTIONS] INPUT OUTPUT", "--snapshot TIME", "--pipe WxH@FPS",
+          "subburn --list FILE", "Examples:", "Exit codes:", "130  stopped by Ctrl-C"})
         EXPECT_NE(outcome.strOut.find(pText), std::string::npos) << pText;
 }
 
@@ -40,6 +41,7 @@ TEST_F(SubburnTest, WrongUsageIsOneLine)
         {"--snapshot", "1", "in.mkv", "out.jpg"},
         {"--snapshot", "1", "--start", "1", "in.mkv", "out.png"},
         {"--pipe", "320x180@25", "in.mkv", "out.mkv"},
+        {"--list", "in.mkv"},
     };
     for (const Arguments &listArguments : List) {
         const Outcome outcome = Subburn(listArguments);
@@ -51,9 +53,9 @@ TEST_F(SubburnTest, WrongUsageIsOneLine)
     }
     EXPECT_EQ(Subburn({"--color", "nocolor", "in.mkv", "out.mkv"}).strError,
               "subburn: --color: \"nocolor\" is not a colour such as #ffcc00 or yellow\n");
-    const Outcome outcome = ChildProcess::Run({SUBBURN_PROGRAM, "in.mkv", "out.mkv"});
+    const Outcome outcome = ChildProcess::Run({SUBBURN_PROGRAM, "--pipe", "320x180@25"});
     EXPECT_EQ(outcome.nExit, 1);
-    EXPECT_EQ(outcome.strError, "subburn: --subtitles is required (see subburn --help)\n");
+    EXPECT_EQ(outcome.strError, "subburn: --pipe needs --subtitles\n");
 }
 
 TEST_F(SubburnTest, OptionsOfTheEncoderAreChecked)

@@ -1,0 +1,58 @@
+#include "demuxer.h"
+
+#include "failure.h"
+#include "interrupt.h"
+
+#include <filesystem>
+
+namespace
+{
+
+/** Without the prefix a colon in a file's name would make it a protocol. */
+std::string UrlOf(const std::string &strFile)
+{
+    std::error_code error;
+    return std::filesystem::exists(strFile, error) ? "file:" + strFile : strFile;
+}
+
+void CheckRead(int nResult, const std::string &strFile)
+{
+    Interrupt::Check();
+    if (nResult < 0)
+        throw Failure(ExitCode::Input, strFile, AvReason(nResult));
+}
+
+} // namespace
+
+DemuxerPtr OpenDemuxer(const std::string &strFile)
+{
+    AVFormatContext *pFormat = Checked(avformat_alloc_context());
+    pFormat->interrupt_callback = Interrupt::Callback();
+    // Frees the context when it fails.
+    CheckRead(avformat_open_input(&pFormat, UrlOf(strFile).c_str(), nullptr, nullptr), strFile);
+    DemuxerPtr pOpened(pFormat);
+    CheckRead(avformat_find_stream_info(pFormat, nullptr), strFile);
+    return pOpened;
+}
+
+bool ReadPacket(AVFormatContext &format, const std::string &strFile, AVPacket &packet)
+{
+    av_packet_unref(&packet);
+    int nResult = AVERROR(EAGAIN);
+    while (nResult == AVERROR(EAGAIN)) {
+        Interrupt::Check();
+        nResult = av_read_frame(&format, &packet);
+    }
+    if (nResult == AVERROR_EOF)
+        return false;
+    CheckRead(nResult, strFile);
+    return true;
+}
+
+int64_t OriginOf(const AVFormatContext &format)
+{
+    // In transport and program streams the clock starts anywhere; elsewhere a late start means an empty beginning.
+    if ((format.iformat->flags & AVFMT_TS_DISCONT) == 0 || format.start_time == AV_NOPTS_VALUE)
+        return 0;
+    return format.start_time;
+}

@@ -1,0 +1,58 @@
+#include "subtitletracks.h"
+
+#include "demuxer.h"
+#include "failure.h"
+
+#include <algorithm>
+
+SubtitleTracks::SubtitleTracks(const std::string &strFile) : m_strFile(strFile), m_pFormat(OpenDemuxer(strFile))
+{
+    AddNewStreams();
+}
+
+void SubtitleTracks::AddNewStreams()
+{
+    for (; m_nKnownStreams < m_pFormat->nb_streams; ++m_nKnownStreams) {
+        AVStream &stream = *m_pFormat->streams[m_nKnownStreams];
+        if (stream.codecpar->codec_type == AVMEDIA_TYPE_SUBTITLE)
+            m_listTracks.emplace_back(stream, OriginOf(*m_pFormat));
+        else
+            stream.discard = AVDISCARD_ALL;
+    }
+}
+
+void SubtitleTracks::Read()
+{
+    const PacketPtr pPacket = NewPacket();
+    while (ReadPacket(*m_pFormat, m_strFile, *pPacket)) {
+        // Program streams tell of a stream only when its first packet comes.
+        AddNewStreams();
+        const auto track = std::find_if(m_listTracks.begin(), m_listTracks.end(), [&](const SubtitleTrack &candidate) {
+            return candidate.Stream() == pPacket->stream_index;
+        });
+        if (track != m_listTracks.end())
+            track->Add(*pPacket);
+    }
+}
+
+const SubtitleTrack &SubtitleTracks::ReadOnly(int nTrack)
+{
+    const int nTracks = static_cast<int>(m_listTracks.size());
+    if (nTracks == 0)
+        throw Failure(ExitCode::Input, m_strFile, "there are no subtitles in it");
+    if (nTrack >= nTracks)
+        throw Failure(ExitCode::Input, m_strFile,
+                      "there is no subtitle track " + std::to_string(nTrack) + ", the last is " +
+                          std::to_string(nTracks - 1));
+    const SubtitleTrack &track = m_listTracks[nTrack];
+    if (!track.HasText())
+        throw Failure(ExitCode::Input, m_strFile,
+                      "subtitle track " + std::to_string(nTrack) + " is " + track.CodecName() +
+                          ", which cannot be burnt");
+    for (unsigned n = 0; n < m_pFormat->nb_streams; ++n) {
+        if (static_cast<int>(n) != track.Stream())
+            m_pFormat->streams[n]->discard = AVDISCARD_ALL;
+    }
+    Read();
+    return m_listTracks[nTrack];
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "subtitletrack.h"
+
+/** The subtitle streams of a file. */
+class SubtitleTracks
+{
+public:
+    /** Throws a Failure when the file cannot be read. */
+    explicit SubtitleTracks(const std::string &strFile);
+
+    /** In the order in which --track counts them. */
+    const std::vector<SubtitleTrack> &List() const { return m_listTracks; }
+
+    /** Reads the cues of all tracks in one pass. */
+    void Read();
+
+    /** Reads the cues of one track alone; throws a Failure when there is no such track. */
+    const SubtitleTrack &ReadOnly(int nTrack);
+
+private:
+    void AddNewStreams();
+
+    std::string m_strFile;
+    DemuxerPtr m_pFormat;
+    unsigned m_nKnownStreams = 0;
+    std::vector<SubtitleTrack> m_listTracks;
+};

@@ -1,0 +1,96 @@
+#include "tracklist.h"
+
+#include "printable.h"
+#include "subtitletracks.h"
+#include "values.h"
+
+#include <algorithm>
+
+namespace
+{
+
+struct Column {
+    const char *pHeading;
+    bool bRight;
+};
+
+const std::array<Column, 7> Columns = {{{"track", true},
+                                        {"codec", false},
+                                        {"language", false},
+                                        {"title", false},
+                                        {"cues", true},
+                                        {"first", true},
+                                        {"last", true}}};
+const char *const Gap = "  ";
+const char *const Nothing = "-";
+
+using Row = std::array<std::string, Columns.size()>;
+
+std::string CellText(const std::string &strText)
+{
+    const std::string strPrintable = Printable(strText);
+    return strPrintable.empty() ? Nothing : strPrintable;
+}
+
+std::string CellTime(int64_t nMilliseconds)
+{
+    return TimeText(av_rescale_q(nMilliseconds, Milliseconds, Microseconds));
+}
+
+Row Headings()
+{
+    Row row;
+    for (size_t n = 0; n < row.size(); ++n)
+        row[n] = Columns[n].pHeading;
+    return row;
+}
+
+Row RowOf(size_t nTrack, const SubtitleTrack &track)
+{
+    const std::string strLanguage = track.Tag("language");
+    const std::vector<Cue> &listCues = track.Cues();
+    int64_t nFirst = INT64_MAX;
+    int64_t nLast = 0;
+    for (const Cue &cue : listCues) {
+        nFirst = std::min(nFirst, cue.nStart);
+        nLast = std::max(nLast, cue.nEnd);
+    }
+    return {std::to_string(nTrack), track.CodecName(),
+            // "und" is how a file says that it does not know.
+            strLanguage == "und" ? Nothing : CellText(strLanguage), CellText(track.Tag("title")),
+            std::to_string(listCues.size()), listCues.empty() ? Nothing : CellTime(nFirst),
+            listCues.empty() ? Nothing : CellTime(nLast)};
+}
+
+std::string TableText(const std::vector<Row> &listRows)
+{
+    std::array<int, Columns.size()> listWidths{};
+    for (const Row &row : listRows) {
+        for (size_t n = 0; n < row.size(); ++n)
+            listWidths[n] = std::max(listWidths[n], WidthOf(row[n]));
+    }
+    std::string strText;
+    for (const Row &row : listRows) {
+        for (size_t n = 0; n < row.size(); ++n) {
+            const std::string strSpaces(listWidths[n] - WidthOf(row[n]), ' ');
+            strText += n > 0 ? Gap : "";
+            strText += Columns[n].bRight ? strSpaces + row[n] : row[n] + strSpaces;
+        }
+        strText += '\n';
+    }
+    return strText;
+}
+
+} // namespace
+
+std::string TrackListText(const std::string &strFile)
+{
+    SubtitleTracks tracks(strFile);
+    tracks.Read();
+    if (tracks.List().empty())
+        return strFile + ": there are no subtitles in it\n";
+    std::vector<Row> listRows = {Headings()};
+    for (const SubtitleTrack &track : tracks.List())
+        listRows.push_back(RowOf(listRows.size() - 1, track));
+    return TableText(listRows);
+}
