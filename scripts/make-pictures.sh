@@ -5,3 +5,9 @@ cd "$(dirname "$0")/.."
 mkdir -p docs
 ffmpeg -v error -y -ss 14.5 -i demo/dusk.mp4 -frames:v 1 -compression_level 100 docs/before.png
 build/bin/subburn --subtitles scripts/demo.srt --quiet --snapshot 14.5 demo/dusk.mp4 docs/after.png
+build/bin/subburn --subtitles scripts/demo.ass --quiet --snapshot 2 demo/dusk.mp4 docs/ass.png
+
+# A film that brings its own subtitles: SubRip in Matroska.
+ffmpeg -v error -y -i demo/dusk.mp4 -i scripts/demo.srt -map 0 -map 1 -c copy -metadata:s:s:0 language=mul demo/dusk.mkv
+build/bin/subburn --list demo/dusk.mkv
+build/bin/subburn --quiet --color gold --snapshot 7 demo/dusk.mkv docs/matroska.png
