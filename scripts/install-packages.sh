@@ -6,7 +6,7 @@ packages="cmake ninja-build g++ clang clang-format clang-tidy libclang-rt-14-dev
     qtbase5-dev qtbase5-private-dev
     libavformat-dev libavcodec-dev libavutil-dev libswscale-dev
     libcli11-dev libgtest-dev libbenchmark-dev
-    fontconfig fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji ffmpeg locales git"
+    fontconfig fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji ffmpeg mkvtoolnix locales git"
 
 missing=
 for package in $packages; do

@@ -114,6 +114,23 @@ TEST_F(FFParserTest, SubtitleStreamBetweenOthersKeepsItsNumber)
     EXPECT_EQ(At(1200), "second");
 }
 
+TEST_F(FFParserTest, ReadsWhatMkvmergeWrites)
+{
+    const std::string movie = Make("movie.mkv", {"-f", "lavfi", "-i", "color=s=32x32:r=5:d=6", "-f", "lavfi", "-i",
+                                                 "sine=d=6", "-c:v", "mpeg4", "-c:a", "pcm_s16le"});
+    const std::string first = m_folder.Write("a.srt", TwoCues);
+    const std::string second = m_folder.Write("b.srt", "1\n00:00:01,000 --> 00:00:02,000\nSecond\n");
+    const Outcome outcome = ChildProcess::Run(
+        {"mkvmerge", "-q", "-o", File("merged.mkv"), "--track-order", "0:0,1:0,2:0,0:1", movie, first, second});
+    ASSERT_EQ(outcome.nExit, 0) << outcome.strOut;
+    EXPECT_EQ(Open(File("merged.mkv"), 0), ReadToTheEnd);
+    EXPECT_EQ(At(1500), "Hello\r\nWorld");
+    EXPECT_EQ(At(3500), "Hello\r\nWorld");
+    EXPECT_EQ(At(3501), "");
+    EXPECT_EQ(Open(File("merged.mkv"), 1), ReadToTheEnd);
+    EXPECT_EQ(At(2000), "Second");
+}
+
 TEST_F(FFParserTest, TrackThatIsNotThereHasNoCues)
 {
     MuxSubtitles(File("a.mkv"), {"subrip"}, {{0, 1000, 500, "text"}});

@@ -1,5 +1,6 @@
 // Files that nobody here wrote: what of them is due at which time.
 #include "parsers/parsermanager.h"
+#include "support/temporaryfolder.h"
 
 #include <QTextCodec>
 #include <gtest/gtest.h>
@@ -61,6 +62,14 @@ const Sample Samples[] = {
       {5001, "[UTF-8] 5.0: 고양이. Чч Щщ Ъъ. Óó Śś Źź. Ýý Ţţ Ł €. 猫."}}},
     {"windows-1252.srt", "windows-1252", {{501, "[Western Europe] 0.5: Àà Áá Ââ Ææ Çç Èè Ïï Ðð Ññ Õõ Øø Ýý Þþ £ €"}}},
     {"windows-1254.srt", "windows-1254", {{501, "[Turkish] 0.5: Çç Ğğ Öö Üü Şş ¡ ¿ § µ ¾"}}},
+    {"windows-1250.srt", "windows-1250", {{501, "[Central Europe] 0.5: Ąą Ćć Ęę Łł Ńń Óó Śś Źź Żż"}}},
+    {"windows-1256.srt", "windows-1256", {{501, "[Arabic] 0.5: علاء ديه القط، والقط هو علاء"}}},
+    {"windows-874.srt", "windows-874", {{501, "[Thai] 0.5: กข ฃค ฅฆ งจ ฉช ซฌ ฑฒ ดต าโ ใไ ๅๆ ๏ ๚ ๛"}}},
+    {"big5.srt", "Big5", {{501, "[Chinese Traditional] 0.5: 她有一隻貓。貓有皮毛"}}},
+    {"utf16.srt", nullptr, {{1, "ترجمه و تنظيم زيرنويس"}}},
+    {"example-in-styled.srt",
+     nullptr,
+     {{17985, "<font color=\"#00ff00\"><b>[instrumental music]</b></font>"}, {720000, "<i>x</i>^3 * <i>x</i> = 100"}}},
     // One line as far as the reader is concerned.
     {"example-in-carriage-return.srt", nullptr, {{99500, ""}, {125000, ""}}},
     {"example-in-carriage-return.ssa", nullptr, {{99500, ""}, {125000, ""}}},
@@ -99,6 +108,21 @@ const Sample Samples[] = {
      {{1000, "This is the <i>first</i> subtitle."},
       {2345, "This is the <b><i>second</b></i> subtitle."},
       {6000, "This is the &lt;fourth&gt; &amp;subtitle."}}},
+    {"ass_different_format2.ass", nullptr, {{137400, "Senator, we're making\nour final approach into Coruscant."}}},
+    {"sub_viewer.sub", nullptr, {{137400, "Senator, we're making[br]our final approach into Coruscant."}}},
+    {"example-in-carriage-return.vtt",
+     nullptr,
+     {{3767, "That's true. You don’t often find 632\rpieces of gum stuck on a sidewalk"},
+      {12000, "at a busy bus stop or anywhere\relse for that matter."}}},
+    {"timings-negative.vtt", nullptr, {{999, ""}, {1000, "text1"}, {60001, "text2"}}},
+    {"newlines.vtt", nullptr, {{1, "text1"}}},
+    {"captions.ar.vtt", nullptr, {{15042, "...إلى... إلى الشمال يمكن أن نرى\n...يمكن أن نرى الـ"}, {537350, "...إنه"}}},
+    {"captions.ja.vtt",
+     nullptr,
+     {{15041, ""}, {15042, "左に見えるのは…"}, {18042, "左に見えるのは…"}, {537350, "…あるって"}}},
+    {"captions.ru.vtt",
+     nullptr,
+     {{14958, "Слева мы видим..."}, {17833, "Слева мы видим..."}, {537350, "...она есть... есть..."}}},
     {"sample_MKV_SRT.mkv", nullptr, {{999, ""}, {1000, "Line 1"}, {3000, "Line 1"}, {3024, "Line 2"}}},
 };
 
@@ -130,6 +154,41 @@ TEST_P(SampleTest, ShowsWhatItHolds)
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, SampleTest, testing::ValuesIn(Samples));
+
+// Text in the encoding of one locale or another, in SubRip files and scripts.
+TEST(Samples, EightBitAndMultiByteEncodings)
+{
+    const std::pair<const char *, const char16_t *> texts[] = {
+        {"windows-1251", u"Случайность - это непознанная"},
+        {"KOI8-R", u"Случайность - это непознанная"},
+        {"windows-1250", u"Trpaslík nebude větší"},
+        {"windows-1252", u"Es gibt zwei Arten guter Menschen: äöüß"},
+        {"windows-1255", u"גיאנה"},
+        {"Shift_JIS", u"ジャージー"},
+        {"EUC-KR", u"바레인"},
+        {"GB18030", u"将军画善盖有神，"},
+        {"ISO-8859-15", u"naïve €"},
+        {"UTF-8", u"Аруба 😀"},
+    };
+    const TemporaryFolder folder;
+    QTextCodec *const before = QTextCodec::codecForLocale();
+    for (const auto &[encoding, text] : texts) {
+        QTextCodec *codec = QTextCodec::codecForName(encoding);
+        ASSERT_NE(codec, nullptr) << encoding;
+        QTextCodec::setCodecForLocale(codec);
+        const std::string bytes = codec->fromUnicode(QString::fromUtf16(text)).toStdString();
+        const std::string files[] = {
+            folder.Write("a.srt", "1\r\n00:00:01,000 --> 00:00:02,000\r\n" + bytes + "\r\n"),
+            folder.Write("a.ass",
+                         "ScriptType: v4.00+\nDialogue: 0,0:00:01.00,0:00:02.00,Default,,0,0,0,," + bytes + "\n")};
+        for (const std::string &file : files) {
+            ParserManager manager;
+            ASSERT_NE(manager.Open(QString::fromStdString(file), 0), 0);
+            EXPECT_EQ(manager.GetSubtitle(1500), QString::fromUtf16(text)) << encoding << " " << file;
+        }
+    }
+    QTextCodec::setCodecForLocale(before);
+}
 
 // The muxer's empty packets between the texts last for thousands of seconds here, and so hide most of them.
 TEST(Samples, Mp4ShowsItsPayloadAndUnconvertedDurations)
