@@ -211,7 +211,7 @@ QString AssParser::GetStr(QString &line, char separator)
     const int end = line.indexOf(QLatin1Char(separator));
     if (end < 0)
         return line;
-    const QString field = line.left(end);
+    QString field = line.left(end);
     line = line.mid(end + 1);
     return field;
 }
