@@ -1,7 +1,8 @@
 #!/bin/sh
 # Installs what is missing, builds everything and runs the tests.
 # usage: test.sh [CONFIGURATION [TEST-PATTERN]]
-#   CONFIGURATION: gcc (the default) or clang, in Release; clang-asan, clang-tsan, with sanitizers
+#   CONFIGURATION: gcc (the default) or clang, in Release; clang-asan, with sanitizers; clang-tsan, with that of threads
+#                  and only the tests that start some
 #   TEST-PATTERN:  a regular expression; only tests whose names match are run
 set -eu
 cd "$(dirname "$0")/.."
@@ -10,6 +11,7 @@ configuration=${1:-gcc}
 pattern=${2:-.}
 type=Release
 sanitize=
+target=all
 case $configuration in
 gcc) compiler='gcc g++' ;;
 clang) compiler='clang clang++' ;;
@@ -22,6 +24,8 @@ clang-tsan)
     compiler='clang clang++'
     type=RelWithDebInfo
     sanitize=thread
+    target=capi_test
+    pattern=${2:-OnManyThreads|OnTwoThreads}
     ;;
 *)
     echo "test.sh: $configuration: no such configuration" >&2
@@ -33,5 +37,5 @@ scripts/install-packages.sh
 cmake -S . -B "build-$configuration" -G Ninja -DCMAKE_BUILD_TYPE=$type \
     -DCMAKE_C_COMPILER="${compiler% *}" -DCMAKE_CXX_COMPILER="${compiler#* }" \
     -DSUBTITLE_SANITIZE="$sanitize" -DSUBTITLE_WERROR=ON >/dev/null
-cmake --build "build-$configuration"
+cmake --build "build-$configuration" --target $target
 ctest --test-dir "build-$configuration" --output-on-failure --no-tests=error -j "$(nproc)" -R "$pattern"

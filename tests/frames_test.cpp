@@ -1,0 +1,249 @@
+// What the renderer draws into frames, and hands out as bitmaps.
+#include "support/videosubtitletest.h"
+
+extern "C" {
+#include <libavutil/mem.h>
+}
+
+TEST_F(VideoSubtitleTest, FrameWithNothingDueIsUntouchedAndStaysDirty)
+{
+    OpenCues();
+    m_renderer.SetTimeStamp(500);
+    ExpectFrameUntouched();
+    EXPECT_EQ(m_peer.Dirty(), 1);
+}
+
+TEST_F(VideoSubtitleTest, FrameShowsTheDueTextAndClearsDirty)
+{
+    OpenCues();
+    m_renderer.SetTimeStamp(1500);
+    for (const int padding : {0, 1, 19})
+        ExpectFrameShows(QStringLiteral("one"), padding);
+    EXPECT_EQ(m_peer.Dirty(), 0);
+    m_renderer.SetTimeStamp(3500);
+    ExpectFrameShows(QStringLiteral("two"));
+}
+
+TEST_F(VideoSubtitleTest, UnchangedSubtitleIsBlendedAgainFromTheKeptImage)
+{
+    OpenCues();
+    m_renderer.SetTimeStamp(1500);
+    ExpectFrameShows(QStringLiteral("one"));
+    const qint64 key = m_peer.Image()->cacheKey();
+    m_renderer.SetTimeStamp(1600);
+    m_renderer.SetAlpah(100);
+    ExpectFrameShows(QStringLiteral("one"));
+    m_renderer.SetLogoPos(20);
+    ExpectFrameShows(QStringLiteral("one"));
+    EXPECT_EQ(m_peer.Image()->cacheKey(), key);
+}
+
+TEST_F(VideoSubtitleTest, ColoursAndFontTakeEffectAtTheNextFrame)
+{
+    OpenCues();
+    m_renderer.SetTimeStamp(1500);
+    ExpectFrameShows(QStringLiteral("one"));
+    m_renderer.SetSubFontColor(200, 100, 50);
+    ExpectFrameShows(QStringLiteral("one"));
+    m_renderer.SetSubOutlineColor(1, 0, 0, 255);
+    ExpectFrameShows(QStringLiteral("one"));
+    m_renderer.SetFontParam("DejaVu Serif", 30, 3);
+    ExpectFrameShows(QStringLiteral("one"));
+}
+
+TEST_F(VideoSubtitleTest, EveryOpacityAndPosition)
+{
+    OpenCues();
+    m_renderer.SetTimeStamp(1500);
+    m_renderer.SetAlpah(0);
+    ExpectFrameUntouched();
+    for (int alpha = 1; alpha < 256; alpha += 23) {
+        m_renderer.SetAlpah(static_cast<uchar>(alpha));
+        ExpectFrameShows(QStringLiteral("one"));
+    }
+    for (int position = 0; position <= 100; position += 5) {
+        m_renderer.SetLogoPos(position);
+        ExpectFrameShows(QStringLiteral("one"), 2);
+    }
+}
+
+TEST_F(VideoSubtitleTest, BlackOutlineDisappearsBlackTextDoesNot)
+{
+    OpenCues();
+    m_renderer.SetTimeStamp(1500);
+    m_renderer.SetSubOutlineColor(1, 0, 0, 0);
+    ExpectFrameShows(QStringLiteral("one"));
+    GuardedFrame frame(Width, Height);
+    GuardedFrame original(Width, Height);
+    Process(frame);
+    int changed = 0;
+    for (int y = 0; y < Height; ++y) {
+        for (int x = 0; x < Width; ++x) {
+            const bool same = std::equal(frame.Pixel(x, y), frame.Pixel(x, y) + 3, original.Pixel(x, y));
+            const bool white =
+                frame.Pixel(x, y)[0] == 255 && frame.Pixel(x, y)[1] == 255 && frame.Pixel(x, y)[2] == 255;
+            EXPECT_TRUE(same || white);
+            changed += !same;
+        }
+    }
+    EXPECT_GT(changed, 50);
+    m_renderer.SetSubFontColor(0, 0, 0);
+    ExpectFrameShows(QStringLiteral("one"));
+}
+
+TEST_F(VideoSubtitleTest, TextOfAnySizeStaysInsideTheFrame)
+{
+    const QString texts[] = {QStringLiteral("Unbreakableunbreakableunbreakableunbreakable"),
+                             QStringLiteral("1a\n2b\n3c\n4d\n5e\n6f\n7g\n8h\n9i\n10j\n11k\n12l\n13m\n14n")};
+    for (const QString &text : texts) {
+        m_peer.Subtitle() = text;
+        for (const int points : {5, 12, 40, 90}) {
+            m_renderer.SetFontParam("DejaVu Sans", points, 0);
+            for (const int position : {0, 50, 100}) {
+                m_renderer.SetLogoPos(position);
+                ExpectFrameAsPlain(text, 5);
+            }
+        }
+    }
+}
+
+TEST_F(VideoSubtitleTest, NullFrameOrPlaneDoesNothing)
+{
+    OpenCues();
+    m_renderer.SetTimeStamp(1500);
+    EXPECT_EQ(m_renderer.ProcessFrame(nullptr), 0);
+    AVPicture empty = {};
+    EXPECT_EQ(m_renderer.ProcessFrame(&empty), 0);
+    ExpectFrameShows(QStringLiteral("one"));
+}
+
+TEST_F(VideoSubtitleTest, TextToBmpHandsOutTheTextAndItsPlace)
+{
+    AVPicture out = {};
+    int rect[4] = {};
+    m_renderer.SetAlpah(200);
+    for (const char *text : {"Hello", "Grüße\n世界", "", "Hello"}) {
+        ASSERT_EQ(m_renderer.TextToBmp(text, &out, rect), 0);
+        const TextImage plain = PaintTextPlainly({*m_peer.Font(), m_peer.FontColor(), m_peer.OutlineColor(), true},
+                                                 Width, Height, QString::fromUtf8(text));
+        EXPECT_EQ(m_peer.Rect(), plain.rcText);
+        EXPECT_TRUE(*m_peer.Image() == plain.image);
+        EXPECT_EQ(rect[0], plain.rcText.left());
+        EXPECT_EQ(rect[1], 85 * Height / 100 - plain.nTextHeight / 2);
+        EXPECT_EQ(rect[2], plain.rcText.width());
+        EXPECT_EQ(rect[3], plain.nTextHeight + 1);
+        EXPECT_EQ(out.linesize[0], rect[2]);
+        for (int r = 0; r < rect[3]; ++r) {
+            for (int c = 0; c < rect[2]; ++c)
+                ASSERT_EQ(out.data[0][r * rect[2] + c], plain.image.pixel(rect[0] + c, r) == 0xFFFFFFFF ? 1 : 2);
+        }
+        EXPECT_EQ(std::vector<int>(out.data[1], out.data[1] + 12),
+                  (std::vector<int>{0, 0, 0, 0, 128, 128, 235, 200, 128, 128, 25, 200}));
+    }
+    av_freep(&out.data[0]);
+    av_freep(&out.data[1]);
+}
+
+TEST_F(VideoSubtitleTest, TextToBmpRefusesNullAndTakesNullTextForEmpty)
+{
+    AVPicture out = {};
+    int rect[4] = {1, 2, 3, 4};
+    EXPECT_EQ(m_renderer.TextToBmp("x", nullptr, rect), -1);
+    EXPECT_EQ(m_renderer.TextToBmp("x", &out, nullptr), -1);
+    EXPECT_EQ(out.data[0], nullptr);
+    EXPECT_EQ(rect[0], 1);
+    EXPECT_EQ(m_renderer.TextToBmp(nullptr, &out, rect), 0);
+    EXPECT_EQ(rect[2], 2);
+    av_freep(&out.data[0]);
+    av_freep(&out.data[1]);
+}
+
+TEST_F(VideoSubtitleTest, TextToBmpOfTextBeyondTheFrameStaysInItsBuffers)
+{
+    AVPicture out = {};
+    int rect[4] = {};
+    m_renderer.SetFontParam("DejaVu Sans", 60, 0);
+    const char *text = "Unbreakableunbreakable\nb\nc\nd\ne";
+    ASSERT_EQ(m_renderer.TextToBmp(text, &out, rect), 0);
+    EXPECT_LT(rect[0], 0);
+    EXPECT_GT(rect[3], Height);
+    const QImage plain = PaintTextPlainly({*m_peer.Font(), m_peer.FontColor(), m_peer.OutlineColor(), true}, Width,
+                                          Height, QString::fromUtf8(text))
+                             .image;
+    const auto *pixels = reinterpret_cast<const QRgb *>(plain.constBits());
+    for (int r = 0; r < rect[3]; ++r) {
+        for (int c = 0; c < rect[2]; ++c) {
+            const int place = r * Width + rect[0] + c;
+            const QRgb pixel = place >= 0 && place < Width * Height ? pixels[place] : 0;
+            ASSERT_EQ(out.data[0][r * rect[2] + c], pixel == 0xFFFFFFFF ? 1 : 2) << r << " " << c;
+        }
+    }
+    av_freep(&out.data[0]);
+    av_freep(&out.data[1]);
+}
+
+TEST_F(VideoSubtitleTest, TextToBmpReplacesTheTextOnDisplayUntilItChanges)
+{
+    OpenCues();
+    m_renderer.SetTimeStamp(1500);
+    ExpectFrameShows(QStringLiteral("one"));
+    AVPicture out = {};
+    int rect[4] = {};
+    m_renderer.TextToBmp("other", &out, rect);
+    av_freep(&out.data[0]);
+    av_freep(&out.data[1]);
+    ExpectFrameShows(QStringLiteral("other"));
+    m_renderer.SetTimeStamp(3500);
+    ExpectFrameShows(QStringLiteral("two"));
+}
+
+TEST_F(VideoSubtitleTest, ImageWithoutPixelsLeavesTheFrameAlone)
+{
+    m_peer.Subtitle() = QStringLiteral("x");
+    m_peer.SetRect(QRect(0, 0, Width, Height));
+    ASSERT_TRUE(m_peer.Image()->isNull());
+    ExpectFrameUntouched();
+}
+
+TEST_F(VideoSubtitleTest, ImageAndRectangleMayBeOfAnyParsersMaking)
+{
+    *m_peer.Image() = QImage(Width, Height, QImage::Format_RGB32);
+    m_peer.Image()->fill(0);
+    for (int i = 0; i < 500; ++i)
+        reinterpret_cast<QRgb *>(m_peer.Image()->scanLine(i % Height))[i * 7 % Width] = 0x37000000U * i + i * 4711;
+    m_peer.Subtitle() = QStringLiteral("0");
+    m_peer.SetRect(m_peer.Image()->rect());
+    m_peer.AnchorOffset() = Height * 85 / 100;
+    GuardedFrame frame(Width, Height);
+    GuardedFrame expected(Width, Height);
+    Process(frame);
+    AVPicture picture = expected.Picture();
+    BlendPlainly(picture.data[0], picture.linesize[0],
+                 {m_peer.Image()->constBits(), 0, 0, Width, Height, Width, Height, 255, 0});
+    EXPECT_TRUE(frame.Bytes() == expected.Bytes());
+}
+
+TEST(VideoSubtitleSizes, FramesOfEverySmallSize)
+{
+    VideoSubtitle keepsFonts;
+    for (int width = 1; width <= 40; width += 3) {
+        for (int height = 1; height <= 40; height += 3) {
+            VideoSubtitle renderer;
+            renderer.CreateVideoSubtitle(width, height);
+            const VideoSubtitlePeer peer(renderer);
+            peer.Subtitle() = QStringLiteral("Hi jÅ");
+            peer.Dirty() = 1;
+            GuardedFrame frame(width, height, 3);
+            GuardedFrame expected(width, height, 3);
+            AVPicture picture = frame.Picture();
+            renderer.ProcessFrame(&picture);
+            const TextImage plain =
+                PaintTextPlainly({*peer.Font(), 0xFFFFFFFF, 0xFF0A0A0A, true}, width, height, QStringLiteral("Hi jÅ"));
+            picture = expected.Picture();
+            BlendPlainly(picture.data[0], picture.linesize[0],
+                         {plain.image.constBits(), plain.rcText.x(), 0, plain.rcText.width(), plain.rcText.height(),
+                          width, height, 255, 85 * height / 100 - plain.nTextHeight / 2});
+            ASSERT_TRUE(frame.Bytes() == expected.Bytes()) << width << "x" << height;
+        }
+    }
+}
