@@ -1,8 +1,8 @@
 #include "render/messagesilencer.h"
 
-#include <QMutex>
 #include <QtGlobal>
 #include <atomic>
+#include <mutex>
 
 namespace
 {
@@ -12,7 +12,7 @@ thread_local int silencersHere = 0;
 
 /** Silencers on all threads; the first installs the handler, the last takes it away. */
 int silencers = 0;
-QBasicMutex mutex;
+std::mutex mutex;
 std::atomic<QtMessageHandler> handlerBefore = nullptr;
 
 void Filter(QtMsgType type, const QMessageLogContext &context, const QString &text)
@@ -28,7 +28,7 @@ void Filter(QtMsgType type, const QMessageLogContext &context, const QString &te
 MessageSilencer::MessageSilencer()
 {
     ++silencersHere;
-    const QMutexLocker locker(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     if (silencers++ == 0)
         handlerBefore = qInstallMessageHandler(Filter);
 }
@@ -36,7 +36,7 @@ MessageSilencer::MessageSilencer()
 MessageSilencer::~MessageSilencer()
 {
     --silencersHere;
-    const QMutexLocker locker(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     if (--silencers > 0)
         return;
     const QtMessageHandler handler = qInstallMessageHandler(handlerBefore);

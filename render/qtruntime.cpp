@@ -5,13 +5,13 @@
 
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
-#include <QMutex>
 #include <QTextCodec>
 #include <QThread>
 #include <QtGui/private/qguiapplication_p.h>
 #include <array>
 #include <clocale>
 #include <langinfo.h>
+#include <mutex>
 #include <string>
 
 QCoreApplication *qtApp = nullptr;
@@ -118,8 +118,8 @@ void RemoveFonts()
 
 void EnsureFonts()
 {
-    static QMutex mutex;
-    const QMutexLocker locker(&mutex);
+    static std::mutex mutex;
+    const std::lock_guard<std::mutex> lock(mutex);
     if (QGuiApplicationPrivate::instance())
         return;
     const MessageSilencer silencer;

@@ -1,6 +1,7 @@
 #include "render/videosubtitle.h"
 
 #include "render/qtruntime.h"
+#include "render/scopedlock.h"
 #include "render/textbitmap.h"
 #include "render/textpainter.h"
 
@@ -86,7 +87,7 @@ int VideoSubtitle::SetFontParam(const char *family, int pointSize, int style)
 
 int VideoSubtitle::SetSubFontColor(uchar r, uchar g, uchar b)
 {
-    const QMutexLocker locker(&m_mutex);
+    const ScopedLock lock(m_mutex);
     // Opaque black marks pixels that are not drawn, so no text is ever black: this is meant.
     if (r == 0 && g == 0 && b == 0)
         b = 1;
@@ -107,14 +108,14 @@ int VideoSubtitle::SetSubOutlineColor(int /*enable*/, uchar r, uchar g, uchar b)
 
 int VideoSubtitle::SetAlpah(uchar alpha)
 {
-    const QMutexLocker locker(&m_mutex);
+    const ScopedLock lock(m_mutex);
     m_nAlpha = alpha;
     return 0;
 }
 
 int VideoSubtitle::SetLogoPos(int percent)
 {
-    const QMutexLocker locker(&m_mutex);
+    const ScopedLock lock(m_mutex);
     const int position = std::clamp(percent, 0, 100);
     if (position == m_nLogoPos)
         return -1;
@@ -124,7 +125,7 @@ int VideoSubtitle::SetLogoPos(int percent)
 
 int VideoSubtitle::SetSubtitleFile(const char *path, int track)
 {
-    const QMutexLocker locker(&m_mutex);
+    const ScopedLock lock(m_mutex);
     int result = -1;
     if (path && *path && m_parserManager.Open(QString::fromLocal8Bit(path), track)) {
         m_parserManager.SetVideoSize(m_nVideoWidth, m_nVideoHeight);
@@ -139,7 +140,7 @@ int VideoSubtitle::SetSubtitleFile(const char *path, int track)
 
 int VideoSubtitle::SetTimeStamp(long ms)
 {
-    const QMutexLocker locker(&m_mutex);
+    const ScopedLock lock(m_mutex);
     if (ms < 0)
         return -1;
     const QString subtitle = m_parserManager.GetSubtitle(ms);
@@ -152,7 +153,7 @@ int VideoSubtitle::SetTimeStamp(long ms)
 
 int VideoSubtitle::ProcessFrame(AVPicture *frame)
 {
-    const QMutexLocker locker(&m_mutex);
+    const ScopedLock lock(m_mutex);
     if (!m_strSubtitle.isEmpty() && m_pImage && frame)
         DrawSubSurface(frame);
     return 0;

@@ -20,12 +20,14 @@
 #include <thread>
 #include <vector>
 
-// Read by LeakSanitizer, where it is built in: what Qt's offscreen platform leaves behind is not the library's.
+// Read by LeakSanitizer, where it is built in: what Qt's offscreen platform and
+// others leave behind is not the library's.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" const char *__lsan_default_suppressions()
 {
     return "leak:libqoffscreen\nleak:QScreen::QScreen\nleak:QPlatformScreen::QPlatformScreen\n"
-           "leak:QWindowSystemInterface::handleScreenAdded\n";
+           "leak:QWindowSystemInterface::handleScreenAdded\n"
+           "leak:argz_add_sep\n"; // glibc, where LOCPATH is set
 }
 extern "C" const char *__lsan_default_options()
 {
