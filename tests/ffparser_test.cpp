@@ -46,7 +46,6 @@ public:
 };
 
 const std::vector<std::string> OpenFailed = {"(105): av_open_input_file x\n"};
-const std::vector<std::string> StreamInfoFailed = {"(101): av_find_stream_info x\n"};
 const std::vector<std::string> ReadToTheEnd = {"(90): av_read_frame x\n"};
 
 const char TwoCues[] = "1\n00:00:01,500 --> 00:00:03,500\nHello\nWorld\n\n2\n00:00:04,000 --> 00:00:05,000\nBye\n";
