@@ -136,7 +136,8 @@ std::optional<InkMask> ReadInk(const QImage &canvas, QRgb pen)
  *  - glyphs of that size are drawn as paths, whose points are rounded differently from place to place;
  *  - glyphs bring colours of their own;
  *  - lines begin so far left that the single draws place them at negative coordinates, which Qt rounds differently;
- *  - ink reaches so far below the text that some may lie even further below.
+ *  - ink reaches so far below the text that some may lie even further below;
+ *  - there is no memory for it.
  */
 std::optional<InkMask> DrawInk(const TextStyle &style, const QSize &frame, const QRect &box, const QString &text)
 {
@@ -150,7 +151,7 @@ std::optional<InkMask> DrawInk(const TextStyle &style, const QSize &frame, const
     const QSize withMargin(frame.width() + 2 * OutlineRadius, rows + 2 * OutlineRadius);
     const QImage canvas = DrawOnce(style, withMargin, box.translated(OutlineRadius, OutlineRadius), text);
     const QImage moved = DrawOnce(style, {frame.width(), rows}, box.translated(-OutlineRadius, -OutlineRadius), text);
-    if (!IsSameInk(canvas, moved, 2 * OutlineRadius))
+    if (canvas.isNull() || moved.isNull() || !IsSameInk(canvas, moved, 2 * OutlineRadius))
         return std::nullopt;
 
     std::optional<InkMask> mask = ReadInk(canvas, style.nOutlineColor);
