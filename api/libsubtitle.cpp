@@ -2,12 +2,30 @@
 
 #include "render/videosubtitle.h"
 
+#include <cxxabi.h>
+#include <memory>
+
 namespace
 {
 
-VideoSubtitle *Renderer(void *handle)
+/** Calls, and returns @p failed where the call throws: callers need not be C++. */
+template <typename Result, typename Call>
+Result Guarded(Result failed, Call call)
 {
-    return static_cast<VideoSubtitle *>(handle);
+    try {
+        return call();
+    } catch (const abi::__forced_unwind &) {
+        throw; // the end of a cancelled thread
+    } catch (...) {
+        return failed;
+    }
+}
+
+/** The same with the renderer behind a handle; -1 without one. */
+template <typename Call>
+int OnRenderer(void *handle, Call call)
+{
+    return handle ? Guarded(-1, [&] { return call(*static_cast<VideoSubtitle *>(handle)); }) : -1;
 }
 
 /** Hosts may pass wider values; the low 8 bits count. */
@@ -20,57 +38,62 @@ uchar LowByte(int value)
 
 void *CreateVideoSubtitle(int width, int height)
 {
-    auto *renderer = new VideoSubtitle;
-    renderer->CreateVideoSubtitle(width, height);
-    return renderer;
+    return Guarded(static_cast<void *>(nullptr), [&]() -> void * {
+        auto renderer = std::make_unique<VideoSubtitle>();
+        renderer->CreateVideoSubtitle(width, height);
+        return renderer.release();
+    });
 }
 
 void DestroyVideoSubtitle(void *handle)
 {
-    delete Renderer(handle);
+    delete static_cast<VideoSubtitle *>(handle);
 }
 
 int SetSubtitleTimeStamp(void *handle, long ms)
 {
-    return Renderer(handle)->SetTimeStamp(ms);
+    return OnRenderer(handle, [&](VideoSubtitle &renderer) { return renderer.SetTimeStamp(ms); });
 }
 
 int SetSubtitleFile(void *handle, const char *path, int track)
 {
-    return Renderer(handle)->SetSubtitleFile(path, track);
+    return OnRenderer(handle, [&](VideoSubtitle &renderer) { return renderer.SetSubtitleFile(path, track); });
 }
 
 int SetSubtitleAlpah(void *handle, int alpha)
 {
-    return Renderer(handle)->SetAlpah(LowByte(alpha));
+    return OnRenderer(handle, [&](VideoSubtitle &renderer) { return renderer.SetAlpah(LowByte(alpha)); });
 }
 
 int SetSubtitlePos(void *handle, int percent)
 {
-    return Renderer(handle)->SetLogoPos(percent);
+    return OnRenderer(handle, [&](VideoSubtitle &renderer) { return renderer.SetLogoPos(percent); });
 }
 
 int SetSubtitleFontParam(void *handle, const char *family, int pointSize, int style)
 {
-    return Renderer(handle)->SetFontParam(family, pointSize, style);
+    return OnRenderer(handle, [&](VideoSubtitle &renderer) { return renderer.SetFontParam(family, pointSize, style); });
 }
 
 int SetSubtitleFontColor(void *handle, int r, int g, int b)
 {
-    return Renderer(handle)->SetSubFontColor(LowByte(r), LowByte(g), LowByte(b));
+    return OnRenderer(
+        handle, [&](VideoSubtitle &renderer) { return renderer.SetSubFontColor(LowByte(r), LowByte(g), LowByte(b)); });
 }
 
 int SetSubtitleOutlineColor(void *handle, int r, int g, int b)
 {
-    return Renderer(handle)->SetSubOutlineColor(1, LowByte(r), LowByte(g), LowByte(b));
+    return OnRenderer(handle, [&](VideoSubtitle &renderer) {
+        return renderer.SetSubOutlineColor(1, LowByte(r), LowByte(g), LowByte(b));
+    });
 }
 
 int ProcessSubtitleFrame(void *handle, AVPicture *frame)
 {
-    return Renderer(handle)->ProcessFrame(frame);
+    return OnRenderer(handle, [&](VideoSubtitle &renderer) { return renderer.ProcessFrame(frame); });
 }
 
 int TextToBmp(void *handle, const char *text, AVPicture *out, int *rect)
 {
-    return Renderer(handle)->TextToBmp(text, out, rect);
+    return OnRenderer(handle, [&](VideoSubtitle &renderer) { return renderer.TextToBmp(text, out, rect); });
 }

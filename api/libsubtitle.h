@@ -37,12 +37,20 @@
  *
  * Results
  *  Functions that return int return 0 for "done" and -1 for "refused"; SetSubtitlePos() and SetSubtitleFontColor() also
- *  return -1 when the value was set already, which is no error. No function throws, and none writes to standard output
- *  or standard error, but that SetSubtitleFile() uses FFmpeg's log.
+ *  return -1 when the value was set already, which is no error. None writes to standard output or standard error, but
+ *  that SetSubtitleFile() uses FFmpeg's log.
+ *
+ * Lack of memory
+ *  No function throws: no exception of C++ leaves any of them, whatever it comes from. A function that gets no memory
+ *  returns -1 (CreateVideoSubtitle(): null) or does without what it could not get; each says below what is left then.
+ *  A frame is either drawn completely or not touched, and the handle may be used as before. That holds for what this
+ *  library asks for itself, and for what the libraries below it survive: Qt's text layout and application object, and
+ *  FFmpeg's demuxers, can end the process or lay text out wrongly when small allocations of their own fail.
  *
  * Handles
- *  Except in DestroyVideoSubtitle(), a handle is not checked: it must come from CreateVideoSubtitle() and not have been
- *  destroyed. Handles are independent of each other.
+ *  With a null handle DestroyVideoSubtitle() does nothing, and every other function returns -1 and does nothing. Any
+ *  other handle is not checked: it must come from CreateVideoSubtitle() and not have been destroyed. Handles are
+ *  independent of each other.
  *
  * Threads
  *  Creating and destroying handles must happen on one thread at a time in the whole process, and not while another
@@ -94,8 +102,11 @@ enum { SUBTITLE_STYLE_BOLD = 1, SUBTITLE_STYLE_ITALIC = 2 };
  *
  * @param width   frame width in pixels, 1 or more.
  * @param height  frame height in pixels, 1 or more.
- * @return the handle, never null; the host owns it until DestroyVideoSubtitle(). With a width or height below 1 the
- *         handle has no font: it draws nothing, SetSubtitleFontParam() and TextToBmp() return -1 on it.
+ * @return the handle, null only when there is no memory for it; the host owns it until DestroyVideoSubtitle(). With a
+ *         width or height below 1 the handle has no font: it draws nothing, SetSubtitleFontParam() and TextToBmp()
+ *         return -1 on it.
+ *
+ * Threads: not while another thread is in any function of this library, on whatever handle.
  */
 void *CreateVideoSubtitle(int width, int height);
 
@@ -103,23 +114,33 @@ void *CreateVideoSubtitle(int width, int height);
  * Frees a renderer and all it owns. The handle is invalid afterwards.
  *
  * @param handle  the renderer; null does nothing.
+ *
+ * Threads: not while another thread is in any function of this library, on whatever handle.
  */
 void DestroyVideoSubtitle(void *handle);
 
 /**
- * Opens a subtitle file and reads it whole; nothing of it stays open. The renderer's earlier file is closed first, and
- * stays closed when the new one is refused. The text on display stays until the next SetSubtitleTimeStamp().
+ * Opens a subtitle file and reads it whole; nothing of it stays open. (Of bitmap subtitles that is the index; the
+ * pictures are read one by one when they are due.) The renderer's earlier file is closed first, and stays closed when
+ * the new one is refused. The text on display stays until the next SetSubtitleTimeStamp().
  *
- * The name's extension, in either case, tells the format: "srt" is read as SubRip text, "ass" and "ssa" as a script, and
- * a file with any other or none is opened with FFmpeg's demuxers, whose packets are taken as UTF-8 text as they are
- * stored. "idx" is refused. A script or SubRip file that starts with a byte-order mark is read as UTF-8 or UTF-16, any
- * other in the 8-bit encoding of the locale. A file that is missing, cannot be read or has no such track counts as one
- * without subtitles, not as a failure; docs/formats.md tells more.
+ * The name's extension, in either case, tells the format: "srt" is read as SubRip text, "ass" and "ssa" as a script,
+ * "idx" as the index of DVD bitmap subtitles, whose pictures are in the file beside it that has the same name but "sub"
+ * for its last three characters, and a file with any other or none is opened with FFmpeg's demuxers, whose packets are
+ * taken as UTF-8 text as they are stored. A script, an index or a SubRip file that starts with a byte-order mark is
+ * read as UTF-8 or UTF-16, any other in the 8-bit encoding of the locale. A text file or container that is missing,
+ * cannot be read or has no such track counts as one without subtitles, not as a failure; an index is refused for that,
+ * and when the size of its pictures is missing or has a side above 4096 pixels. docs/formats.md tells more.
  *
  * @param path   the file's name in the encoding of the locale; null or "" is refused, and keeps the earlier file.
- * @param track  number of the subtitle track, from 0, among the subtitle streams of a container; "srt", "ass" and
- *               "ssa" files have one track and ignore it.
- * @return 0 when the file was opened, -1 when it was refused.
+ * @param track  number of the subtitle track, from 0, among the subtitle streams of a container; for "idx" the number
+ *               behind "index:" on the line of the wanted language; "srt", "ass" and "ssa" files have one track and
+ *               ignore it.
+ * @return 0 when the file was opened; -1 when it was refused; -1, with no file open and no subtitle on display, when
+ *         there is no memory for it.
+ *
+ * Threads: waits for other threads that use the handle, but see SetSubtitleFontParam(), SetSubtitleOutlineColor() and
+ * TextToBmp(). Frames on other threads wait until the file is read.
  */
 int SetSubtitleFile(void *handle, const char *path, int track);
 
@@ -129,7 +150,10 @@ int SetSubtitleFile(void *handle, const char *path, int track);
  * first in the file is shown alone. At time 0 none is ever due.
  *
  * @param ms  time in milliseconds, 0 or more.
- * @return 0, or -1 for a negative time, which changes nothing.
+ * @return 0; -1 for a negative time, which changes nothing; -1, with no subtitle due, when there is no memory.
+ *
+ * Threads: waits, as SetSubtitleFile(). One thread should set the times and process the frames of a handle: another's
+ * time may come between the two.
  */
 int SetSubtitleTimeStamp(void *handle, long ms);
 
@@ -141,7 +165,10 @@ int SetSubtitleTimeStamp(void *handle, long ms);
  *               is in bytes, at least 3 * width (padding between rows is never written), or negative when rows lie
  *               bottom up in memory. The host keeps the frame; no pointer to it is kept. A null frame or a null data[0]
  *               does nothing.
- * @return always 0.
+ * @return 0; -1, with the frame untouched, when there is no memory, and the next frame tries again. A subtitle whose
+ *         picture cannot be read, or not be made for lack of memory, may instead stay away until it is due anew: 0.
+ *
+ * Threads: waits, as SetSubtitleFile(). No other thread may use the frame meanwhile.
  */
 int ProcessSubtitleFrame(void *handle, AVPicture *frame);
 
@@ -150,7 +177,9 @@ int ProcessSubtitleFrame(void *handle, AVPicture *frame);
  * (alpha / 255) squared. Below 255, the frame's first and third byte change places under the subtitle.
  *
  * @param alpha  0 (nothing is drawn) to 255 (opaque); only the low 8 bits are used.
- * @return always 0.
+ * @return 0.
+ *
+ * Threads: waits, as SetSubtitleFile().
  */
 int SetSubtitleAlpah(void *handle, int alpha);
 
@@ -159,6 +188,8 @@ int SetSubtitleAlpah(void *handle, int alpha);
  *
  * @param percent  of the frame height from the top, 0 to 100; values outside are clamped.
  * @return 0 when the position changed, -1 when it was set already.
+ *
+ * Threads: waits, as SetSubtitleFile().
  */
 int SetSubtitlePos(void *handle, int percent);
 
@@ -171,7 +202,9 @@ int SetSubtitlePos(void *handle, int percent);
  * @param pointSize  size in points at 96 dots per inch (72 points are 96 pixels of the frame), 1 or more; below that
  *                   the size stays as it is.
  * @param style      SUBTITLE_STYLE_BOLD, SUBTITLE_STYLE_ITALIC, both (3) or 0; other bits are ignored.
- * @return 0, or -1 on a handle without a font.
+ * @return 0; -1 on a handle without a font; -1, with the font as it was, when there is no memory.
+ *
+ * Threads: does not wait; not while another thread is in any function on the same handle.
  */
 int SetSubtitleFontParam(void *handle, const char *family, int pointSize, int style);
 
@@ -180,6 +213,8 @@ int SetSubtitleFontParam(void *handle, const char *family, int pointSize, int st
  *
  * @param r, g, b  components 0 to 255; only the low 8 bits of each are used.
  * @return 0 when the colour changed, -1 when it was set already.
+ *
+ * Threads: waits, as SetSubtitleFile().
  */
 int SetSubtitleFontColor(void *handle, int r, int g, int b);
 
@@ -188,7 +223,9 @@ int SetSubtitleFontColor(void *handle, int r, int g, int b);
  * frames; (1, 1, 1) is the darkest that shows.
  *
  * @param r, g, b  components 0 to 255; only the low 8 bits of each are used.
- * @return always 0.
+ * @return 0.
+ *
+ * Threads: does not wait; not while another thread is in any function on the same handle.
  */
 int SetSubtitleOutlineColor(void *handle, int r, int g, int b);
 
@@ -211,7 +248,9 @@ int SetSubtitleOutlineColor(void *handle, int r, int g, int b);
  *
  * @param text  UTF-8, lines separated by "\n"; null counts as "".
  * @return 0; -1, with nothing changed, when out or rect is null or the handle has no font; -1, with data[0] and data[1]
- *         null, when there is no memory for the bitmap.
+ *         freed and null and the subtitle on display as before, when there is no memory for the bitmap.
+ *
+ * Threads: does not wait; not while another thread is in any function on the same handle.
  */
 int TextToBmp(void *handle, const char *text, AVPicture *out, int *rect);
 

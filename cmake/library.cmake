@@ -3,19 +3,39 @@
 add_library(subtitle_objects OBJECT
   api/libsubtitle.cpp
   parsers/assparser.cpp
+  parsers/cueindex.cpp
   parsers/ffparser.cpp
+  parsers/fieldreader.cpp
   parsers/iparser.cpp
   parsers/parsermanager.cpp
   parsers/srtparser.cpp
+  render/blendkernel.cpp
   render/compositor.cpp
   render/fonthost.cpp
   render/fontintegration.cpp
+  render/glyphoutline.cpp
+  render/glyphshape.cpp
   render/messagesilencer.cpp
+  render/pathtext.cpp
+  render/polygonfiller.cpp
   render/qtruntime.cpp
+  render/recordedtext.cpp
+  render/smalltext.cpp
   render/textbitmap.cpp
+  render/textcanvas.cpp
+  render/textink.cpp
   render/textpainter.cpp
   render/videosubtitle.cpp
-  textio/textreader.cpp)
+  textio/regularfile.cpp
+  textio/textreader.cpp
+  vobsub/bitreader.cpp
+  vobsub/psstream.cpp
+  vobsub/rleoutput.cpp
+  vobsub/saveddecoder.cpp
+  vobsub/subfilereader.cpp
+  vobsub/subparser.cpp
+  vobsub/subtitledecoder.cpp
+  vobsub/subtitlewrite.cpp)
 target_include_directories(subtitle_objects PUBLIC ${PROJECT_SOURCE_DIR})
 # Qt's private headers are not clean under every warning of ours.
 target_include_directories(subtitle_objects SYSTEM PRIVATE ${Qt5Gui_PRIVATE_INCLUDE_DIRS})
@@ -23,6 +43,7 @@ target_compile_definitions(subtitle_objects PUBLIC QT_NO_CAST_FROM_ASCII QT_NO_C
 target_link_libraries(subtitle_objects
   PUBLIC Qt5::Core Qt5::Gui PkgConfig::FFMPEG
   PRIVATE Qt5::FontDatabaseSupportPrivate)
+subtitle_harden(subtitle_objects)
 
 set(exports ${PROJECT_SOURCE_DIR}/api/libsubtitle.map)
 add_library(subtitle SHARED)
@@ -34,7 +55,8 @@ set_target_properties(subtitle PROPERTIES
   LINK_DEPENDS ${exports})
 # nodelete: Qt does not survive being unloaded, so a host's dlclose() must leave it where it is.
 target_link_options(subtitle PRIVATE
-  LINKER:--version-script=${exports} LINKER:-z,nodelete LINKER:-z,relro LINKER:-z,now LINKER:--as-needed)
+  LINKER:--version-script=${exports} LINKER:-z,nodelete LINKER:--as-needed)
+subtitle_harden(subtitle)
 if(NOT SUBTITLE_SANITIZE)
   target_link_options(subtitle PRIVATE LINKER:--no-undefined)
 endif()

@@ -1,10 +1,10 @@
 #include "parsers/assparser.h"
 
-#include "parsers/cuelookup.h"
-#include "parsers/wrapint.h"
+#include "parsers/fieldreader.h"
 #include "textio/textreader.h"
 
 #include <algorithm>
+#include <utility>
 
 // The list of events belongs to the library's interface: these stay in it whatever the compiler inlines.
 template void QList<AssSubtitleItem>::append(const AssSubtitleItem &);
@@ -36,6 +36,10 @@ int KeypadAlignment(int alignment)
 QString RemoveBlocks(const QString &text, char open, char close, int &position)
 {
     int from = position < 0 ? std::max(position + text.size(), 0) : position;
+    if (text.indexOf(QLatin1Char(open), from) < 0) {
+        position = -1;
+        return text;
+    }
     QString kept = text.left(from);
     for (;;) {
         const int begin = text.indexOf(QLatin1Char(open), from);
@@ -49,70 +53,102 @@ QString RemoveBlocks(const QString &text, char open, char close, int &position)
     }
 }
 
-int ScriptVersion(const QString &value, int otherwise)
+/** Turns "\N" into line feeds. QString::replace() would move the rest of the text once for every thousand of them. */
+QString WithLineFeeds(QString text)
+{
+    int kept = text.indexOf(QLatin1String("\\N"));
+    if (kept < 0)
+        return text;
+    QChar *const characters = text.data();
+    const int size = text.size();
+    for (int i = kept; i < size; ++i) {
+        const bool isBreak =
+            characters[i] == QLatin1Char('\\') && i + 1 < size && characters[i + 1] == QLatin1Char('N');
+        characters[kept++] = isBreak ? QChar(QLatin1Char('\n')) : characters[i];
+        i += static_cast<int>(isBreak);
+    }
+    text.truncate(kept);
+    return text;
+}
+
+int ScriptVersion(const QStringRef &value, int otherwise)
 {
     if (value.endsWith(QLatin1String("4.00")))
         return 4;
     return value.endsWith(QLatin1String("4.00+")) ? 5 : otherwise;
 }
 
+/** Reads a field of a line, and takes what was consumed off it. */
+template <typename Read>
+auto TakeField(QString &line, const Read &read)
+{
+    const QString whole = line;
+    FieldReader fields(whole);
+    auto field = read(fields);
+    line = fields.Rest().toString();
+    return field;
+}
+
 } // namespace
 
-QString TrimLeft(QString text, QChar character)
+QString TrimLeft(const QString &text, QChar character)
 {
     int count = 0;
-    while (count < text.size() && text[count] == character)
+    while (count < text.size() && text.at(count) == character)
         ++count;
-    return text.mid(count);
+    return count == 0 ? text : text.mid(count);
 }
 
 int AssParser::Open(const QString &path, int /*track*/)
 {
     m_listItems.clear();
+    m_index = {};
     TextReader reader;
     reader.Open(path);
     Versions versions;
-    for (int i = 0; i < reader.GetLineCount(); ++i)
+    for (int i = 0; i < reader.GetLineCount() && m_listItems.size() < MaxCues; ++i)
         ParseLine(reader.GetLine(i).trimmed(), versions);
+    m_index = IndexTimes(m_listItems);
     return 1;
 }
 
 QString AssParser::GetSubtitle(long ms)
 {
-    return FindDueText(m_listItems, ms);
+    return DueText(m_listItems, m_index, ms);
 }
 
-void AssParser::ParseLine(QString line, Versions &versions)
+void AssParser::ParseLine(const QString &line, Versions &versions)
 {
     if (line.isEmpty() || line[0] == QLatin1Char(';'))
         return;
     // Sections are not tracked, and the layout of events follows the script type alone: both are meant.
-    const QString key = GetStr(line, ':').toLower();
+    FieldReader fields(line);
+    const QString key = fields.Str(':').toString().toLower();
     if (key == QLatin1String("playresx")) {
-        m_nPlayResX = GetInt(line, ',');
+        m_nPlayResX = fields.Int(',');
     } else if (key == QLatin1String("playresy")) {
-        m_nPlayResY = GetInt(line, ',');
+        m_nPlayResY = fields.Int(',');
     } else if (key == QLatin1String("scripttype")) {
-        versions.nEvent = ScriptVersion(line, versions.nEvent);
-        versions.nStyle = ScriptVersion(line, versions.nStyle);
+        versions.nEvent = ScriptVersion(fields.Rest(), versions.nEvent);
+        versions.nStyle = ScriptVersion(fields.Rest(), versions.nStyle);
     } else if (key == QLatin1String("collisions")) {
         // A control character in a string, and no number: this is meant.
-        const bool reversed = GetStr(line, ',').toLower().contains(QLatin1String("reverse"));
+        const bool reversed = fields.Str(',').toString().toLower().contains(QLatin1String("reverse"));
         m_strCollisions = QString(QChar(reversed ? 1 : 0));
     } else if (key == QLatin1String("[v4 styles]")) {
         versions.nStyle = 4;
     } else if (key == QLatin1String("[v4+ styles]")) {
         versions.nStyle = 5;
     } else if (key == QLatin1String("style")) {
-        ParseStyle(line, versions.nStyle);
+        ParseStyle(fields, versions.nStyle);
     } else if (key == QLatin1String("dialogue")) {
-        ParseDialogue(line, versions.nEvent);
+        ParseDialogue(fields, versions.nEvent);
     }
 }
 
-void AssParser::ParseStyle(QString &line, int version)
+void AssParser::ParseStyle(FieldReader &fields, int version)
 {
-    const int alphaLevel = ReadStyleFields(line, version);
+    const int alphaLevel = ReadStyleFields(fields, version);
     if (version >= 5) {
         for (std::size_t i = 0; i < m_nColors.size(); ++i) {
             const auto color = static_cast<quint32>(m_nColors[i]);
@@ -135,105 +171,78 @@ void AssParser::ParseStyle(QString &line, int version)
     m_dShadow = NonNegative(m_dShadow);
 }
 
-int AssParser::ReadStyleFields(QString &line, int version)
+int AssParser::ReadStyleFields(FieldReader &fields, int version)
 {
-    GetStr(line, ','); // the style's name, which nothing asks for
-    m_strFontName = GetStr(line, ',');
-    m_dFontSize = GetFloat(line, ',');
+    fields.Str(','); // the style's name, which nothing asks for
+    m_strFontName = fields.Str(',').toString();
+    m_dFontSize = fields.Float(',');
     for (int &color : m_nColors)
-        color = GetInt(line, ',');
-    m_nBold = GetInt(line, ',');
-    m_bItalic = GetInt(line, ',') != 0;
+        color = fields.Int(',');
+    m_nBold = fields.Int(',');
+    m_bItalic = fields.Int(',') != 0;
     if (version >= 5) {
-        m_bUnderline = GetInt(line, ',') != 0;
-        m_bStrikeOut = GetInt(line, ',') != 0;
-        m_dScaleX = GetFloat(line, ',');
-        m_dScaleY = GetFloat(line, ',');
-        m_dSpacing = GetFloat(line, ',');
-        m_dAngleZ = GetFloat(line, ',');
+        m_bUnderline = fields.Int(',') != 0;
+        m_bStrikeOut = fields.Int(',') != 0;
+        m_dScaleX = fields.Float(',');
+        m_dScaleY = fields.Float(',');
+        m_dSpacing = fields.Float(',');
+        m_dAngleZ = fields.Float(',');
     }
     if (version >= 4)
-        m_nBorderStyle = GetInt(line, ',');
-    m_dOutline = GetFloat(line, ',');
-    m_dShadow = GetFloat(line, ',');
-    m_nAlignment = GetInt(line, ',');
-    const int left = GetInt(line, ',');
-    const int right = GetInt(line, ',');
-    const int vertical = GetInt(line, ',');
+        m_nBorderStyle = fields.Int(',');
+    m_dOutline = fields.Float(',');
+    m_dShadow = fields.Float(',');
+    m_nAlignment = fields.Int(',');
+    const int left = fields.Int(',');
+    const int right = fields.Int(',');
+    const int vertical = fields.Int(',');
     m_rcMargin.setCoords(left, vertical, right, vertical);
-    const int alphaLevel = version <= 4 ? GetInt(line, ',') : 0;
-    m_nCharset = GetInt(line, ',');
+    const int alphaLevel = version <= 4 ? fields.Int(',') : 0;
+    m_nCharset = fields.Int(',');
     return alphaLevel;
 }
 
-int AssParser::GetTime(QString &line)
-{
-    const int hours = GetInt(line, ':');
-    const int minutes = GetInt(line, ':');
-    const int seconds = GetInt(line, '.');
-    // Whatever their number, the digits behind the dot count hundredths: this is meant.
-    const int hundredths = GetInt(line, ',');
-    const int wholeMinutes = WrapAdd(WrapMultiply(hours, 60), minutes);
-    const int wholeSeconds = WrapAdd(WrapMultiply(wholeMinutes, 60), seconds);
-    return WrapAdd(WrapMultiply(wholeSeconds, 1000), WrapMultiply(hundredths, 10));
-}
-
-void AssParser::ParseDialogue(QString &line, int version)
+void AssParser::ParseDialogue(FieldReader &fields, int version)
 {
     AssSubtitleItem item;
     if (version <= 4) {
         // "Marked=0", which nothing asks for
-        GetStr(line, '=');
-        GetInt(line, ',');
+        fields.Str('=');
+        fields.Int(',');
     } else {
-        item.nLayer = GetInt(line, ',');
+        item.nLayer = fields.Int(',');
     }
-    item.nStart = GetTime(line);
-    item.nEnd = GetTime(line);
-    item.strStyle = TrimLeft(GetStr(line, ','), QLatin1Char('*'));
+    item.nStart = fields.Time();
+    item.nEnd = fields.Time();
+    item.strStyle = TrimLeft(fields.Str(',').toString(), QLatin1Char('*'));
     if (item.strStyle.toLower() == QLatin1String("default"))
         item.strStyle = QStringLiteral("Default");
-    item.strActor = GetStr(line, ',');
+    item.strActor = fields.Str(',').toString();
     for (int margin = 0; margin < 3; ++margin)
-        GetInt(line, ',');
-    item.strEffect = GetStr(line, ',');
+        fields.Int(',');
+    const QStringRef effect = fields.Str(',');
+    const QStringRef text = fields.Rest();
     // An effect that is also the text was read where no comma was left. Prefixes are caught too: this is meant.
-    const int common = std::min(item.strEffect.size(), line.size());
-    if (item.strEffect.leftRef(common) == line.leftRef(common))
-        item.strEffect = QString();
-    item.strText = RemoveSSATags(line);
+    const int common = std::min(effect.size(), text.size());
+    if (effect.left(common) != text.left(common))
+        item.strEffect = effect.toString();
+    item.strText = RemoveSSATags(text.toString());
     m_listItems.append(item);
 }
 
 QString AssParser::GetStr(QString &line, char separator)
 {
-    line = TrimLeft(line, QLatin1Char(' '));
-    const int end = line.indexOf(QLatin1Char(separator));
-    if (end < 0)
-        return line;
-    QString field = line.left(end);
-    line = line.mid(end + 1);
-    return field;
+    return TakeField(line, [&](FieldReader &fields) { return fields.Str(separator).toString(); });
 }
 
 int AssParser::GetInt(QString &line, char separator)
 {
-    QString field = GetStr(line, separator).toLower();
-    int base = 10;
-    if (field.startsWith(QLatin1String("&h"))) {
-        field = field.mid(2);
-        base = 16;
-    }
-    bool isNumber = false;
-    const int value = field.toInt(&isNumber, base);
-    return isNumber ? value : -1;
+    return TakeField(line, [&](FieldReader &fields) { return fields.Int(separator); });
 }
 
 double AssParser::GetFloat(QString &line, char separator)
 {
-    bool isNumber = false;
-    const double value = GetStr(line, separator).toDouble(&isNumber);
-    return isNumber ? value : -1.0;
+    return TakeField(line, [&](FieldReader &fields) { return fields.Float(separator); });
 }
 
 QString AssParser::RemoveSSATags(QString text)
@@ -242,7 +251,7 @@ QString AssParser::RemoveSSATags(QString text)
     text = RemoveBlocks(text, '{', '}', position);
     // The position is not set back: angle blocks go only behind a brace that is never closed. This is meant.
     text = RemoveBlocks(text, '<', '>', position);
-    return text.replace(QLatin1String("\\N"), QLatin1String("\n"));
+    return WithLineFeeds(std::move(text));
 }
 
 int AssParser::ParseLinesToSubtitleItem()

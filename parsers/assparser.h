@@ -1,9 +1,12 @@
 #pragma once
 
+#include "parsers/cueindex.h"
 #include "parsers/iparser.h"
 
 #include <QList>
 #include <array>
+
+class FieldReader;
 
 /** One dialogue event; times in milliseconds. */
 struct AssSubtitleItem {
@@ -54,14 +57,14 @@ private:
         int nStyle = 3;
     };
 
-    void ParseLine(QString line, Versions &versions);
-    void ParseStyle(QString &line, int version);
+    void ParseLine(const QString &line, Versions &versions);
+    void ParseStyle(FieldReader &fields, int version);
     /** Returns the alpha level, which only older layouts have. */
-    int ReadStyleFields(QString &line, int version);
-    void ParseDialogue(QString &line, int version);
-    int GetTime(QString &line);
+    int ReadStyleFields(FieldReader &fields, int version);
+    void ParseDialogue(FieldReader &fields, int version);
 
     QList<AssSubtitleItem> m_listItems; ///< in file order
+    CueIndex m_index;
     QString m_strReserved;
     QString m_strCollisions; ///< one character, 1 for reversed collisions and 0 for normal ones
     int m_nPlayResX = 0;
@@ -89,4 +92,4 @@ private:
 };
 
 /** The text without its leading run of a character. */
-QString TrimLeft(QString text, QChar character);
+QString TrimLeft(const QString &text, QChar character);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "parsers/cueindex.h"
 #include "parsers/iparser.h"
 
 #include <QList>
@@ -27,4 +28,5 @@ public:
 
 private:
     QList<FFSubtitleItem> m_listItems; ///< in the order of the packets
+    CueIndex m_index;
 };

@@ -3,6 +3,7 @@
 #include "parsers/assparser.h"
 #include "parsers/ffparser.h"
 #include "parsers/srtparser.h"
+#include "vobsub/subparser.h"
 
 namespace
 {
@@ -14,7 +15,7 @@ QString Extension(const QString &path)
     return dot > 0 ? path.mid(dot + 1).toLower() : QString();
 }
 
-/** A parser for files of that extension; null where none reads them yet. */
+/** A parser for files of that extension. */
 IParser *CreateParser(const QString &extension)
 {
     if (extension == QLatin1String("srt"))
@@ -22,7 +23,7 @@ IParser *CreateParser(const QString &extension)
     if (extension == QLatin1String("ass") || extension == QLatin1String("ssa"))
         return new AssParser;
     if (extension == QLatin1String("idx"))
-        return nullptr;
+        return new SubParser;
     return new FFParser;
 }
 
@@ -42,7 +43,7 @@ int ParserManager::Open(const QString &path, int track)
     if (path.isEmpty())
         return 0;
     m_pParser = CreateParser(Extension(path));
-    return m_pParser ? m_pParser->Open(path, track) : 0;
+    return m_pParser->Open(path, track);
 }
 
 QString ParserManager::GetSubtitle(long ms)

@@ -1,10 +1,10 @@
 #include "parsers/srtparser.h"
 
-#include "parsers/cuelookup.h"
 #include "parsers/wrapint.h"
 #include "textio/textreader.h"
 
-#include <QStringList>
+#include <algorithm>
+#include <array>
 
 // The list of cues belongs to the library's interface: these stay in it whatever the compiler inlines.
 template void QList<SrtSubtitleItem>::append(const SrtSubtitleItem &);
@@ -15,30 +15,123 @@ namespace
 {
 
 const QLatin1String Arrow("-->");
+constexpr int ArrowSize = 3;
 
 bool IsIndexLine(const QString &line)
 {
+    // What a line begins with nearly always tells, without a conversion.
+    if (line.isEmpty())
+        return false;
+    const ushort first = line[0].unicode();
+    if ((first >= 'A' && first <= 'Z') || (first >= 'a' && first <= 'z'))
+        return false;
+    constexpr int SafeDigits = 9;
+    const auto isDigit = [](QChar c) { return c >= QLatin1Char('0') && c <= QLatin1Char('9'); };
+    if (line.size() <= SafeDigits && std::all_of(line.begin(), line.end(), isDigit))
+        return true;
     bool isNumber = false;
-    line.toInt(&isNumber);
+    (void)line.toInt(&isNumber);
     return isNumber;
+}
+
+/** Where the arrow is, -1 where there is none. */
+int ArrowIn(const QString &line)
+{
+    int dash = line.indexOf(QLatin1Char('-'));
+    while (dash >= 0 && line.midRef(dash, ArrowSize) != Arrow)
+        dash = line.indexOf(QLatin1Char('-'), dash + 1);
+    return dash;
 }
 
 bool IsTimeLine(const QString &line)
 {
-    return line.indexOf(Arrow) > 0;
+    return ArrowIn(line) > 0;
 }
 
-/** Joins a text block's lines, from line @p i; leaves @p i at the line that ended it. */
-QString TakeTextBlock(const TextReader &reader, int &i)
+/** Reads "hh:mm:ss,mmm", as nearly every stamp is written; false where it is not. */
+bool ReadUsualTime(const QStringRef &text, int &wholeSeconds, double &seconds)
+{
+    static const char Form[] = "00:00:00,000";
+    constexpr int Length = sizeof Form - 1;
+    if (text.size() != Length)
+        return false;
+    std::array<int, Length> digits = {};
+    for (int i = 0; i < Length; ++i) {
+        const ushort unit = text.at(i).unicode();
+        digits[i] = unit - '0';
+        const bool fits = Form[i] == '0' ? digits[i] >= 0 && digits[i] <= 9 : unit == Form[i];
+        if (!fits && !(Form[i] == ',' && unit == '.'))
+            return false;
+    }
+    const auto two = [&](int at) { return digits[at] * 10 + digits[at + 1]; };
+    wholeSeconds = (two(0) * 60 + two(3)) * 60;
+    // The quotient is the double nearest to the decimal number, which is what reading that gives.
+    seconds = (two(6) * 1000 + digits[9] * 100 + two(10)) / 1000.0;
+    return true;
+}
+
+int ReadTime(const QStringRef &text)
+{
+    double seconds = 0;
+    int wholeSeconds = 0;
+    if (!ReadUsualTime(text, wholeSeconds, seconds)) {
+        QString stamp = text.toString();
+        stamp.replace(QLatin1Char(','), QLatin1Char('.'));
+        const int first = stamp.indexOf(QLatin1Char(':'));
+        const int second = first < 0 ? -1 : stamp.indexOf(QLatin1Char(':'), first + 1);
+        if (second < 0)
+            return 0;
+        const int third = stamp.indexOf(QLatin1Char(':'), second + 1);
+        const int hours = stamp.leftRef(first).toInt();
+        const int minutes = stamp.midRef(first + 1, second - first - 1).toInt();
+        wholeSeconds = WrapMultiply(WrapAdd(WrapMultiply(hours, 60), minutes), 60);
+        bool isNumber = false;
+        seconds = stamp.midRef(second + 1, third < 0 ? -1 : third - second - 1).toDouble(&isNumber);
+        if (!isNumber)
+            seconds = 0;
+    }
+    // "00:00:01,001" is 1000: the truncation of the binary product is meant.
+    return TruncateToInt((seconds + wholeSeconds) * 1000.0);
+}
+
+/** Goes through a file's lines, of which each is decoded once. */
+class LineCursor
+{
+public:
+    explicit LineCursor(const TextReader &reader) : m_reader(reader), m_nCount(reader.GetLineCount()) { Load(); }
+
+    bool IsAtEnd() const { return m_nIndex >= m_nCount; }
+    const QString &Line() const { return m_strLine; }
+    void Next()
+    {
+        ++m_nIndex;
+        Load();
+    }
+
+private:
+    void Load()
+    {
+        if (!IsAtEnd())
+            m_strLine = m_reader.GetLine(m_nIndex);
+    }
+
+    const TextReader &m_reader;
+    int m_nCount;
+    int m_nIndex = 0;
+    QString m_strLine;
+};
+
+/** Joins a text block's lines, of which @p text is the first and the cursor's; leaves it at the line that ends them. */
+QString TakeTextBlock(LineCursor &cursor, QString text)
 {
     // Only the first line is trimmed, and it may be empty: a blank line behind a cue makes a cue of its own, which
     // never shows because it stands behind the real one. Both are meant.
-    QString text = reader.GetLine(i).trimmed();
-    for (++i; i < reader.GetLineCount(); ++i) {
-        const QString line = reader.GetLine(i);
+    for (cursor.Next(); !cursor.IsAtEnd(); cursor.Next()) {
+        const QString &line = cursor.Line();
         if (line.isEmpty() || IsIndexLine(line) || IsTimeLine(line))
             break;
-        text += QLatin1Char('\n') + line;
+        text += QLatin1Char('\n');
+        text += line;
     }
     return text;
 }
@@ -48,46 +141,37 @@ QString TakeTextBlock(const TextReader &reader, int &i)
 int SrtParser::Open(const QString &path, int /*track*/)
 {
     m_listItems.clear();
+    m_index = {};
     TextReader reader;
     reader.Open(path);
 
     // The times of the last time line hold for every text block up to the next one.
     SrtSubtitleItem item;
-    int i = 0;
-    while (i < reader.GetLineCount()) {
-        const QString line = reader.GetLine(i).trimmed();
+    for (LineCursor cursor(reader); !cursor.IsAtEnd() && m_listItems.size() < MaxCues;) {
+        const QString line = cursor.Line().trimmed();
         if (IsIndexLine(line)) {
-            ++i;
+            cursor.Next();
         } else if (IsTimeLine(line)) {
-            const int arrow = line.indexOf(Arrow);
-            item.nStart = ParseTime(line.left(arrow).trimmed());
+            const int arrow = ArrowIn(line);
+            item.nStart = ReadTime(line.leftRef(arrow).trimmed());
             // All that follows the arrow counts, so position coordinates spoil the end time: this is meant.
-            item.nEnd = ParseTime(line.mid(arrow + Arrow.size()).trimmed());
-            ++i;
+            item.nEnd = ReadTime(line.midRef(arrow + ArrowSize).trimmed());
+            cursor.Next();
         } else {
-            item.strText = TakeTextBlock(reader, i);
+            item.strText = TakeTextBlock(cursor, line);
             m_listItems.append(item);
         }
     }
+    m_index = IndexTimes(m_listItems);
     return 1;
 }
 
 QString SrtParser::GetSubtitle(long ms)
 {
-    return FindDueText(m_listItems, ms);
+    return DueText(m_listItems, m_index, ms);
 }
 
 int ParseTime(const QString &text)
 {
-    QString stamp = text;
-    stamp.replace(QLatin1Char(','), QLatin1Char('.'));
-    const QStringList parts = stamp.split(QLatin1Char(':'));
-    if (parts.size() < 3)
-        return 0;
-    const int minutes = WrapAdd(WrapMultiply(parts[0].toInt(), 60), parts[1].toInt());
-    const int wholeSeconds = WrapMultiply(minutes, 60);
-    bool isNumber = false;
-    const double seconds = parts[2].toDouble(&isNumber);
-    // "00:00:01,001" is 1000: the truncation of the binary product is meant.
-    return TruncateToInt(((isNumber ? seconds : 0.0) + wholeSeconds) * 1000.0);
+    return ReadTime(text.midRef(0));
 }

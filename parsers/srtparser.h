@@ -1,5 +1,6 @@
 #pragma once
 
+#include "parsers/cueindex.h"
 #include "parsers/iparser.h"
 
 #include <QList>
@@ -25,6 +26,7 @@ private:
     friend class SrtParserPeer; // through which tests look inside
 
     QList<SrtSubtitleItem> m_listItems; ///< in file order
+    CueIndex m_index;
 };
 
 /**

@@ -1,7 +1,11 @@
 #pragma once
 
+#include "render/textink.h"
+
 #include <QImage>
 #include <QRect>
+
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -13,14 +17,14 @@ struct Placement {
 };
 
 /**
- * Blends the visible pixels of a subtitle image into frames. They are looked up once an image, so that a frame costs
- * what is seen and not what the image measures.
+ * Blends the visible pixels of a subtitle into frames. They are looked up once a subtitle, so that a frame costs what is
+ * seen and not what the image measures.
  */
 class Compositor
 {
 public:
     /**
-     * Looks up the visible pixels: neither transparent nor of the colour of the image's top left pixel. Cheap when
+     * Looks up the visible pixels of an image: neither transparent nor of the colour of its top left pixel. Cheap when
      * nothing changed since the last call.
      *
      * @param image          4 bytes a pixel, in memory order blue, green, red, alpha; its rows are taken to be
@@ -30,12 +34,16 @@ public:
      */
     void SetImage(const QImage &image, const QRect &rect, int frameWidth, int frameHeight);
 
+    /** The same for the image that text makes: of two colours, 0xFFRRGGBB, on transparent black. */
+    void SetText(const TextInk &ink, QRgb textColor, QRgb outlineColor, const QRect &rect, int frameWidth,
+                 int frameHeight);
+
     /**
-     * Blends the image into a frame of the size given to SetImage(). Does not allocate.
+     * Blends what was set into a frame of the size that came with it. Allocates for a new subtitle or opacity only.
      * @param frame      3 bytes a pixel, red first; points at the top row.
      * @param linesize   bytes from one row to the next.
      */
-    void Blend(std::uint8_t *frame, std::ptrdiff_t linesize, const Placement &placement) const;
+    void Blend(std::uint8_t *frame, std::ptrdiff_t linesize, const Placement &placement);
 
 private:
     /** Neighbouring visible pixels of one row. */
@@ -44,17 +52,35 @@ private:
         int nColumn;
         int nLength;
         bool bOpaque;
-        std::size_t nFirst; ///< place of its first pixel in m_listColor and m_listAlpha
+        std::size_t nFirstColor; ///< in m_listColors
+        std::size_t nFirstAlpha; ///< in m_listAlphas, for runs that are not opaque
+    };
+    /** Neighbours of a run that is not opaque, as far as they show at some opacity. */
+    struct MixedRun {
+        int nRow;
+        int nColumn;
+        int nLength;
+        std::size_t nFirstColor;
+        std::size_t nFirstWeight; ///< in m_listWeights
     };
 
+    void Clear(int frameWidth, int frameHeight);
     void FindRuns(const QImage &image);
     void AppendPixel(int row, int column, const std::uint8_t *pixel);
+    void AppendTextRow(int row, const BitMask &text, const std::vector<std::uint64_t> &shown,
+                       const std::array<std::uint32_t, 2> &colors);
+    void PrepareMixedRuns(int opacity);
+    void AppendMixedRuns(const Run &run, const std::array<int, 256> &weights);
 
     qint64 m_nImageKey = 0;
     QRect m_rect;
     int m_nFrameWidth = 0;
     int m_nFrameHeight = 0;
     std::vector<Run> m_listRuns;
-    std::vector<std::uint8_t> m_listColor; ///< 3 bytes a pixel, in the frame's order
-    std::vector<std::uint8_t> m_listAlpha;
+    std::vector<std::uint8_t> m_listColors; ///< 3 bytes a pixel, in the frame's order
+    std::vector<std::uint8_t> m_listAlphas;
+
+    int m_nPreparedOpacity = -1;
+    std::vector<MixedRun> m_listMixedRuns;
+    std::vector<std::uint8_t> m_listWeights; ///< 3 bytes a pixel
 };

@@ -11,6 +11,7 @@
 #include <array>
 #include <clocale>
 #include <langinfo.h>
+#include <memory>
 #include <mutex>
 #include <string>
 
@@ -42,7 +43,7 @@ public:
     ~LocaleKeeper()
     {
         for (std::size_t i = 0; i < Categories.size(); ++i)
-            std::setlocale(Categories[i], m_names[i].c_str());
+            (void)std::setlocale(Categories[i], m_names[i].c_str());
     }
     LocaleKeeper(const LocaleKeeper &) = delete;
     LocaleKeeper &operator=(const LocaleKeeper &) = delete;
@@ -97,10 +98,10 @@ QCoreApplication *CreateApplication()
     static char *arguments[] = {name, nullptr};
     const LocaleKeeper keeper;
     const MessageSilencer silencer;
-    auto *application = new QCoreApplication(argumentCount, arguments);
+    auto application = std::make_unique<QCoreApplication>(argumentCount, arguments);
     LeaveHostThread(*application);
     SetLocaleCodec();
-    return application;
+    return application.release();
 }
 
 void RemoveFonts()
@@ -142,4 +143,5 @@ void UnInitQt()
         qtApp->moveToThread(QThread::currentThread());
     }
     delete qtApp;
+    qtApp = nullptr;
 }

@@ -54,16 +54,20 @@ void WritePaletteEntry(uint8_t *entry, quint32 color, quint8 alpha)
 
 } // namespace
 
-bool CreateTextBitmap(AVPicture &out, const QImage &image, const QRect &rcText, const BitmapColors &colors)
+void FreeTextBitmap(AVPicture &out)
 {
     av_freep(&out.data[0]);
     av_freep(&out.data[1]);
+}
+
+bool CreateTextBitmap(AVPicture &out, const QImage &image, const QRect &rcText, const BitmapColors &colors)
+{
+    FreeTextBitmap(out);
     const std::size_t size = static_cast<std::size_t>(rcText.width()) * static_cast<std::size_t>(rcText.height());
     out.data[0] = static_cast<uint8_t *>(av_mallocz(size));
     out.data[1] = static_cast<uint8_t *>(av_mallocz(PaletteSize));
     if (!out.data[0] || !out.data[1]) {
-        av_freep(&out.data[0]);
-        av_freep(&out.data[1]);
+        FreeTextBitmap(out);
         return false;
     }
     out.linesize[0] = rcText.width();

@@ -23,3 +23,6 @@ struct BitmapColors {
  * @return false, with data[0] and data[1] null, when there is no memory.
  */
 bool CreateTextBitmap(AVPicture &out, const QImage &image, const QRect &rcText, const BitmapColors &colors);
+
+/** Frees data[0] and data[1] and makes them null. */
+void FreeTextBitmap(AVPicture &out);

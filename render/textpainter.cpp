@@ -1,233 +1,154 @@
 #include "render/textpainter.h"
 
 #include "render/messagesilencer.h"
+#include "render/recordedtext.h"
+#include "render/smalltext.h"
+#include "render/textcanvas.h"
 
-#include <QFontMetrics>
 #include <QPainter>
+#include <QThread>
+
 #include <algorithm>
-#include <array>
-#include <cstdint>
-#include <optional>
-#include <vector>
+#include <functional>
+#include <new>
 
 namespace
 {
 
-/** The disc of radius 2 without its centre, as offsets of the text. */
-struct Offset {
-    signed char nX;
-    signed char nY;
-};
-constexpr std::array<Offset, 20> OutlineOffsets = {{
-    {-1, -2}, {0, -2}, {1, -2}, {-2, -1}, {-1, -1}, {0, -1}, {1, -1}, {2, -1}, {-2, 0}, {-1, 0},
-    {1, 0},   {2, 0},  {-2, 1}, {-1, 1},  {0, 1},   {1, 1},  {2, 1},  {-1, 2}, {0, 2},  {1, 2},
-}};
-constexpr int OutlineRadius = 2;
-
 constexpr int MeasureFlags = Qt::TextWordWrap;
 constexpr int DrawFlags = Qt::AlignHCenter | Qt::TextWordWrap;
 
-/** A transparent image at 96 dpi, so that a point size gives the same pixels in every host. */
-QImage CreateCanvas(int width, int height)
-{
-    QImage canvas(width, height, QImage::Format_ARGB32);
-    canvas.fill(0);
-    constexpr int DotsPerMeter = 3780;
-    canvas.setDotsPerMeterX(DotsPerMeter);
-    canvas.setDotsPerMeterY(DotsPerMeter);
-    return canvas;
-}
+constexpr int LongText = 4096; // UTF-16 units
 
-void PreparePainter(QPainter &painter, const QFont &font)
+/** What is painted of a text. Surrogate pairs are not parted. */
+QString Beginning(const QString &text)
 {
-    painter.setRenderHint(QPainter::TextAntialiasing, false);
-    // The hint alone leaves small glyphs antialiased; the outline and the palette need pixels of the pen colour only.
-    QFont aliased = font;
-    aliased.setStyleStrategy(QFont::NoAntialias);
-    painter.setFont(aliased);
-}
-
-/** In pixels of a canvas. */
-double PixelSize(const QFont &font)
-{
-    return font.pixelSize() > 0 ? font.pixelSize() : font.pointSizeF() * 96 / 72;
+    constexpr int Size = TextPainter::MaxTextSize;
+    return text.left(text.size() > Size && text.at(Size - 1).isHighSurrogate() ? Size - 1 : Size);
 }
 
 QRect MeasureText(const QFont &font, int width, int height, const QString &text)
 {
     QImage canvas = CreateCanvas(1, 1);
+    if (canvas.isNull())
+        throw std::bad_alloc(); // nothing is measured without it
     QPainter painter(&canvas);
-    PreparePainter(painter, font);
+    PreparePainter(painter);
+    painter.setFont(PaintFont(font));
     return painter.boundingRect(QRect(0, 0, width, height), MeasureFlags, text);
 }
 
-void PaintBySingleDraws(QImage &canvas, const TextStyle &style, const QRect &box, const QString &text)
+/** Draws with the two colours as with so many drawText() calls, but lays out as rarely as gives the same. */
+class SingleDraws
 {
-    QPainter painter(&canvas);
-    PreparePainter(painter, style.font);
-    if (style.bOutline) {
-        painter.setPen(QColor(style.nOutlineColor));
-        for (const Offset &offset : OutlineOffsets)
-            painter.drawText(box.translated(offset.nX, offset.nY), DrawFlags, text);
+public:
+    SingleDraws(QImage &canvas, const RecordedText &text, const std::function<RecordedText(int)> &layOut) :
+        m_painter(&canvas), m_text(text)
+    {
+        PreparePainter(m_painter);
+        // A long text of images would be laid out for seconds; there a line may be off by a 64th of a pixel.
+        const bool isMovable = text.IsMovable(OutlineRadius) || text.Size() > LongText;
+        for (int dx = -OutlineRadius; dx <= OutlineRadius && !isMovable; ++dx)
+            m_listMoved.push_back(layOut(dx));
     }
-    painter.setPen(QColor(style.nFontColor));
-    painter.drawText(box, DrawFlags, text);
-}
 
-/**
- * Where text has ink: a byte a pixel, 1 or 0, with a margin of OutlineRadius round the rows and columns asked for.
- */
-struct InkMask {
-    int nStride;
-    int nRows;
-    std::vector<std::uint8_t> listInk;
-    std::vector<bool> listRowHasInk;
+    void Draw(QRgb color, const Offset &offset)
+    {
+        m_painter.setPen(QColor(color));
+        if (m_listMoved.empty())
+            m_text.Draw(m_painter, {offset.nX, offset.nY});
+        else
+            m_listMoved[OutlineRadius + offset.nX].Draw(m_painter, {0, offset.nY});
+    }
 
-    const std::uint8_t *Row(int row) const { return listInk.data() + static_cast<std::size_t>(row) * nStride; }
+private:
+    QPainter m_painter;
+    const RecordedText &m_text;
+    std::vector<RecordedText> m_listMoved; ///< for each distance to the side
 };
 
-QImage DrawOnce(const TextStyle &style, const QSize &size, const QRect &box, const QString &text)
+void PaintBySingleDraws(QImage &canvas, const TextStyle &style, const RecordedText &text,
+                        const std::function<RecordedText(int)> &layOut)
 {
-    QImage canvas = CreateCanvas(size.width(), size.height());
-    QPainter painter(&canvas);
-    PreparePainter(painter, style.font);
-    painter.setPen(QColor(style.nOutlineColor));
-    painter.drawText(box, DrawFlags, text);
-    return canvas;
-}
-
-/** Whether two canvases hold the same ink, the second being drawn that much further up and to the left. */
-bool IsSameInk(const QImage &canvas, const QImage &moved, int distance)
-{
-    for (int y = 0; y < moved.height(); ++y) {
-        const auto *pixels = reinterpret_cast<const QRgb *>(canvas.constScanLine(y + distance)) + distance;
-        const auto *movedPixels = reinterpret_cast<const QRgb *>(moved.constScanLine(y));
-        if (!std::equal(movedPixels, movedPixels + moved.width(), pixels))
-            return false;
+    SingleDraws draws(canvas, text, layOut);
+    for (const Offset &offset : OutlineOffsets) {
+        if (style.bOutline)
+            draws.Draw(style.nOutlineColor, offset);
     }
-    return true;
+    draws.Draw(style.nFontColor, {0, 0});
 }
 
-/** Reads a canvas with a margin; no result where it holds other colours than the pen's, as glyphs may bring along. */
-std::optional<InkMask> ReadInk(const QImage &canvas, QRgb pen)
+void PaintRow(QRgb *pixels, const TextInk &ink, int row, int width, const TextStyle &style)
 {
-    InkMask mask = {canvas.width(), canvas.height(), {}, std::vector<bool>(canvas.height())};
-    mask.listInk.resize(static_cast<std::size_t>(mask.nStride) * mask.nRows);
-    for (int y = 0; y < mask.nRows; ++y) {
-        const auto *pixels = reinterpret_cast<const QRgb *>(canvas.constScanLine(y));
-        std::uint8_t *ink = mask.listInk.data() + static_cast<std::size_t>(y) * mask.nStride;
-        unsigned anyInk = 0;
-        unsigned anyOther = 0;
-        for (int x = 0; x < mask.nStride; ++x) {
-            ink[x] = pixels[x] == pen;
-            anyInk |= ink[x];
-            anyOther |= static_cast<unsigned>(pixels[x] != 0) ^ ink[x];
-        }
-        if (anyOther)
-            return std::nullopt;
-        mask.listRowHasInk[y] = anyInk != 0;
-    }
-    return mask;
-}
-
-/**
- * Draws text so that it need not be drawn once for each place of the outline. No result where that is not enough to
- * know what the single draws give, pixel for pixel:
- *  - glyphs of that size are drawn as paths, whose points are rounded differently from place to place;
- *  - glyphs bring colours of their own;
- *  - lines begin so far left that the single draws place them at negative coordinates, which Qt rounds differently;
- *  - ink reaches so far below the text that some may lie even further below;
- *  - there is no memory for it.
- */
-std::optional<InkMask> DrawInk(const TextStyle &style, const QSize &frame, const QRect &box, const QString &text)
-{
-    constexpr int PathSize = 64; // from this pixel size on
-    const QFontMetrics metrics(style.font);
-    if (PixelSize(style.font) >= PathSize)
-        return std::nullopt;
-
-    const int room = 2 * metrics.height();
-    const int rows = std::min(frame.height(), box.height() + room);
-    const QSize withMargin(frame.width() + 2 * OutlineRadius, rows + 2 * OutlineRadius);
-    const QImage canvas = DrawOnce(style, withMargin, box.translated(OutlineRadius, OutlineRadius), text);
-    const QImage moved = DrawOnce(style, {frame.width(), rows}, box.translated(-OutlineRadius, -OutlineRadius), text);
-    if (canvas.isNull() || moved.isNull() || !IsSameInk(canvas, moved, 2 * OutlineRadius))
-        return std::nullopt;
-
-    std::optional<InkMask> mask = ReadInk(canvas, style.nOutlineColor);
-    if (!mask)
-        return std::nullopt;
-    for (int y = 0; y < mask->nRows; ++y) {
-        const bool tooLow = rows < frame.height() && y >= box.height() + room / 2;
-        const bool tooFarLeft =
-            std::any_of(mask->Row(y), mask->Row(y) + 2 * OutlineRadius, [](auto ink) { return ink; });
-        if (mask->listRowHasInk[y] && (tooLow || tooFarLeft))
-            return std::nullopt;
-    }
-    return mask;
-}
-
-/** ORs the inks of 2 * Reach + 1 neighbours in a row; @p ink points at the first of the centre pixel's neighbours. */
-template <int Reach>
-void AddNeighbours(std::uint8_t *spread, const std::uint8_t *ink, int width)
-{
-    for (int x = 0; x < width; ++x) {
-        for (int i = 0; i <= 2 * Reach; ++i)
-            spread[x] |= ink[x + i];
-    }
-}
-
-/** Paints what the single draws give: text colour where there is ink, outline colour within reach of it. */
-void PaintFromInk(QImage &canvas, const TextStyle &style, const InkMask &mask)
-{
-    const int width = canvas.width();
-    const int rows = mask.nRows - 2 * OutlineRadius;
-    std::vector<std::uint8_t> spread(width);
-    for (int y = 0; y < rows; ++y) {
-        // Row y of the frame is row y + OutlineRadius of the mask.
-        bool near = false;
-        std::fill(spread.begin(), spread.end(), 0);
-        for (int dy = 0; dy <= 2 * OutlineRadius; ++dy) {
-            if (!mask.listRowHasInk[y + dy])
-                continue;
-            near = true;
-            // The disc is 3 pixels wide in its first and last row and 5 between.
-            if (dy == 0 || dy == 2 * OutlineRadius)
-                AddNeighbours<1>(spread.data(), mask.Row(y + dy) + 1, width);
-            else
-                AddNeighbours<2>(spread.data(), mask.Row(y + dy), width);
-        }
-        if (!near)
-            continue;
-        auto *pixels = reinterpret_cast<QRgb *>(canvas.scanLine(y));
-        const std::uint8_t *ink = mask.Row(y + OutlineRadius) + OutlineRadius;
-        for (int x = 0; x < width; ++x) {
-            const QRgb outline = spread[x] ? style.nOutlineColor : 0;
-            pixels[x] = ink[x] ? style.nFontColor : outline;
-        }
+    for (int bit = std::max(0, -ink.text.nLeft); bit < 64 * ink.text.nWords && ink.text.nLeft + bit < width; ++bit) {
+        const auto isSet = [&](const BitMask &mask) { return mask.Row(row)[bit / 64] >> (bit % 64) & 1; };
+        if (isSet(ink.text))
+            pixels[ink.text.nLeft + bit] = style.nFontColor;
+        else if (isSet(ink.outline))
+            pixels[ink.text.nLeft + bit] = style.nOutlineColor;
     }
 }
 
 } // namespace
 
-TextImage PaintText(const TextStyle &style, int width, int height, const QString &text)
+std::optional<TextInk> TextPainter::PaintInk(const RecordedText &text, const QFont &font, const QSize &frame,
+                                             const QRect &box)
+{
+    std::optional<TextInk> ink = m_pathText.Paint(text, frame);
+    return ink ? ink : PaintSmallText(text, font, frame, box);
+}
+
+PaintedText TextPainter::Paint(const TextStyle &style, int width, int height, const QString &wholeText)
 {
     const MessageSilencer silencer;
+    const QString text = Beginning(wholeText);
     const QRect bounds = MeasureText(style.font, width, height, text);
     const int halfWidth = bounds.width() / 2;
-    TextImage result;
+    PaintedText result;
     result.nTextHeight = bounds.height();
     const QRect box(QPoint(width / 2 - halfWidth, 0), QPoint(width / 2 + halfWidth + 1, bounds.height()));
     result.rcText = box;
-    result.image = CreateCanvas(width, height);
-    if (result.image.isNull())
-        return result;
-
-    const std::optional<InkMask> ink =
-        style.bOutline ? DrawInk(style, {width, height}, box, text) : std::optional<InkMask>();
-    if (ink)
-        PaintFromInk(result.image, style, *ink);
-    else
-        PaintBySingleDraws(result.image, style, box, text);
+    const QFont font = PaintFont(style.font);
+    const auto layOut = [&](int dx) { return RecordedText(font, box.translated(dx, 0), DrawFlags, text); };
+    const RecordedText recorded = layOut(0);
+    if (style.bOutline)
+        result.ink = PaintInk(recorded, font, {width, height}, box);
+    if (!result.ink) {
+        result.image = CreateCanvas(width, height);
+        if (!result.image.isNull())
+            PaintBySingleDraws(result.image, style, recorded, layOut);
+    }
     return result;
+}
+
+void TextPainter::Load(const QFont &font)
+{
+    // Qt keeps fonts for each thread.
+    const Qt::HANDLE thread = QThread::currentThreadId();
+    if (font == m_loadedFont && thread == m_pLoadingThread)
+        return;
+    m_loadedFont = font;
+    m_pLoadingThread = thread;
+    const MessageSilencer silencer;
+    const QString letters = QStringLiteral("The quick brown fox jumps over\nthe lazy dog. AEIOU, BCDFG\n"
+                                           "HJKLM; NPQRS: VWXYZ? 01234\n56789 -!\"'()");
+    const QSize frame(8192, 4096);
+    const QRect bounds = MeasureText(font, frame.width(), frame.height(), letters);
+    const QRect box = bounds.translated(100, 0);
+    const QFont aliased = PaintFont(font);
+    PaintInk(RecordedText(aliased, box, DrawFlags, letters), aliased, frame, box);
+}
+
+QImage MakeImage(const PaintedText &painted, const TextStyle &style, int width, int height)
+{
+    if (!painted.ink)
+        return painted.image;
+    QImage image = CreateCanvas(width, height);
+    const TextInk &ink = *painted.ink;
+    for (int row = 0; row < ink.text.nRows && !image.isNull(); ++row) {
+        const int y = ink.text.nTop + row;
+        if (y >= 0 && y < height)
+            PaintRow(reinterpret_cast<QRgb *>(image.scanLine(y)), ink, row, width, style);
+    }
+    return image;
 }

@@ -6,6 +6,9 @@
 #include "render/textpainter.h"
 
 #include <algorithm>
+#include <memory>
+#include <new>
+#include <utility>
 
 namespace
 {
@@ -21,21 +24,20 @@ int FrameOffset(int height, int percent, int anchorOffset)
     return PercentOf(height, percent) - anchorOffset;
 }
 
-/** Paints once for nothing: loading fonts is a stall that must not fall into the first frame with text. */
-void LoadFont(const QFont &font)
-{
-    EnsureFonts();
-    PaintText({font, 0xFFFFFFFF, 0xFF0A0A0A, true}, 64, 64, QStringLiteral("x"));
-}
-
 } // namespace
 
 int VideoSubtitle::ms_nInstanceCount = 0;
 
 VideoSubtitle::VideoSubtitle()
 {
-    if (ms_nInstanceCount == 0)
-        InitQt();
+    if (ms_nInstanceCount == 0) {
+        try {
+            InitQt();
+        } catch (...) {
+            UnInitQt();
+            throw;
+        }
+    }
     ++ms_nInstanceCount;
 }
 
@@ -54,13 +56,15 @@ void VideoSubtitle::CreateVideoSubtitle(int width, int height)
         return;
     m_nAlpha = 255;
     EnsureFonts();
-    delete m_pFont;
-    m_pFont = new QFont;
-    delete m_pImage;
-    m_pImage = new QImage;
+    auto font = std::make_unique<QFont>();
+    auto image = std::make_unique<QImage>();
     // Qt refuses a size of 0 with a warning and keeps the font's own.
     if (const int pixelSize = height / 14; pixelSize > 0)
-        m_pFont->setPixelSize(pixelSize);
+        font->setPixelSize(pixelSize);
+    delete m_pFont;
+    m_pFont = font.release();
+    delete m_pImage;
+    m_pImage = image.release();
     m_nFontColor = 0xFFFFFFFF;
     m_nOutlineColor = 0xFF0A0A0A;
     m_nVideoHeight = height;
@@ -73,15 +77,17 @@ int VideoSubtitle::SetFontParam(const char *family, int pointSize, int style)
 {
     if (!m_pFont)
         return -1;
+    QFont font = *m_pFont;
     // Qt resolves an empty family to any font at all.
     if (family)
-        m_pFont->setFamily(*family ? QString::fromLocal8Bit(family) : QFont().family());
+        font.setFamily(*family ? QString::fromLocal8Bit(family) : QFont().family());
     if (pointSize > 0)
-        m_pFont->setPointSize(pointSize);
-    m_pFont->setWeight((style & SUBTITLE_STYLE_BOLD) != 0 ? QFont::Bold : QFont::Normal);
-    m_pFont->setStyle((style & SUBTITLE_STYLE_ITALIC) != 0 ? QFont::StyleItalic : QFont::StyleNormal);
+        font.setPointSize(pointSize);
+    font.setWeight((style & SUBTITLE_STYLE_BOLD) != 0 ? QFont::Bold : QFont::Normal);
+    font.setStyle((style & SUBTITLE_STYLE_ITALIC) != 0 ? QFont::StyleItalic : QFont::StyleNormal);
+    LoadFont(font);
+    *m_pFont = font;
     m_bDirty = 1;
-    LoadFont(*m_pFont);
     return 0;
 }
 
@@ -126,16 +132,28 @@ int VideoSubtitle::SetLogoPos(int percent)
 int VideoSubtitle::SetSubtitleFile(const char *path, int track)
 {
     const ScopedLock lock(m_mutex);
-    int result = -1;
-    if (path && *path && m_parserManager.Open(QString::fromLocal8Bit(path), track)) {
-        m_parserManager.SetVideoSize(m_nVideoWidth, m_nVideoHeight);
-        result = 0;
-        if (m_pFont)
-            LoadFont(*m_pFont);
-    }
     m_bDirty = 1;
     m_nAnchorOffset = PercentOf(m_nVideoHeight, 85);
-    return result;
+    if (!path || !*path)
+        return -1;
+    try {
+        return OpenFile(QString::fromLocal8Bit(path), track);
+    } catch (...) {
+        // No parser is left with half a file, and no picture's key with a parser of text.
+        m_parserManager.Open(QString(), 0);
+        m_strSubtitle.clear();
+        throw;
+    }
+}
+
+int VideoSubtitle::OpenFile(const QString &path, int track)
+{
+    if (!m_parserManager.Open(path, track))
+        return -1;
+    m_parserManager.SetVideoSize(m_nVideoWidth, m_nVideoHeight);
+    if (m_pFont)
+        LoadFont(*m_pFont);
+    return 0;
 }
 
 int VideoSubtitle::SetTimeStamp(long ms)
@@ -143,10 +161,15 @@ int VideoSubtitle::SetTimeStamp(long ms)
     const ScopedLock lock(m_mutex);
     if (ms < 0)
         return -1;
-    const QString subtitle = m_parserManager.GetSubtitle(ms);
-    if (subtitle != m_strSubtitle) {
-        m_strSubtitle = subtitle;
-        m_bDirty = 1;
+    try {
+        const QString subtitle = m_parserManager.GetSubtitle(ms);
+        if (subtitle != m_strSubtitle) {
+            m_strSubtitle = subtitle;
+            m_bDirty = 1;
+        }
+    } catch (...) {
+        m_strSubtitle.clear(); // rather none than one of another time
+        throw;
     }
     return 0;
 }
@@ -167,6 +190,7 @@ int VideoSubtitle::DrawSubSurface(AVPicture *frame)
         } else {
             QRect rect;
             *m_pImage = m_parserManager.TextToImage(m_strSubtitle, rect);
+            m_bInk = false;
             m_nSubX = 0;
             m_nSubY = rect.top();
             m_nSubWidth = m_pImage->width();
@@ -182,9 +206,22 @@ void VideoSubtitle::ProcessWatermarkFrame(AVPicture *frame)
 {
     if (!frame->data[0])
         return;
-    m_compositor.SetImage(*m_pImage, QRect(m_nSubX, m_nSubY, m_nSubWidth, m_nSubHeight), m_nVideoWidth, m_nVideoHeight);
+    if (!m_bInk)
+        m_compositor.SetImage(*m_pImage, QRect(m_nSubX, m_nSubY, m_nSubWidth, m_nSubHeight), m_nVideoWidth,
+                              m_nVideoHeight);
     m_compositor.Blend(frame->data[0], frame->linesize[0],
                        {FrameOffset(m_nVideoHeight, m_nLogoPos, m_nAnchorOffset), m_nAlpha});
+}
+
+void VideoSubtitle::LoadFont(const QFont &font)
+{
+    EnsureFonts();
+    m_textPainter.Load(font);
+}
+
+TextStyle VideoSubtitle::Style() const
+{
+    return {*m_pFont, m_nFontColor, m_nOutlineColor, m_bOutline != 0};
 }
 
 void VideoSubtitle::TextToBmp(const QString &text)
@@ -192,25 +229,44 @@ void VideoSubtitle::TextToBmp(const QString &text)
     if (!m_pFont)
         return;
     EnsureFonts();
-    const TextImage painted =
-        PaintText({*m_pFont, m_nFontColor, m_nOutlineColor, m_bOutline != 0}, m_nVideoWidth, m_nVideoHeight, text);
-    m_nAnchorOffset = painted.nTextHeight / 2;
-    m_nSubX = painted.rcText.left();
-    m_nSubY = painted.rcText.top();
-    m_nSubWidth = painted.rcText.width();
-    m_nSubHeight = painted.rcText.height();
-    *m_pImage = painted.image;
+    // What is left half made is made again for the next frame.
+    const int dirty = std::exchange(m_bDirty, 1);
+    m_painted = m_textPainter.Paint(Style(), m_nVideoWidth, m_nVideoHeight, text);
+    m_nAnchorOffset = m_painted.nTextHeight / 2;
+    m_nSubX = m_painted.rcText.left();
+    m_nSubY = m_painted.rcText.top();
+    m_nSubWidth = m_painted.rcText.width();
+    m_nSubHeight = m_painted.rcText.height();
+    // An image of the frame's size costs more than the text in it, so there is one only where someone reads it.
+    *m_pImage = m_painted.image;
+    m_bInk = m_painted.ink.has_value();
+    if (m_bInk)
+        m_compositor.SetText(*m_painted.ink, m_nFontColor, m_nOutlineColor, m_painted.rcText, m_nVideoWidth,
+                             m_nVideoHeight);
+    m_bDirty = dirty;
+}
+
+bool VideoSubtitle::MakeBitmap(const char *utf8, AVPicture &out)
+{
+    try {
+        TextToBmp(QString::fromUtf8(utf8));
+        const QRect rcText(m_nSubX, m_nSubY, m_nSubWidth, m_nSubHeight);
+        const QImage image = MakeImage(m_painted, Style(), m_nVideoWidth, m_nVideoHeight);
+        return !image.isNull() && CreateTextBitmap(out, image, rcText, {m_nFontColor, m_nOutlineColor, m_nAlpha});
+    } catch (const std::bad_alloc &) {
+        return false;
+    }
 }
 
 int VideoSubtitle::TextToBmp(const char *utf8, AVPicture *out, int *rect)
 {
     if (!m_pFont || !out || !rect)
         return -1;
-    TextToBmp(QString::fromUtf8(utf8));
-
-    const QRect rcText(m_nSubX, m_nSubY, m_nSubWidth, m_nSubHeight);
-    if (!CreateTextBitmap(*out, *m_pImage, rcText, {m_nFontColor, m_nOutlineColor, m_nAlpha}))
+    if (!MakeBitmap(utf8, *out)) {
+        FreeTextBitmap(*out);
+        m_bDirty = 1;
         return -1;
+    }
     rect[0] = m_nSubX;
     rect[1] = FrameOffset(m_nVideoHeight, m_nLogoPos, m_nAnchorOffset);
     rect[2] = m_nSubWidth;

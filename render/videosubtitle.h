@@ -3,6 +3,7 @@
 #include "api/libsubtitle.h"
 #include "parsers/parsermanager.h"
 #include "render/compositor.h"
+#include "render/textpainter.h"
 
 #include <QFont>
 #include <QImage>
@@ -14,6 +15,10 @@
  *
  * SetSubFontColor(), SetAlpah(), SetLogoPos(), SetSubtitleFile(), SetTimeStamp() and ProcessFrame() wait for each
  * other; nothing else locks.
+ *
+ * Operations may throw std::bad_alloc. The renderer is then as usable as before: SetSubtitleFile() leaves it without a
+ * file, SetTimeStamp() without a due subtitle, ProcessFrame() with the frame untouched, SetFontParam() with the earlier
+ * font.
  */
 class VideoSubtitle
 {
@@ -51,6 +56,13 @@ public:
     static int ms_nInstanceCount;
 
 private:
+    Q_DECL_HIDDEN TextStyle Style() const;
+    /** Loading a font is a stall that must not fall into the first frame with text. */
+    Q_DECL_HIDDEN void LoadFont(const QFont &font);
+    Q_DECL_HIDDEN int OpenFile(const QString &path, int track);
+    /** False without memory. */
+    Q_DECL_HIDDEN bool MakeBitmap(const char *utf8, AVPicture &out);
+
     friend class VideoSubtitlePeer; // through which tests look inside
 
     ParserManager m_parserManager;
@@ -71,5 +83,8 @@ private:
     int m_nSubHeight = 0;
     QFont *m_pFont = nullptr;
     QImage *m_pImage = nullptr;
+    TextPainter m_textPainter;
+    PaintedText m_painted;
+    bool m_bInk = false; ///< the compositor has the text's ink, and m_pImage is null
     Compositor m_compositor;
 };

@@ -317,6 +317,17 @@ TEST_F(AssEventTest, RemoveSSATags)
     EXPECT_EQ(m_parser.RemoveSSATags(QString()).size(), 0);
 }
 
+TEST_F(AssEventTest, LineBreaksMayBeMany)
+{
+    std::string text;
+    std::string kept;
+    for (int i = 0; i < 5000; ++i) {
+        text += i % 3 == 0 ? "\\N" : "a\\N\\";
+        kept += i % 3 == 0 ? "\n" : "a\n\\";
+    }
+    EXPECT_EQ(Untagged(text), kept);
+}
+
 TEST_F(AssEventTest, RemoveSSATagsLeavesItsArgumentAlone)
 {
     const QString text = QStringLiteral("{a}b\\N");

@@ -51,6 +51,26 @@ TEST_F(CApiTest, NullHandleIsDestroyedByDoingNothing)
     DestroyVideoSubtitle(nullptr);
 }
 
+TEST_F(CApiTest, NullHandleIsRefusedAndTouchesNothing)
+{
+    std::vector<uint8_t> pixels(Width * Height * 3, 90);
+    AVPicture frame = {{pixels.data()}, {Width * 3}};
+    EXPECT_EQ(SetSubtitleFile(nullptr, m_strFile.c_str(), 0), -1);
+    EXPECT_EQ(SetSubtitleTimeStamp(nullptr, 1500), -1);
+    EXPECT_EQ(ProcessSubtitleFrame(nullptr, &frame), -1);
+    EXPECT_EQ(CountChanged(pixels), 0);
+    EXPECT_EQ(SetSubtitleAlpah(nullptr, 1), -1);
+    EXPECT_EQ(SetSubtitlePos(nullptr, 1), -1);
+    EXPECT_EQ(SetSubtitleFontParam(nullptr, "DejaVu Sans", 12, 0), -1);
+    EXPECT_EQ(SetSubtitleFontColor(nullptr, 1, 2, 3), -1);
+    EXPECT_EQ(SetSubtitleOutlineColor(nullptr, 1, 2, 3), -1);
+    AVPicture out = {};
+    int rect[4] = {1, 2, 3, 4};
+    EXPECT_EQ(TextToBmp(nullptr, "x", &out, rect), -1);
+    EXPECT_EQ(out.data[0], nullptr);
+    EXPECT_EQ(rect[0], 1);
+}
+
 TEST_F(CApiTest, BurnsAFileIntoFrames)
 {
     ASSERT_EQ(SetSubtitleFile(m_subtitle, m_strFile.c_str(), 0), 0);

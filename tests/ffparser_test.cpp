@@ -9,6 +9,7 @@
 #include <climits>
 #include <cmath>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 extern "C" {
 #include <libavutil/avutil.h>
@@ -25,12 +26,14 @@ public:
     LogCapture()
     {
         Lines().clear();
+        // FFmpeg says what a callback takes.
+        // cppcheck-suppress constParameter
         av_log_set_callback([](void *context, int level, const char *format, va_list arguments) {
             // FFmpeg's own messages do not begin with a number.
             if (context || level != AV_LOG_ERROR || format[0] != '(')
                 return;
             char line[200];
-            vsnprintf(line, sizeof(line), format, arguments);
+            (void)vsnprintf(line, sizeof(line), format, arguments);
             Lines().emplace_back(line);
         });
     }
@@ -46,6 +49,7 @@ public:
 };
 
 const std::vector<std::string> OpenFailed = {"(105): av_open_input_file x\n"};
+const std::vector<std::string> NoStreamInfo = {"(101): av_find_stream_info x\n"};
 const std::vector<std::string> ReadToTheEnd = {"(90): av_read_frame x\n"};
 
 const char TwoCues[] = "1\n00:00:01,500 --> 00:00:03,500\nHello\nWorld\n\n2\n00:00:04,000 --> 00:00:05,000\nBye\n";
@@ -243,6 +247,19 @@ TEST_F(FFParserTest, FilesThatCannotBeOpened)
     EXPECT_TRUE(m_parser.GetSubtitle(1000).isNull());
 }
 
+TEST_F(FFParserTest, StreamThatCannotBeMadeOutLeavesNoCues)
+{
+    // The pictures have neither a header of their own nor the mark that one starts with.
+    MuxSubtitles(File("a.nut"), {"text", "h264"}, {{0, 1000, 500, "text"}, {1, 1000, 40, "nonsense"}});
+    EXPECT_EQ(Open(File("a.nut")), NoStreamInfo);
+    EXPECT_TRUE(m_parser.GetSubtitle(1000).isNull());
+    // With the mark the same file is read; the container keeps no durations.
+    const std::string marked("\0\0\1nonsense", 11);
+    MuxSubtitles(File("a.nut"), {"text", "h264"}, {{0, 1000, 500, "text"}, {1, 1000, 40, marked}});
+    EXPECT_EQ(Open(File("a.nut")), ReadToTheEnd);
+    EXPECT_EQ(At(1000), "text");
+}
+
 TEST_F(FFParserTest, TruncatedFileKeepsTheCuesReadSoFar)
 {
     std::vector<MuxedPacket> packets;
@@ -301,4 +318,43 @@ TEST(FFParserTimes, ConversionSaturates)
     EXPECT_EQ(TruncateToInt(-1.9), -1);
     EXPECT_EQ(WrapAdd(INT_MAX, 1), INT_MIN);
     EXPECT_EQ(WrapMultiply(1 << 30, 4), 0);
+}
+
+TEST_F(FFParserTest, FilesThatNameOthersAreNotFollowed)
+{
+    // The first two name themselves, which FFmpeg follows until the stack ends or for ever; the third is waited for to grow;
+    // the last makes it listen to the network.
+    for (const char *text : {"ffconcat version 1.0\nfile own\n", "#EXTM3U\n#EXT-X-STREAM-INF:BANDWIDTH=1\nown\n",
+                             "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\nnone.ts\n",
+                             "v=0\no=- 0 0 IN IP4 127.0.0.1\ns=x\nc=IN IP4 127.0.0.1\nt=0 0\nm=video 5004 RTP/AVP 96\n"
+                             "a=rtpmap:96 H264/90000\n"})
+        EXPECT_EQ(Open(m_folder.Write("own", text)), OpenFailed) << text;
+}
+
+TEST_F(FFParserTest, TextBeyondTheLimitIsNotOpened)
+{
+    const std::string path = m_folder.Write("big.vtt", "WEBVTT\n\n00:01.000 --> 00:02.000\nHello\n\n");
+    std::filesystem::resize_file(path, 128 << 20);
+    EXPECT_EQ(Open(path), ReadToTheEnd);
+    EXPECT_EQ(m_parser.GetSubtitle(1500), QStringLiteral("Hello"));
+    std::filesystem::resize_file(path, (128 << 20) + 1);
+    EXPECT_EQ(Open(path), OpenFailed);
+}
+
+TEST_F(FFParserTest, PipeIsNotWaitedFor)
+{
+    ASSERT_EQ(mkfifo(File("pipe.mkv").c_str(), 0600), 0);
+    EXPECT_EQ(Open(File("pipe.mkv")), OpenFailed);
+}
+
+TEST_F(FFParserTest, ReadsNoFurtherThanTheTextOfHonestFilesGoes)
+{
+    // 128 MiB are passed by the fourth.
+    std::vector<MuxedPacket> packets;
+    for (int i = 1; i <= 6; ++i)
+        packets.push_back({0, i * 1000, 500, std::string(33 << 20, 'x')});
+    MuxSubtitles(File("big.mkv"), {"subrip"}, packets);
+    EXPECT_EQ(Open(File("big.mkv")), ReadToTheEnd);
+    EXPECT_EQ(m_parser.GetSubtitle(4000).size(), 33 << 20);
+    EXPECT_EQ(m_parser.GetSubtitle(5000), QString());
 }

@@ -29,13 +29,13 @@ TEST_F(VideoSubtitleTest, UnchangedSubtitleIsBlendedAgainFromTheKeptImage)
     OpenCues();
     m_renderer.SetTimeStamp(1500);
     ExpectFrameShows(QStringLiteral("one"));
-    const qint64 key = m_peer.Image()->cacheKey();
+    const std::uint64_t *ink = m_peer.Ink();
     m_renderer.SetTimeStamp(1600);
     m_renderer.SetAlpah(100);
     ExpectFrameShows(QStringLiteral("one"));
     m_renderer.SetLogoPos(20);
     ExpectFrameShows(QStringLiteral("one"));
-    EXPECT_EQ(m_peer.Image()->cacheKey(), key);
+    EXPECT_EQ(m_peer.Ink(), ink);
 }
 
 TEST_F(VideoSubtitleTest, ColoursAndFontTakeEffectAtTheNextFrame)
@@ -124,10 +124,10 @@ TEST_F(VideoSubtitleTest, TextToBmpHandsOutTheTextAndItsPlace)
     m_renderer.SetAlpah(200);
     for (const char *text : {"Hello", "Grüße\n世界", "", "Hello"}) {
         ASSERT_EQ(m_renderer.TextToBmp(text, &out, rect), 0);
-        const TextImage plain = PaintTextPlainly({*m_peer.Font(), m_peer.FontColor(), m_peer.OutlineColor(), true},
+        const PlainText plain = PaintTextPlainly({*m_peer.Font(), m_peer.FontColor(), m_peer.OutlineColor(), true},
                                                  Width, Height, QString::fromUtf8(text));
         EXPECT_EQ(m_peer.Rect(), plain.rcText);
-        EXPECT_TRUE(*m_peer.Image() == plain.image);
+        EXPECT_TRUE(m_peer.Text() == plain.image);
         EXPECT_EQ(rect[0], plain.rcText.left());
         EXPECT_EQ(rect[1], 85 * Height / 100 - plain.nTextHeight / 2);
         EXPECT_EQ(rect[2], plain.rcText.width());
@@ -237,7 +237,7 @@ TEST(VideoSubtitleSizes, FramesOfEverySmallSize)
             GuardedFrame expected(width, height, 3);
             AVPicture picture = frame.Picture();
             renderer.ProcessFrame(&picture);
-            const TextImage plain =
+            const PlainText plain =
                 PaintTextPlainly({*peer.Font(), 0xFFFFFFFF, 0xFF0A0A0A, true}, width, height, QStringLiteral("Hi jÅ"));
             picture = expected.Picture();
             BlendPlainly(picture.data[0], picture.linesize[0],

@@ -22,7 +22,6 @@
 
 // Read by LeakSanitizer, where it is built in: what Qt's offscreen platform and
 // others leave behind is not the library's.
-// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" const char *__lsan_default_suppressions()
 {
     return "leak:libqoffscreen\nleak:QScreen::QScreen\nleak:QPlatformScreen::QPlatformScreen\n"
@@ -33,7 +32,6 @@ extern "C" const char *__lsan_default_options()
 {
     return "print_suppressions=0";
 }
-// NOLINTEND(bugprone-reserved-identifier)
 
 namespace
 {
@@ -51,6 +49,8 @@ void Expect(bool condition, const char *what)
 
 /** The library's functions, found as a host without its header's prototypes at link time finds them. */
 struct Library {
+    // A task closes it when it likes.
+    // cppcheck-suppress noDestructor
     explicit Library(const char *path) : pLibrary(dlopen(path, RTLD_NOW | RTLD_LOCAL))
     {
         if (!pLibrary)
@@ -63,6 +63,8 @@ struct Library {
         Find(pSetTime, "SetSubtitleTimeStamp");
         Find(pProcess, "ProcessSubtitleFrame");
     }
+    Library(const Library &) = delete;
+    Library &operator=(const Library &) = delete;
 
     template <typename Function>
     void Find(Function &function, const char *name) const

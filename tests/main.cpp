@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 // Read by AddressSanitizer, where it is built in: allocations that cannot be had are part of the tests.
-extern "C" const char *__asan_default_options() // NOLINT(bugprone-reserved-identifier)
+extern "C" const char *__asan_default_options()
 {
     return "allocator_may_return_null=1";
 }

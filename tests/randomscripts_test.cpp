@@ -173,7 +173,8 @@ TEST_F(RandomScripts, SrtScriptsReadAsPlainly)
         SCOPED_TRACE("script " + std::to_string(i) + ":\n" + bytes);
         ASSERT_NE(parser.Open(Write(bytes), static_cast<int>(writer.Below(3))), 0);
         const auto items = ReadSrtPlainly(LinesPlainly(bytes));
-        const QList<SrtSubtitleItem> &parsed = SrtParserPeer(parser).Items();
+        const SrtParserPeer peer(parser);
+        const QList<SrtSubtitleItem> &parsed = peer.Items();
         ASSERT_EQ(static_cast<std::size_t>(parsed.size()), items.size());
         for (std::size_t n = 0; n < items.size(); ++n) {
             ASSERT_EQ(parsed[static_cast<int>(n)].nStart, items[n].nStart);

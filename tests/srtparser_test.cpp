@@ -41,7 +41,8 @@ TEST_F(SrtParserTest, ReadsTheUsualLayout)
 TEST_F(SrtParserTest, EveryBlankLineAddsAnEmptyCueBehindItsOwn)
 {
     Open("1\n00:00:01,000 --> 00:00:02,000\nHello\nWorld\n\n2\n00:00:03,000 --> 00:00:04,000\nBye");
-    const QList<SrtSubtitleItem> &items = SrtParserPeer(m_parser).Items();
+    const SrtParserPeer peer(m_parser);
+    const QList<SrtSubtitleItem> &items = peer.Items();
     ASSERT_EQ(items.size(), 3);
     const SrtSubtitleItem expected[] = {
         {1000, 2000, QStringLiteral("Hello\nWorld")}, {1000, 2000, QString()}, {3000, 4000, QStringLiteral("Bye")}};
@@ -180,6 +181,13 @@ TEST_F(SrtParserTest, BaseClassOperationsAreInherited)
     m_parser.SetVideoSize(1, 1);
     EXPECT_TRUE(m_parser.TextToImage(QStringLiteral("0"), rect).isNull());
     EXPECT_EQ(rect, QRect(1, 2, 3, 4));
+}
+
+TEST_F(SrtParserTest, CuesBeyondTheLimitAreNotKept)
+{
+    Open("1\n00:00:01,000 --> 00:00:02,000\nfirst\n" + std::string(MaxCues + 10, '\n'));
+    EXPECT_EQ(SrtParserPeer(m_parser).Items().size(), MaxCues);
+    EXPECT_EQ(At(1500), "first");
 }
 
 TEST(ParseTime, ReadsStampsWithTheirTruncation)

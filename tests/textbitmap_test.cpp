@@ -30,6 +30,13 @@ protected:
     AVPicture m_out = {};
 };
 
+QImage Blank(int width, int height)
+{
+    QImage image(width, height, QImage::Format_ARGB32);
+    image.fill(0);
+    return image;
+}
+
 constexpr BitmapColors White = {0xFFFFFFFF, 0xFF0A0A0A, 255};
 
 } // namespace
@@ -64,7 +71,7 @@ TEST_F(TextBitmapTest, ColumnsBeyondAnEdgeComeFromTheNeighbouringRow)
 
 TEST_F(TextBitmapTest, PaletteHoldsTextAndOutlineAsYuvWithAlpha)
 {
-    const QImage image(1, 1, QImage::Format_ARGB32);
+    const QImage image = Blank(1, 1);
     ASSERT_TRUE(CreateTextBitmap(m_out, image, image.rect(), {0xFFFFFFFF, 0xFF0A0A0A, 77}));
     EXPECT_EQ(Entry(0), (std::vector<int>{0, 0, 0, 0}));
     EXPECT_EQ(Entry(1), (std::vector<int>{128, 128, 235, 77}));
@@ -75,7 +82,7 @@ TEST_F(TextBitmapTest, PaletteHoldsTextAndOutlineAsYuvWithAlpha)
 
 TEST_F(TextBitmapTest, PaletteTakesBlueForRed)
 {
-    const QImage image(1, 1, QImage::Format_ARGB32);
+    const QImage image = Blank(1, 1);
     ASSERT_TRUE(CreateTextBitmap(m_out, image, image.rect(), {0xFF0000FF, 0xFFFF0000, 255}));
     // Pure blue comes out as BT.601's red (Y 82, U 90, V 240), pure red as its blue (Y 41, U 240, V 110).
     EXPECT_EQ(Entry(1), (std::vector<int>{240, 90, 82, 255}));
@@ -84,7 +91,7 @@ TEST_F(TextBitmapTest, PaletteTakesBlueForRed)
 
 TEST_F(TextBitmapTest, EveryGreyKeepsNeutralChroma)
 {
-    const QImage image(1, 1, QImage::Format_ARGB32);
+    const QImage image = Blank(1, 1);
     for (unsigned grey = 0; grey < 256; ++grey) {
         const quint32 color = 0xFF000000 | grey << 16 | grey << 8 | grey;
         ASSERT_TRUE(CreateTextBitmap(m_out, image, image.rect(), {color, color, 255}));
@@ -94,7 +101,7 @@ TEST_F(TextBitmapTest, EveryGreyKeepsNeutralChroma)
 
 TEST_F(TextBitmapTest, SecondBitmapFreesTheFirst)
 {
-    const QImage image(20, 20, QImage::Format_ARGB32);
+    const QImage image = Blank(20, 20);
     for (int i = 0; i < 3; ++i)
         ASSERT_TRUE(CreateTextBitmap(m_out, image, image.rect(), White));
 }
@@ -103,7 +110,7 @@ TEST_F(TextBitmapTest, OtherMembersOfThePictureAreLeftAlone)
 {
     m_out.linesize[1] = 4711;
     m_out.data[2] = reinterpret_cast<uint8_t *>(this);
-    const QImage image(2, 2, QImage::Format_ARGB32);
+    const QImage image = Blank(2, 2);
     ASSERT_TRUE(CreateTextBitmap(m_out, image, image.rect(), White));
     EXPECT_EQ(m_out.linesize[1], 4711);
     EXPECT_EQ(m_out.data[2], reinterpret_cast<uint8_t *>(this));
@@ -111,7 +118,7 @@ TEST_F(TextBitmapTest, OtherMembersOfThePictureAreLeftAlone)
 
 TEST_F(TextBitmapTest, TooLargeABitmapIsRefused)
 {
-    const QImage image(1, 1, QImage::Format_ARGB32);
+    const QImage image = Blank(1, 1);
     EXPECT_FALSE(CreateTextBitmap(m_out, image, QRect(0, 0, 1 << 30, 1 << 20), White));
     EXPECT_EQ(m_out.data[0], nullptr);
     EXPECT_EQ(m_out.data[1], nullptr);

@@ -4,6 +4,7 @@
 #include "support/paintoracle.h"
 
 #include <QFontInfo>
+#include <array>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -52,10 +53,18 @@ TextStyle Style(const QFont &font, const Look &look = {})
     return style;
 }
 
+/** One painter for all, so that the glyphs that it keeps are put to use. */
+PlainText PaintText(const TextStyle &style, int width, int height, const QString &text)
+{
+    static TextPainter painter;
+    const PaintedText painted = painter.Paint(style, width, height, text);
+    return {MakeImage(painted, style, width, height), painted.rcText, painted.nTextHeight};
+}
+
 void ExpectAsPlain(const TextStyle &style, const QSize &size, const QString &text)
 {
-    const TextImage painted = PaintText(style, size.width(), size.height(), text);
-    const TextImage plain = PaintTextPlainly(style, size.width(), size.height(), text);
+    const PlainText painted = PaintText(style, size.width(), size.height(), text);
+    const PlainText plain = PaintTextPlainly(style, size.width(), size.height(), text);
     EXPECT_EQ(painted.rcText, plain.rcText);
     EXPECT_EQ(painted.nTextHeight, plain.nTextHeight);
     EXPECT_TRUE(painted.image == plain.image) << size.width() << "x" << size.height() << " "
@@ -128,7 +137,7 @@ TEST(TextPainter, PaintsAsTheSingleDrawsAtRandom)
 {
     std::mt19937 random(20);
     const auto below = [&](int bound) { return static_cast<int>(random() % static_cast<unsigned>(bound)); };
-    const QString alphabet = QStringLiteral("abcdefgjW,.!  \nÄßđ\u0301\u0323\u0489ДЖфعربيםש中文字かな한글");
+    const QString alphabet = QStringLiteral("abcdefgjW,.!  \n\t😀Äßđ\u0301\u0323\u0489ДЖфعربيםש中文字かな한글");
     for (int i = 0; i < 400; ++i) {
         QString text;
         for (int n = below(60); n > 0; --n)
@@ -140,6 +149,29 @@ TEST(TextPainter, PaintsAsTheSingleDrawsAtRandom)
     }
 }
 
+TEST(TextPainter, PaintsBigTextAsTheSingleDrawsAtRandom)
+{
+    std::mt19937 random(21);
+    const auto below = [&](int bound) { return static_cast<int>(random() % static_cast<unsigned>(bound)); };
+    const QString alphabet = QStringLiteral("abcdefgjkoqsWQ8&@,.!    \nÄŮÅßđ\u0301\u0323ДЖфعربيםש中文かな한");
+    const std::array<const char *, 4> families = {"DejaVu Sans", "DejaVu Serif", "DejaVu Sans Mono",
+                                                  "Noto Sans CJK JP"};
+    for (int i = 0; i < 60; ++i) {
+        QString text;
+        for (int n = 1 + below(30); n > 0; --n)
+            text += alphabet[below(alphabet.size())];
+        QFont font(QString::fromLatin1(families[below(4)]));
+        font.setPixelSize(65 + below(120));
+        ExpectAsPlain(Style(font, {below(3) == 0, below(3) == 0}), {200 + below(1500), 60 + below(500)}, text);
+    }
+}
+
+TEST(TextPainter, PaintsGreatTextAsTheSingleDraws)
+{
+    for (const int pixelSize : {64, 65, 511, 512, 513, 700})
+        ExpectAsPlain(Style(TestFont(pixelSize)), {1400, 700}, QStringLiteral("Åg"));
+}
+
 TEST(TextPainter, PaintsAsTheSingleDrawsWithEqualOrBlackColours)
 {
     TextStyle style = Style(TestFont(20));
@@ -149,6 +181,36 @@ TEST(TextPainter, PaintsAsTheSingleDrawsWithEqualOrBlackColours)
     ExpectAsPlain(style, {200, 100}, QStringLiteral("black outline"));
     style.bOutline = false;
     ExpectAsPlain(style, {200, 100}, QStringLiteral("no outline"));
+}
+
+TEST(TextPainter, PaintsImagesAsTheSingleDrawsWhereLinesBeginAtTheFramesSide)
+{
+    for (int width = 40; width < 72; ++width)
+        ExpectAsPlain(Style(TestFont(13)), {width, 60}, QStringLiteral("😀👍🏽\n\tx😀 \n\u0634😀😀"));
+}
+
+TEST(TextPainter, PaintsAsTheSingleDrawsWhereTextReachesFarBeyondTheFrame)
+{
+    for (const int pixelSize : {14, 70}) {
+        const QString wide = QStringLiteral("W😀").repeated(60).replace(QLatin1Char(' '), QChar(0x00A0));
+        ExpectAsPlain(Style(TestFont(pixelSize)), {90, 50}, wide + QStringLiteral("\n").repeated(9) + wide);
+        ExpectAsPlain(Style(TestFont(pixelSize)), {91, 50}, QString(200, QLatin1Char('W')));
+    }
+}
+
+TEST(TextPainter, PaintsTheBeginningOfEndlessText)
+{
+    const TextStyle style = Style(TestFont(9));
+    constexpr int Size = TextPainter::MaxTextSize;
+    const auto height = [&](const QString &text) { return PaintText(style, 64, 64, text).nTextHeight; };
+    const int beginning = height(QString(Size, QLatin1Char('\n')));
+    EXPECT_EQ(height(QString(50 * Size, QLatin1Char('\n'))), beginning);
+    EXPECT_LT(height(QString(Size - 1, QLatin1Char('\n'))), beginning);
+
+    // Half of an emoji would be painted as an empty box.
+    const QString lines(Size - 1, QLatin1Char('\n'));
+    EXPECT_EQ(PaintText(style, 64, 64, lines + QStringLiteral("😀")).rcText.width(),
+              PaintText(style, 64, 64, lines).rcText.width());
 }
 
 TEST(TextPainter, PaintsTwoColoursOnly)
@@ -173,7 +235,7 @@ TEST(TextPainter, PaintsTwoColoursOnly)
 
 TEST(TextPainter, RectangleIsCentredAndAPixelTallerThanTheText)
 {
-    const TextImage painted = PaintText(Style(TestFont(41)), 720, 576, QStringLiteral("Hello, World"));
+    const PlainText painted = PaintText(Style(TestFont(41)), 720, 576, QStringLiteral("Hello, World"));
     QImage canvas(720, 576, QImage::Format_ARGB32);
     canvas.setDotsPerMeterX(3780);
     canvas.setDotsPerMeterY(3780);
@@ -194,20 +256,40 @@ TEST(TextPainter, WideTextWrapsAndGrowsTaller)
     const TextStyle style = Style(TestFont(20));
     const QString text = QStringLiteral("one two three four five six seven eight nine ten");
     const int oneLine = PaintText(style, 2000, 200, text).nTextHeight;
-    const TextImage wrapped = PaintText(style, 150, 200, text);
+    const PlainText wrapped = PaintText(style, 150, 200, text);
     EXPECT_GE(wrapped.nTextHeight, 4 * oneLine - 4);
     EXPECT_LE(wrapped.rcText.width(), 152);
 }
 
 TEST(TextPainter, EmptyTextIsTwoPixelsWide)
 {
-    const TextImage painted = PaintText(Style(TestFont(20)), 200, 100, QString());
+    const PlainText painted = PaintText(Style(TestFont(20)), 200, 100, QString());
     EXPECT_EQ(painted.rcText.width(), 2);
     EXPECT_EQ(painted.rcText.left(), 100);
 }
 
 TEST(TextPainter, FrameThatNoImageHoldsGivesNone)
 {
-    const TextImage painted = PaintText(Style(TestFont(20)), 1 << 20, 1 << 20, QStringLiteral("text"));
+    const PlainText painted = PaintText(Style(TestFont(20)), 1 << 20, 1 << 20, QStringLiteral("text"));
     EXPECT_TRUE(painted.image.isNull());
+}
+
+TEST(TextPainter, ManyGlyphsAreForgottenAndLookTheSameAgain)
+{
+    const TextStyle style = Style(TestFont(70));
+    const QString text = QStringLiteral("Hello, World");
+    ExpectAsPlain(style, {1280, 720}, text);
+    // More shapes than are kept, from the 20,000 ideographs.
+    TextPainter painter;
+    const PaintedText first = painter.Paint(style, 1280, 720, text);
+    ASSERT_TRUE(first.ink);
+    for (int nCue = 0; nCue < 90; ++nCue) {
+        QString ideographs;
+        for (int n = 0; n < 50; ++n)
+            ideographs += QChar(0x4E00 + 50 * nCue + n);
+        const PaintedText painted = painter.Paint(style, 1280, 720, ideographs);
+        ASSERT_TRUE(painted.ink) << nCue;
+    }
+    const PaintedText again = painter.Paint(style, 1280, 720, text);
+    EXPECT_TRUE(MakeImage(again, style, 1280, 720) == MakeImage(first, style, 1280, 720));
 }

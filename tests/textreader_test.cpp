@@ -4,6 +4,7 @@
 #include <QTextCodec>
 #include <clocale>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 using namespace std::string_literals;
 
@@ -208,15 +209,60 @@ TEST(TextReader, ReadLineWNeverReportsTheEnd)
 TEST(TextReader, ByteReadersLeaveTheLineAloneAtTheEnd)
 {
     const TemporaryFolder folder;
-    QFile file(QString::fromStdString(folder.Write("file", "a")));
+    QFile file(QString::fromStdString(folder.Write("file", "a\nb")));
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     QString line;
     EXPECT_TRUE(ReadLineU8(file, line));
+    EXPECT_EQ(line, QStringLiteral("a"));
+    EXPECT_TRUE(ReadLineLocal(file, line));
+    EXPECT_EQ(line, QStringLiteral("b"));
     EXPECT_FALSE(ReadLineU8(file, line));
-    EXPECT_EQ(line, QStringLiteral("a"));
     EXPECT_FALSE(ReadLineLocal(file, line));
-    EXPECT_EQ(line, QStringLiteral("a"));
+    EXPECT_EQ(line, QStringLiteral("b"));
     QByteArray bytes("before");
     EXPECT_FALSE(ReadLineA(file, bytes));
     EXPECT_TRUE(bytes.isEmpty());
+}
+
+TEST(TextReader, FileBeyondTheLimitHasNoLines)
+{
+    const TemporaryFolder folder;
+    const std::string path = folder.Write("file", "a\nb\n");
+    const auto linesAtSize = [&](qint64 size) {
+        std::filesystem::resize_file(path, static_cast<std::uintmax_t>(size)); // a hole of zeros that takes no room
+        TextReader reader;
+        reader.Open(QString::fromStdString(path));
+        return reader.GetLineCount();
+    };
+    EXPECT_EQ(linesAtSize(TextReader::MaxFileSize), 3);
+    EXPECT_EQ(linesAtSize(TextReader::MaxFileSize + 1), 0);
+    EXPECT_EQ(linesAtSize(5LL << 30), 0);
+}
+
+TEST(TextReader, LinesBeyondTheLimitAreNotRead)
+{
+    const TemporaryFolder folder;
+    for (const std::string &mark : {""s, "\xFF\xFE"s}) {
+        std::string bytes = mark + "a" + std::string(mark.empty() ? 0 : 1, '\0');
+        const std::string end = "\n" + std::string(mark.empty() ? 0 : 1, '\0');
+        for (std::size_t i = 0; i < TextReader::MaxLines + 2; ++i)
+            bytes += end;
+        TextReader reader;
+        reader.Open(QString::fromStdString(folder.Write("file", bytes)));
+        EXPECT_EQ(reader.GetLineCount(), static_cast<int>(TextReader::MaxLines));
+        EXPECT_EQ(reader.GetLine(0), QStringLiteral("a"));
+        EXPECT_EQ(reader.GetLine(reader.GetLineCount() - 1), QString());
+    }
+}
+
+TEST(TextReader, WhatIsNoRegularFileHasNoLinesAndIsNotWaitedFor)
+{
+    const TemporaryFolder folder;
+    const std::string pipe = (folder.Path() / "pipe").string();
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    for (const std::string &path : {pipe, folder.Path().string(), "/dev/zero"s}) {
+        TextReader reader;
+        reader.Open(QString::fromStdString(path));
+        EXPECT_EQ(reader.GetLineCount(), 0) << path;
+    }
 }

@@ -1,7 +1,11 @@
 #include "textio/textreader.h"
 
+#include "textio/regularfile.h"
+
+#include <QTextCodec>
 #include <QtEndian>
 #include <array>
+#include <cstring>
 #include <utility>
 
 namespace
@@ -9,6 +13,28 @@ namespace
 
 /** Starts every UTF-16 line; QString::fromUtf16() takes it for a byte-order mark in host order and drops it. */
 constexpr char16_t StrayUnit = 0xFEFF;
+
+constexpr char LineFeed = '\n';
+
+/** Appends bytes without their CRs. A CR never ends a line, not even in a file that has no LF: this is meant. */
+void AppendLine(QByteArray &to, const char *bytes, int count)
+{
+    const char *const end = bytes + count;
+    while (bytes < end) {
+        const auto *found = static_cast<const char *>(std::memchr(bytes, '\r', end - bytes));
+        const char *const part = found ? found : end;
+        to.append(bytes, static_cast<int>(part - bytes));
+        bytes = part + 1;
+    }
+}
+
+bool IsAscii(const char *bytes, int count)
+{
+    unsigned char any = 0;
+    for (int i = 0; i < count; ++i)
+        any |= static_cast<unsigned char>(bytes[i]);
+    return any < 0x80;
+}
 
 struct Utf16Line {
     QString strText;
@@ -36,20 +62,59 @@ Utf16Line ReadUtf16Line(QFile &file, bool littleEndian)
     return {QString::fromUtf16(text, units.size() / 2), terminated};
 }
 
+/** Makes the lines that ReadLineA() reads. */
+void SplitBytes(const QByteArray &bytes, TextLines &text)
+{
+    text.bytes.reserve(bytes.size());
+    const char *from = bytes.constData();
+    const char *const end = from + bytes.size();
+    while (from < end && text.listStarts.size() <= TextReader::MaxLines) {
+        const auto *found = static_cast<const char *>(std::memchr(from, LineFeed, end - from));
+        const char *const to = found ? found : end;
+        AppendLine(text.bytes, from, static_cast<int>(to - from));
+        if (found || text.bytes.size() > text.listStarts.back())
+            text.listStarts.push_back(text.bytes.size());
+        from = to + 1;
+    }
+}
+
+/** ReadLineW() never reports the end, which would fill the memory here; stops where the readers of bytes do. */
+void SplitUtf16(QFile &file, TextLines &text)
+{
+    while (text.listStarts.size() <= TextReader::MaxLines) {
+        const Utf16Line line = ReadUtf16Line(file, text.nEncode == EncodeU16Le);
+        if (!line.bTerminated && line.strText.isEmpty())
+            return;
+        text.bytes.append(reinterpret_cast<const char *>(line.strText.constData()),
+                          line.strText.size() * static_cast<int>(sizeof(QChar)));
+        text.listStarts.push_back(text.bytes.size());
+        if (!line.bTerminated)
+            return;
+    }
+}
+
+/** False also where what is left cannot be read. */
+bool IsAtEnd(QFile &file)
+{
+    char rest = 0;
+    return file.read(&rest, 1) == 0;
+}
+
 } // namespace
 
 bool ReadLineA(QFile &file, QByteArray &bytes)
 {
     bytes.clear();
-    char byte;
-    while (file.getChar(&byte)) {
-        if (byte == '\n')
-            return true;
-        // A CR never ends a line, not even in a file that has no LF: this is meant.
-        if (byte != '\r')
-            bytes.append(byte);
+    std::array<char, 4096> part;
+    bool terminated = false;
+    while (!terminated) {
+        const auto count = static_cast<int>(file.readLine(part.data(), part.size()));
+        if (count <= 0)
+            break;
+        terminated = part[count - 1] == LineFeed;
+        AppendLine(bytes, part.data(), count - static_cast<int>(terminated));
     }
-    return !bytes.isEmpty();
+    return terminated || !bytes.isEmpty();
 }
 
 bool ReadLineLocal(QFile &file, QString &line)
@@ -93,33 +158,50 @@ TextReader::~TextReader() = default;
 void TextReader::Open(const QString &path)
 {
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
+    if (!OpenRegularFile(file) || file.size() > MaxFileSize)
         return;
-    const int encode = DetectEncode(file);
-
-    if (encode == EncodeU16Le || encode == EncodeU16Be) {
-        // ReadLineW() never reports the end, which would fill the memory here; stop where the UTF-8 readers do.
-        for (;;) {
-            const Utf16Line line = ReadUtf16Line(file, encode == EncodeU16Le);
-            if (!line.bTerminated && line.strText.isEmpty())
-                return;
-            m_listLines.append(line.strText);
-        }
-    }
-    const auto readLine = encode == EncodeUtf8 ? ReadLineU8 : ReadLineLocal;
-    QString line;
-    while (readLine(file, line))
-        m_listLines.append(line);
+    constexpr int Utf8Mib = 106;
+    const QTextCodec *codec = QTextCodec::codecForLocale();
+    TextLines text = {DetectEncode(file), codec && codec->mibEnum() == Utf8Mib, {}, {0}};
+    if (file.error() != QFileDevice::NoError)
+        return;
+    if (text.nEncode == EncodeU16Le || text.nEncode == EncodeU16Be)
+        SplitUtf16(file, text);
+    else
+        SplitBytes(file.readAll(), text);
+    // Half a file would show cues that never end. A read that fails behind others brings less and says nothing.
+    const bool isCut = text.listStarts.size() > MaxLines;
+    if (file.error() != QFileDevice::NoError || (!isCut && !IsAtEnd(file)))
+        return;
+    m_listTexts.push_back(std::move(text));
 }
 
 int TextReader::GetLineCount() const
 {
-    return m_listLines.size();
+    int count = 0;
+    for (const TextLines &text : m_listTexts)
+        count += static_cast<int>(text.listStarts.size()) - 1;
+    return count;
 }
 
 QString TextReader::GetLine(int index) const
 {
-    return m_listLines.at(index);
+    auto text = m_listTexts.begin();
+    for (; index >= static_cast<int>(text->listStarts.size()) - 1; ++text)
+        index -= static_cast<int>(text->listStarts.size()) - 1;
+    const char *line = text->bytes.constData() + text->listStarts[index];
+    const int size = text->listStarts[index + 1] - text->listStarts[index];
+    switch (text->nEncode) {
+    case EncodeLocal:
+        // Most lines are ASCII, and codecs are slow.
+        if (text->bAsciiIsItself && IsAscii(line, size))
+            return QString::fromLatin1(line, size);
+        return QString::fromLocal8Bit(line, size);
+    case EncodeUtf8:
+        return QString::fromUtf8(line, size);
+    default:
+        return QString(reinterpret_cast<const QChar *>(line), size / static_cast<int>(sizeof(QChar)));
+    }
 }
 
 int TextReader::DetectEncode(QFile &file)

@@ -2,8 +2,9 @@
 
 #include <QByteArray>
 #include <QFile>
-#include <QList>
 #include <QString>
+
+#include <vector>
 
 /** What TextReader::DetectEncode() finds at the start of a file. */
 enum TextEncode {
@@ -13,10 +14,19 @@ enum TextEncode {
     EncodeU16Be = 3  ///< FE FF
 };
 
+/** One file's text without line ends, and where its lines begin in it; the last entry is the end. */
+struct TextLines {
+    int nEncode;
+    bool bAsciiIsItself; ///< in the locale's codec
+    QByteArray bytes;
+    std::vector<int> listStarts;
+};
+
 /**
  * The lines of a text file, without their line ends, decoded by the byte-order mark at its start.
  *
- * The whole file is held in memory. One object serves one thread at a time.
+ * The whole file is held in memory as it is stored; a line is decoded when it is asked for. No honest subtitle file comes
+ * near the limits, and a file made to exhaust the memory goes no further. One object serves one thread at a time.
  */
 class TextReader
 {
@@ -26,9 +36,15 @@ public:
     TextReader(const TextReader &) = delete;
     TextReader &operator=(const TextReader &) = delete;
 
+    /** Bytes of the largest file that is read. */
+    static constexpr qint64 MaxFileSize = qint64{128} * 1024 * 1024;
+    /** Lines read of a file; what follows them is not. */
+    static constexpr std::size_t MaxLines = std::size_t{16} * 1024 * 1024;
+
     /**
      * Reads a file's lines and appends them to those held already.
-     * @param path  a file that is missing or cannot be read has no lines.
+     * @param path  a file that is missing, cannot be read or is larger than MaxFileSize has no lines, and so has
+     *              what is no regular file.
      */
     void Open(const QString &path);
 
@@ -45,7 +61,7 @@ public:
     static int DetectEncode(QFile &file);
 
 private:
-    QList<QString> m_listLines;
+    std::vector<TextLines> m_listTexts; ///< in the order of Open()
 };
 
 /**

@@ -28,6 +28,7 @@ Examples:
   subburn --subtitles film.srt --font "DejaVu Sans" --size 28 --color yellow --crf 18 film.mkv burnt.mkv
   subburn --list film.mkv
   subburn --track 1 film.mkv burnt.mkv
+  subburn --subtitles film.idx --track 2 film.mkv burnt.mkv
   subburn --subtitles film.srt --snapshot 12.5 --snapshot 1:00:07 film.mkv look.png
   decoder | subburn --subtitles film.srt --pipe 1280x720@30000/1001 | encoder
 
@@ -88,10 +89,13 @@ void CommandLine::AddFiles()
     m_app.add_option("OUTPUT", m_options.strOutput, "File to write; its extension tells the container")->type_name("");
     m_app
         .add_option("--subtitles", m_options.subtitles.strFile,
-                    "Subtitle file, or any file with subtitle tracks; INPUT without this option")
+                    "Subtitle file, .idx of a VobSub pair, or any file with subtitle tracks;\n"
+                    "INPUT without this option")
         ->option_text("FILE")
         ->group("Subtitles");
-    m_app.add_option("--track", m_options.subtitles.nTrack, "Subtitle track of that file, from 0")
+    m_app
+        .add_option("--track", m_options.subtitles.nTrack,
+                    "Subtitle track of that file as --list numbers it, 0 without this option")
         ->option_text("N")
         ->check(CLI::NonNegativeNumber)
         ->group("Subtitles");

@@ -8,7 +8,7 @@
 namespace
 {
 
-const std::chrono::milliseconds Interval(250);
+constexpr std::chrono::milliseconds Interval(250);
 
 std::string ShortTime(int64_t nMicroseconds)
 {
@@ -31,14 +31,14 @@ Console::~Console()
 void Console::ClearLine()
 {
     if (m_bLine)
-        std::fputs("\r\033[K", stderr);
+        (void)std::fputs("\r\033[K", stderr);
     m_bLine = false;
 }
 
 void Console::Warn(const std::string &strFile, const std::string &strText)
 {
     ClearLine();
-    std::fprintf(stderr, "subburn: warning: %s: %s\n", strFile.c_str(), strText.c_str());
+    (void)std::fprintf(stderr, "subburn: warning: %s: %s\n", strFile.c_str(), strText.c_str());
 }
 
 void Console::Note(const std::string &strText)
@@ -46,7 +46,7 @@ void Console::Note(const std::string &strText)
     if (m_bQuiet)
         return;
     ClearLine();
-    std::fprintf(m_pNotes, "%s\n", strText.c_str());
+    (void)std::fprintf(m_pNotes, "%s\n", strText.c_str());
 }
 
 void Console::Progress(int64_t nFrames, int64_t nDone, int64_t nTotal)
@@ -61,11 +61,11 @@ void Console::Progress(int64_t nFrames, int64_t nDone, int64_t nTotal)
     if (nTotal > 0)
         strLine += " of " + ShortTime(nTotal);
     std::array<char, 32> listSpeed{};
-    std::snprintf(listSpeed.data(), listSpeed.size(), ", %.2fx", dSpeed);
+    (void)std::snprintf(listSpeed.data(), listSpeed.size(), ", %.2fx", dSpeed);
     strLine += listSpeed.data();
     if (nTotal > nDone && dSpeed > 0)
         strLine += ", done in " + ShortTime(static_cast<int64_t>(static_cast<double>(nTotal - nDone) / dSpeed));
     ClearLine();
-    std::fputs(strLine.c_str(), stderr);
+    (void)std::fputs(strLine.c_str(), stderr);
     m_bLine = true;
 }

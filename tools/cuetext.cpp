@@ -20,6 +20,28 @@ struct Replacement {
 // ReadOrder,Layer,Style,Name,MarginL,MarginR,MarginV,Effect come before the text.
 const int AssFieldsBeforeText = 8;
 const View NoBreakSpace = "\xc2\xa0";
+constexpr size_t LongestTagName = 6;
+
+/** Finds a character in a text from places that only go forward, and looks at each place once. */
+class NextOf
+{
+public:
+    NextOf(View strText, char cWanted) : m_strText(strText), m_nFound(strText.find(cWanted)), m_cWanted(cWanted) {}
+
+    /** Where the first one is in @p strRest, the rest of the text; View::npos when there is none. */
+    size_t In(View strRest)
+    {
+        const size_t nFrom = m_strText.size() - strRest.size();
+        if (m_nFound < nFrom)
+            m_nFound = m_strText.find(m_cWanted, nFrom);
+        return m_nFound == View::npos ? View::npos : m_nFound - nFrom;
+    }
+
+private:
+    View m_strText;
+    size_t m_nFound;
+    char m_cWanted;
+};
 
 bool IsDigit(char c)
 {
@@ -37,8 +59,11 @@ bool IsTag(View strInside)
     if (!strInside.empty() && IsDigit(strInside.front()))
         return strInside.find_first_not_of("0123456789:.") == View::npos && strInside.find(':') != View::npos;
     std::string strName;
-    for (const char c : strInside.substr(0, strInside.find_first_of(" \t\n./")))
+    for (const char c : strInside.substr(0, LongestTagName + 1)) {
+        if (View(" \t\n./").find(c) != View::npos)
+            break;
         strName += static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    }
     return std::find(Names.begin(), Names.end(), strName) != Names.end();
 }
 
@@ -47,15 +72,23 @@ bool IsLineBreakTag(View strInside)
     return strInside.size() >= 2 && std::tolower(strInside[0]) == 'b' && std::tolower(strInside[1]) == 'r';
 }
 
+/** The ends of the markup in a text. */
+struct MarkupEnds {
+    explicit MarkupEnds(View strText) : tags(strText, '>'), blocks(strText, '}') {}
+
+    NextOf tags;
+    NextOf blocks;
+};
+
 /** Length of the tag or styling block at the front, 0 when there is none. */
-size_t MarkupLength(View strText)
+size_t MarkupLength(View strText, MarkupEnds &ends)
 {
     if (strText.front() == '<') {
-        const size_t nEnd = strText.find('>');
+        const size_t nEnd = ends.tags.In(strText);
         return nEnd != View::npos && IsTag(strText.substr(1, nEnd - 1)) ? nEnd + 1 : 0;
     }
     if (strText.substr(0, 2) == "{\\") {
-        const size_t nEnd = strText.find('}');
+        const size_t nEnd = ends.blocks.In(strText);
         return nEnd != View::npos ? nEnd + 1 : 0;
     }
     return 0;
@@ -78,8 +111,9 @@ const Replacement *EntityAt(View strText)
 std::string WithoutTags(View strText)
 {
     std::string strPlain;
+    MarkupEnds ends(strText);
     while (!strText.empty()) {
-        size_t nTaken = MarkupLength(strText);
+        size_t nTaken = MarkupLength(strText, ends);
         if (nTaken > 0) {
             if (IsLineBreakTag(strText.substr(1)))
                 strPlain += '\n';
@@ -120,9 +154,10 @@ std::string WithoutOverrides(View strText)
 {
     std::string strPlain;
     bool bDrawing = false;
+    NextOf ends(strText, '}');
     while (!strText.empty()) {
         size_t nTaken = 1;
-        const size_t nEnd = strText.front() == '{' ? strText.find('}') : View::npos;
+        const size_t nEnd = strText.front() == '{' ? ends.In(strText) : View::npos;
         if (nEnd != View::npos) {
             nTaken = nEnd + 1;
             bDrawing = DrawsAfter(strText.substr(0, nTaken), bDrawing);

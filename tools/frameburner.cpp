@@ -89,7 +89,7 @@ void FrameBurner::DrawTurned()
             uint8_t *pStored = m_pRgb->data[0] + static_cast<ptrdiff_t>(y) * m_pRgb->linesize[0];
             uint8_t *pShown = m_pTurned->data[0] + walk.nOrigin + y * walk.nStepY;
             for (int x = m_stored.nLeft; x < m_stored.nRight; ++x)
-                Copy(pStored + x * RgbBytes, pShown + x * walk.nStepX);
+                Copy(pStored + static_cast<ptrdiff_t>(x) * RgbBytes, pShown + x * walk.nStepX);
         }
     };
     ForEachPixel([](const uint8_t *pStored, uint8_t *pShown) { std::memcpy(pShown, pStored, RgbBytes); });
@@ -131,8 +131,9 @@ void FrameBurner::CopyBack(AVFrame &video)
             uint8_t *pTo = video.data[nPlane] + static_cast<ptrdiff_t>(y) * video.linesize[nPlane];
             const uint8_t *pFrom = m_pBurnt->data[nPlane] + static_cast<ptrdiff_t>(y) * m_pBurnt->linesize[nPlane];
             for (int x = groups.nLeft; x < groups.nRight; ++x) {
+                const ptrdiff_t nOffset = static_cast<ptrdiff_t>(x) * layout.nGroupBytes;
                 if (*pMark++ != 0)
-                    std::memcpy(pTo + x * layout.nGroupBytes, pFrom + x * layout.nGroupBytes, layout.nGroupBytes);
+                    std::memcpy(pTo + nOffset, pFrom + nOffset, layout.nGroupBytes);
             }
         }
     }

@@ -58,7 +58,7 @@ bool FrameFeeder::Next(MediaItem &item)
             if (!m_bBegun) {
                 m_bBegun = true;
                 // What was read before the first picture had to wait for the shift.
-                const auto Unwanted = [this](MediaItem &waiting) { return !TakePacket(*waiting.pPacket); };
+                const auto Unwanted = [this](const MediaItem &waiting) { return !TakePacket(*waiting.pPacket); };
                 m_listWaiting.erase(std::remove_if(m_listWaiting.begin(), m_listWaiting.end(), Unwanted),
                                     m_listWaiting.end());
             }

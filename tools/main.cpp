@@ -40,7 +40,7 @@ void Run(const Options &options)
 
 int Fail(ExitCode code, const char *pReason)
 {
-    std::fprintf(stderr, "subburn: %s\n", pReason);
+    (void)std::fprintf(stderr, "subburn: %s\n", pReason);
     return static_cast<int>(code);
 }
 

@@ -8,15 +8,15 @@ void SetProcessLocale()
 {
     // No other thread runs yet, so the environment may be changed.
     // NOLINTBEGIN(concurrency-mt-unsafe)
-    std::setlocale(LC_ALL, "");
+    (void)std::setlocale(LC_ALL, "");
     const char *pCharacters = std::setlocale(LC_CTYPE, nullptr);
     if (std::strcmp(pCharacters, "C") == 0 || std::strcmp(pCharacters, "POSIX") == 0) {
         // Names and unmarked text files are UTF-8 where nobody says otherwise. LC_ALL would overrule LC_CTYPE.
         unsetenv("LC_ALL");
         setenv("LC_CTYPE", "C.UTF-8", 1);
-        std::setlocale(LC_CTYPE, "");
+        (void)std::setlocale(LC_CTYPE, "");
     }
     // Options and tags have decimal points everywhere.
-    std::setlocale(LC_NUMERIC, "C");
+    (void)std::setlocale(LC_NUMERIC, "C");
     // NOLINTEND(concurrency-mt-unsafe)
 }

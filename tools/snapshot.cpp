@@ -147,7 +147,7 @@ FramePtr Snapshot::Upright(const AVFrame &frame, const Orientation &orientation)
         const uint8_t *pFrom = pStored->data[0] + static_cast<ptrdiff_t>(y) * pStored->linesize[0];
         uint8_t *pTo = pShown->data[0] + walk.nOrigin + y * walk.nStepY;
         for (int x = 0; x < nWidth; ++x)
-            std::memcpy(pTo + x * walk.nStepX, pFrom + x * RgbBytes, RgbBytes);
+            std::memcpy(pTo + x * walk.nStepX, pFrom + static_cast<ptrdiff_t>(x) * RgbBytes, RgbBytes);
     }
     pShown->sample_aspect_ratio = pStored->sample_aspect_ratio;
     if (pShown->width != nWidth && pShown->sample_aspect_ratio.num > 0)

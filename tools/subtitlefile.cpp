@@ -1,18 +1,18 @@
 #include "subtitlefile.h"
 
 #include "failure.h"
+#include "readable.h"
 #include "subtitletracks.h"
+#include "vobsubindex.h"
 
-#include <fcntl.h>
 #include <strings.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <string_view>
 #include <system_error>
 
 namespace
@@ -21,7 +21,7 @@ namespace
 const char *const ByteOrderMark = "\xef\xbb\xbf";
 // Shows nothing, and keeps a line of text from being taken for a number or a time.
 const char *const ZeroWidthSpace = "\xe2\x80\x8b";
-const std::string Arrow = "-->";
+constexpr std::string_view Arrow = "-->";
 const int64_t UsualMilliseconds = 5000;
 
 /** The library has readers of its own for these. */
@@ -33,26 +33,23 @@ bool IsReadDirectly(const std::string &strFile)
                        [&](const char *pExtension) { return strcasecmp(strExtension.c_str(), pExtension) == 0; });
 }
 
-/** The library takes a missing file for one without subtitles. */
-void CheckReadable(const std::string &strFile)
+/** The library takes an index without its pictures, and shows nothing. */
+void CheckPicturesReadable(const std::string &strIndex)
 {
-    const int nFile = open(strFile.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    if (nFile < 0)
-        throw Failure(ExitCode::Input, strFile, std::generic_category().message(errno));
-    struct stat status = {};
-    const bool bFolder = fstat(nFile, &status) == 0 && S_ISDIR(status.st_mode);
-    close(nFile);
-    if (bFolder)
-        throw Failure(ExitCode::Input, strFile, std::generic_category().message(EISDIR));
+    try {
+        CheckReadable(VobSubIndex::PicturesOf(strIndex));
+    } catch (const Failure &failure) {
+        throw Failure(failure.Code(), std::string(failure.what()) + " (it holds the pictures of " + strIndex + ")");
+    }
 }
 
 /** The library cuts the product of the seconds off; half a thousandth more makes each time come out as it is. */
 std::string SrtTime(int64_t nMilliseconds)
 {
     std::array<char, 48> listText{};
-    std::snprintf(listText.data(), listText.size(), "%02lld:%02d:%02d,%03d5",
-                  static_cast<long long>(nMilliseconds / 3600000), static_cast<int>(nMilliseconds / 60000 % 60),
-                  static_cast<int>(nMilliseconds / 1000 % 60), static_cast<int>(nMilliseconds % 1000));
+    (void)std::snprintf(listText.data(), listText.size(), "%02lld:%02d:%02d,%03d5",
+                        static_cast<long long>(nMilliseconds / 3600000), static_cast<int>(nMilliseconds / 60000 % 60),
+                        static_cast<int>(nMilliseconds / 1000 % 60), static_cast<int>(nMilliseconds % 1000));
     return listText.data();
 }
 
@@ -103,8 +100,8 @@ std::string SrtOf(std::vector<Cue> listCues)
     int nNumber = 0;
     for (const Cue &cue : listCues) {
         if (!cue.strText.empty())
-            strSrt += std::to_string(++nNumber) + "\n" + SrtTime(cue.nStart) + " " + Arrow + " " + SrtTime(EndOf(cue)) +
-                      "\n" + SrtText(cue.strText) + "\n";
+            strSrt += std::to_string(++nNumber) + "\n" + SrtTime(cue.nStart) + " " + std::string(Arrow) + " " +
+                      SrtTime(EndOf(cue)) + "\n" + SrtText(cue.strText) + "\n";
     }
     return strSrt;
 }
@@ -113,10 +110,20 @@ std::string SrtOf(std::vector<Cue> listCues)
 
 SubtitleFile::SubtitleFile(const SubtitleSource &source) : m_strPath(source.strFile)
 {
-    if (IsReadDirectly(source.strFile))
-        CheckReadable(source.strFile);
-    else
+    if (!IsReadDirectly(source.strFile)) {
         Extract(source);
+        return;
+    }
+    // The library takes a missing file for one without subtitles.
+    CheckReadable(source.strFile);
+    if (VobSubIndex::IsIndex(source.strFile))
+        CheckPicturesReadable(source.strFile);
+}
+
+std::string SubtitleFile::ReasonAgainst(int nTrack) const
+{
+    return VobSubIndex::IsIndex(m_strPath) ? VobSubIndex(m_strPath).ReasonAgainst(nTrack)
+                                           : "not a kind of subtitle file the library reads";
 }
 
 void SubtitleFile::Extract(const SubtitleSource &source)

@@ -18,6 +18,9 @@ public:
 
     const std::string &Path() const { return m_strPath; }
 
+    /** Why the library refuses the file. */
+    std::string ReasonAgainst(int nTrack) const;
+
 private:
     void Extract(const SubtitleSource &source);
 

@@ -75,7 +75,7 @@ void SubtitleRenderer::Open(const SubtitleSource &source)
     // The library reads all of it at once.
     const SubtitleFile file(source);
     if (m_library.m_pSetFile(m_pHandle.get(), file.Path().c_str(), source.nTrack) != 0)
-        throw Failure(ExitCode::Input, source.strFile, "not a kind of subtitle file the library reads");
+        throw Failure(ExitCode::Input, source.strFile, file.ReasonAgainst(source.nTrack));
 }
 
 void SubtitleRenderer::Draw(uint8_t *pPixels, int nStride) const
@@ -126,7 +126,8 @@ void SubtitleRenderer::FillMask()
         uint8_t *pRow = m_listScratch.data() + y * nStride;
         uint8_t *pMask = m_listMask.data() + static_cast<size_t>(y) * m_nWidth;
         for (int x = m_covered.nLeft; x < m_covered.nRight; ++x)
-            pMask[x] = std::memcmp(pRow + x * PixelBytes, m_listBlank.data(), PixelBytes) != 0 ? 1 : 0;
+            pMask[x] =
+                std::memcmp(pRow + static_cast<ptrdiff_t>(x) * PixelBytes, m_listBlank.data(), PixelBytes) != 0 ? 1 : 0;
         std::memcpy(pRow, m_listBlankRow.data(), nStride);
     }
 }

@@ -47,7 +47,7 @@ void SubtitleTrack::Add(const AVPacket &packet)
     m_bOpen = !cue.bEndKnown;
     cue.strText = TextOf(packet);
     // Packets come in the order of time.
-    cue.nOrder = Codec() == AV_CODEC_ID_ASS ? std::atoll(reinterpret_cast<const char *>(packet.data))
+    cue.nOrder = Codec() == AV_CODEC_ID_ASS ? std::strtoll(reinterpret_cast<const char *>(packet.data), nullptr, 10)
                                             : static_cast<int64_t>(m_listCues.size());
     m_listCues.push_back(std::move(cue));
 }

@@ -35,6 +35,17 @@ void SubtitleTracks::Read()
     }
 }
 
+/** How to come by a file from which the library burns a track's pictures, if there is a way. */
+std::string SubtitleTracks::RemedyFor(const SubtitleTrack &track) const
+{
+    if (track.Codec() != AV_CODEC_ID_DVD_SUBTITLE)
+        return "";
+    if (std::string(m_pFormat->iformat->name).find("matroska") == std::string::npos)
+        return " from here, only from the .idx file of a VobSub pair";
+    return " from here; burn the .idx file that this makes: mkvextract " + m_strFile + " tracks " +
+           std::to_string(track.Stream()) + ":track.idx";
+}
+
 const SubtitleTrack &SubtitleTracks::ReadOnly(int nTrack)
 {
     const int nTracks = static_cast<int>(m_listTracks.size());
@@ -48,7 +59,7 @@ const SubtitleTrack &SubtitleTracks::ReadOnly(int nTrack)
     if (!track.HasText())
         throw Failure(ExitCode::Input, m_strFile,
                       "subtitle track " + std::to_string(nTrack) + " is " + track.CodecName() +
-                          ", which cannot be burnt");
+                          ", which cannot be burnt" + RemedyFor(track));
     for (unsigned n = 0; n < m_pFormat->nb_streams; ++n) {
         if (static_cast<int>(n) != track.Stream())
             m_pFormat->streams[n]->discard = AVDISCARD_ALL;

@@ -20,6 +20,7 @@ public:
 
 private:
     void AddNewStreams();
+    std::string RemedyFor(const SubtitleTrack &track) const;
 
     std::string m_strFile;
     DemuxerPtr m_pFormat;

@@ -3,6 +3,7 @@
 #include "printable.h"
 #include "subtitletracks.h"
 #include "values.h"
+#include "vobsubindex.h"
 
 #include <algorithm>
 
@@ -45,21 +46,41 @@ Row Headings()
     return row;
 }
 
-Row RowOf(size_t nTrack, const SubtitleTrack &track)
+Row RowOf(size_t nTrack, const std::string &strCodec, const std::string &strLanguage, const std::string &strTitle,
+          const std::vector<Cue> &listCues)
 {
-    const std::string strLanguage = track.Tag("language");
-    const std::vector<Cue> &listCues = track.Cues();
     int64_t nFirst = INT64_MAX;
     int64_t nLast = 0;
     for (const Cue &cue : listCues) {
         nFirst = std::min(nFirst, cue.nStart);
         nLast = std::max(nLast, cue.nEnd);
     }
-    return {std::to_string(nTrack), track.CodecName(),
+    return {std::to_string(nTrack), strCodec,
             // "und" is how a file says that it does not know.
-            strLanguage == "und" ? Nothing : CellText(strLanguage), CellText(track.Tag("title")),
-            std::to_string(listCues.size()), listCues.empty() ? Nothing : CellTime(nFirst),
-            listCues.empty() ? Nothing : CellTime(nLast)};
+            strLanguage == "und" ? Nothing : CellText(strLanguage), CellText(strTitle), std::to_string(listCues.size()),
+            listCues.empty() ? Nothing : CellTime(nFirst), listCues.empty() ? Nothing : CellTime(nLast)};
+}
+
+std::vector<Row> RowsOf(const std::string &strFile)
+{
+    SubtitleTracks tracks(strFile);
+    tracks.Read();
+    std::vector<Row> listRows = {Headings()};
+    for (const SubtitleTrack &track : tracks.List())
+        listRows.push_back(
+            RowOf(listRows.size() - 1, track.CodecName(), track.Tag("language"), track.Tag("title"), track.Cues()));
+    return listRows;
+}
+
+/** The library selects by other numbers than FFmpeg, and shows the pictures at other times. */
+std::vector<Row> RowsOfIndex(const std::string &strFile)
+{
+    const VobSubIndex index(strFile);
+    std::vector<Row> listRows = {Headings()};
+    for (const VobSubIndex::Language &language : index.Languages())
+        listRows.push_back(RowOf(language.nTrack, avcodec_get_name(AV_CODEC_ID_DVD_SUBTITLE), language.strLanguage,
+                                 language.strTitle, language.listCues));
+    return listRows;
 }
 
 std::string TableText(const std::vector<Row> &listRows)
@@ -85,12 +106,6 @@ std::string TableText(const std::vector<Row> &listRows)
 
 std::string TrackListText(const std::string &strFile)
 {
-    SubtitleTracks tracks(strFile);
-    tracks.Read();
-    if (tracks.List().empty())
-        return strFile + ": there are no subtitles in it\n";
-    std::vector<Row> listRows = {Headings()};
-    for (const SubtitleTrack &track : tracks.List())
-        listRows.push_back(RowOf(listRows.size() - 1, track));
-    return TableText(listRows);
+    const std::vector<Row> listRows = VobSubIndex::IsIndex(strFile) ? RowsOfIndex(strFile) : RowsOf(strFile);
+    return listRows.size() > 1 ? TableText(listRows) : strFile + ": there are no subtitles in it\n";
 }

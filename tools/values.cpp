@@ -100,8 +100,8 @@ std::string TimeText(int64_t nMicroseconds)
     const int64_t nSeconds = nMicroseconds / AV_TIME_BASE;
     const int64_t nThousandths = nMicroseconds % AV_TIME_BASE / 1000;
     std::array<char, 48> listText{};
-    std::snprintf(listText.data(), listText.size(), "%lld:%02d:%02d.%03d", static_cast<long long>(nSeconds / 3600),
-                  static_cast<int>(nSeconds / 60 % 60), static_cast<int>(nSeconds % 60),
-                  static_cast<int>(nThousandths));
+    (void)std::snprintf(listText.data(), listText.size(), "%lld:%02d:%02d.%03d",
+                        static_cast<long long>(nSeconds / 3600), static_cast<int>(nSeconds / 60 % 60),
+                        static_cast<int>(nSeconds % 60), static_cast<int>(nThousandths));
     return listText.data();
 }

@@ -77,7 +77,7 @@ void VideoEncoder::ListCandidates()
 /** Encoders that need no particular hardware, the preferred one first. */
 void VideoEncoder::AddCandidates(AVCodecID id)
 {
-    const size_t nBegin = m_listCandidates.size();
+    const auto nBegin = static_cast<ptrdiff_t>(m_listCandidates.size());
     void *pState = nullptr;
     while (const AVCodec *pCodec = av_codec_iterate(&pState)) {
         const bool bSoftware =

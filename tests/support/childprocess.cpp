@@ -12,7 +12,8 @@ ChildProcess::ChildProcess(const std::vector<std::string> &listCommand, const st
 {
     if (!m_pInput || !m_pOutput || !m_pError)
         throw std::runtime_error("no temporary files");
-    std::fwrite(strInput.data(), 1, strInput.size(), m_pInput.get());
+    if (std::fwrite(strInput.data(), 1, strInput.size(), m_pInput.get()) != strInput.size())
+        throw std::runtime_error("no room for the input");
     std::rewind(m_pInput.get());
     std::vector<char *> listArguments;
     listArguments.reserve(listCommand.size() + 1);
@@ -25,14 +26,12 @@ ChildProcess::ChildProcess(const std::vector<std::string> &listCommand, const st
     dup2(fileno(m_pInput.get()), STDIN_FILENO);
     dup2(fileno(m_pOutput.get()), STDOUT_FILENO);
     dup2(fileno(m_pError.get()), STDERR_FILENO);
-    // NOLINTBEGIN(concurrency-mt-unsafe): the child has one thread
     for (const auto &[strName, strValue] : listExtra) {
         if (strValue.empty())
             unsetenv(strName.c_str());
         else
             setenv(strName.c_str(), strValue.c_str(), 1);
     }
-    // NOLINTEND(concurrency-mt-unsafe)
     execvp(listArguments[0], listArguments.data());
     _exit(127);
 }
@@ -71,7 +70,7 @@ Outcome ChildProcess::Run(const std::vector<std::string> &listCommand, const std
 
 std::string ChildProcess::Content(std::FILE *pFile)
 {
-    std::fseek(pFile, 0, SEEK_END);
+    (void)std::fseek(pFile, 0, SEEK_END);
     std::string strContent(static_cast<size_t>(std::ftell(pFile)), '\0');
     std::rewind(pFile);
     strContent.resize(std::fread(strContent.data(), 1, strContent.size(), pFile));

@@ -38,7 +38,7 @@ public:
 
 private:
     struct CloseFile {
-        void operator()(std::FILE *pFile) const { std::fclose(pFile); }
+        void operator()(std::FILE *pFile) const { (void)std::fclose(pFile); }
     };
     using FilePtr = std::unique_ptr<std::FILE, CloseFile>;
 

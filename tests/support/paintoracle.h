@@ -5,8 +5,14 @@
 
 #include <QPainter>
 
+struct PlainText {
+    QImage image;
+    QRect rcText;
+    int nTextHeight;
+};
+
 /** Text painted by one draw for each place of the outline and one for the text: slow, and as plain as can be. */
-inline TextImage PaintTextPlainly(const TextStyle &style, int width, int height, const QString &text)
+inline PlainText PaintTextPlainly(const TextStyle &style, int width, int height, const QString &text)
 {
     static constexpr int Offsets[20][2] = {
         {-1, -2}, {0, -2}, {1, -2}, {-2, -1}, {-1, -1}, {0, -1}, {1, -1}, {2, -1}, {-2, 0}, {-1, 0},
@@ -30,7 +36,7 @@ inline TextImage PaintTextPlainly(const TextStyle &style, int width, int height,
     d.setCoords(width / 2 - tw / 2, 0, width / 2 + tw / 2 + 1, th);
     if (style.bOutline) {
         painter.setPen(QColor(style.nOutlineColor));
-        for (const auto &offset : Offsets) {
+        for (const auto &offset : Offsets) { // cppcheck-suppress constVariable; it is constant
             QRect moved;
             moved.setCoords(d.left() + offset[0], d.top() + offset[1], d.right() + offset[0], d.bottom() + offset[1]);
             painter.drawText(moved, 0x1004, text);

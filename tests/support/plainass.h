@@ -71,7 +71,7 @@ inline std::u16string RemoveTagsPlainly(std::u16string text)
         const int close = FindPlainly(text, u'}', open);
         if (close == -1)
             break;
-        text = text.substr(0, open) + text.substr(close + 1);
+        text.erase(open, close - open + 1);
     }
     for (;;) {
         const int open = FindPlainly(text, u'<', position);
@@ -80,7 +80,7 @@ inline std::u16string RemoveTagsPlainly(std::u16string text)
         const int close = FindPlainly(text, u'>', open);
         if (close == -1)
             break;
-        text = text.substr(0, open) + text.substr(close + 1);
+        text.erase(open, close - open + 1);
         position = open;
     }
     std::u16string result;

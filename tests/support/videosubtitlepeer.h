@@ -30,6 +30,13 @@ public:
     }
     QFont *Font() const { return m_renderer.m_pFont; }
     QImage *Image() const { return m_renderer.m_pImage; }
+    /** Changes with every text painted. */
+    const std::uint64_t *Ink() const { return m_renderer.m_painted.ink->text.listWords.data(); }
+    /** The text on display, as an image of the frame's size. */
+    QImage Text() const
+    {
+        return MakeImage(m_renderer.m_painted, m_renderer.Style(), m_renderer.m_nVideoWidth, m_renderer.m_nVideoHeight);
+    }
 
 private:
     VideoSubtitle &m_renderer;

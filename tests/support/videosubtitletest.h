@@ -42,7 +42,7 @@ protected:
     /** What the frame must become with the current settings and text, by the plain painter and the plain blend. */
     void ProcessPlainly(GuardedFrame &frame, const QString &text) const
     {
-        const TextImage plain = PaintTextPlainly(
+        const PlainText plain = PaintTextPlainly(
             {*m_peer.Font(), m_peer.FontColor(), m_peer.OutlineColor(), m_peer.Outline()}, Width, Height, text);
         AVPicture picture = frame.Picture();
         BlendPlainly(picture.data[0], picture.linesize[0],

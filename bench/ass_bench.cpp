@@ -1,0 +1,118 @@
+// The same work done by libass, whose images are blended here: once as it lists them, and once merged into one picture
+// that is kept while it reports no change, which is the best that its interface allows.
+#include "asshost.h"
+#include "cues.h"
+#include "host.h"
+#include "listblender.h"
+#include "randomtimes.h"
+
+namespace
+{
+
+class AssTextHost
+{
+public:
+    explicit AssTextHost(const benchmark::State &state) :
+        m_nWidth(Argument(state, 0)),
+        m_nHeight(Argument(state, 1)),
+        m_ring(FrameRing::Of(m_nWidth, m_nHeight)),
+        m_ass(m_nWidth, m_nHeight, AssFile(FilmCues, m_nWidth, m_nHeight))
+    {
+    }
+
+    void ProcessList(long ms)
+    {
+        BlendList(m_ass.Images(ms), m_ring.Next(), m_nWidth);
+        benchmark::ClobberMemory();
+    }
+
+    void ProcessMerged(long ms)
+    {
+        int change = 0;
+        const ASS_Image *list = m_ass.Images(ms, &change);
+        if (change != 0)
+            m_merged.Merge(list, m_nWidth, m_nHeight);
+        m_merged.Blend(m_ring.Next());
+        benchmark::ClobberMemory();
+    }
+
+private:
+    int m_nWidth;
+    int m_nHeight;
+    FrameRing &m_ring;
+    AssHost m_ass;
+    MergedList m_merged;
+};
+
+/** Reports that a benchmark cannot be run, if so. */
+bool CannotRun(benchmark::State &state)
+{
+    if (!CanBlend())
+        state.SkipWithError("the processor has no AVX2");
+    return !CanBlend();
+}
+
+void AssSteadyList(benchmark::State &state)
+{
+    if (CannotRun(state))
+        return;
+    AssTextHost host(state);
+    long ms = 0;
+    for ([[maybe_unused]] auto _ : state)
+        host.ProcessList(CueDistance + ms++ % CueDuration);
+}
+
+void AssSteadyMerged(benchmark::State &state)
+{
+    if (CannotRun(state))
+        return;
+    AssTextHost host(state);
+    host.ProcessMerged(CueDistance);
+    long ms = 0;
+    for ([[maybe_unused]] auto _ : state)
+        host.ProcessMerged(CueDistance + ms++ % CueDuration);
+}
+
+void AssChange(benchmark::State &state)
+{
+    if (CannotRun(state))
+        return;
+    AssTextHost host(state);
+    host.ProcessList(CueDistance);
+    MeasureChanges(state, [&](int n) { host.ProcessList(CueDistance * (2 + n)); });
+}
+
+void AssNothingDue(benchmark::State &state)
+{
+    if (CannotRun(state))
+        return;
+    AssTextHost host(state);
+    for ([[maybe_unused]] auto _ : state)
+        host.ProcessList(PauseAfter(1));
+}
+
+/** Only where nothing is due: elsewhere it would draw as well. */
+void AssLookup(benchmark::State &state)
+{
+    AssHost ass(1920, 1080, AssFile(Argument(state, 0)));
+    RandomTimes times(Argument(state, 0), CueDistance - CueDuration - 1, CueDuration + 1);
+    for ([[maybe_unused]] auto _ : state)
+        benchmark::DoNotOptimize(ass.Images(times.Next()));
+}
+
+void AssOpen(benchmark::State &state)
+{
+    const std::string file = AssFile(Argument(state, 0));
+    AssHost ass(1920, 1080, file);
+    for ([[maybe_unused]] auto _ : state)
+        ass.Open(file);
+}
+
+BENCHMARK(AssSteadyList)->Apply(Sizes);
+BENCHMARK(AssSteadyMerged)->Apply(Sizes);
+BENCHMARK(AssChange)->Apply(Changes);
+BENCHMARK(AssNothingDue)->Apply(Sizes);
+BENCHMARK(AssLookup)->Arg(FilmCues)->Arg(ManyCues)->Unit(benchmark::kMicrosecond);
+BENCHMARK(AssOpen)->Arg(FilmCues)->Arg(ManyCues)->Unit(benchmark::kMicrosecond);
+
+} // namespace

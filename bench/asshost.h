@@ -1,0 +1,58 @@
+#pragma once
+
+#include <ass/ass.h>
+
+#include <cstdarg>
+#include <stdexcept>
+#include <string>
+
+/** A script in libass, and what renders it for frames of one size. */
+class AssHost
+{
+public:
+    AssHost(int width, int height, const std::string &file) : m_library(ass_library_init())
+    {
+        ass_set_message_cb(
+            m_library, [](int, const char *, va_list, void *) {}, nullptr);
+        m_renderer = ass_renderer_init(m_library);
+        ass_set_storage_size(m_renderer, width, height);
+        ass_set_frame_size(m_renderer, width, height);
+        ass_set_fonts(m_renderer, nullptr, "DejaVu Sans", ASS_FONTPROVIDER_AUTODETECT, nullptr, 1);
+        Open(file);
+        if (!m_track)
+            throw std::runtime_error("libass refused the script");
+    }
+    ~AssHost()
+    {
+        Close();
+        ass_renderer_done(m_renderer);
+        ass_library_done(m_library);
+    }
+    AssHost(const AssHost &) = delete;
+    AssHost &operator=(const AssHost &) = delete;
+
+    // libass does not take a constant name.
+    void Open(std::string file) // cppcheck-suppress passedByValue
+    {
+        Close();
+        m_track = ass_read_file(m_library, file.data(), nullptr);
+    }
+
+    /** @param change  becomes 0 when the list is as before. */
+    const ASS_Image *Images(long ms, int *change = nullptr)
+    {
+        return ass_render_frame(m_renderer, m_track, ms, change);
+    }
+
+private:
+    void Close()
+    {
+        if (m_track)
+            ass_free_track(m_track);
+        m_track = nullptr;
+    }
+
+    ASS_Library *m_library;
+    ASS_Renderer *m_renderer = nullptr;
+    ASS_Track *m_track = nullptr;
+};

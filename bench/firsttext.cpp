@@ -1,0 +1,163 @@
+// What happens once a process: the microseconds of the first frame with text after a file was opened, and of a later one
+// on which the cue changes; and what a renderer keeps in memory.
+// usage: firsttext text|memory library|libass
+#include "cues.h"
+#include "libsubtitle.h"
+#if WITH_LIBASS
+#include "asshost.h"
+#include "listblender.h"
+#endif
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace
+{
+
+constexpr int Width = 1920;
+constexpr int Height = 1080;
+constexpr int LaterCues = 100;
+
+/** A player of one film. */
+class Player
+{
+public:
+    virtual ~Player() = default;
+    virtual void Process(std::uint8_t *pixels, long ms) = 0;
+};
+
+class LibraryPlayer : public Player
+{
+public:
+    explicit LibraryPlayer(const std::string &file) : m_subtitle(CreateVideoSubtitle(Width, Height))
+    {
+        SetSubtitleFontParam(m_subtitle, "DejaVu Sans", 0, 0);
+        SetSubtitleFile(m_subtitle, file.c_str(), 0);
+    }
+    ~LibraryPlayer() override { DestroyVideoSubtitle(m_subtitle); }
+    LibraryPlayer(const LibraryPlayer &) = delete;
+    LibraryPlayer &operator=(const LibraryPlayer &) = delete;
+
+    void Process(std::uint8_t *pixels, long ms) override
+    {
+        AVPicture frame = {{pixels}, {Width * 3}};
+        SetSubtitleTimeStamp(m_subtitle, ms);
+        ProcessSubtitleFrame(m_subtitle, &frame);
+    }
+
+private:
+    void *m_subtitle;
+};
+
+#if WITH_LIBASS
+class AssPlayer : public Player
+{
+public:
+    explicit AssPlayer(const std::string &file) : m_ass(Width, Height, file) {}
+    void Process(std::uint8_t *pixels, long ms) override { BlendList(m_ass.Images(ms), pixels, Width); }
+
+private:
+    AssHost m_ass;
+};
+#endif
+
+bool HasLibass()
+{
+#if WITH_LIBASS
+    return CanBlend();
+#else
+    return false;
+#endif
+}
+
+const char *Name(bool libass)
+{
+    return libass ? "libass" : "library";
+}
+
+std::string File(bool libass)
+{
+    return libass ? AssFile(FilmCues, Width, Height) : SrtFile(FilmCues);
+}
+
+std::unique_ptr<Player> Open(bool libass)
+{
+#if WITH_LIBASS
+    if (libass)
+        return std::make_unique<AssPlayer>(File(true));
+#endif
+    return std::make_unique<LibraryPlayer>(File(libass));
+}
+
+double Microseconds(Player &player, std::uint8_t *pixels, int cue)
+{
+    const auto start = std::chrono::steady_clock::now();
+    player.Process(pixels, CueDistance * cue);
+    return std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start).count();
+}
+
+/** In bytes: what the process has of its own, files that it maps not counted. */
+long OwnMemory()
+{
+    std::ifstream status("/proc/self/status");
+    std::string word;
+    long kilobytes = 0;
+    while (status >> word && word != "RssAnon:") {
+    }
+    status >> kilobytes;
+    return kilobytes * 1024;
+}
+
+void PrintText(bool libass, std::vector<std::uint8_t> &pixels)
+{
+    const std::unique_ptr<Player> player = Open(libass);
+    std::printf("%s first %.1f\n", Name(libass), Microseconds(*player, pixels.data(), 1));
+    std::vector<double> later;
+    for (int cue = 2; cue < 2 + LaterCues; ++cue)
+        later.push_back(Microseconds(*player, pixels.data(), cue));
+    std::nth_element(later.begin(), later.begin() + LaterCues / 2, later.end());
+    std::printf("%s later %.1f\n", Name(libass), later[LaterCues / 2]);
+}
+
+void PrintMemory(bool libass, std::vector<std::uint8_t> &pixels)
+{
+    const std::string file = File(libass);
+    std::unique_ptr<Player> players[2];
+    for (std::unique_ptr<Player> &player : players) {
+        const long before = OwnMemory();
+        player = Open(libass);
+        for (int cue = 1; cue <= LaterCues; ++cue)
+            player->Process(pixels.data(), CueDistance * cue);
+        std::printf("%s memory %s %ld\n", Name(libass), player == players[0] ? "first" : "another",
+                    OwnMemory() - before);
+    }
+    // A cue is its text, two bytes a character, and two times.
+    std::printf("%s memory needed %ld\n", Name(libass),
+                4L * Width * Height + 2L * static_cast<long>(std::filesystem::file_size(file)));
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const std::string work = argc == 3 ? argv[1] : "";
+    const bool libass = argc == 3 && std::strcmp(argv[2], "libass") == 0;
+    if (libass && !HasLibass())
+        return 0; // a peer that is not there has no figures
+    std::vector<std::uint8_t> pixels(static_cast<std::size_t>(Width) * Height * 3, 90);
+    if (work == "text")
+        PrintText(libass, pixels);
+    else if (work == "memory")
+        PrintMemory(libass, pixels);
+    else
+        return 2;
+    return 0;
+}

@@ -1,0 +1,145 @@
+#pragma once
+
+#include "framering.h"
+#include "libsubtitle.h"
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+/** Part of a frame, in pixels. */
+struct Rectangle {
+    int nLeft;
+    int nTop;
+    int nWidth;
+    int nHeight;
+};
+
+/** A renderer; every frame that it draws in is another one of a ring. */
+class Host
+{
+public:
+    Host(int width, int height, const std::string &subtitleFile) :
+        m_nWidth(width),
+        m_nHeight(height),
+        m_ring(FrameRing::Of(width, height)),
+        m_subtitle(CreateVideoSubtitle(width, height))
+    {
+        SetSubtitleFontParam(m_subtitle, "DejaVu Sans", 0, 0);
+        SetSubtitleFile(m_subtitle, subtitleFile.c_str(), 0);
+    }
+    ~Host() { DestroyVideoSubtitle(m_subtitle); }
+    Host(const Host &) = delete;
+    Host &operator=(const Host &) = delete;
+
+    void Process(long ms) { ProcessInto(m_ring.Next(), ms); }
+
+    void *Handle() const { return m_subtitle; }
+
+    /** A frame on one colour as it looks at a time. */
+    std::vector<std::uint8_t> Draw(long ms)
+    {
+        std::vector<std::uint8_t> pixels(m_ring.FrameBytes(), FrameRing::Background);
+        ProcessInto(pixels.data(), ms);
+        return pixels;
+    }
+
+    /** The smallest rectangle that holds all that is drawn at a time. */
+    Rectangle InkBox(long ms)
+    {
+        const std::vector<std::uint8_t> pixels = Draw(ms);
+        int left = m_nWidth;
+        int top = m_nHeight;
+        int right = 0;
+        int bottom = 0;
+        for (std::size_t n = 0; n < pixels.size(); ++n) {
+            if (pixels[n] == FrameRing::Background)
+                continue;
+            const int column = static_cast<int>(n / 3 % m_nWidth);
+            const int row = static_cast<int>(n / 3 / m_nWidth);
+            left = std::min(left, column);
+            right = std::max(right, column + 1);
+            top = std::min(top, row);
+            bottom = row + 1;
+        }
+        return {left, top, right - left, bottom - top};
+    }
+
+    /** Copies pixels, the rectangle's rows one after the other, into the next frame. */
+    void Copy(const std::vector<std::uint8_t> &pixels, const Rectangle &rectangle)
+    {
+        std::uint8_t *frame = m_ring.Next();
+        const std::size_t bytes = static_cast<std::size_t>(rectangle.nWidth) * 3;
+        for (int row = 0; row < rectangle.nHeight; ++row) {
+            const std::size_t place = static_cast<std::size_t>(rectangle.nTop + row) * m_nWidth + rectangle.nLeft;
+            std::memcpy(frame + place * 3, pixels.data() + row * bytes, bytes);
+        }
+        benchmark::ClobberMemory();
+    }
+
+private:
+    void ProcessInto(std::uint8_t *pixels, long ms)
+    {
+        AVPicture frame = {{pixels}, {m_nWidth * 3}};
+        SetSubtitleTimeStamp(m_subtitle, ms);
+        ProcessSubtitleFrame(m_subtitle, &frame);
+        benchmark::ClobberMemory();
+    }
+
+    int m_nWidth;
+    int m_nHeight;
+    FrameRing &m_ring;
+    void *m_subtitle;
+};
+
+inline int Argument(const benchmark::State &state, std::size_t n)
+{
+    return static_cast<int>(state.range(n));
+}
+
+/** What the memcpy of the rectangle costs that is drawn at a time. */
+inline void MeasureFloor(benchmark::State &state, Host &host, long ms)
+{
+    const Rectangle box = host.InkBox(ms);
+    const std::vector<std::uint8_t> pixels(static_cast<std::size_t>(box.nWidth) * box.nHeight * 3, 200);
+    for ([[maybe_unused]] auto _ : state)
+        host.Copy(pixels, box);
+    state.counters["box_width"] = box.nWidth;
+    state.counters["box_height"] = box.nHeight;
+}
+
+/** Times @p change(n) for each iteration n, and keeps the longest beside the mean. */
+template <typename Change>
+void MeasureChanges(benchmark::State &state, Change change)
+{
+    double worst = 0;
+    int n = 0;
+    for ([[maybe_unused]] auto _ : state) {
+        const auto start = std::chrono::steady_clock::now();
+        change(n++);
+        const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        worst = std::max(worst, seconds);
+        state.SetIterationTime(seconds);
+    }
+    state.counters["worst_us"] = worst * 1e6;
+}
+
+/** Frame sizes to measure at. */
+inline void Sizes(benchmark::internal::Benchmark *benchmark)
+{
+    benchmark->Args({1920, 1080})->Args({3840, 2160})->Unit(benchmark::kMicrosecond);
+}
+
+constexpr int ChangeCount = 200;
+
+inline void Changes(benchmark::internal::Benchmark *benchmark)
+{
+    Sizes(benchmark);
+    benchmark->Iterations(ChangeCount)->UseManualTime();
+}

@@ -1,0 +1,62 @@
+// What a frame with text costs a host: a steady subtitle, a change of subtitle, nothing due; beside them the memcpy of the
+// rectangle that the ink fills, so that the ratio says something whatever the machine.
+#include "cues.h"
+#include "host.h"
+
+namespace
+{
+
+constexpr int SteadyCue = 1;
+
+/** A renderer with a film's cues. */
+class TextHost : public Host
+{
+public:
+    explicit TextHost(const benchmark::State &state) : Host(Argument(state, 0), Argument(state, 1), SrtFile(FilmCues))
+    {
+    }
+};
+
+void MemcpyOfText(benchmark::State &state)
+{
+    TextHost host(state);
+    MeasureFloor(state, host, CueDistance * SteadyCue);
+}
+
+void SteadyText(benchmark::State &state)
+{
+    TextHost host(state);
+    SetSubtitleAlpah(host.Handle(), Argument(state, 2));
+    host.Process(CueDistance * SteadyCue);
+    long ms = 0;
+    for ([[maybe_unused]] auto _ : state)
+        host.Process(CueDistance * SteadyCue + ms++ % CueDuration);
+}
+
+void TextChange(benchmark::State &state)
+{
+    TextHost host(state);
+    host.Process(CueDistance);
+    MeasureChanges(state, [&](int n) { host.Process(CueDistance * (2 + n)); });
+}
+
+void NothingDue(benchmark::State &state)
+{
+    TextHost host(state);
+    for ([[maybe_unused]] auto _ : state)
+        host.Process(PauseAfter(SteadyCue));
+}
+
+void SizesAndOpacities(benchmark::internal::Benchmark *benchmark)
+{
+    for (const int opacity : {255, 128})
+        benchmark->Args({1920, 1080, opacity})->Args({3840, 2160, opacity});
+    benchmark->Unit(benchmark::kMicrosecond);
+}
+
+BENCHMARK(MemcpyOfText)->Apply(Sizes);
+BENCHMARK(SteadyText)->Apply(SizesAndOpacities);
+BENCHMARK(TextChange)->Apply(Changes);
+BENCHMARK(NothingDue)->Apply(Sizes);
+
+} // namespace

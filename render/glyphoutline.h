@@ -1,0 +1,61 @@
+#pragma once
+
+#include "render/polygonfiller.h"
+
+#include <QPainterPath>
+#include <QPointF>
+
+#include <vector>
+
+/**
+ * A glyph's outline relative to its origin, and the polygons that QPainter makes of it where it fills text as a path.
+ *
+ * Qt adds a glyph's position to its points before it flattens the curves, and rounds the flattened points to 1/64 pixel.
+ * Curves of TrueType fonts have control points that are not exact in binary, so that a point in the middle between two
+ * 64ths may be rounded up in one place and down in another. Flatten() does as Qt does, operation by operation.
+ */
+class GlyphOutline
+{
+public:
+    GlyphOutline() = default;
+
+    /** @param path  of one glyph at position (0, 0), as the font engine delivers it. */
+    explicit GlyphOutline(const QPainterPath &path);
+
+    /** A corner of closed polygons that follow one another. */
+    struct Corner {
+        FixedPoint point;
+        QPointF exact; ///< before rounding
+        int nCurve;    ///< number of the curve that the corner lies within, -1 for an end point
+        bool bLast;    ///< of its polygon
+    };
+
+    struct Polygons {
+        std::vector<Corner> listCorners;
+        std::vector<int> listUnsureCurves; ///< those that might be divided otherwise in another place
+    };
+
+    /** @param origin  the glyph's position. */
+    Polygons Flatten(QPointF origin) const;
+
+    /** The corners within one curve, in the order and number in which Flatten() has them. */
+    std::vector<FixedPoint> FlattenCurve(int curve, QPointF origin) const;
+
+private:
+    enum class Kind { Move, Line, Quadratic, Cubic };
+    struct Element {
+        Kind kind;
+        QPointF control; ///< of a quadratic curve; the first of a cubic one
+        QPointF second;  ///< control point of a cubic curve
+        QPointF end;
+    };
+
+    void AddCurve(QPointF from, QPointF first, QPointF second, QPointF end);
+    std::vector<QPointF> Points(const Element &element, QPointF from, QPointF origin, bool &sure) const;
+
+    std::vector<Element> m_listElements;
+    std::vector<int> m_listCurves; ///< which elements are curves
+};
+
+/** A position as Qt rounds it, half a 64th up. */
+FixedPoint ToFixed(QPointF point);

@@ -1,0 +1,186 @@
+// Files made to exhaust the host's memory or to keep it waiting, opened by a host that has no more than the library's
+// bounds ask for.
+#include "support/childprocess.h"
+#include "support/pictureunit.h"
+#include "support/subtitlemuxer.h"
+#include "support/temporaryfolder.h"
+#include "support/vobsubpair.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+namespace
+{
+
+const char *const Cue = "00:00:01,000 --> 00:00:02,000\n";
+constexpr std::uint64_t Gibibyte = std::uint64_t{1} << 30;
+constexpr std::uint64_t GreatestFile = Gibibyte / 8;
+/** For a host that is to read nothing of the file, and shows a frame. */
+constexpr int Nothing = 16;
+
+class BoundsTest : public testing::Test
+{
+protected:
+    /** Opens a file with that many MiB to spare, and shows frames; the probe's words. */
+    static std::string Open(int nMebibytes, const std::string &strFile, const std::vector<long> &listTimes = {1500})
+    {
+        std::vector<std::string> command = {BOUNDS_PROBE, std::to_string(nMebibytes), strFile};
+        for (const long ms : listTimes)
+            command.push_back(std::to_string(ms));
+        const Outcome outcome = ChildProcess::Run(command);
+        EXPECT_EQ(outcome.nExit, 0) << outcome.strError;
+        return outcome.strOut;
+    }
+
+    static std::string Repeated(const std::string &strPart, std::size_t nCount)
+    {
+        std::string strWhole;
+        strWhole.reserve(strPart.size() * nCount);
+        for (std::size_t n = 0; n < nCount; ++n)
+            strWhole += strPart;
+        return strWhole;
+    }
+
+    std::string File(const std::string &strName) const { return (m_folder.Path() / strName).string(); }
+
+    std::string Pipe(const std::string &strName) const
+    {
+        EXPECT_EQ(mkfifo(File(strName).c_str(), 0600), 0);
+        return File(strName);
+    }
+
+    std::string Zeros(const std::string &strName) const
+    {
+        std::filesystem::create_symlink("/dev/zero", File(strName));
+        return File(strName);
+    }
+
+    /** An index of two pictures. */
+    VobSubPair Pair(int nWidth = 96, int nHeight = 64) const
+    {
+        VobSubPair pair(nWidth, nHeight, {});
+        for (const int nStart : {1000, 3000}) {
+            // In the middle, for a picture that is scaled down to be seen; the top left corner's colour is not drawn.
+            const PictureUnit unit = PictureUnit::Filled(nWidth / 4, nHeight / 4, nWidth / 2, nHeight / 2);
+            pair.listLanguages[0].push_back({nStart, unit.Encode(), {}});
+        }
+        return pair;
+    }
+
+    TemporaryFolder m_folder;
+};
+
+} // namespace
+
+TEST_F(BoundsTest, ManyBlankLinesTakeTheMemoryOfTheCuesThatAreKept)
+{
+    // Each line would be a cue. 4 Mi of them are kept, with 48 bytes each, and the beginnings of 16 Mi lines, in a list
+    // of 4 bytes each that had to double once more.
+    std::string strText = std::string(Cue) + "first\n";
+    strText.resize(strText.size() + 20000000, '\n');
+    const std::string strFile = m_folder.Write("a.srt", strText);
+    EXPECT_EQ(Open(4 * 48 + 2 * 16 * 4 + 2 * 20 + Nothing, strFile), "opened: 0\n1500: shown\n");
+}
+
+TEST_F(BoundsTest, LongestFileTakesAFewTimesItsSize)
+{
+    // One line, as bytes twice, and in characters of two bytes as many times.
+    const std::string strFile = m_folder.Write("a.srt", std::string(Cue) + "first");
+    std::filesystem::resize_file(strFile, GreatestFile);
+    EXPECT_EQ(Open(2 * 128 + 2 * 2 * 128 + Nothing, strFile), "opened: 0\n1500: shown\n");
+}
+
+TEST_F(BoundsTest, TextOfManyTagsTakesAFewTimesItsSize)
+{
+    const std::string strHead = "Dialogue: 0,0:00:01.00,0:00:02.00,Default,,0,0,0,,a{";
+    for (const char c : {'{', '<'}) {
+        const std::string strFile = m_folder.Write("a.ass", strHead + std::string(8 << 20, c));
+        EXPECT_EQ(Open(8 * 12 + Nothing, strFile), "opened: 0\n1500: shown\n") << c;
+    }
+}
+
+TEST_F(BoundsTest, LineOfManyPartsTakesAFewTimesItsSize)
+{
+    // 16 MiB, of which every second character parts what may have three, two and sixteen parts.
+    constexpr int Enough = 16 * 10 + Nothing;
+    const std::string strTime = m_folder.Write("a.srt", "00:00:01,000 --> " + Repeated("1:", 8 << 20) + "\na\n");
+    EXPECT_EQ(Open(Enough, strTime), "opened: 0\n1500: shown\n");
+    const std::string strIndex = Pair().Write(m_folder);
+    m_folder.Write("pair.idx", "size: " + Repeated("1x", 8 << 20) + '\n' + Pair().Index());
+    EXPECT_EQ(Open(Enough, strIndex), "opened: 0\n1500: shown\n");
+    m_folder.Write("pair.idx", "palette: " + Repeated(", ", 8 << 20) + '\n' + Pair().Index());
+    EXPECT_EQ(Open(Enough, strIndex), "opened: 0\n1500: shown\n");
+}
+
+TEST_F(BoundsTest, FileBeyondTheBoundCountsAsOneWithoutSubtitles)
+{
+    for (const std::uint64_t nSize : {GreatestFile + 1, 4 * Gibibyte}) {
+        const std::string strSrt = m_folder.Write("a.srt", std::string(Cue) + "first\n");
+        std::filesystem::resize_file(strSrt, nSize);
+        EXPECT_EQ(Open(Nothing, strSrt), "opened: 0\n1500: nothing\n");
+        const std::string strAss = m_folder.Write("a.ass", "Dialogue: 0,0:00:01.00,0:00:02.00,,,,,,,a\n");
+        std::filesystem::resize_file(strAss, nSize);
+        EXPECT_EQ(Open(Nothing, strAss), "opened: 0\n1500: nothing\n");
+        const std::string strIndex = Pair().Write(m_folder);
+        std::filesystem::resize_file(strIndex, nSize);
+        EXPECT_EQ(Open(Nothing, strIndex), "opened: -1\n1500: nothing\n");
+    }
+}
+
+TEST_F(BoundsTest, ContainerIsReadUpToTheBound)
+{
+    // The second packet passes the bound; its text is kept, and that of the third is not.
+    constexpr std::size_t PacketSize = 70 << 20;
+    const std::string strText = "first\n" + std::string(PacketSize, 'a');
+    const std::string strFile = m_folder.Write("a.mkv", "");
+    MuxSubtitles(strFile, {"subrip"}, {{0, 1000, 1000, strText}, {0, 3000, 1000, strText}, {0, 5000, 1000, "third"}});
+    // Both texts in characters of two bytes, and a packet with its like that FFmpeg reads into.
+    EXPECT_EQ(Open(2 * 2 * 70 + 2 * 70 + Nothing, strFile, {1500, 3500, 5500}),
+              "opened: 0\n1500: shown\n3500: shown\n5500: nothing\n");
+}
+
+TEST_F(BoundsTest, PicturesFarApartAreFetchedInPart)
+{
+    VobSubPair pair = Pair();
+    const std::string strStream = pair.Stream();
+    const std::uint64_t nSecond = 4 * Gibibyte - strStream.size() / 2;
+    pair.listLanguages[0][1].nFilePos = nSecond;
+    const std::string strIndex = pair.Write(m_folder);
+    std::filesystem::resize_file(File("pair.sub"), 4 * Gibibyte);
+    std::fstream stream(File("pair.sub"), std::ios::in | std::ios::out | std::ios::binary);
+    stream.seekp(static_cast<std::streamoff>(nSecond));
+    stream << strStream.substr(strStream.size() / 2);
+    stream.close();
+    EXPECT_EQ(Open(4 + Nothing, strIndex, {1500, 3500, 1500}), "opened: 0\n1500: shown\n3500: shown\n1500: shown\n");
+}
+
+TEST_F(BoundsTest, GreatestCanvasIsShown)
+{
+    // Seven planes of a byte a pixel; what the scaler takes besides is little.
+    EXPECT_EQ(Open(7 * 16 + Nothing, Pair(4096, 4096).Write(m_folder)), "opened: 0\n1500: shown\n");
+    EXPECT_EQ(Open(7 * 16 + Nothing, Pair(4097, 1).Write(m_folder)), "opened: -1\n1500: nothing\n");
+    EXPECT_EQ(Open(7 * 16 + Nothing, Pair(1, 4097).Write(m_folder)), "opened: -1\n1500: nothing\n");
+}
+
+TEST_F(BoundsTest, DeviceWithoutAnEndCountsAsNoFile)
+{
+    EXPECT_EQ(Open(Nothing, Zeros("a.srt")), "opened: 0\n1500: nothing\n");
+    EXPECT_EQ(Open(Nothing, Zeros("a.ass")), "opened: 0\n1500: nothing\n");
+    EXPECT_EQ(Open(Nothing, Zeros("a.idx")), "opened: -1\n1500: nothing\n");
+    EXPECT_EQ(Open(Nothing, Zeros("a.mkv")), "opened: 0\n1500: nothing\n");
+    const std::string strIndex = Pair().Write(m_folder);
+    std::filesystem::remove(File("pair.sub"));
+    Zeros("pair.sub");
+    EXPECT_EQ(Open(Nothing, strIndex), "opened: 0\n1500: nothing\n");
+}
+
+TEST_F(BoundsTest, PipeKeepsNobodyWaiting)
+{
+    EXPECT_EQ(Open(Nothing, Pipe("a.srt")), "opened: 0\n1500: nothing\n");
+    EXPECT_EQ(Open(Nothing, Pipe("a.ass")), "opened: 0\n1500: nothing\n");
+    EXPECT_EQ(Open(Nothing, Pipe("a.idx")), "opened: -1\n1500: nothing\n");
+    const std::string strIndex = Pair().Write(m_folder);
+    std::filesystem::remove(File("pair.sub"));
+    Pipe("pair.sub");
+    EXPECT_EQ(Open(Nothing, strIndex), "opened: 0\n1500: nothing\n");
+}

@@ -1,0 +1,59 @@
+// A host that may take only so much memory: opens a file, shows frames and tells what it saw. For bounds_test.
+// usage: boundsprobe MEBIBYTES FILE [MILLISECONDS]...
+#include "libsubtitle.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <sys/resource.h>
+#include <unistd.h>
+#include <vector>
+
+namespace
+{
+
+constexpr int Width = 320;
+constexpr int Height = 180;
+constexpr unsigned MaxSeconds = 60; ///< a host that hangs ends by the signal; without load all take a second or two
+
+/** Allows this much on top of what the process has. */
+bool LimitMemory(rlim_t nMebibytes)
+{
+    long nPages = 0;
+    std::FILE *pFile = std::fopen("/proc/self/statm", "r");
+    const bool bRead = pFile && std::fscanf(pFile, "%ld", &nPages) == 1; // NOLINT(cert-err34-c)
+    if (pFile)
+        (void)std::fclose(pFile);
+    const rlim_t nBytes = static_cast<rlim_t>(nPages) * static_cast<rlim_t>(sysconf(_SC_PAGESIZE)) + (nMebibytes << 20);
+    const rlimit limit = {nBytes, nBytes};
+    return bRead && setrlimit(RLIMIT_AS, &limit) == 0;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    if (argc < 3)
+        return 2;
+    alarm(MaxSeconds);
+    std::vector<std::uint8_t> pixels(static_cast<std::size_t>(Width) * Height * 3, 90);
+    AVPicture frame = {{pixels.data()}, {Width * 3}};
+    int box[4];
+    AVPicture bitmap = {};
+    void *pHandle = CreateVideoSubtitle(Width, Height);
+    TextToBmp(pHandle, "Fonts are loaded once", &bitmap, box);
+    if (!LimitMemory(std::strtoul(argv[1], nullptr, 10)))
+        return 2;
+
+    std::printf("opened: %d\n", SetSubtitleFile(pHandle, argv[2], 0));
+    for (int n = 3; n < argc; ++n) {
+        std::fill(pixels.begin(), pixels.end(), std::uint8_t{90});
+        SetSubtitleTimeStamp(pHandle, std::strtol(argv[n], nullptr, 10));
+        ProcessSubtitleFrame(pHandle, &frame);
+        const bool bShown = std::any_of(pixels.begin(), pixels.end(), [](std::uint8_t byte) { return byte != 90; });
+        std::printf("%s: %s\n", argv[n], bShown ? "shown" : "nothing");
+    }
+    DestroyVideoSubtitle(pHandle);
+    return 0;
+}

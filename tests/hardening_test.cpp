@@ -1,0 +1,134 @@
+// What cmake/hardening.cmake asks of compiler and linker is in what they built.
+#include "support/childprocess.h"
+
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <set>
+#include <sstream>
+
+namespace
+{
+
+std::string Readelf(const std::vector<std::string> &listArguments)
+{
+    std::vector<std::string> listCommand = {"readelf", "--wide"};
+    listCommand.insert(listCommand.end(), listArguments.begin(), listArguments.end());
+    const Outcome outcome = ChildProcess::Run(listCommand);
+    EXPECT_EQ(outcome.nExit, 0) << outcome.strError;
+    return outcome.strOut;
+}
+
+/** The lines that hold a text. */
+std::vector<std::string> LinesWith(const std::string &strText, const std::string &strPart)
+{
+    std::istringstream lines(strText);
+    std::vector<std::string> listLines;
+    for (std::string strLine; std::getline(lines, strLine);) {
+        if (strLine.find(strPart) != std::string::npos)
+            listLines.push_back(strLine);
+    }
+    return listLines;
+}
+
+bool Holds(const std::string &strText, const std::string &strPart)
+{
+    return strText.find(strPart) != std::string::npos;
+}
+
+std::vector<std::string> Objects()
+{
+    std::ifstream names(OBJECTS_LIST);
+    std::vector<std::string> listNames;
+    for (std::string strName; std::getline(names, strName);)
+        listNames.push_back(strName);
+    EXPECT_GT(listNames.size(), 60U);
+    return listNames;
+}
+
+/** The shared library, and subburn. */
+class HardeningTest : public testing::TestWithParam<const char *>
+{
+protected:
+    std::string Read(const std::string &strWhat) const { return Readelf({strWhat, GetParam()}); }
+};
+
+} // namespace
+
+TEST_P(HardeningTest, AddressesOfFunctionsAreReadOnlyFromTheStart)
+{
+    EXPECT_EQ(LinesWith(Read("--program-headers"), "  GNU_RELRO  ").size(), 1U);
+    EXPECT_EQ(LinesWith(Read("--dynamic"), "BIND_NOW").size(), 1U);
+    const auto listFlags = LinesWith(Read("--dynamic"), "(FLAGS_1)");
+    ASSERT_EQ(listFlags.size(), 1U);
+    EXPECT_TRUE(Holds(listFlags[0], " NOW")) << listFlags[0];
+}
+
+TEST_P(HardeningTest, StackIsNotExecutable)
+{
+    const auto listStack = LinesWith(Read("--program-headers"), "  GNU_STACK  ");
+    ASSERT_EQ(listStack.size(), 1U);
+    EXPECT_TRUE(Holds(listStack[0], " RW ")) << listStack[0];
+}
+
+TEST_P(HardeningTest, LoadsAtAnyAddress)
+{
+    EXPECT_EQ(LinesWith(Read("--file-header"), " DYN (").size(), 1U);
+}
+
+#ifdef WITH_FORTIFY
+TEST_P(HardeningTest, CallsOfTheCLibraryAreChecked)
+{
+#ifdef __clang__
+    if (GetParam() == std::string(SUBBURN_PROGRAM))
+        GTEST_SKIP() << "formatting, all that there is in it to be checked, clang does not check in C++";
+#endif
+    // Of functions like __memcpy_chk; which ones is the compilers' choice.
+    EXPECT_FALSE(LinesWith(Read("--dyn-syms"), "_chk@").empty());
+}
+#endif
+
+INSTANTIATE_TEST_SUITE_P(Files, HardeningTest, testing::Values(SUBTITLE_LIBRARY, SUBBURN_PROGRAM),
+                         [](const auto &info) { return info.index == 0 ? "Library" : "Subburn"; });
+
+// Asked of the objects, as the library holds a part of Qt that has the guards in any case.
+TEST(HardeningOfObjects, StackIsGuarded)
+{
+    std::set<std::string> setGuarded;
+    for (const std::string &strName : Objects()) {
+        if (!LinesWith(Readelf({"--syms", strName}), " __stack_chk_fail").empty())
+            setGuarded.insert(Holds(strName, "/subburn.dir/") ? "subburn" : "library");
+    }
+    EXPECT_EQ(setGuarded, std::set<std::string>({"library", "subburn"}));
+}
+
+#ifdef __x86_64__
+// Asked of the objects, as the C library's own start-up files need not have it, and then what is linked with them has not.
+TEST(HardeningOfObjects, JumpsAndReturnsAreMarked)
+{
+    for (const std::string &strName : Objects())
+        EXPECT_TRUE(Holds(Readelf({"--notes", strName}), "x86 feature: IBT, SHSTK")) << strName;
+}
+#endif
+
+TEST(HardeningOfObjects, EveryOneIsCompiledWithIt)
+{
+    std::ifstream file(COMPILE_COMMANDS);
+    const std::string strCommands{std::istreambuf_iterator<char>(file), {}};
+    std::size_t nObjects = 0;
+    for (const char *pTarget : {"/subtitle_objects.dir/", "/subburn.dir/"}) {
+        for (const std::string &strLine : LinesWith(strCommands, pTarget)) {
+            if (!Holds(strLine, "\"command\": "))
+                continue;
+            ++nObjects;
+            EXPECT_TRUE(Holds(strLine, " -fstack-protector-strong ")) << strLine;
+#ifdef __x86_64__ // elsewhere not every compiler knows it
+            EXPECT_TRUE(Holds(strLine, " -fstack-clash-protection ")) << strLine;
+#endif
+#ifdef WITH_FORTIFY
+            EXPECT_TRUE(Holds(strLine, " -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3 ")) << strLine;
+#endif
+        }
+    }
+    EXPECT_GT(nObjects, 60U);
+}

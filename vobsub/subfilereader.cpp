@@ -1,0 +1,70 @@
+#include "vobsub/subfilereader.h"
+
+#include "textio/regularfile.h"
+
+#include <QFile>
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <tuple>
+
+bool SubFileReader::Fetch(const QString &path, std::uint32_t start, std::uint32_t length, QByteArray &bytes)
+{
+    const bool hadOne = m_bFetched;
+    m_bFetched = m_bContinued = false;
+    QFile file(path);
+    if (!OpenRegularFile(file))
+        return false;
+    FileState state;
+    if (!ReadState(file.handle(), state))
+        return false;
+    bytes.clear();
+    // By the size of the file, since memory is allocated for all that is asked for.
+    const std::int64_t wanted =
+        std::min(std::int64_t{std::min(length, MaxLength)}, state.nSize - static_cast<std::int64_t>(start));
+    if (wanted > 0) {
+        // Half a picture, or none, would pass for an entry that brings none, and show the one before.
+        if (!file.seek(start))
+            return false;
+        bytes = file.read(wanted);
+        if (bytes.size() != wanted)
+            return false;
+    }
+    m_bContinued = hadOne && start == m_nEnd && state == m_state;
+    m_state = state;
+    m_nEnd = start + static_cast<std::uint64_t>(bytes.size());
+    m_bFetched = true;
+    return true;
+}
+
+bool SubFileReader::IsContinued() const
+{
+    return m_bContinued;
+}
+
+void SubFileReader::Forget()
+{
+    m_bFetched = m_bContinued = false;
+}
+
+bool SubFileReader::FileState::operator==(const FileState &other) const
+{
+    const auto fields = [](const FileState &s) {
+        return std::tie(s.nDevice, s.nInode, s.nSize, s.nChangedSeconds, s.nChangedNanoseconds);
+    };
+    return fields(*this) == fields(other);
+}
+
+bool SubFileReader::ReadState(int descriptor, FileState &state)
+{
+    struct stat status = {};
+    if (fstat(descriptor, &status) != 0)
+        return false;
+    state.nDevice = status.st_dev;
+    state.nInode = status.st_ino;
+    state.nSize = status.st_size;
+    state.nChangedSeconds = status.st_mtim.tv_sec;
+    state.nChangedNanoseconds = status.st_mtim.tv_nsec;
+    return true;
+}

@@ -1,0 +1,312 @@
+#include "vobsub/subparser.h"
+
+#include "parsers/wrapint.h"
+#include "textio/textreader.h"
+#include "vobsub/decoderstate.h"
+#include "vobsub/psstream.h"
+#include "vobsub/subtitledecoder.h"
+
+#include <QMutex>
+#include <QStringList>
+
+extern "C" {
+#include <libavutil/mem.h>
+#include <libswscale/swscale.h>
+}
+
+#include <mutex>
+#include <utility>
+
+// The list of entries belongs to the library's interface: these stay in it whatever the compiler inlines.
+template void QList<VobSubtitleItem>::append(const VobSubtitleItem &);
+template QList<VobSubtitleItem>::QList(const QList<VobSubtitleItem> &);
+template QList<VobSubtitleItem>::~QList();
+
+namespace
+{
+
+constexpr int ScalingFlags = SWS_BICUBIC;
+constexpr int ScalerPadding = 64;    // the scaler writes whole vectors
+constexpr long LastEntryHold = 3000; // ms; the pictures' own stop times are not used
+constexpr unsigned int LastEntryLength = 8192;
+
+// The decoder belongs to the process; its state changes with its user.
+std::mutex decoderMutex;
+SubParser *decoderUser;
+
+const QLatin1String IdKey("id:");
+const QLatin1String IndexKey("index:");
+const QLatin1String SizeKey("size:");
+const QLatin1String PaletteKey("palette:");
+const QLatin1String TimestampKey("timestamp:");
+
+QString Value(const QString &line, QLatin1String key)
+{
+    return line.mid(key.size()).trimmed();
+}
+
+void ReadSize(const QString &value, int &width, int &height)
+{
+    // Counted first, since a hostile line has millions of parts.
+    if (value.count(QLatin1Char('x')) != 1)
+        return;
+    const QStringList parts = value.split(QLatin1Char('x'));
+    width = parts[0].toInt();
+    height = parts[1].toInt();
+}
+
+void ReadPalette(const QString &value, unsigned int (&palette)[16])
+{
+    const QLatin1String separator(", ");
+    if (value.count(separator) != 15)
+        return;
+    const QStringList parts = value.split(separator);
+    for (int k = 0; k < 16; ++k)
+        palette[k] = parts[k].toUInt(nullptr, 16);
+}
+
+bool IsWantedStream(const QString &line, int streamIndex)
+{
+    const int key = line.indexOf(IndexKey);
+    if (key < 0)
+        return false;
+    bool isNumber = false;
+    const int index = line.mid(key + IndexKey.size()).trimmed().toInt(&isNumber);
+    return isNumber && index == streamIndex;
+}
+
+int ToWholeNumber(const QString &text)
+{
+    bool isNumber = false;
+    const double value = text.toDouble(&isNumber);
+    return isNumber ? TruncateToInt(value) : 0;
+}
+
+/** hh:mm:ss:mmm in milliseconds; 0 with fewer than three colons, and a field that is no number counts as 0. */
+int ReadTimestamp(const QString &stamp)
+{
+    const QStringList parts = stamp.split(QLatin1Char(':'));
+    if (parts.size() <= 3)
+        return 0;
+    const int minutes = WrapAdd(parts[1].toInt(), WrapMultiply(parts[0].toInt(), 60));
+    const int seconds = WrapAdd(ToWholeNumber(parts[2]), WrapMultiply(minutes, 60));
+    return WrapAdd(ToWholeNumber(parts[3]), WrapMultiply(seconds, 1000));
+}
+
+/** The line's fields stand at fixed columns: "timestamp: 00:00:01:000, filepos: 000000000". */
+VobSubtitleItem ReadEntry(const QString &line)
+{
+    VobSubtitleItem item;
+    item.nStart = ReadTimestamp(line.mid(11, 12));
+    item.strFilePos = line.mid(34).trimmed();
+    item.nFilePos = item.strFilePos.toULongLong(nullptr, 16);
+    return item;
+}
+
+bool IsPossibleSide(int side)
+{
+    return side >= 1 && side <= SUBTITLE_MAX_SIDE;
+}
+
+} // namespace
+
+SubParser::SubParser() = default;
+
+SubParser::~SubParser()
+{
+    {
+        const std::lock_guard<std::mutex> lock(decoderMutex);
+        if (!decoderUser || decoderUser == this) {
+            subtitle_release();
+            decoderUser = nullptr;
+        }
+    }
+    sws_freeContext(m_pSwsContext);
+    av_freep(&m_pImageBuffer);
+}
+
+bool SubParser::IsTextSub()
+{
+    return false;
+}
+
+int SubParser::Open(const QString &path, int streamIndex)
+{
+    m_listItems.clear();
+    m_index = {};
+    TextReader reader;
+    reader.Open(path);
+
+    const int first = FindStream(reader, streamIndex);
+    if (first >= reader.GetLineCount() || !IsPossibleSide(m_nSubWidth) || !IsPossibleSide(m_nSubHeight))
+        return 0;
+    for (int i = first; i < reader.GetLineCount() && m_listItems.size() < MaxCues; ++i) {
+        const QString line = reader.GetLine(i);
+        if (line.startsWith(IdKey))
+            break;
+        if (line.startsWith(TimestampKey))
+            m_listItems.append(ReadEntry(line));
+    }
+    IndexStarts();
+    m_strSubFile = path.left(path.size() - 3) + QLatin1String("sub");
+
+    const std::lock_guard<std::mutex> lock(decoderMutex);
+    BecomeDecoderUser();
+    subtitle_init(m_palette, m_nSubWidth, m_nSubHeight);
+    return 1;
+}
+
+int SubParser::FindStream(const TextReader &reader, int streamIndex)
+{
+    bool isHeaderDone = false;
+    for (int i = 0; i < reader.GetLineCount(); ++i) {
+        const QString line = reader.GetLine(i);
+        if (line.startsWith(IdKey)) {
+            if (IsWantedStream(line, streamIndex))
+                return i + 1;
+            isHeaderDone = true;
+        } else if (isHeaderDone) {
+            continue;
+        } else if (line.startsWith(SizeKey)) {
+            ReadSize(Value(line, SizeKey), m_nSubWidth, m_nSubHeight);
+        } else if (line.startsWith(PaletteKey)) {
+            ReadPalette(Value(line, PaletteKey), m_palette);
+        }
+    }
+    return reader.GetLineCount();
+}
+
+void SubParser::IndexStarts()
+{
+    CueIndex::Builder builder;
+    for (int i = 0; i < m_listItems.size(); ++i) {
+        const std::int64_t start = m_listItems[i].nStart;
+        builder.Add({start, i + 1 < m_listItems.size() ? m_listItems[i + 1].nStart : start + LastEntryHold});
+    }
+    m_index = CueIndex(std::move(builder));
+}
+
+QString SubParser::GetSubtitle(long ms)
+{
+    const int due = ms > 0 ? m_index.Find(ms) : -1;
+    return due < 0 ? QString() : QString::number(due);
+}
+
+void SubParser::SetVideoSize(int width, int height)
+{
+    m_nVideoWidth = width;
+    m_nVideoHeight = height;
+}
+
+QImage SubParser::TextToImage(const QString &key, QRect &rect)
+{
+    const int entry = key.toInt();
+    if (entry < 0 || entry >= m_listItems.size())
+        return QImage();
+    // Positions beyond 32 bits wrap round, and so does a length where the next entry lies before this one.
+    const auto start = static_cast<std::uint32_t>(m_listItems[entry].nFilePos);
+    const bool isLast = entry == m_listItems.size() - 1;
+    const std::uint32_t length =
+        isLast ? LastEntryLength : static_cast<std::uint32_t>(m_listItems[entry + 1].nFilePos) - start;
+    QByteArray bytes;
+    if (!m_reader.Fetch(m_strSubFile, start, length, bytes) || !DecodeAndScale(bytes))
+        return QImage();
+    QImage image = MakeImage();
+    if (!image.isNull())
+        rect = image.rect();
+    return image;
+}
+
+bool SubParser::DecodeAndScale(QByteArray &bytes)
+{
+    const std::lock_guard<std::mutex> lock(decoderMutex);
+    try {
+        TakeDecoder();
+    } catch (...) {
+        m_reader.Forget();
+        throw;
+    }
+    // An entry's beginning completes the unit that the entry before it left incomplete, but no other.
+    if (!m_reader.IsContinued())
+        subtitle_drop_input();
+    DecodePSStream(reinterpret_cast<unsigned char *>(bytes.data()), bytes.size());
+    return MakeScaler() && ScaleCanvas();
+}
+
+/** Puts the state of the decoder's last user aside, and that of this one in its place if there is one. */
+void SubParser::BecomeDecoderUser()
+{
+    if (decoderUser == this)
+        return;
+    if (decoderUser)
+        decoderUser->m_pDecoder = std::make_unique<saved_decoder>();
+    decoderUser = this;
+    if (m_pDecoder)
+        m_pDecoder->Restore();
+    m_pDecoder.reset();
+}
+
+/** Makes the decoder this parser's; also after a host released it or set it up otherwise. */
+void SubParser::TakeDecoder()
+{
+    BecomeDecoderUser();
+    if (subtitle_is_set_up() && Coded_Picture_Width == m_nSubWidth && Coded_Picture_Height == m_nSubHeight)
+        return;
+    const int32_t colour = Subt_Color; // which the host may have set
+    subtitle_init(m_palette, m_nSubWidth, m_nSubHeight);
+    Subt_Color = colour;
+}
+
+/** Makes the scaler and its buffer, or keeps them while the sizes are the same. */
+bool SubParser::MakeScaler()
+{
+    if (m_nVideoWidth < 1 || m_nVideoHeight < 1)
+        return false;
+    m_pSwsContext = sws_getCachedContext(m_pSwsContext, m_nSubWidth, m_nSubHeight, AV_PIX_FMT_GRAY8, m_nVideoWidth,
+                                         m_nVideoHeight, AV_PIX_FMT_GRAY8, ScalingFlags, nullptr, nullptr, nullptr);
+    if (!m_pSwsContext)
+        return false;
+    const std::size_t size = 2 * static_cast<std::size_t>(m_nVideoWidth) * m_nVideoHeight;
+    if (m_pImageBuffer && size == m_nImageBuffer)
+        return true;
+    av_freep(&m_pImageBuffer);
+    m_pImageBuffer = static_cast<unsigned char *>(av_mallocz(size + ScalerPadding));
+    m_nImageBuffer = size;
+    return m_pImageBuffer;
+}
+
+bool SubParser::ScaleCanvas()
+{
+    SubtitlePlanes planes = {};
+    subtitle_write(&planes);
+    // The scaler reads four of each, whatever the format.
+    const int fromStrides[4] = {m_nSubWidth};
+    const int toStrides[4] = {m_nVideoWidth};
+    unsigned char *to[4] = {m_pImageBuffer};
+    // The picture has no chroma.
+    for (const unsigned char *plane : {planes.plane[0], planes.plane[3]}) {
+        if (!plane)
+            return false;
+        const unsigned char *const from[4] = {plane};
+        if (sws_scale(m_pSwsContext, from, fromStrides, 0, m_nSubHeight, to, toStrides) < 0)
+            return false;
+        to[0] += m_nImageBuffer / 2;
+    }
+    return true;
+}
+
+QImage SubParser::MakeImage() const
+{
+    QImage image(m_nVideoWidth, m_nVideoHeight, QImage::Format_RGB32);
+    if (image.isNull())
+        return image;
+    const std::size_t pixels = m_nImageBuffer / 2;
+    const unsigned char *luma = m_pImageBuffer;
+    const unsigned char *alpha = m_pImageBuffer + pixels;
+    unsigned char *pixel = image.bits();
+    for (std::size_t i = 0; i < pixels; ++i, pixel += 4) {
+        pixel[0] = pixel[1] = pixel[2] = luma[i];
+        pixel[3] = alpha[i];
+    }
+    return image;
+}
