@@ -1,12 +1,14 @@
 #!/bin/sh
 # Installs what building, testing and the demo need, on Debian 12 and its kin. Does nothing where all is there.
+# usage: install-packages.sh [PACKAGE...]
+#   PACKAGE: what the caller needs besides
 set -eu
 
-packages="cmake ninja-build g++ clang clang-format clang-tidy libclang-rt-14-dev pkg-config
+packages="cmake ninja-build g++ clang clang-format clang-tidy cppcheck libclang-rt-14-dev pkg-config
     qtbase5-dev qtbase5-private-dev
     libavformat-dev libavcodec-dev libavutil-dev libswscale-dev
-    libcli11-dev libgtest-dev libbenchmark-dev
-    fontconfig fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji ffmpeg mkvtoolnix locales git"
+    libcli11-dev libgtest-dev libbenchmark-dev libass-dev libavfilter-dev python3 valgrind
+    fontconfig fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji ffmpeg mkvtoolnix dvdauthor locales git $*"
 
 missing=
 for package in $packages; do

@@ -1,0 +1,36 @@
+#!/bin/sh
+# Makes a VobSub pair, grey on dark grey, for PAL: brings the text of a SubRip file onto a DVD, as it were, and
+# takes it off there. The file is UTF-8, its cues follow each other.
+# usage: make-vobsub.sh TEXT.srt OUTPUT.idx
+set -eu
+output=$2
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+
+sed '1s/^\xEF\xBB\xBF//' "$1" >"$folder/text.srt"
+start=$(awk -F '[:, ]' '/-->/ { print (($1 * 60 + $2) * 60 + $3) * 1000 + $4; exit }' "$folder/text.srt")
+length=$(awk -F '[:, ]' '/-->/ { end = ($6 * 60 + $7) * 60 + $8 } END { print end + 2 }' "$folder/text.srt")
+
+cat >"$folder/text.xml" <<END
+<subpictures format="PAL"><stream>
+  <textsub filename="$folder/text.srt" characterset="UTF-8" font="$(fc-match -f '%{file}' 'DejaVu Sans')" fontsize="34"
+    fill-color="rgba(240,240,240,255)" outline-color="rgba(48,48,48,255)" outline-thickness="2"
+    horizontal-alignment="center" vertical-alignment="bottom" aspect="16:9"/>
+</stream></subpictures>
+END
+ffmpeg -nostdin -v error -f lavfi -i "color=c=gray:s=720x576:r=25:d=$length" -target pal-dvd "$folder/video.mpg"
+spumux -m dvd "$folder/text.xml" <"$folder/video.mpg" >"$folder/disc.mpg" 2>"$folder/log" || {
+    cat "$folder/log" >&2
+    exit 1
+}
+
+# A program stream tells neither size nor palette; on a DVD they are kept elsewhere. spumux numbers the colours of the
+# outline and of the text 0 and 1.
+ffmpeg -nostdin -v error -i "$folder/disc.mpg" -map 0:s -c copy "$folder/bare.mkv"
+mkvextract -q "$folder/bare.mkv" tracks "0:$folder/bare.idx"
+black='000000, 000000, 000000, 000000, 000000, 000000, 000000'
+sed -i "s/^langidx:/size: 720x576\npalette: 303030, f0f0f0, $black, $black\n&/" "$folder/bare.idx"
+
+# The stream's clock begins with its first picture.
+mkvmerge -q -o "$folder/film.mkv" --sync "0:$start" --language 0:en "$folder/bare.idx"
+mkvextract -q "$folder/film.mkv" tracks "0:$output"

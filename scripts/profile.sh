@@ -1,0 +1,51 @@
+#!/bin/sh
+# Prints where the time of the library's main works goes, as a table; nothing where there is no perf. For bench.sh, which
+# builds what it runs.
+set -eu
+cd "$(dirname "$0")/.."
+
+command -v perf >/dev/null || exit 0
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+
+# profile WORK BENCHMARK OPTIONS...: a line of the table. The first seconds, in which the files and the frames are made,
+# do not count. Small functions count as one.
+profile() {
+    work=$1
+    filter=$2
+    shift 2
+    perf record -q -e cpu-clock -F 5000 -D 2500 -o "$folder/data" build-gcc/bin/subtitle_bench \
+        --benchmark_filter="^$filter(/iter|\$)" "$@" >/dev/null 2>"$folder/log" || {
+        cat "$folder/log" >&2
+        exit 1
+    }
+    perf report -i "$folder/data" --stdio --no-children -g none --sort dso,sym -t ';' 2>/dev/null |
+        awk -F ';' -v work="$work" '
+            /^ *[0-9.]+%/ {
+                gsub(/ +$/, "", $2)
+                name = substr($3, 5)
+                sub(/^\(anonymous namespace\)::/, "", name)
+                sub(/\.so\..*/, "", $2)
+                if ($2 ~ /^\[/)
+                    name = "kernel"
+                else if (name ~ /^0x/ || $1 + 0 < 3)
+                    name = "others in " $2
+                else
+                    name = "`" name "`"
+                share[name] += $1
+            }
+            END {
+                for (name in share)
+                    if (share[name] >= 3)
+                        printf "%s;%s;%.0f\n", work, name, share[name]
+            }' | sort -t ';' -k 3,3nr | head -n 8 |
+        awk -F ';' '{ line = line (NR > 1 ? ", " : "") $2 " " $3 " %"; work = $1 } END { print "| " work " | " line " |" }'
+}
+
+echo '| work | where its time goes |'
+echo '|---|---|'
+profile 'steady frame, 1080p' SteadyText/1920/1080/255 --benchmark_min_time=4
+profile 'frame on which the cue changes, 1080p' TextChange/1920/1080 --benchmark_repetitions=80
+profile 'frame on which a bitmap changes, 1080p' PictureChange/1920/1080 --benchmark_repetitions=4
+profile 'open 1,500 cues, SRT' OpenSrt/1500 --benchmark_min_time=4
+profile 'open 1,500 cues, ASS' OpenAss/1500 --benchmark_min_time=4
