@@ -86,13 +86,16 @@ extern "C" {
  * A host that builds against an older FFmpeg includes <libavcodec/avcodec.h> before this header.
  */
 typedef struct AVPicture {
-    uint8_t *data[8];
-    int linesize[8];
+    uint8_t *data[8]; /**< the top row of each plane */
+    int linesize[8];  /**< bytes from a row to the one below; negative when rows lie bottom up */
 } AVPicture;
 #endif
 
 /** Bits of the style argument of SetSubtitleFontParam(). */
-enum { SUBTITLE_STYLE_BOLD = 1, SUBTITLE_STYLE_ITALIC = 2 };
+enum {
+    SUBTITLE_STYLE_BOLD = 1,  /**< bold weight */
+    SUBTITLE_STYLE_ITALIC = 2 /**< italic slant */
+};
 
 /**
  * Makes a renderer for frames of one size.
@@ -132,6 +135,7 @@ void DestroyVideoSubtitle(void *handle);
  * cannot be read or has no such track counts as one without subtitles, not as a failure; an index is refused for that,
  * and when the size of its pictures is missing or has a side above 4096 pixels. docs/formats.md tells more.
  *
+ * @param handle  the renderer.
  * @param path   the file's name in the encoding of the locale; null or "" is refused, and keeps the earlier file.
  * @param track  number of the subtitle track, from 0, among the subtitle streams of a container; for "idx" the number
  *               behind "index:" on the line of the wanted language; "srt", "ass" and "ssa" files have one track and
@@ -149,6 +153,7 @@ int SetSubtitleFile(void *handle, const char *path, int track);
  * Times may come in any order. A subtitle is due from its start to its end, both included; where several are due, the
  * first in the file is shown alone. At time 0 none is ever due.
  *
+ * @param handle  the renderer.
  * @param ms  time in milliseconds, 0 or more.
  * @return 0; -1 for a negative time, which changes nothing; -1, with no subtitle due, when there is no memory.
  *
@@ -160,6 +165,7 @@ int SetSubtitleTimeStamp(void *handle, long ms);
 /**
  * Draws the due subtitle into a frame; without one the frame is not touched.
  *
+ * @param handle  the renderer.
  * @param frame  packed RGB, 3 bytes a pixel with red first (FFmpeg's AV_PIX_FMT_RGB24), of the size given to
  *               CreateVideoSubtitle(). Only data[0], which points to the top row, and linesize[0] are used; linesize[0]
  *               is in bytes, at least 3 * width (padding between rows is never written), or negative when rows lie
@@ -176,6 +182,7 @@ int ProcessSubtitleFrame(void *handle, AVPicture *frame);
  * Sets the opacity of the subtitle as a whole. It weighs in twice: a pixel of the subtitle covers the frame by about
  * (alpha / 255) squared. Below 255, the frame's first and third byte change places under the subtitle.
  *
+ * @param handle  the renderer.
  * @param alpha  0 (nothing is drawn) to 255 (opaque); only the low 8 bits are used.
  * @return 0.
  *
@@ -186,6 +193,7 @@ int SetSubtitleAlpah(void *handle, int alpha);
 /**
  * Sets the vertical position of the subtitle's centre line.
  *
+ * @param handle  the renderer.
  * @param percent  of the frame height from the top, 0 to 100; values outside are clamped.
  * @return 0 when the position changed, -1 when it was set already.
  *
@@ -197,6 +205,7 @@ int SetSubtitlePos(void *handle, int percent);
  * Sets the font of text subtitles: all of family, size, weight and slant. What the family lacks is taken from other
  * installed fonts.
  *
+ * @param handle  the renderer.
  * @param family     name in the encoding of the locale; a missing family is substituted, "" is the
  *                   default font's. Null keeps the family.
  * @param pointSize  size in points at 96 dots per inch (72 points are 96 pixels of the frame), 1 or more; below that
@@ -211,6 +220,7 @@ int SetSubtitleFontParam(void *handle, const char *family, int pointSize, int st
 /**
  * Sets the colour of text subtitles. Black is stored as (0, 0, 1).
  *
+ * @param handle  the renderer.
  * @param r, g, b  components 0 to 255; only the low 8 bits of each are used.
  * @return 0 when the colour changed, -1 when it was set already.
  *
@@ -222,6 +232,7 @@ int SetSubtitleFontColor(void *handle, int r, int g, int b);
  * Sets the colour of the 2-pixel outline of text subtitles. Pure black (0, 0, 0) makes the outline disappear from
  * frames; (1, 1, 1) is the darkest that shows.
  *
+ * @param handle  the renderer.
  * @param r, g, b  components 0 to 255; only the low 8 bits of each are used.
  * @return 0.
  *
@@ -246,7 +257,10 @@ int SetSubtitleOutlineColor(void *handle, int r, int g, int b);
  * and data[1] point to is freed first. They must therefore be null before the first call. The other members of out are
  * not touched.
  *
+ * @param handle  the renderer.
  * @param text  UTF-8, lines separated by "\n"; null counts as "".
+ * @param out   receives the bitmap.
+ * @param rect  receives four integers.
  * @return 0; -1, with nothing changed, when out or rect is null or the handle has no font; -1, with data[0] and data[1]
  *         freed and null and the subtitle on display as before, when there is no memory for the bitmap.
  *

@@ -1,3 +1,7 @@
+/**
+ * @file psstream.h
+ * Reader of the MPEG-2 program streams that sub-picture units come in.
+ */
 #ifndef PSSTREAM_H
 #define PSSTREAM_H
 
@@ -11,6 +15,7 @@ extern "C" {
  * buffer's end is cut there. Not guarded, like the decoder; allocates nothing.
  *
  * @param buf  begins with a packet's start code, or nothing is done.
+ * @param len  bytes in @p buf.
  */
 void DecodePSStream(unsigned char *buf, int len);
 

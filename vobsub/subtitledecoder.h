@@ -1,4 +1,5 @@
-/*
+/**
+ * @file subtitledecoder.h
  * Decoder of DVD sub-picture units: plain functions over process-wide state, one decoder a process, as hosts bind to it.
  *
  * Set up with subtitle_init(), fed with the payload of the program stream's packets through subtitle_decode() in pieces
@@ -39,19 +40,19 @@ struct subtitle_canvas {
 /** What subtitle_write() hands out: nine words of a pointer's size. The planes stay the decoder's. */
 struct SubtitlePlanes {
     unsigned char *plane[4]; /**< Y, U, V, alpha */
-    void *reserved[3];
-    intptr_t top;
-    intptr_t bottom;
+    void *reserved[3];       /**< null */
+    intptr_t top;            /**< first canvas row with a visible pixel; beyond bottom when no pixel is visible */
+    intptr_t bottom;         /**< last canvas row with a visible pixel */
 };
 
-extern struct subtitle_canvas mediadata;
-extern int32_t Coded_Picture_Width;  /**< of the canvas, in pixels; 0 when none could be had */
-extern int32_t Coded_Picture_Height; /**< likewise */
-extern int32_t Chroma_Width;         /**< bytes a chroma row in subtitle_write_x() */
-extern int32_t Chroma_Height;        /**< for the host's information */
-extern int32_t chroma_format;        /**< MPEG-2 code: 3 is 4:4:4, 1 is 4:2:0 in subtitle_write_x() */
-extern int32_t Subt_Color;           /**< 0: every unit replaces the palette by black and white */
-extern int32_t Subt_Offset;          /**< rows by which subtitle_write_x() moves the picture down */
+extern struct subtitle_canvas mediadata; /**< of the last unit */
+extern int32_t Coded_Picture_Width;      /**< of the canvas, in pixels; 0 when none could be had */
+extern int32_t Coded_Picture_Height;     /**< likewise */
+extern int32_t Chroma_Width;             /**< bytes a chroma row in subtitle_write_x() */
+extern int32_t Chroma_Height;            /**< for the host's information */
+extern int32_t chroma_format;            /**< MPEG-2 code: 3 is 4:4:4, 1 is 4:2:0 in subtitle_write_x() */
+extern int32_t Subt_Color;               /**< 0: every unit replaces the palette by black and white */
+extern int32_t Subt_Offset;              /**< rows by which subtitle_write_x() moves the picture down */
 
 /**
  * Sets the decoder up for a canvas and forgets what it holds.
@@ -67,30 +68,38 @@ void subtitle_release(void);
 
 /**
  * Takes the next bytes of the sub-picture stream, and decodes the unit that they complete, one a call.
- * @param len  may be 0, which decodes a whole unit that the last one left behind; less does nothing.
+ * @param data  any piece of it; not kept.
+ * @param len   may be 0, which decodes a whole unit that the last one left behind; less does nothing.
  * @return 1
  */
 int subtitle_decode(const unsigned char *data, int len);
 
-/** Fills @p out with where the picture is. */
+/**
+ * Tells where the picture is.
+ * @param out  receives that.
+ */
 void subtitle_write(struct SubtitlePlanes *out);
 
 /**
  * As subtitle_write(), after placing the picture on a plain background in the output planes and packing these three bytes
  * a pixel into the block of Y, U and V, whose pixels are gone by that. Rows that would leave the picture are dropped.
+ * @param out  receives where the picture is then.
  */
 void subtitle_write_x(struct SubtitlePlanes *out);
 
-/*
- * The decoder's parts. The readers read on from the decoder's position in the bytes that it holds; 0 without a decoder
- * and behind its buffer.
+/**
+ * @name The decoder's parts
+ * The readers read on from the decoder's position in the bytes that it holds; 0 without a decoder and behind its buffer.
+ * @{
  */
-int Get_HalfByte(void);
-int Get_Byte(void);
-int Get_Short(void); /**< big-endian */
+int Get_HalfByte(void); /**< @return 4 bits, the upper ones of a byte first */
+int Get_Byte(void);     /**< @return 8 bits */
+int Get_Short(void);    /**< @return 16 bits, big-endian */
 
 /**
  * Begins a picture in a display area: makes the canvas transparent and goes to the area's first pixel.
+ * @param x, y           the area's top left pixel.
+ * @param width, height  of the area.
  * @param alpha_word, colour_word  four bits a pixel code, code 0 lowest: contrast, index into the palette.
  */
 void Init_RleOutput(int x, int y, int width, int height, unsigned int alpha_word, unsigned int colour_word);
@@ -98,8 +107,13 @@ void Init_RleOutput(int x, int y, int width, int height, unsigned int alpha_word
 /** Goes to the start of the field's next line. */
 void New_Line(void);
 
-/** Writes a run: @p code is its length times 4, plus the pixel code. What passes the line's end is not drawn. */
+/**
+ * Writes a run of pixels. What passes the line's end is not drawn.
+ * @param code  its length times 4, plus the pixel code.
+ */
 void Rle_Output(unsigned int code);
+
+/** @} */
 
 #ifdef __cplusplus
 }
