@@ -40,6 +40,8 @@ target_include_directories(subtitle_objects PUBLIC ${PROJECT_SOURCE_DIR})
 # Qt's private headers are not clean under every warning of ours.
 target_include_directories(subtitle_objects SYSTEM PRIVATE ${Qt5Gui_PRIVATE_INCLUDE_DIRS})
 target_compile_definitions(subtitle_objects PUBLIC QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
+# Files may be longer than a 32-bit offset reaches.
+target_compile_definitions(subtitle_objects PRIVATE _FILE_OFFSET_BITS=64)
 target_link_libraries(subtitle_objects
   PUBLIC Qt5::Core Qt5::Gui PkgConfig::FFMPEG
   PRIVATE Qt5::FontDatabaseSupportPrivate)
@@ -54,8 +56,9 @@ set_target_properties(subtitle PROPERTIES
   SOVERSION ${PROJECT_VERSION_MAJOR}
   LINK_DEPENDS ${exports})
 # nodelete: Qt does not survive being unloaded, so a host's dlclose() must leave it where it is.
+# Bsymbolic-functions: a host may have a Get_Byte() of its own, which the decoder must not call.
 target_link_options(subtitle PRIVATE
-  LINKER:--version-script=${exports} LINKER:-z,nodelete LINKER:--as-needed)
+  LINKER:--version-script=${exports} LINKER:-z,nodelete LINKER:-Bsymbolic-functions LINKER:--as-needed)
 subtitle_harden(subtitle)
 if(NOT SUBTITLE_SANITIZE)
   target_link_options(subtitle PRIVATE LINKER:--no-undefined)

@@ -65,6 +65,8 @@ bool PathText::PlaceRun(const GlyphRun &run, const QSize &frame, std::vector<Pla
         // So far below the frame that no glyph reaches up into it.
         if ((place.nY >> 6) > frame.height() + 4 * engine.fontDef.pixelSize)
             continue;
+        if (place.nX < 0 || (place.nX >> 6) > frame.width())
+            return false;
         const GlyphShape &shape = Shape(engine, glyphsOfFont, run.Glyphs()[i], place);
         if (shape.Mask().nRows == 0)
             continue;
@@ -97,14 +99,15 @@ const GlyphShape &PathText::Shape(QFontEngine &engine, Font &font, std::uint32_t
 
 TextInk PathText::Compose(const std::vector<PlacedGlyph> &glyphs, const QSize &frame)
 {
+    constexpr int Margin = OutlineRadius + 1; // a corner that is rounded up may reach a column further
     int left = frame.width();
     int right = 0;
     int top = frame.height();
     int bottom = 0; // behind the last
     for (const PlacedGlyph &glyph : glyphs) {
         const BitMask &mask = glyph.pShape->Mask();
-        left = std::min(left, glyph.nX + mask.nLeft - OutlineRadius);
-        right = std::max(right, glyph.nX + mask.nLeft + mask.nColumns + OutlineRadius);
+        left = std::min(left, glyph.nX + mask.nLeft - Margin);
+        right = std::max(right, glyph.nX + mask.nLeft + mask.nColumns + Margin);
         top = std::min(top, glyph.nY + mask.nTop - OutlineRadius);
         bottom = std::max(bottom, glyph.nY + mask.nTop + mask.nRows + OutlineRadius);
     }

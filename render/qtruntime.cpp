@@ -99,8 +99,8 @@ QCoreApplication *CreateApplication()
     const LocaleKeeper keeper;
     const MessageSilencer silencer;
     auto application = std::make_unique<QCoreApplication>(argumentCount, arguments);
-    LeaveHostThread(*application);
     SetLocaleCodec();
+    LeaveHostThread(*application);
     return application.release();
 }
 
@@ -129,7 +129,9 @@ void EnsureFonts()
 
 void InitQt()
 {
-    qtApp = QCoreApplication::instance() ? nullptr : CreateApplication();
+    qtApp = nullptr;
+    if (!QCoreApplication::instance())
+        qtApp = CreateApplication();
     EnsureFonts();
 }
 
@@ -140,8 +142,8 @@ void UnInitQt()
         delete idleThread;
         idleThread = nullptr;
         // From no thread at all to this one, whose data of Qt's it then frees.
-        qtApp->moveToThread(QThread::currentThread());
+        if (qtApp)
+            qtApp->moveToThread(QThread::currentThread());
     }
-    delete qtApp;
-    qtApp = nullptr;
+    delete qtApp; // and not reset: this is meant
 }

@@ -18,7 +18,8 @@ namespace
 constexpr int MeasureFlags = Qt::TextWordWrap;
 constexpr int DrawFlags = Qt::AlignHCenter | Qt::TextWordWrap;
 
-constexpr int LongText = 4096; // UTF-16 units
+constexpr int LongText = 4096;   // UTF-16 units
+constexpr int WideFrame = 16384; // pixels; Qt's rasteriser tells places in 16 bits, and draws nothing beyond
 
 /** What is painted of a text. Surrogate pairs are not parted. */
 QString Beginning(const QString &text)
@@ -94,6 +95,8 @@ void PaintRow(QRgb *pixels, const TextInk &ink, int row, int width, const TextSt
 std::optional<TextInk> TextPainter::PaintInk(const RecordedText &text, const QFont &font, const QSize &frame,
                                              const QRect &box)
 {
+    if (std::max(frame.width(), frame.height()) > WideFrame)
+        return std::nullopt;
     std::optional<TextInk> ink = m_pathText.Paint(text, frame);
     return ink ? ink : PaintSmallText(text, font, frame, box);
 }

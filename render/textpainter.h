@@ -46,6 +46,7 @@ public:
     void Load(const QFont &font);
 
 private:
+    /** @return nothing where only the single draws tell. */
     std::optional<TextInk> PaintInk(const RecordedText &text, const QFont &font, const QSize &frame, const QRect &box);
 
     PathText m_pathText;

@@ -65,6 +65,8 @@ void VideoSubtitle::CreateVideoSubtitle(int width, int height)
     m_pFont = font.release();
     delete m_pImage;
     m_pImage = image.release();
+    m_bInk = false;
+    m_painted = {};
     m_nFontColor = 0xFFFFFFFF;
     m_nOutlineColor = 0xFF0A0A0A;
     m_nVideoHeight = height;

@@ -38,6 +38,17 @@ TEST_F(VideoSubtitleTest, UnchangedSubtitleIsBlendedAgainFromTheKeptImage)
     EXPECT_EQ(m_peer.Ink(), ink);
 }
 
+TEST_F(VideoSubtitleTest, NewFrameSizeDropsTheSubtitleOnDisplay)
+{
+    OpenCues();
+    m_renderer.SetTimeStamp(1500);
+    ExpectFrameShows(QStringLiteral("one"));
+    m_renderer.CreateVideoSubtitle(Width / 4, Height / 4);
+    GuardedFrame frame(Width / 4, Height / 4, 3);
+    Process(frame);
+    EXPECT_TRUE(frame.Bytes() == GuardedFrame(Width / 4, Height / 4, 3).Bytes());
+}
+
 TEST_F(VideoSubtitleTest, ColoursAndFontTakeEffectAtTheNextFrame)
 {
     OpenCues();

@@ -10,10 +10,32 @@
 #include "vobsub/psstream.h"
 #include "vobsub/subtitledecoder.h"
 
+#include <cstdlib>
+#include <dlfcn.h>
+#include <new>
 #include <set>
 
 extern "C" {
 #include <libavutil/mem.h>
+}
+
+namespace
+{
+
+bool bCodecsFail = false;
+
+} // namespace
+
+/** QTextCodec::codecForName(), before Qt's own, whose allocations cannot be told from those around it. */
+extern "C" void *FindCodec(const void *pName) __asm__("_ZN10QTextCodec12codecForNameERK10QByteArray");
+extern "C" void *FindCodec(const void *pName)
+{
+    if (bCodecsFail)
+        throw std::bad_alloc();
+    using Function = void *(const void *);
+    static const auto pQts =
+        reinterpret_cast<Function *>(dlsym(RTLD_NEXT, "_ZN10QTextCodec12codecForNameERK10QByteArray"));
+    return pQts(pName);
 }
 
 namespace
@@ -189,6 +211,23 @@ TEST_F(MemoryFaultsTest, HandleIsMadeWholeOrNotAtAll)
         return bFailed ? 1 : 0;
     };
     EXPECT_EQ(ResultsOf(Own, task), (std::set<int>{1}));
+}
+
+TEST_F(MemoryFaultsTest, HandleIsNotMadeWithoutTheLocalesCodec)
+{
+    EXPECT_EQ(RunForked([&] {
+                  DestroyVideoSubtitle(m_pHandle);
+                  setenv("LC_ALL", "C.UTF-8", 1); // NOLINT(concurrency-mt-unsafe): there is one thread
+                  bCodecsFail = true;
+                  void *pHandle = CreateVideoSubtitle(m_nWidth, m_nHeight);
+                  bCodecsFail = false;
+                  if (pHandle)
+                      return 1;
+                  pHandle = CreateVideoSubtitle(m_nWidth, m_nHeight);
+                  DestroyVideoSubtitle(pHandle);
+                  return pHandle ? 0 : 2;
+              }),
+              0);
 }
 
 TEST_F(MemoryFaultsTest, LastHandleGoesWithoutMemory)

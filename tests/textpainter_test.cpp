@@ -268,6 +268,15 @@ TEST(TextPainter, EmptyTextIsTwoPixelsWide)
     EXPECT_EQ(painted.rcText.left(), 100);
 }
 
+// Qt's rasteriser tells places in 16 bits.
+TEST(TextPainter, PaintsAsTheSingleDrawsInFramesOfAnyWidth)
+{
+    for (const int width : {16384, 16385, 32768, 65000, 65536})
+        ExpectAsPlain(Style(TestFont(80)), {width, 100}, QStringLiteral("Hello, World"));
+    ExpectAsPlain(Style(TestFont(20)), {65536, 30}, QStringLiteral("Hello, World"));
+    ExpectAsPlain(Style(TestFont(80)), {40000, 100}, QStringLiteral("Hello, World ").repeated(80));
+}
+
 TEST(TextPainter, FrameThatNoImageHoldsGivesNone)
 {
     const PlainText painted = PaintText(Style(TestFont(20)), 1 << 20, 1 << 20, QStringLiteral("text"));

@@ -24,11 +24,12 @@ bool SubFileReader::Fetch(const QString &path, std::uint32_t start, std::uint32_
     const std::int64_t wanted =
         std::min(std::int64_t{std::min(length, MaxLength)}, state.nSize - static_cast<std::int64_t>(start));
     if (wanted > 0) {
-        // Half a picture, or none, would pass for an entry that brings none, and show the one before.
         if (!file.seek(start))
             return false;
+        // A file that became shorter brings what is left. Half of what a failing disk brings would pass for an entry
+        // without a picture, and show the one before.
         bytes = file.read(wanted);
-        if (bytes.size() != wanted)
+        if (bytes.size() != wanted && file.error() != QFileDevice::NoError)
             return false;
     }
     m_bContinued = hadOne && start == m_nEnd && state == m_state;

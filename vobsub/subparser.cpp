@@ -246,7 +246,7 @@ void SubParser::BecomeDecoderUser()
     m_pDecoder.reset();
 }
 
-/** Makes the decoder this parser's; also after a host released it or set it up otherwise. */
+/** Makes the decoder this parser's; also after a host released it or set it up for another size. */
 void SubParser::TakeDecoder()
 {
     BecomeDecoderUser();

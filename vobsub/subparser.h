@@ -72,7 +72,6 @@ private:
     QImage MakeImage() const;
 
     QList<VobSubtitleItem> m_listItems; ///< in file order
-    CueIndex m_index;
     int m_nVideoWidth = 0;
     int m_nVideoHeight = 0;
     int m_nSubWidth = 0; ///< of the canvas
@@ -82,6 +81,7 @@ private:
     SwsContext *m_pSwsContext = nullptr;
     unsigned char *m_pImageBuffer = nullptr; ///< two scaled planes, luma and alpha
     std::size_t m_nImageBuffer = 0;          ///< its size in bytes
+    CueIndex m_index;
     SubFileReader m_reader;
     std::unique_ptr<saved_decoder> m_pDecoder; ///< while another parser uses the decoder
 };
