@@ -1,0 +1,10 @@
+// Read by LeakSanitizer, where it is built in: what Qt's offscreen platform leaves behind is not the examples'.
+extern "C" const char *__lsan_default_suppressions()
+{
+    return "leak:libqoffscreen\nleak:QScreen::QScreen\nleak:QPlatformScreen::QPlatformScreen\n"
+           "leak:QWindowSystemInterface::handleScreenAdded\n";
+}
+extern "C" const char *__lsan_default_options()
+{
+    return "print_suppressions=0";
+}
