@@ -50,7 +50,8 @@ subtitle_harden(subtitle_objects)
 set(exports ${PROJECT_SOURCE_DIR}/api/libsubtitle.map)
 add_library(subtitle SHARED)
 target_link_libraries(subtitle PRIVATE subtitle_objects)
-target_include_directories(subtitle INTERFACE ${PROJECT_SOURCE_DIR}/api)
+add_library(subtitle::subtitle ALIAS subtitle)
+target_include_directories(subtitle INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/api>)
 set_target_properties(subtitle PROPERTIES
   VERSION ${PROJECT_VERSION}
   SOVERSION ${PROJECT_VERSION_MAJOR}
@@ -66,6 +67,3 @@ endif()
 
 add_library(subtitle_static STATIC)
 target_link_libraries(subtitle_static PUBLIC subtitle_objects)
-
-install(TARGETS subtitle LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(FILES api/libsubtitle.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})

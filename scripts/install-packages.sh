@@ -8,6 +8,7 @@ packages="cmake ninja-build g++ clang clang-format clang-tidy cppcheck libclang-
     qtbase5-dev qtbase5-private-dev
     libavformat-dev libavcodec-dev libavutil-dev libswscale-dev
     libcli11-dev libgtest-dev libbenchmark-dev libass-dev libavfilter-dev python3 valgrind
+    bash-completion mandoc zsh
     fontconfig fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji ffmpeg mkvtoolnix dvdauthor locales git $*"
 
 missing=

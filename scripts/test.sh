@@ -10,31 +10,16 @@ cd "$(dirname "$0")/.."
 
 configuration=${1:-gcc}
 pattern=${2:-.}
-type=Release
-sanitize=
-flags=
-target=all
 case $configuration in
-gcc) compiler='gcc g++' ;;
-clang) compiler='clang clang++' ;;
-clang-asan)
-    compiler='clang clang++'
-    type=RelWithDebInfo
-    sanitize=address,undefined
-    ;;
+gcc) preset=release ;;
+clang) preset=clang ;;
+clang-asan) preset=asan ;;
 clang-tsan)
-    compiler='clang clang++'
-    type=RelWithDebInfo
-    sanitize=thread
-    target=thread_tests
+    preset=tsan
     pattern=${2:-OnManyThreads|OnTwoThreads}
     export SUBTITLE_SOAK_SECONDS="${SUBTITLE_SOAK_SECONDS:-60}"
     ;;
-coverage)
-    compiler='gcc g++'
-    type=Debug
-    flags='--coverage -fprofile-update=atomic'
-    ;;
+coverage) preset=coverage ;;
 *)
     echo "test.sh: $configuration: no such configuration" >&2
     exit 2
@@ -42,8 +27,6 @@ coverage)
 esac
 
 scripts/install-packages.sh
-cmake -S . -B "build-$configuration" -G Ninja -DCMAKE_BUILD_TYPE=$type \
-    -DCMAKE_C_COMPILER="${compiler% *}" -DCMAKE_CXX_COMPILER="${compiler#* }" \
-    -DCMAKE_C_FLAGS="$flags" -DCMAKE_CXX_FLAGS="$flags" -DSUBTITLE_SANITIZE="$sanitize" -DSUBTITLE_WERROR=ON >/dev/null
-cmake --build "build-$configuration" --target $target
+cmake --preset $preset >/dev/null
+cmake --build --preset $preset
 ctest --test-dir "build-$configuration" --output-on-failure --no-tests=error -j "$(nproc)" -R "$pattern"

@@ -1,6 +1,9 @@
 /**
  * @file psstream.h
  * Reader of the MPEG-2 program streams that sub-picture units come in.
+ *
+ * Hosts include it as `<libsubtitle/psstream.h>`; the decoder that it feeds is set up with
+ * `<libsubtitle/subtitledecoder.h>`. It needs no other header of the library, and is C and C++.
  */
 #ifndef PSSTREAM_H
 #define PSSTREAM_H

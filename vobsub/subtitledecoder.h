@@ -1,6 +1,7 @@
 /**
  * @file subtitledecoder.h
  * Decoder of DVD sub-picture units: plain functions over process-wide state, one decoder a process, as hosts bind to it.
+ * They include it as `<libsubtitle/subtitledecoder.h>`; it needs no other header of the library, and is C and C++.
  *
  * Set up with subtitle_init(), fed with the payload of the program stream's packets through subtitle_decode() in pieces
  * of any size, read with subtitle_write(), given back with subtitle_release(). A unit is decoded by the call that brings

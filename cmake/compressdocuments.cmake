@@ -1,0 +1,8 @@
+# Compresses what Debian wants compressed, in the folders that CPack makes packages of.
+file(GLOB documents
+  ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/*/usr/share/doc/*/changelog*
+  ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/*/usr/share/man/man*/*.[1-9])
+list(FILTER documents EXCLUDE REGEX "\\.gz$")
+if(documents)
+  execute_process(COMMAND gzip -9n ${documents} COMMAND_ERROR_IS_FATAL ANY)
+endif()

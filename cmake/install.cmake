@@ -1,0 +1,68 @@
+# What `cmake --install` puts in place, in components: runtime, the library; development, what hosts are built with;
+# subburn; documents, which every package has in a form of its own.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS subtitle EXPORT subtitleTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
+  INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(FILES api/libsubtitle.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+
+# The headers of the decoder have plain names, so hosts find them in a folder. The build folder has them there as well,
+# for those who take the library in as a subproject.
+set(decoder_headers vobsub/subtitledecoder.h vobsub/psstream.h)
+foreach(header ${decoder_headers})
+  cmake_path(GET header FILENAME name)
+  configure_file(${header} include/libsubtitle/${name} COPYONLY)
+endforeach()
+target_include_directories(subtitle INTERFACE $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/include>)
+install(FILES ${decoder_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/libsubtitle COMPONENT development)
+
+# find_package(subtitle)
+set(config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/subtitle)
+configure_package_config_file(cmake/subtitleConfig.cmake.in cmake/subtitleConfig.cmake
+  INSTALL_DESTINATION ${config_dir} NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/cmake/subtitleConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/cmake/subtitleConfig.cmake ${PROJECT_BINARY_DIR}/cmake/subtitleConfigVersion.cmake
+  DESTINATION ${config_dir} COMPONENT development)
+install(EXPORT subtitleTargets NAMESPACE subtitle:: DESTINATION ${config_dir} COMPONENT development)
+
+# pkg-config: from where the file lies to the prefix, so that the tree may be moved. It may not where the folder of
+# libraries was given in full.
+if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+  set(pkgconfig_prefix ${CMAKE_INSTALL_PREFIX})
+else()
+  file(RELATIVE_PATH up /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+  string(REGEX REPLACE "/$" "" up ${up})
+  set(pkgconfig_prefix "\${pcfiledir}/${up}")
+endif()
+foreach(dir LIBDIR INCLUDEDIR)
+  set(path "\${prefix}")
+  cmake_path(APPEND path ${CMAKE_INSTALL_${dir}}) # which takes the place of the prefix when it is absolute
+  set(pkgconfig_${dir} ${path})
+endforeach()
+configure_file(cmake/libsubtitle.pc.in libsubtitle.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/libsubtitle.pc
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+
+# Debian keeps /usr/share/zsh/site-functions for what no package brings.
+set(zsh_functions site-functions)
+if(CMAKE_INSTALL_PREFIX STREQUAL /usr AND EXISTS /etc/debian_version)
+  set(zsh_functions vendor-completions)
+endif()
+install(TARGETS subburn RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT subburn)
+install(FILES man/subburn.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT subburn)
+install(FILES completions/subburn
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT subburn)
+install(FILES completions/_subburn DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${zsh_functions} COMPONENT subburn)
+
+# The folders as in the sources, since the texts link to each other.
+install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development
+  FILES_MATCHING PATTERN "*.md" PATTERN "*.png")
+install(FILES CHANGELOG.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documents)
+
+# Where the prefix is another, the folder of libraries is not the one of a package.
+if(PROJECT_IS_TOP_LEVEL AND CMAKE_INSTALL_PREFIX STREQUAL /usr)
+  include(cmake/packages.cmake)
+endif()

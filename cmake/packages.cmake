@@ -1,0 +1,71 @@
+# Debian packages: `cpack` makes them in a build folder. scripts/make-packages.sh configures that and checks them.
+set(CPACK_GENERATOR DEB)
+set(CPACK_VERBATIM_VARIABLES ON)
+set(CPACK_PACKAGE_NAME libsubtitle)
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # which would come before those of the packages
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_COMPONENTS_GROUPING ONE_PER_GROUP)
+set(CPACK_COMPONENTS_ALL)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/compressdocuments.cmake)
+
+set(release 1)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE ${release})
+set(CPACK_DEBIAN_PACKAGE_MAINTAINER "libsubtitle maintainers <maintainers@users.noreply.example>")
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+# A `shlibs` file in the package that has a library.
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+
+# Whatever depends on the library's own package wants the one built with it.
+set(library libsubtitle${PROJECT_VERSION_MAJOR})
+set(same_library "${library} (= ${PROJECT_VERSION}-${release})")
+configure_file(cmake/debian/changelog.in debian/changelog.Debian @ONLY)
+
+# A package of a component, and of the documents that each package has to have; these are in no other installation.
+macro(subtitle_package name component section multi_arch)
+  string(TOUPPER ${name} package)
+  string(TOUPPER ${component} part)
+  set(documents ${component}-documents)
+  string(TOUPPER ${documents} texts)
+  install(FILES ${PROJECT_BINARY_DIR}/debian/changelog.Debian cmake/debian/copyright
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${documents} EXCLUDE_FROM_ALL)
+  install(FILES CHANGELOG.md RENAME changelog
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${name} COMPONENT ${documents} EXCLUDE_FROM_ALL)
+  install(FILES cmake/debian/overrides RENAME ${name}
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides COMPONENT ${documents} EXCLUDE_FROM_ALL)
+  list(APPEND CPACK_COMPONENTS_ALL ${component} ${documents})
+  set(CPACK_COMPONENT_${part}_GROUP ${name})
+  set(CPACK_COMPONENT_${texts}_GROUP ${name})
+  set(CPACK_DEBIAN_${package}_PACKAGE_NAME ${name})
+  # CPack 3.25 knows no such field, but writes down what it is given for another.
+  set(CPACK_DEBIAN_${package}_PACKAGE_SECTION "${section}\nMulti-Arch: ${multi_arch}")
+  file(STRINGS cmake/debian/${component}.description lines)
+  list(JOIN lines "\n" CPACK_DEBIAN_${package}_DESCRIPTION)
+endmacro()
+
+subtitle_package(${library} runtime libs same)
+set(CPACK_DEBIAN_${package}_PACKAGE_RECOMMENDS fonts-dejavu-core)
+# Of its own CPack adds scripts that call ldconfig, where Debian has the trigger. It does not where it is told of such
+# scripts; of files that are not there it only warns.
+set(CPACK_DEBIAN_${package}_PACKAGE_CONTROL_EXTRA
+  ${PROJECT_SOURCE_DIR}/cmake/debian/triggers
+  ${PROJECT_SOURCE_DIR}/cmake/debian/none/postinst
+  ${PROJECT_SOURCE_DIR}/cmake/debian/none/postrm)
+
+subtitle_package(libsubtitle-dev development libdevel same)
+set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_library}")
+
+# It opens the library by itself, so nothing else finds out that it needs it.
+subtitle_package(subburn subburn video foreign)
+set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_library}")
+set(CPACK_DEBIAN_${package}_PACKAGE_RECOMMENDS fonts-dejavu-core)
+
+include(CPack)

@@ -1,0 +1,52 @@
+#!/bin/sh
+# Makes the Debian packages and has lintian look at them.
+# usage: make-packages.sh [FOLDER]
+#   FOLDER: to put them in, packages where it is left out; packages of that version in it are replaced
+set -eu
+cd "$(dirname "$0")/.."
+case ${1:-} in
+-*)
+    sed -n '3,4s/^# //p' "$0" >&2
+    exit 2
+    ;;
+esac
+folder=$(realpath -m "${1:-packages}")
+
+scripts/install-packages.sh dpkg-dev file lintian
+cmake -S . -B build-packages -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_C_COMPILER=gcc -DCMAKE_CXX_COMPILER=g++ \
+    -DCMAKE_INSTALL_PREFIX=/usr -DCMAKE_INSTALL_DOCDIR=share/doc/libsubtitle-dev \
+    -DSUBTITLE_TESTS=OFF -DSUBTITLE_BENCH=OFF >/dev/null
+cmake --build build-packages
+rm -f build-packages/*.deb
+
+# The time of the files in them, so that the same sources make the same packages.
+SOURCE_DATE_EPOCH=$(dpkg-parsechangelog -l build-packages/debian/changelog.Debian -S Timestamp)
+export SOURCE_DATE_EPOCH
+(cd build-packages && umask 022 && cpack -G DEB)
+lintian --fail-on error,warning --tag-display-limit 0 build-packages/*.deb
+
+# expect PACKAGE FIELD TEXT: what lintian cannot know; the text is in the field
+expect() {
+    dpkg-deb --field build-packages/"$1"_*.deb "$2" | grep -qF "$3" || {
+        echo "make-packages.sh: $1: no $3 in $2" >&2
+        exit 1
+    }
+}
+version=$(dpkg-parsechangelog -l build-packages/debian/changelog.Debian -S Version)
+expect libsubtitle1 Multi-Arch same
+expect libsubtitle1 Depends 'libqt5gui5 '
+expect libsubtitle-dev Multi-Arch same
+expect libsubtitle-dev Depends "libsubtitle1 (= $version)"
+expect subburn Multi-Arch foreign
+expect subburn Depends "libsubtitle1 (= $version)"
+expect subburn Recommends fonts-dejavu-core
+
+# The program finds the library where the packages put it.
+rm -rf build-packages/unpacked
+for package in build-packages/*.deb; do
+    dpkg-deb --extract "$package" build-packages/unpacked
+done
+echo | LD_DEBUG=files build-packages/unpacked/usr/bin/subburn --subtitles README.md --pipe 2x2@1 2>&1 |
+    grep -qF "calling init: $PWD/build-packages/unpacked/usr/lib/$(gcc -print-multiarch)/libsubtitle.so.1"
+mkdir -p "$folder"
+mv build-packages/*.deb "$folder"

@@ -1,0 +1,159 @@
+#!/bin/bash
+# Checks what `cmake --install` puts in place. It is installed into a folder where it does not belong, so that nothing
+# can work that has the prefix in it.
+# usage: check.sh CHECK
+#   SOURCE, BUILD, STAGE:  from the environment, the folders of the sources, of the build, and to install into
+#   BINDIR, LIBDIR, INCLUDEDIR, DATADIR, DOCDIR, MANDIR:  likewise, those of the installation, in full
+set -eu
+
+fail() {
+    echo "$*" >&2
+    exit 1
+}
+
+# Compares two texts.
+equal() {
+    diff -u <(printf '%s\n' "$1") <(printf '%s\n' "$2") || fail "not as expected"
+}
+
+export PKG_CONFIG_PATH=$STAGE/all$LIBDIR/pkgconfig
+prefix=$STAGE/all$(dirname "$BINDIR")
+work=$STAGE/work/$1
+rm -rf "$work"
+mkdir -p "$work"
+text=Installed
+printf '1\n00:00:01,000 --> 00:00:02,000\n%s\n\n' $text >"$work/text.srt"
+
+check_stage() {
+    rm -rf "$STAGE"
+    DESTDIR=$STAGE/all cmake --install "$BUILD" >/dev/null
+    local component
+    for component in runtime development subburn documents; do
+        DESTDIR=$STAGE/$component cmake --install "$BUILD" --component $component >/dev/null
+    done
+}
+
+texts_in() {
+    find "$1" -type f '(' -name '*.md' -o -name '*.png' ')' -printf '%P\n' | sort
+}
+
+# The texts in docs/ are not counted.
+files_of() {
+    (cd "$STAGE/$1" && find . ! -type d ! -path '*/docs/*' -printf '/%P %l\n' | sed 's/ $//' | LC_ALL=C sort)
+}
+
+check_files() {
+    local version zsh=site-functions
+    version=$(sed -n 's/^project(libsubtitle VERSION \([0-9.]*\).*/\1/p' "$SOURCE/CMakeLists.txt")
+    [ ! -d "$STAGE/all$DATADIR/zsh/vendor-completions" ] || zsh=vendor-completions
+    equal "$LIBDIR/libsubtitle.so.1 libsubtitle.so.$version
+$LIBDIR/libsubtitle.so.$version" "$(files_of runtime)"
+    equal "$(LC_ALL=C sort <<END
+$DOCDIR/README.md
+$INCLUDEDIR/libsubtitle.h
+$INCLUDEDIR/libsubtitle/psstream.h
+$INCLUDEDIR/libsubtitle/subtitledecoder.h
+$LIBDIR/cmake/subtitle/subtitleConfig.cmake
+$LIBDIR/cmake/subtitle/subtitleConfigVersion.cmake
+$LIBDIR/cmake/subtitle/subtitleTargets-$(sed -n 's/^CMAKE_BUILD_TYPE:STRING=//p' "$BUILD/CMakeCache.txt" |
+        tr '[:upper:]' '[:lower:]').cmake
+$LIBDIR/cmake/subtitle/subtitleTargets.cmake
+$LIBDIR/libsubtitle.so libsubtitle.so.1
+$LIBDIR/pkgconfig/libsubtitle.pc
+END
+    )" "$(files_of development)"
+    equal "$(LC_ALL=C sort <<END
+$BINDIR/subburn
+$DATADIR/bash-completion/completions/subburn
+$DATADIR/zsh/$zsh/_subburn
+$MANDIR/man1/subburn.1
+END
+    )" "$(files_of subburn)"
+    equal "$DOCDIR/CHANGELOG.md
+$DOCDIR/LICENSE" "$(files_of documents)"
+    equal "$(for component in runtime development subburn documents; do files_of $component; done | LC_ALL=C sort)" \
+        "$(files_of all)"
+    equal "$(texts_in "$SOURCE/docs")" "$(find "$STAGE/all$DOCDIR/docs" -type f -printf '%P\n' | sort)"
+}
+
+check_headers() {
+    local header flags
+    read -ra flags <<<"$(pkg-config --cflags libsubtitle)"
+    for header in libsubtitle.h libsubtitle/subtitledecoder.h libsubtitle/psstream.h; do
+        echo "#include <$header>" >"$work/header.c"
+        cc -std=c99 -Wall -Wextra -Wpedantic -Werror -fsyntax-only "${flags[@]}" "$work/header.c"
+        c++ -std=c++17 -Wall -Wextra -Wpedantic -Werror -fsyntax-only "${flags[@]}" -x c++ "$work/header.c"
+    done
+}
+
+# A host in C; what it leaves is a frame with its subtitle.
+burn_with_host() {
+    local flags
+    read -ra flags <<<"$(pkg-config --cflags --libs libsubtitle libavutil)"
+    cc -std=c99 -Wall -Wextra -Wpedantic -Werror "$SOURCE/tests/install/pkgconfig/host.c" -o "$work/host" "${flags[@]}"
+    LD_LIBRARY_PATH=$STAGE/all$LIBDIR "$work/host" "$work/text.srt" $text "$1"
+}
+
+check_pkg_config() {
+    equal "$(sed -n 's/^project(libsubtitle VERSION \([0-9.]*\).*/\1/p' "$SOURCE/CMakeLists.txt")" \
+        "$(pkg-config --modversion libsubtitle)"
+    burn_with_host "$work/frame"
+    LD_LIBRARY_PATH=$STAGE/all$LIBDIR ldd "$work/host" | grep -qF "$STAGE/all$LIBDIR/libsubtitle.so.1" ||
+        fail "another library was taken"
+}
+
+check_find_package() {
+    cmake -S "$SOURCE/tests/install/findpackage" -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+        -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+    cmake --build "$work/build" >/dev/null
+    "$work/build/host" "$work/text.srt" $text
+    ldd "$work/build/host" | grep -qF "$STAGE/all$LIBDIR/libsubtitle.so.1" || fail "another library was taken"
+    # Another major version is refused.
+    sed 's/subtitle 1\.0/subtitle 2.0/' "$SOURCE/tests/install/findpackage/CMakeLists.txt" >"$work/CMakeLists.txt"
+    ! cmake -S "$work" -B "$work/refused" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null 2>"$work/log" ||
+        fail "version 2.0 was found"
+    grep -qF 'requested version "2.0"' "$work/log"
+}
+
+check_subburn() {
+    local subburn=$STAGE/all$BINDIR/subburn
+    equal "subburn $(pkg-config --modversion libsubtitle)" "$("$subburn" --version | head -n 1)"
+    # It brings the library of its own installation, and draws what a host draws.
+    burn_with_host "$work/expected"
+    ffmpeg -nostdin -v error -f lavfi -i color=0x646464:s=320x180:r=25:d=2,format=gbrp -c:v ffv1 "$work/plain.mkv"
+    env -u LD_LIBRARY_PATH LD_DEBUG=files LD_DEBUG_OUTPUT="$work/loaded" \
+        "$subburn" --subtitles "$work/text.srt" --quiet --snapshot 1.5 "$work/plain.mkv" "$work/frame.png"
+    grep -qF "calling init: $STAGE/all$LIBDIR/libsubtitle.so.1" "$work"/loaded.* || fail "another library was taken"
+    ffmpeg -nostdin -v error -i "$work/frame.png" -f rawvideo -pix_fmt rgb24 "$work/frame"
+    cmp "$work/expected" "$work/frame"
+}
+
+# flags_of OPTION...: what pkg-config says of an installation that is configured so and stays where it belongs
+flags_of() {
+    rm -rf "$work/other"
+    cmake -S "$SOURCE" -B "$work/other" -G Ninja -DSUBTITLE_TESTS=OFF -DSUBTITLE_BENCH=OFF "$@" >/dev/null
+    local dir
+    dir=$(sed -n 's/^CMAKE_INSTALL_LIBDIR:[A-Z]*=//p' "$work/other/CMakeCache.txt")
+    dir=$work/moved/$dir/pkgconfig
+    mkdir -p "$dir"
+    cp "$work/other/libsubtitle.pc" "$dir"
+    local flags flag
+    read -ra flags <<<"$(PKG_CONFIG_PATH=$dir pkg-config --cflags --libs libsubtitle)"
+    for flag in "${flags[@]}"; do
+        case $flag in
+        -[IL]*) flag=${flag:0:2}$(realpath -m "${flag:2}") ;;
+        esac
+        echo "${flag/$work\/moved/MOVED}"
+    done | xargs
+}
+
+# Folders relative to the prefix move with the file; those given in full stay.
+check_folders() {
+    equal "-IMOVED/include -LMOVED/lib/$(cc -print-multiarch) -lsubtitle" "$(flags_of -DCMAKE_INSTALL_PREFIX=/usr)"
+    equal "-I/elsewhere/include -LMOVED/lib64 -lsubtitle" "$(flags_of -DCMAKE_INSTALL_PREFIX=/opt/subtitle \
+        -DCMAKE_INSTALL_LIBDIR=lib64 -DCMAKE_INSTALL_INCLUDEDIR=/elsewhere/include)"
+    equal "-I/opt/subtitle/include -L/elsewhere/lib -lsubtitle" "$(flags_of -DCMAKE_INSTALL_PREFIX=/opt/subtitle \
+        -DCMAKE_INSTALL_LIBDIR=/elsewhere/lib)"
+}
+
+"check_$1"
