@@ -58,7 +58,7 @@ cue hebrew 'השמש שקעה מאחורי הגבעות,\nוהערב שקט.'
 cue chinese '夕阳无限好，\n只是近黄昏。'
 cue japanese '山は暮れて\n野は黄昏の薄かな'
 cue korean '해가 언덕 너머로 지고\n저녁은 고요하다.'
-cue emoji 'Good night 🌙\nand sleep well 😴'
+cue emoji 'Good night 🌙\nand sleep well 🦉'
 for script in cyrillic greek arabic hebrew chinese japanese korean emoji; do
     picture "script-$script" $small --subtitles "$folder/$script.srt"
 done
