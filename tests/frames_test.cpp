@@ -1,9 +1,35 @@
 // What the renderer draws into frames, and hands out as bitmaps.
+#include "support/fonts.h"
 #include "support/videosubtitletest.h"
 
 extern "C" {
 #include <libavutil/mem.h>
 }
+
+namespace
+{
+
+/** A text that measures that many pixels in a font. */
+QString TextOfWidth(const QFont &font, int width)
+{
+    QImage image(1, 1, QImage::Format_ARGB32);
+    image.setDotsPerMeterX(3780);
+    image.setDotsPerMeterY(3780);
+    QPainter painter(&image);
+    painter.setFont(font);
+    for (const char *letters : {"mi", "ml", "et", "ar", "sj"}) {
+        for (int first = 0; first < 20; ++first) {
+            for (int second = 0; second < 40; ++second) {
+                const QString text = QString(first, QLatin1Char(letters[0])) + QString(second, QLatin1Char(letters[1]));
+                if (painter.boundingRect(QRect(0, 0, 720, 576), Qt::TextWordWrap, text).width() == width)
+                    return text;
+            }
+        }
+    }
+    return {};
+}
+
+} // namespace
 
 TEST_F(VideoSubtitleTest, FrameWithNothingDueIsUntouchedAndStaysDirty)
 {
@@ -22,6 +48,37 @@ TEST_F(VideoSubtitleTest, FrameShowsTheDueTextAndClearsDirty)
     EXPECT_EQ(m_peer.Dirty(), 0);
     m_renderer.SetTimeStamp(3500);
     ExpectFrameShows(QStringLiteral("two"));
+}
+
+TEST_F(VideoSubtitleTest, RowsMayLieBottomUp)
+{
+    OpenCues();
+    m_renderer.SetTimeStamp(1500);
+    for (const int alpha : {255, 128}) {
+        m_renderer.SetAlpah(static_cast<uchar>(alpha));
+        GuardedFrame frame(Width, Height, 5);
+        GuardedFrame expected(Width, Height, 5);
+        frame.TurnOver();
+        AVPicture picture = frame.Picture();
+        picture.data[0] += static_cast<std::ptrdiff_t>(Height - 1) * picture.linesize[0];
+        picture.linesize[0] *= -1;
+        EXPECT_EQ(m_renderer.ProcessFrame(&picture), 0);
+        frame.TurnOver();
+        Process(expected);
+        EXPECT_TRUE(frame.Bytes() == expected.Bytes());
+    }
+}
+
+TEST_F(VideoSubtitleTest, TextOnDisplayStaysUntilTheTimeIsSetInANewFile)
+{
+    OpenCues();
+    m_renderer.SetTimeStamp(1500);
+    ExpectFrameShows(QStringLiteral("one"));
+    const std::string strOther = m_folder.Write("other.srt", "00:00:01,000 --> 00:00:02,000\nother\n");
+    ASSERT_EQ(m_renderer.SetSubtitleFile(strOther.c_str(), 0), 0);
+    ExpectFrameShows(QStringLiteral("one"));
+    m_renderer.SetTimeStamp(1500);
+    ExpectFrameShows(QStringLiteral("other"));
 }
 
 TEST_F(VideoSubtitleTest, UnchangedSubtitleIsBlendedAgainFromTheKeptImage)
@@ -151,6 +208,27 @@ TEST_F(VideoSubtitleTest, TextToBmpHandsOutTheTextAndItsPlace)
         EXPECT_EQ(std::vector<int>(out.data[1], out.data[1] + 12),
                   (std::vector<int>{0, 0, 0, 0, 128, 128, 235, 200, 128, 128, 25, 200}));
     }
+    av_freep(&out.data[0]);
+    av_freep(&out.data[1]);
+}
+
+TEST(VideoSubtitlePlaces, TextOfOddSizesIsTruncatedTowardsTheMiddle)
+{
+    VideoSubtitle renderer;
+    const VideoSubtitlePeer peer(renderer);
+    renderer.CreateVideoSubtitle(720, 576);
+    *peer.Font() = TestFont(34);
+    const QString text = TextOfWidth(*peer.Font(), 301);
+    ASSERT_FALSE(text.isEmpty());
+    AVPicture out = {};
+    int rect[4] = {};
+    ASSERT_EQ(renderer.TextToBmp(text.toUtf8().constData(), &out, rect), 0);
+    EXPECT_EQ(peer.Rect(), QRect(210, 0, 302, 42));
+    EXPECT_EQ(peer.AnchorOffset(), 20);
+    EXPECT_EQ(rect[0], 210);
+    EXPECT_EQ(rect[1], 469);
+    EXPECT_EQ(rect[2], 302);
+    EXPECT_EQ(rect[3], 42);
     av_freep(&out.data[0]);
     av_freep(&out.data[1]);
 }

@@ -2,6 +2,7 @@
 
 #include "api/libsubtitle.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <random>
 #include <vector>
@@ -33,6 +34,12 @@ public:
     std::uint8_t *Pixel(int x, int y)
     {
         return m_bytes.data() + GuardSize + static_cast<std::ptrdiff_t>(y) * m_nStride + x * 3;
+    }
+    /** The last row becomes the first. */
+    void TurnOver()
+    {
+        for (int top = 0, bottom = m_nHeight - 1; top < bottom; ++top, --bottom)
+            std::swap_ranges(Pixel(0, top), Pixel(0, top) + m_nStride, Pixel(0, bottom));
     }
     int Width() const { return m_nWidth; }
     int Height() const { return m_nHeight; }
