@@ -124,12 +124,12 @@ PaintedText TextPainter::Paint(const TextStyle &style, int width, int height, co
     return result;
 }
 
-void TextPainter::Load(const QFont &font)
+std::optional<TextInk> TextPainter::Load(const QFont &font, int width, int height)
 {
     // Qt keeps fonts for each thread.
     const Qt::HANDLE thread = QThread::currentThreadId();
     if (font == m_loadedFont && thread == m_pLoadingThread)
-        return;
+        return std::nullopt;
     m_loadedFont = font;
     m_pLoadingThread = thread;
     const MessageSilencer silencer;
@@ -140,6 +140,10 @@ void TextPainter::Load(const QFont &font)
     const QRect box = bounds.translated(100, 0);
     const QFont aliased = PaintFont(font);
     PaintInk(RecordedText(aliased, box, DrawFlags, letters), aliased, frame, box);
+    const QString text = QStringLiteral("The quick brown fox\njumps over the lazy dog");
+    return Paint({font, 0xFFFFFFFF, 0xFF0A0A0A, true}, std::min(width, frame.width()), std::min(height, frame.height()),
+                 text)
+        .ink;
 }
 
 QImage MakeImage(const PaintedText &painted, const TextStyle &style, int width, int height)

@@ -42,8 +42,11 @@ public:
     /** @param width, height  frame size in pixels, 1 or more. */
     PaintedText Paint(const TextStyle &style, int width, int height, const QString &text);
 
-    /** Does ahead what the first text in a font would have to wait for. */
-    void Load(const QFont &font);
+    /**
+     * Does ahead what the first text in a font would have to wait for.
+     * @return a text that was painted for that, for the caller to go on with; nothing where the font is loaded.
+     */
+    std::optional<TextInk> Load(const QFont &font, int width, int height);
 
 private:
     /** @return nothing where only the single draws tell. */

@@ -218,7 +218,11 @@ void VideoSubtitle::ProcessWatermarkFrame(AVPicture *frame)
 void VideoSubtitle::LoadFont(const QFont &font)
 {
     EnsureFonts();
-    m_textPainter.Load(font);
+    const std::optional<TextInk> ink = m_textPainter.Load(font, m_nVideoWidth, m_nVideoHeight);
+    // Memory that was never written to is only promised; what is set here is not shown.
+    if (ink && !m_bInk && m_pImage->isNull())
+        m_compositor.SetText(*ink, 0xFFFFFFFF, 0xFF0A0A0A, {0, 0, m_nVideoWidth, m_nVideoHeight}, m_nVideoWidth,
+                             m_nVideoHeight);
 }
 
 TextStyle VideoSubtitle::Style() const
