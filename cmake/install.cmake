@@ -1,5 +1,5 @@
 # What `cmake --install` puts in place, in components: runtime, the library; development, what hosts are built with;
-# subburn; documents, which every package has in a form of its own.
+# subburn; gstreamer, the element, where it is built; documents, which every package has in a form of its own.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS subtitle EXPORT subtitleTargets
@@ -55,6 +55,10 @@ install(FILES man/subburn.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT s
 install(FILES completions/subburn
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT subburn)
 install(FILES completions/_subburn DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${zsh_functions} COMPONENT subburn)
+
+if(TARGET gstsubtitleburn)
+  install(TARGETS gstsubtitleburn LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/gstreamer-1.0 COMPONENT gstreamer)
+endif()
 
 # The folders as in the sources, since the texts link to each other.
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)

@@ -68,4 +68,13 @@ subtitle_package(subburn subburn video foreign)
 set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_library}")
 set(CPACK_DEBIAN_${package}_PACKAGE_RECOMMENDS fonts-dejavu-core)
 
+# Nothing else finds out where the library is that it is linked with. CPack warns that it has no soname, as is right for
+# what is not linked with but loaded.
+if(TARGET gstsubtitleburn)
+  subtitle_package(gstreamer1.0-subtitle gstreamer libs same)
+  set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_library}")
+  set(CPACK_DEBIAN_${package}_PACKAGE_RECOMMENDS fonts-dejavu-core)
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
+endif()
+
 include(CPack)

@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QTextCodec>
 #include <QThread>
+#include <QtCore/private/qeventdispatcher_unix_p.h>
 #include <QtGui/private/qguiapplication_p.h>
 #include <array>
 #include <clocale>
@@ -63,6 +64,16 @@ private:
 QThread *idleThread = nullptr;
 
 /**
+ * Keeps our application object out of GLib, whose default context Qt would hook it into for a moment: the main loop of a
+ * host may be at work in that on another thread.
+ */
+void AvoidMainLoop()
+{
+    if (!QAbstractEventDispatcher::instance())
+        QThread::currentThread()->setEventDispatcher(new QEventDispatcherUNIX);
+}
+
+/**
  * Parts our application object from the host's thread, which may end before it does: from its event dispatcher, which
  * would hook itself into that thread though no event loop is ever run here, and from its queue and timers.
  */
@@ -98,6 +109,7 @@ QCoreApplication *CreateApplication()
     static char *arguments[] = {name, nullptr};
     const LocaleKeeper keeper;
     const MessageSilencer silencer;
+    AvoidMainLoop();
     auto application = std::make_unique<QCoreApplication>(argumentCount, arguments);
     SetLocaleCodec();
     LeaveHostThread(*application);

@@ -9,6 +9,8 @@ packages="cmake ninja-build g++ clang clang-format clang-tidy cppcheck libclang-
     libavformat-dev libavcodec-dev libavutil-dev libswscale-dev
     libcli11-dev libgtest-dev libbenchmark-dev libass-dev libavfilter-dev python3 valgrind
     bash-completion mandoc zsh
+    libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
+    gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good
     fontconfig fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji ffmpeg mkvtoolnix dvdauthor locales git $*"
 
 missing=

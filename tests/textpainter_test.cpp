@@ -271,10 +271,9 @@ TEST(TextPainter, EmptyTextIsTwoPixelsWide)
 // Qt's rasteriser tells places in 16 bits.
 TEST(TextPainter, PaintsAsTheSingleDrawsInFramesOfAnyWidth)
 {
-    for (const int width : {16384, 16385, 32768, 65000, 65536})
-        ExpectAsPlain(Style(TestFont(80)), {width, 100}, QStringLiteral("Hello, World"));
-    ExpectAsPlain(Style(TestFont(20)), {65536, 30}, QStringLiteral("Hello, World"));
-    ExpectAsPlain(Style(TestFont(80)), {40000, 100}, QStringLiteral("Hello, World ").repeated(80));
+    for (const int width : {16384, 16385, 65536})
+        ExpectAsPlain(Style(TestFont(80)), {width, 80}, QStringLiteral("Hello, World"));
+    ExpectAsPlain(Style(TestFont(20)), {65536, 20}, QStringLiteral("Hello, World"));
 }
 
 TEST(TextPainter, FrameThatNoImageHoldsGivesNone)

@@ -3,6 +3,7 @@
 # can work that has the prefix in it.
 # usage: check.sh CHECK
 #   SOURCE, BUILD, STAGE:  from the environment, the folders of the sources, of the build, and to install into
+#   GSTREAMER:  likewise, not empty when GStreamer's element is built
 #   BINDIR, LIBDIR, INCLUDEDIR, DATADIR, DOCDIR, MANDIR:  likewise, those of the installation, in full
 set -eu
 
@@ -21,6 +22,7 @@ prefix=$STAGE/all$(dirname "$BINDIR")
 work=$STAGE/work/$1
 rm -rf "$work"
 mkdir -p "$work"
+components=(runtime development subburn ${GSTREAMER:+gstreamer} documents)
 text=Installed
 printf '1\n00:00:01,000 --> 00:00:02,000\n%s\n\n' $text >"$work/text.srt"
 
@@ -28,8 +30,8 @@ check_stage() {
     rm -rf "$STAGE"
     DESTDIR=$STAGE/all cmake --install "$BUILD" >/dev/null
     local component
-    for component in runtime development subburn documents; do
-        DESTDIR=$STAGE/$component cmake --install "$BUILD" --component $component >/dev/null
+    for component in "${components[@]}"; do
+        DESTDIR=$STAGE/$component cmake --install "$BUILD" --component "$component" >/dev/null
     done
 }
 
@@ -71,7 +73,8 @@ END
     )" "$(files_of subburn)"
     equal "$DOCDIR/CHANGELOG.md
 $DOCDIR/LICENSE" "$(files_of documents)"
-    equal "$(for component in runtime development subburn documents; do files_of $component; done | LC_ALL=C sort)" \
+    [ -z "$GSTREAMER" ] || equal "$LIBDIR/gstreamer-1.0/libgstsubtitleburn.so" "$(files_of gstreamer)"
+    equal "$(for component in "${components[@]}"; do files_of "$component"; done | LC_ALL=C sort)" \
         "$(files_of all)"
     equal "$(texts_in "$SOURCE/docs")" "$(find "$STAGE/all$DOCDIR/docs" -type f -printf '%P\n' | sort)"
 }
@@ -126,6 +129,16 @@ check_subburn() {
     grep -qF "calling init: $STAGE/all$LIBDIR/libsubtitle.so.1" "$work"/loaded.* || fail "another library was taken"
     ffmpeg -nostdin -v error -i "$work/frame.png" -f rawvideo -pix_fmt rgb24 "$work/frame"
     cmp "$work/expected" "$work/frame"
+}
+
+check_gstreamer() {
+    burn_with_host "$work/expected"
+    head -c $((320 * 180 * 3)) /dev/zero | tr '\0' '\144' >"$work/plain"
+    export GST_REGISTRY=$work/registry GST_PLUGIN_PATH=$STAGE/all$LIBDIR/gstreamer-1.0
+    cat "$work/plain" "$work/plain" |
+        LD_LIBRARY_PATH=$STAGE/all$LIBDIR gst-launch-1.0 -q fdsrc ! rawvideoparse format=rgb width=320 height=180 \
+            framerate=2/3 ! subtitleburn file="$work/text.srt" ! filesink location="$work/frames"
+    cmp <(cat "$work/plain" "$work/expected") "$work/frames"
 }
 
 # flags_of OPTION...: what pkg-config says of an installation that is configured so and stays where it belongs

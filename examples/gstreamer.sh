@@ -1,0 +1,17 @@
+#!/bin/sh
+# Plays a video with subtitles through GStreamer's element `subtitleburn`.
+# usage: gstreamer.sh VIDEO SUBTITLES [ELEMENT...]
+#   ELEMENT:  what the pipeline ends with instead of a window, as for gst-launch-1.0, such as
+#             x264enc ! matroskamux ! filesink location=subtitled.mkv
+set -eu
+if [ $# -lt 2 ]; then
+    echo "usage: gstreamer.sh VIDEO SUBTITLES [ELEMENT...]" >&2
+    exit 2
+fi
+video=$1
+subtitles=$2
+shift 2
+[ $# -gt 0 ] || set -- autovideosink
+
+gst-launch-1.0 -q filesrc location="$video" ! decodebin ! videoconvert ! subtitleburn file="$subtitles" ! \
+    videoconvert ! "$@"

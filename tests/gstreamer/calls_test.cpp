@@ -1,0 +1,211 @@
+// What the element calls, and when: this program has functions that stand in for the library's.
+#include "gstreamertest.h"
+
+#include <atomic>
+#include <mutex>
+#include <sstream>
+#include <thread>
+#include <utility>
+
+namespace
+{
+
+const GstClockTime Due = 1500 * GST_MSECOND;
+
+std::mutex logMutex;
+std::string strLog;
+bool bMemory = true;
+
+/** Threads inside, with those that have to be there alone counted a thousandfold. */
+std::atomic<int> nInside = 0;
+std::atomic<int> nBroken = 0;
+
+/** One thread's stay in the library. */
+class Stay
+{
+public:
+    Stay(int nWeight, const std::string &strCall) : m_nWeight(nWeight)
+    {
+        const int nOthers = nInside.fetch_add(m_nWeight);
+        nBroken += m_nWeight == 1 ? nOthers >= 1000 : nOthers != 0;
+        for (int n = 0; n < 20; ++n)
+            std::this_thread::yield(); // so that others come in, if they can
+        const std::lock_guard<std::mutex> lock(logMutex);
+        strLog += strCall + "\n";
+    }
+    ~Stay() { nInside.fetch_sub(m_nWeight); }
+    Stay(const Stay &) = delete;
+    Stay &operator=(const Stay &) = delete;
+
+private:
+    int m_nWeight;
+};
+
+template <typename... Values>
+int Call(const char *pName, const Values &...values)
+{
+    std::ostringstream text;
+    text << pName;
+    ((text << " " << values), ...);
+    const Stay stay(1, text.str());
+    return bMemory ? 0 : -1;
+}
+
+class CallsTest : public GStreamerTest
+{
+protected:
+    CallsTest()
+    {
+        strLog.clear();
+        bMemory = true;
+        nBroken = 0;
+    }
+
+    static std::string TakeLog() { return std::exchange(strLog, ""); }
+};
+
+} // namespace
+
+void *CreateVideoSubtitle(int nWidth, int nHeight)
+{
+    const Stay stay(1000, "create " + std::to_string(nWidth) + " " + std::to_string(nHeight));
+    return bMemory ? new int : nullptr;
+}
+
+void DestroyVideoSubtitle(void *pHandle)
+{
+    const Stay stay(1000, pHandle ? "destroy" : "destroy none");
+    delete static_cast<int *>(pHandle);
+}
+
+int SetSubtitleFile(void * /*handle*/, const char *pPath, int nTrack)
+{
+    return Call("file", pPath, nTrack);
+}
+
+int SetSubtitleTimeStamp(void * /*handle*/, long nMilliseconds)
+{
+    return Call("time", nMilliseconds);
+}
+
+int ProcessSubtitleFrame(void * /*handle*/, AVPicture *pFrame)
+{
+    return Call("frame", pFrame->linesize[0]);
+}
+
+int SetSubtitleAlpah(void * /*handle*/, int nAlpha)
+{
+    return Call("alpha", nAlpha);
+}
+
+int SetSubtitlePos(void * /*handle*/, int nPercent)
+{
+    return Call("pos", nPercent);
+}
+
+int SetSubtitleFontParam(void * /*handle*/, const char *pFamily, int nPoints, int nStyle)
+{
+    return Call("font", pFamily, nPoints, nStyle);
+}
+
+int SetSubtitleFontColor(void * /*handle*/, int r, int g, int b)
+{
+    return Call("colour", r, g, b);
+}
+
+int SetSubtitleOutlineColor(void * /*handle*/, int r, int g, int b)
+{
+    return Call("outline", r, g, b);
+}
+
+TEST_F(CallsTest, HandleIsMadeWithTheCapsAndGoesAtTheEnd)
+{
+    {
+        const Element element("file=" + m_strSubtitles + " track=3 font-family=Fünf");
+        EXPECT_EQ(TakeLog(), "create 323 181\ndestroy none\nalpha 255\npos 85\nfont Fünf 0 0\ncolour 255 255 255\n"
+                             "outline 10 10 10\nfile " +
+                                 m_strSubtitles + " 3\n");
+        EXPECT_TRUE(element.Push(m_strFrame, Due) == m_strFrame);
+        EXPECT_EQ(TakeLog(), "time 1500\nframe 972\n");
+    }
+    EXPECT_EQ(TakeLog(), "destroy\n");
+}
+
+TEST_F(CallsTest, OnlyWhatChangedIsTold)
+{
+    const Element element("file=" + m_strSubtitles);
+    element.Push(m_strFrame, Due);
+    TakeLog();
+    element.Push(m_strFrame, Due);
+    EXPECT_EQ(TakeLog(), "time 1500\nframe 972\n");
+    element.Set("alpha", "7");
+    element.Set("alpha", "8");
+    element.Push(m_strFrame, Due);
+    EXPECT_EQ(TakeLog(), "alpha 8\ntime 1500\nframe 972\n");
+    element.Set("track", "2");
+    element.Set("italic", "true");
+    element.Push(m_strFrame, Due);
+    EXPECT_EQ(TakeLog(), "font  0 2\nfile " + m_strSubtitles + " 2\ntime 1500\nframe 972\n");
+    element.Push(m_strFrame, GST_CLOCK_TIME_NONE);
+    EXPECT_EQ(TakeLog(), "");
+    // Caps that differ in something else than the size.
+    element.Set("pos", "1");
+    element.SetCaps(OddSize, ",framerate=7/1");
+    element.Push(m_strFrame, Due);
+    EXPECT_EQ(TakeLog(), "pos 1\ntime 1500\nframe 972\n");
+}
+
+TEST_F(CallsTest, OldHandleGoesAfterTheNewOneCame)
+{
+    const Size other = {64, 36};
+    const Element element("");
+    element.Push(m_strFrame, Due);
+    TakeLog();
+    element.SetCaps(other);
+    element.Push(PlainFrame(other), Due);
+    EXPECT_EQ(TakeLog(), "create 64 36\ndestroy\nalpha 255\npos 85\nfont  0 0\ncolour 255 255 255\noutline 10 10 10\n"
+                         "time 1500\nframe 192\n");
+}
+
+TEST_F(CallsTest, WithoutMemoryForAHandleItFails)
+{
+    bMemory = false;
+    const Element element("");
+    EXPECT_EQ(element.Push(m_strFrame, Due), "");
+    EXPECT_EQ(element.LastFlow(), GST_FLOW_NOT_NEGOTIATED);
+    EXPECT_EQ(element.Message(), "error: No memory for subtitles.");
+    bMemory = true;
+}
+
+TEST_F(CallsTest, WithoutMemoryForASubtitleFramesPass)
+{
+    const Element element("");
+    element.Push(m_strFrame, Due);
+    bMemory = false;
+    EXPECT_TRUE(element.Push(m_strFrame, Due) == m_strFrame);
+    EXPECT_EQ(element.LastFlow(), GST_FLOW_OK);
+    EXPECT_EQ(element.Message(), "");
+}
+
+TEST_F(CallsTest, HandlesAreMadeAloneOnManyThreads)
+{
+    constexpr Size Sizes[] = {{8, 6}, {9, 7}};
+    std::vector<std::thread> listThreads;
+    for (int n = 0; n < 4; ++n) {
+        listThreads.emplace_back([&] {
+            for (int nRound = 0; nRound < 25; ++nRound) {
+                const Element element("file=" + m_strSubtitles, Sizes[0]);
+                for (const Size &size : Sizes) {
+                    element.SetCaps(size);
+                    for (int nFrame = 0; nFrame < 4; ++nFrame) {
+                        element.Set("pos", std::to_string(nFrame));
+                        element.Push(PlainFrame(size), Due);
+                    }
+                }
+            }
+        });
+    }
+    for (std::thread &thread : listThreads)
+        thread.join();
+    EXPECT_EQ(nBroken, 0);
+}
