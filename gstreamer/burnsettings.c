@@ -34,7 +34,7 @@ void BurnSettingsInstall(GObjectClass *pClass)
     const GParamFlags flags = G_PARAM_READWRITE | G_PARAM_STATIC_STRINGS | GST_PARAM_MUTABLE_PLAYING;
     GParamSpec *listSpecs[G_N_ELEMENTS(properties)] = {NULL};
     listSpecs[PropFile] = g_param_spec_string(
-        "file", "File", "Subtitle file; setting it reads it anew, none shows no subtitles", NULL, flags);
+        "location", "Location", "Subtitle file; setting it reads it anew, none shows no subtitles", NULL, flags);
     listSpecs[PropTrack] = g_param_spec_int(
         "track", "Track", "Subtitle track: of a container counted from 0, of an .idx file the number behind \"index:\"",
         0, G_MAXINT, 0, flags);

@@ -2,7 +2,7 @@
  * @file subtitleburn.h
  * The GStreamer element `subtitleburn`: burns the subtitles of a file into packed RGB frames, in place.
  *
- *     gst-launch-1.0 filesrc location=film.mkv ! decodebin ! videoconvert ! subtitleburn file=film.srt ! videoconvert ! …
+ *     gst-launch-1.0 filesrc location=film.mkv ! decodebin ! videoconvert ! subtitleburn location=film.srt ! videoconvert ! …
  *
  * Caps are video/x-raw, format RGB, of any size; a new size in the middle of a stream is taken. What shows is due at the
  * stream time of a frame, to the nearest millisecond: the film's own clock, which seeking sets. A frame without a time

@@ -121,7 +121,7 @@ int SetSubtitleOutlineColor(void * /*handle*/, int r, int g, int b)
 TEST_F(CallsTest, HandleIsMadeWithTheCapsAndGoesAtTheEnd)
 {
     {
-        const Element element("file=" + m_strSubtitles + " track=3 font-family=Fünf");
+        const Element element("location=" + m_strSubtitles + " track=3 font-family=Fünf");
         EXPECT_EQ(TakeLog(), "create 323 181\ndestroy none\nalpha 255\npos 85\nfont Fünf 0 0\ncolour 255 255 255\n"
                              "outline 10 10 10\nfile " +
                                  m_strSubtitles + " 3\n");
@@ -133,7 +133,7 @@ TEST_F(CallsTest, HandleIsMadeWithTheCapsAndGoesAtTheEnd)
 
 TEST_F(CallsTest, OnlyWhatChangedIsTold)
 {
-    const Element element("file=" + m_strSubtitles);
+    const Element element("location=" + m_strSubtitles);
     element.Push(m_strFrame, Due);
     TakeLog();
     element.Push(m_strFrame, Due);
@@ -194,7 +194,7 @@ TEST_F(CallsTest, HandlesAreMadeAloneOnManyThreads)
     for (int n = 0; n < 4; ++n) {
         listThreads.emplace_back([&] {
             for (int nRound = 0; nRound < 25; ++nRound) {
-                const Element element("file=" + m_strSubtitles, Sizes[0]);
+                const Element element("location=" + m_strSubtitles, Sizes[0]);
                 for (const Size &size : Sizes) {
                     element.SetCaps(size);
                     for (int nFrame = 0; nFrame < 4; ++nFrame) {

@@ -15,7 +15,7 @@ class ChangeTest : public GStreamerTest
 TEST_F(ChangeTest, PropertiesCountFromTheNextFrame)
 {
     const std::string strPlain = Burnt(m_strFrame, 1500);
-    const Element element("file=" + m_strSubtitles);
+    const Element element("location=" + m_strSubtitles);
     EXPECT_TRUE(element.Push(m_strFrame, Due) == strPlain);
     // Each is set and set back.
     struct Change {
@@ -52,7 +52,7 @@ TEST_F(ChangeTest, SeveralPropertiesAtOnce)
         SetSubtitlePos(p, 50);
         SetSubtitleFontColor(p, 1, 2, 3);
     });
-    const Element element("file=" + m_strSubtitles + " bold=true");
+    const Element element("location=" + m_strSubtitles + " bold=true");
     element.Push(m_strFrame, Due);
     element.Set("font-family", "DejaVu Serif");
     element.Set("font-size", "12");
@@ -65,7 +65,7 @@ TEST_F(ChangeTest, SeveralPropertiesAtOnce)
 
 TEST_F(ChangeTest, PropertiesTellWhatTheyWereSetTo)
 {
-    const Element element("file=" + m_strSubtitles + " pos=30 bold=true font-color=0x123456");
+    const Element element("location=" + m_strSubtitles + " pos=30 bold=true font-color=0x123456");
     gchar *pFile = nullptr;
     gchar *pFamily = nullptr;
     gint nPos = 0;
@@ -74,8 +74,8 @@ TEST_F(ChangeTest, PropertiesTellWhatTheyWereSetTo)
     gboolean bItalic = TRUE;
     guint nFontColor = 0;
     guint nOutlineColor = 0;
-    g_object_get(element.Get(), "file", &pFile, "font-family", &pFamily, "pos", &nPos, "alpha", &nAlpha, "bold", &bBold,
-                 "italic", &bItalic, "font-color", &nFontColor, "outline-color", &nOutlineColor, nullptr);
+    g_object_get(element.Get(), "location", &pFile, "font-family", &pFamily, "pos", &nPos, "alpha", &nAlpha, "bold",
+                 &bBold, "italic", &bItalic, "font-color", &nFontColor, "outline-color", &nOutlineColor, nullptr);
     EXPECT_EQ(pFile, m_strSubtitles);
     EXPECT_EQ(pFamily, nullptr);
     EXPECT_EQ(nPos, 30);
@@ -92,16 +92,16 @@ TEST_F(ChangeTest, AnotherFileTakesThePlaceOfTheFirst)
     const std::string strOther = m_folder.Write("b.srt", "1\n00:00:01,000 --> 00:00:02,000\nOther\n\n");
     const std::string strBurnt = Burnt(m_strFrame, 1500);
     const std::string strBurntOther = Burnt(m_strFrame, OddSize, 1500, strOther);
-    const Element element("file=" + m_strSubtitles);
+    const Element element("location=" + m_strSubtitles);
     EXPECT_TRUE(element.Push(m_strFrame, Due) == strBurnt);
-    element.Set("file", strOther);
+    element.Set("location", strOther);
     EXPECT_TRUE(element.Push(m_strFrame, Due) == strBurntOther);
     EXPECT_TRUE(element.Push(m_strFrame, 3500 * GST_MSECOND) == m_strFrame);
-    element.Set("file", "");
+    element.Set("location", "");
     EXPECT_TRUE(element.Push(m_strFrame, Due) == m_strFrame);
-    g_object_set(element.Get(), "file", m_strSubtitles.c_str(), nullptr);
+    g_object_set(element.Get(), "location", m_strSubtitles.c_str(), nullptr);
     EXPECT_TRUE(element.Push(m_strFrame, Due) == strBurnt);
-    g_object_set(element.Get(), "file", nullptr, nullptr);
+    g_object_set(element.Get(), "location", nullptr, nullptr);
     EXPECT_TRUE(element.Push(m_strFrame, Due) == m_strFrame);
     EXPECT_EQ(element.Message(), "");
 }
@@ -109,11 +109,11 @@ TEST_F(ChangeTest, AnotherFileTakesThePlaceOfTheFirst)
 TEST_F(ChangeTest, SettingTheFileReadsItAnew)
 {
     const std::string strBurnt = Burnt(m_strFrame, 1500);
-    const Element element("file=" + m_strSubtitles);
+    const Element element("location=" + m_strSubtitles);
     EXPECT_TRUE(element.Push(m_strFrame, Due) == strBurnt);
     m_folder.Write("text.srt", "1\n00:00:01,000 --> 00:00:02,000\nAnew\n\n");
     EXPECT_TRUE(element.Push(m_strFrame, Due) == strBurnt);
-    element.Set("file", m_strSubtitles);
+    element.Set("location", m_strSubtitles);
     const std::string strAnew = element.Push(m_strFrame, Due);
     EXPECT_TRUE(strAnew != strBurnt);
     EXPECT_TRUE(strAnew == Burnt(m_strFrame, 1500));
@@ -130,7 +130,7 @@ TEST_F(ChangeTest, NewSizeKeepsFileAndSettings)
     };
     const std::string strFirst = Burnt(m_strFrame, 1500, calls);
     const std::string strSecond = Burnt(strOther, other, 1500, m_strSubtitles, calls);
-    const Element element("file=" + m_strSubtitles +
+    const Element element("location=" + m_strSubtitles +
                           " pos=40 font-family=\"DejaVu Serif\" bold=true outline-color=0x0963C7");
     EXPECT_TRUE(element.Push(m_strFrame, Due) == strFirst);
     element.SetCaps(other);

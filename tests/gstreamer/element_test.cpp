@@ -15,7 +15,7 @@ protected:
         SCOPED_TRACE(strProperties);
         const std::string strExpected = Burnt(m_strFrame, 1500, calls);
         EXPECT_TRUE(strExpected != Burnt(m_strFrame, 1500));
-        const Element element("file=" + m_strSubtitles + " " + strProperties);
+        const Element element("location=" + m_strSubtitles + " " + strProperties);
         EXPECT_TRUE(element.Push(m_strFrame, 1500 * GST_MSECOND) == strExpected);
         EXPECT_TRUE(element.Push(m_strFrame, 2500 * GST_MSECOND) == m_strFrame);
     }
@@ -30,7 +30,7 @@ TEST_F(ElementTest, DrawsWhatIsDueAndNothingElse)
     ASSERT_TRUE(strFirst != m_strFrame);
     ASSERT_TRUE(strSecond != m_strFrame);
     ASSERT_TRUE(strSecond != strFirst);
-    const Element element("file=" + m_strSubtitles);
+    const Element element("location=" + m_strSubtitles);
     for (const auto &[nMilliseconds, strExpected] :
          std::initializer_list<std::pair<int, std::string>>{{0, m_strFrame},
                                                             {999, m_strFrame},
@@ -49,7 +49,7 @@ TEST_F(ElementTest, DrawsWhatIsDueAndNothingElse)
 TEST_F(ElementTest, TimesGoToTheNearestMillisecond)
 {
     const std::string strBurnt = Burnt(m_strFrame, 1000);
-    const Element element("file=" + m_strSubtitles);
+    const Element element("location=" + m_strSubtitles);
     EXPECT_TRUE(element.Push(m_strFrame, 999499999) == m_strFrame);
     EXPECT_TRUE(element.Push(m_strFrame, 999500000) == strBurnt);
     EXPECT_TRUE(element.Push(m_strFrame, 2000499999) == strBurnt);
@@ -58,7 +58,7 @@ TEST_F(ElementTest, TimesGoToTheNearestMillisecond)
 
 TEST_F(ElementTest, WithoutAFileNothingIsDrawn)
 {
-    for (const char *pProperties : {"", "file=\"\"", "font-size=20"}) {
+    for (const char *pProperties : {"", "location=\"\"", "font-size=20"}) {
         const Element element(pProperties);
         EXPECT_TRUE(element.Push(m_strFrame, 1500 * GST_MSECOND) == m_strFrame) << pProperties;
         EXPECT_EQ(element.Message(), "");
@@ -90,7 +90,7 @@ TEST_F(ElementTest, TrackIsTheOneOfAContainer)
     const std::string strOne = Burnt(m_strFrame, OddSize, 1500, File("one.srt"));
     const std::string strTwo = Burnt(m_strFrame, OddSize, 1500, File("two.srt"));
     ASSERT_TRUE(strOne != strTwo);
-    const Element element("file=" + File("a.mkv") + " track=1");
+    const Element element("location=" + File("a.mkv") + " track=1");
     EXPECT_TRUE(element.Push(m_strFrame, 1500 * GST_MSECOND) == strTwo);
     element.Set("track", "0");
     EXPECT_TRUE(element.Push(m_strFrame, 1500 * GST_MSECOND) == strOne);
@@ -109,7 +109,7 @@ TEST_F(ElementTest, TakesRowsAtAnyDistance)
         std::copy_n(&m_strFrame[nFrom], 3 * OddSize.nWidth, &strWide[nTo]);
         std::copy_n(&strBurnt[nFrom], 3 * OddSize.nWidth, &strExpected[nTo]);
     }
-    const Element element("file=" + m_strSubtitles);
+    const Element element("location=" + m_strSubtitles);
     GstBuffer *pBuffer = gst_buffer_new_memdup(strWide.data(), strWide.size());
     GST_BUFFER_PTS(pBuffer) = 1500 * GST_MSECOND;
     gsize offsets[GST_VIDEO_MAX_PLANES] = {nOffset};
@@ -125,7 +125,7 @@ TEST_F(ElementTest, TakesRowsAtAnyDistance)
 TEST_F(ElementTest, FramesThatOthersHoldAreCopied)
 {
     const std::string strBurnt = Burnt(m_strFrame, 1500);
-    const Element element("file=" + m_strSubtitles);
+    const Element element("location=" + m_strSubtitles);
     GstBuffer *pBuffer = gst_buffer_new_memdup(m_strFrame.data(), m_strFrame.size());
     GST_BUFFER_PTS(pBuffer) = 1500 * GST_MSECOND;
     GstBuffer *pOutput = element.PushBuffer(gst_buffer_ref(pBuffer));

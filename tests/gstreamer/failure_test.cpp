@@ -19,7 +19,7 @@ protected:
     {
         GstElement *pElement = gst_element_factory_make("subtitleburn", nullptr);
         ASSERT_NE(pElement, nullptr);
-        g_object_set(pElement, "file", strFile.c_str(), nullptr);
+        g_object_set(pElement, "location", strFile.c_str(), nullptr);
         GstBus *pBus = gst_bus_new();
         gst_element_set_bus(pElement, pBus);
         EXPECT_EQ(gst_element_set_state(pElement, GST_STATE_PAUSED), GST_STATE_CHANGE_FAILURE);
@@ -51,7 +51,7 @@ TEST_F(FailureTest, MissingFileIsAnErrorAtTheStart)
 
 TEST_F(FailureTest, RefusedFileIsAnErrorAtTheFirstCaps)
 {
-    const Element element("file=" + m_strRefused);
+    const Element element("location=" + m_strRefused);
     EXPECT_EQ(element.Push(m_strFrame, Due), "");
     EXPECT_EQ(element.LastFlow(), GST_FLOW_NOT_NEGOTIATED);
     EXPECT_EQ(element.Message(), Refusal("error", m_strRefused));
@@ -60,16 +60,16 @@ TEST_F(FailureTest, RefusedFileIsAnErrorAtTheFirstCaps)
 TEST_F(FailureTest, LaterItIsAWarningAndTheFilmGoesOn)
 {
     const std::string strBurnt = Burnt(m_strFrame, 1500);
-    const Element element("file=" + m_strSubtitles);
+    const Element element("location=" + m_strSubtitles);
     EXPECT_TRUE(element.Push(m_strFrame, Due) == strBurnt);
     for (const std::string &strFile : {m_strRefused, File("none.srt"), std::string("http://localhost:1/none.srt")}) {
         SCOPED_TRACE(strFile);
-        element.Set("file", strFile);
+        element.Set("location", strFile);
         EXPECT_TRUE(element.Push(m_strFrame, Due) == m_strFrame);
         EXPECT_EQ(element.Message(), Refusal("warning", strFile));
         EXPECT_TRUE(element.Push(m_strFrame, Due) == m_strFrame);
         EXPECT_EQ(element.Message(), "");
-        element.Set("file", m_strSubtitles);
+        element.Set("location", m_strSubtitles);
         EXPECT_TRUE(element.Push(m_strFrame, Due) == strBurnt);
         EXPECT_EQ(element.Message(), "");
     }
@@ -81,10 +81,10 @@ TEST_F(FailureTest, WarningsLeaveTheSettings)
         SetSubtitlePos(p, 30);
         SetSubtitleFontParam(p, nullptr, 20, SUBTITLE_STYLE_ITALIC);
     });
-    const Element element("file=" + m_strSubtitles + " pos=30 font-size=20 italic=true");
+    const Element element("location=" + m_strSubtitles + " pos=30 font-size=20 italic=true");
     element.Push(m_strFrame, Due);
-    element.Set("file", File("none.srt"));
+    element.Set("location", File("none.srt"));
     element.Push(m_strFrame, Due);
-    element.Set("file", m_strSubtitles);
+    element.Set("location", m_strSubtitles);
     EXPECT_TRUE(element.Push(m_strFrame, Due) == strBurnt);
 }

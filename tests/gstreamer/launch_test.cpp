@@ -51,14 +51,14 @@ TEST_F(LaunchTest, InspectShowsElementAndProperties)
           "  alpha               : Opacity; counts twice, so that 128 covers a frame by a quarter" + strFlags +
               "Integer. Range: 0 - 255 Default: 255 \n",
           "  bold                : Bold text" + strFlags + "Boolean. Default: false\n",
-          "  file                : Subtitle file; setting it reads it anew, none shows no subtitles" + strFlags +
-              "String. Default: null\n",
           "  font-color          : Colour of text, 0xRRGGBB" + strFlags +
               "Unsigned Integer. Range: 0 - 16777215 Default: 16777215 \n",
           "  font-family         : Font of text, none for the default font" + strFlags + "String. Default: null\n",
           "  font-size           : Size of text in points of 4/3 pixels, 0 for a 14th of the frame's height" +
               strFlags + "Integer. Range: 0 - 2147483647 Default: 0 \n",
           "  italic              : Italic text" + strFlags + "Boolean. Default: false\n",
+          "  location            : Subtitle file; setting it reads it anew, none shows no subtitles" + strFlags +
+              "String. Default: null\n",
           "  outline-color       : Colour of the outline of text, 0xRRGGBB; 0 is no outline, 0x010101 the darkest" +
               strFlags + "Unsigned Integer. Range: 0 - 16777215 Default: 657930 \n",
           "  pos                 : Centre line of the subtitle, in percent of the frame's height from the top" +
@@ -71,12 +71,12 @@ TEST_F(LaunchTest, InspectShowsElementAndProperties)
 
 TEST_F(LaunchTest, BurnsEveryFrameAtItsTime)
 {
-    ExpectFilm("subtitleburn file=text.srt", [this](int n) { return Burnt(FilmFrame(n), 250L * n); });
+    ExpectFilm("subtitleburn location=text.srt", [this](int n) { return Burnt(FilmFrame(n), 250L * n); });
 }
 
 TEST_F(LaunchTest, PropertiesAreSetFromTexts)
 {
-    ExpectFilm("subtitleburn file=text.srt pos=30 font-size=18 bold=true font-color=0xFFD700", [this](int n) {
+    ExpectFilm("subtitleburn location=text.srt pos=30 font-size=18 bold=true font-color=0xFFD700", [this](int n) {
         const std::string strFrame = Burnt(FilmFrame(n), 250L * n, [](void *p) {
             SetSubtitlePos(p, 30);
             SetSubtitleFontParam(p, nullptr, 18, SUBTITLE_STYLE_BOLD);
@@ -90,7 +90,7 @@ TEST_F(LaunchTest, PropertiesAreSetFromTexts)
 TEST_F(LaunchTest, TwoElementsInOnePipeline)
 {
     const std::string strOther = m_folder.Write("b.srt", "1\n00:00:01,500 --> 00:00:03,500\nAbove\n\n");
-    ExpectFilm("subtitleburn file=text.srt ! queue ! subtitleburn file=b.srt pos=15 italic=true", [&](int n) {
+    ExpectFilm("subtitleburn location=text.srt ! queue ! subtitleburn location=b.srt pos=15 italic=true", [&](int n) {
         const std::string strBelow = Burnt(FilmFrame(n), 250L * n);
         const std::string strBoth = Burnt(strBelow, OddSize, 250L * n, strOther, [](void *p) {
             SetSubtitlePos(p, 15);
@@ -103,7 +103,7 @@ TEST_F(LaunchTest, TwoElementsInOnePipeline)
 
 TEST_F(LaunchTest, MissingFileEndsTheProgram)
 {
-    const Outcome outcome = Launch(Film() + " ! subtitleburn file=none.srt ! fakesink");
+    const Outcome outcome = Launch(Film() + " ! subtitleburn location=none.srt ! fakesink");
     EXPECT_NE(outcome.nExit, 0);
     EXPECT_NE(outcome.strError.find("The subtitle file \"none.srt\" cannot be read or is refused."), std::string::npos)
         << outcome.strError;

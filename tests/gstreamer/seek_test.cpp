@@ -63,7 +63,7 @@ private:
 
 TEST_F(SeekTest, SegmentsSayWhatTimeItIs)
 {
-    const Element element("file=" + m_strSubtitles);
+    const Element element("location=" + m_strSubtitles);
     // As after a seek to 1.2 seconds, in a film whose first frame has a time of 10.
     GstSegment segment = Segment();
     segment.start = 11200 * GST_MSECOND;
@@ -90,7 +90,7 @@ TEST_F(SeekTest, SegmentsSayWhatTimeItIs)
 
 TEST_F(SeekTest, FramesThatReachIntoASegmentHaveATime)
 {
-    const Element element("file=" + m_strSubtitles);
+    const Element element("location=" + m_strSubtitles);
     GstSegment segment = Segment();
     segment.start = 1020 * GST_MSECOND;
     segment.time = 1020 * GST_MSECOND;
@@ -101,7 +101,7 @@ TEST_F(SeekTest, FramesThatReachIntoASegmentHaveATime)
 
 TEST_F(SeekTest, FramesWithoutATimeOfTheFilmPass)
 {
-    const Element element("file=" + m_strSubtitles);
+    const Element element("location=" + m_strSubtitles);
     // A negative time would leave in place what was due before.
     EXPECT_TRUE(element.Push(m_strFrame, 1500 * GST_MSECOND) == m_strBurnt);
     EXPECT_TRUE(element.Push(m_strFrame, GST_CLOCK_TIME_NONE) == m_strFrame);
@@ -117,7 +117,7 @@ TEST_F(SeekTest, SeekingShowsWhatIsDueThere)
     std::vector<std::string> listExpected;
     for (int n = 0; n < Frames; ++n)
         listExpected.push_back(Burnt(FilmFrame(n), 250L * n));
-    const Still still(Film() + " ! subtitleburn file=" + m_strSubtitles);
+    const Still still(Film() + " ! subtitleburn location=" + m_strSubtitles);
     EXPECT_TRUE(still.Frame() == FilmFrame(0));
     for (const int n : {6, 12, 10, 4, 0, 16, 5}) {
         EXPECT_EQ(listExpected[n] == FilmFrame(n), n == 0 || n == 10);

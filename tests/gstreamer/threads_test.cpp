@@ -34,7 +34,7 @@ TEST_F(ThreadsTest, HandlesAreMadeOnManyThreadsAtOnce)
     for (int n = 0; n < 4; ++n) {
         listThreads.emplace_back([&] {
             for (int nRound = 0; nRound < 20; ++nRound) {
-                const Element element("file=" + m_strSubtitles, SmallSize);
+                const Element element("location=" + m_strSubtitles, SmallSize);
                 for (int nFrame = 0; nFrame < 5; ++nFrame)
                     nWrong += element.Push(strSmall, 1500 * GST_MSECOND) != strSmallBurnt;
                 element.SetCaps(OtherSize);
@@ -55,7 +55,7 @@ TEST_F(ThreadsTest, HandleIsMadeBesideAMainLoop)
     const GLogFunc pHandler = g_log_set_default_handler(CountLogged, nullptr);
     ASSERT_TRUE(g_main_context_acquire(nullptr));
     std::thread([&] {
-        const Element element("file=" + m_strSubtitles);
+        const Element element("location=" + m_strSubtitles);
         EXPECT_TRUE(element.Push(m_strFrame, 1500 * GST_MSECOND) == strBurnt);
         EXPECT_FALSE(g_main_context_pending(nullptr));
     }).join();

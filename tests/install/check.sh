@@ -137,7 +137,7 @@ check_gstreamer() {
     export GST_REGISTRY=$work/registry GST_PLUGIN_PATH=$STAGE/all$LIBDIR/gstreamer-1.0
     cat "$work/plain" "$work/plain" |
         LD_LIBRARY_PATH=$STAGE/all$LIBDIR gst-launch-1.0 -q fdsrc ! rawvideoparse format=rgb width=320 height=180 \
-            framerate=2/3 ! subtitleburn file="$work/text.srt" ! filesink location="$work/frames"
+            framerate=2/3 ! subtitleburn location="$work/text.srt" ! filesink location="$work/frames"
     cmp <(cat "$work/plain" "$work/expected") "$work/frames"
 }
 
