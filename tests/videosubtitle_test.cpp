@@ -1,4 +1,5 @@
 #include "render/qtruntime.h"
+#include "support/forked.h"
 #include "support/videosubtitletest.h"
 
 #include <QCoreApplication>
@@ -60,6 +61,16 @@ TEST_F(VideoSubtitleTest, CountsInstancesAndMakesOneApplicationObject)
     }
     EXPECT_EQ(VideoSubtitle::ms_nInstanceCount, before);
     EXPECT_EQ(QCoreApplication::instance(), application);
+}
+
+TEST_F(VideoSubtitleTest, ApplicationObjectsAddressStaysWhenItIsGone)
+{
+    EXPECT_EQ(RunForked([] {
+                  const QCoreApplication *application = qtApp;
+                  UnInitQt();
+                  return application && !QCoreApplication::instance() && qtApp == application ? 0 : 1;
+              }),
+              0);
 }
 
 TEST_F(VideoSubtitleTest, FontParamSetsFamilySizeWeightAndStyle)
