@@ -1,11 +1,11 @@
 #include "render/compositor.h"
 
 #include "render/bitrow.h"
-#include "render/blendkernel.h"
 
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <utility>
 
 namespace
 {
@@ -21,12 +21,10 @@ inline int Weight(int pixelAlpha, int opacity)
     return a == 0 ? NoWeight : opacity * a / 255;
 }
 
-std::array<int, 256> Weights(int opacity)
+/** A weight that no pixel has which is drawn: what is drawn weighs over 0 at full opacity, and below 255 elsewhere. */
+inline int Untouched(int opacity)
 {
-    std::array<int, 256> weights;
-    for (int alpha = 0; alpha < 256; ++alpha)
-        weights[alpha] = Weight(alpha, opacity);
-    return weights;
+    return opacity == 255 ? 0 : 255;
 }
 
 /** Where a row of a mask's pixels shows: columns @p from to @p to of the frame, without the last. */
@@ -59,15 +57,21 @@ int SkipTransparent(const std::uint8_t *pixels, int column, int end)
     return column;
 }
 
-/** A colour as three bytes in the frame's order and one that does not matter. */
-std::uint32_t Bytes(QRgb color)
+std::array<std::uint8_t, 3> Bytes(QRgb color)
 {
-    const std::array<std::uint8_t, 4> bytes = {static_cast<std::uint8_t>(qRed(color)),
-                                               static_cast<std::uint8_t>(qGreen(color)),
-                                               static_cast<std::uint8_t>(qBlue(color)), 0};
-    std::uint32_t word = 0;
-    std::memcpy(&word, bytes.data(), sizeof word);
-    return word;
+    return {static_cast<std::uint8_t>(qRed(color)), static_cast<std::uint8_t>(qGreen(color)),
+            static_cast<std::uint8_t>(qBlue(color))};
+}
+
+/** Those of the blocks that lie within a frame's rows. */
+template <typename Block>
+std::pair<const Block *, std::size_t> InFrame(const std::vector<Block> &blocks, int offset, int rows)
+{
+    const auto isAbove = [](const Block &block, std::int64_t row) { return block.nRow < row; };
+    const std::int64_t top = -std::int64_t{offset};
+    const auto begin = std::lower_bound(blocks.begin(), blocks.end(), top, isAbove);
+    const auto end = std::lower_bound(begin, blocks.end(), top + rows, isAbove);
+    return {blocks.data() + (begin - blocks.begin()), static_cast<std::size_t>(end - begin)};
 }
 
 bool IsSet(const BitMask &mask, int row, int column)
@@ -86,7 +90,7 @@ void Compositor::SetImage(const QImage &image, const QRect &rect, int frameWidth
         return;
     Clear(frameWidth, frameHeight);
     m_rect = rect;
-    FindRuns(image);
+    FindBlocks(image);
     m_nImageKey = image.cacheKey();
 }
 
@@ -95,13 +99,13 @@ void Compositor::Clear(int frameWidth, int frameHeight)
     m_nFrameWidth = frameWidth;
     m_nFrameHeight = frameHeight;
     m_nImageKey = -1;
-    m_listRuns.clear();
-    m_listColors.clear();
+    m_listInk.clear();
+    m_listPicture.clear();
     m_listAlphas.clear();
     m_nPreparedOpacity = -1;
 }
 
-void Compositor::FindRuns(const QImage &image)
+void Compositor::FindBlocks(const QImage &image)
 {
     if (m_rect.isEmpty())
         return;
@@ -125,17 +129,16 @@ void Compositor::FindRuns(const QImage &image)
 
 void Compositor::AppendPixel(int row, int column, const std::uint8_t *pixel)
 {
-    const bool opaque = pixel[3] == 255;
-    const bool continues = !m_listRuns.empty() && m_listRuns.back().nRow == row &&
-                           m_listRuns.back().nColumn + m_listRuns.back().nLength == column &&
-                           m_listRuns.back().bOpaque == opaque;
-    if (continues)
-        ++m_listRuns.back().nLength;
-    else
-        m_listRuns.push_back({row, column, 1, opaque, m_listColors.size(), m_listAlphas.size()});
-    m_listColors.insert(m_listColors.end(), {pixel[2], pixel[1], pixel[0]});
-    if (!opaque)
-        m_listAlphas.push_back(pixel[3]);
+    if (m_listPicture.empty() || m_listPicture.back().nRow != row ||
+        m_listPicture.back().nColumn + BlockPixels <= column) {
+        m_listPicture.push_back({row, column, {}, {}});
+        m_listAlphas.resize(m_listAlphas.size() + BlockPixels);
+    }
+    PictureBlock &block = m_listPicture.back();
+    const std::size_t place = column - block.nColumn;
+    for (std::size_t i = 0; i < 3; ++i)
+        block.colors[3 * place + i] = pixel[2 - i];
+    m_listAlphas[m_listAlphas.size() - BlockPixels + place] = pixel[3];
 }
 
 void Compositor::SetText(const TextInk &ink, QRgb textColor, QRgb outlineColor, const QRect &rect, int frameWidth,
@@ -148,99 +151,77 @@ void Compositor::SetText(const TextInk &ink, QRgb textColor, QRgb outlineColor, 
     const QRgb corner = IsSet(ink.text, 0, 0) ? textColor : IsSet(ink.outline, 0, 0) ? outlineColor : 0;
     const bool showsText = (textColor ^ corner) & 0xFFFFFF;
     const bool showsOutline = (outlineColor ^ corner) & 0xFFFFFF;
+    m_inkColors = {Bytes(textColor), Bytes(outlineColor)};
 
-    std::vector<std::uint64_t> shown(ink.text.nWords);
+    // With a word of nothing behind the last.
+    std::vector<std::uint64_t> shown(ink.text.nWords + 1);
+    std::vector<std::uint64_t> isText(ink.text.nWords + 1);
     for (int row = std::max(0, visible.top() - ink.text.nTop); row < ink.text.nRows; ++row) {
         if (ink.text.nTop + row > visible.bottom())
             break;
-        const std::uint64_t *text = ink.text.Row(row);
         const std::uint64_t *outline = ink.outline.Row(row);
+        std::copy_n(ink.text.Row(row), ink.text.nWords, isText.begin());
         for (int word = 0; word < ink.text.nWords; ++word)
-            shown[word] = (showsText ? text[word] : 0) | (showsOutline ? outline[word] & ~text[word] : 0);
+            shown[word] = (showsText ? isText[word] : 0) | (showsOutline ? outline[word] & ~isText[word] : 0);
         KeepColumns(shown, ink.text.nLeft, visible.left(), visible.right() + 1);
-        AppendTextRow(row, ink.text, shown, {Bytes(outlineColor), Bytes(textColor)});
+        AppendTextRow(ink.text.nTop + row, ink.text.nLeft, isText, shown);
     }
 }
 
-void Compositor::AppendTextRow(int row, const BitMask &text, const std::vector<std::uint64_t> &shown,
-                               const std::array<std::uint32_t, 2> &colors)
+void Compositor::AppendTextRow(int row, int left, const std::vector<std::uint64_t> &isText,
+                               const std::vector<std::uint64_t> &shown)
 {
-    const int words = text.nWords;
-    const std::uint64_t *isText = text.Row(row);
-    int from = FindBit(shown.data(), words, 0, true);
-    while (from < 64 * words) {
-        const int to = FindBit(shown.data(), words, from, false);
-        const std::size_t place = m_listColors.size();
-        m_listRuns.push_back({text.nTop + row, text.nLeft + from, to - from, true, place, m_listAlphas.size()});
-        // Each pixel is written with a byte too many, which the next one covers.
-        m_listColors.resize(place + 3 * static_cast<std::size_t>(to - from) + 1);
-        std::uint8_t *pixel = m_listColors.data() + place;
-        for (int column = from; column < to; ++column, pixel += 3)
-            std::memcpy(pixel, &colors[isText[column / 64] >> (column % 64) & 1], 4);
-        m_listColors.pop_back();
-        from = FindBit(shown.data(), words, to, true);
+    constexpr std::uint64_t OfBlock = (1U << BlockPixels) - 1;
+    const int columns = 64 * (static_cast<int>(shown.size()) - 1);
+    int column = 0;
+    while (column < columns) {
+        const std::uint64_t bits = BitsFrom(shown.data(), column);
+        if (!bits) {
+            column += 64;
+            continue;
+        }
+        column += __builtin_ctzll(bits);
+        InkBlock &block = m_listInk.emplace_back();
+        block.nRow = row;
+        block.nColumn = left + column;
+        block.nText = static_cast<std::uint16_t>(BitsFrom(isText.data(), column) & OfBlock);
+        block.nShown = static_cast<std::uint16_t>(BitsFrom(shown.data(), column) & OfBlock);
+        column += BlockPixels;
     }
 }
 
-void Compositor::PrepareMixedRuns(int opacity)
+void Compositor::PrepareWeights(int opacity)
 {
     if (opacity == m_nPreparedOpacity)
         return;
-    m_nPreparedOpacity = -1;
-    m_listMixedRuns.clear();
-    m_listWeights.clear();
-    if (!m_listAlphas.empty()) {
-        const std::array<int, 256> weights = Weights(opacity);
-        for (const Run &run : m_listRuns)
-            if (!run.bOpaque)
-                AppendMixedRuns(run, weights);
-    }
     m_nPreparedOpacity = opacity;
-}
-
-void Compositor::AppendMixedRuns(const Run &run, const std::array<int, 256> &weights)
-{
-    bool continues = false;
-    for (int i = 0; i < run.nLength; ++i) {
-        const int weight = weights[m_listAlphas[run.nFirstAlpha + i]];
-        if (weight == NoWeight) {
-            continues = false;
-            continue;
-        }
-        if (!continues)
-            m_listMixedRuns.push_back({run.nRow, run.nColumn + i, 0, run.nFirstColor + 3 * static_cast<std::size_t>(i),
-                                       m_listWeights.size()});
-        continues = true;
-        ++m_listMixedRuns.back().nLength;
-        m_listWeights.insert(m_listWeights.end(), 3, static_cast<std::uint8_t>(weight));
+    std::array<std::uint8_t, 256> weights;
+    for (int alpha = 0; alpha < 256; ++alpha) {
+        const int weight = Weight(alpha, opacity);
+        weights[alpha] = static_cast<std::uint8_t>(weight == NoWeight ? Untouched(opacity) : weight);
+    }
+    const std::uint8_t *alphas = m_listAlphas.data();
+    for (PictureBlock &block : m_listPicture) {
+        block.weights.fill(weights[0]);
+        for (int i = 0; i < BlockPixels; ++i)
+            block.weights[i] = weights[*alphas++];
     }
 }
 
 void Compositor::Blend(std::uint8_t *frame, std::ptrdiff_t linesize, const Placement &placement)
 {
-    PrepareMixedRuns(placement.nAlpha);
+    const int opacity = placement.nAlpha;
+    const int weight = Weight(255, opacity);
+    if (weight == NoWeight)
+        return;
+    PrepareWeights(opacity);
     const BlendKernel &kernel = BestKernel();
-    const auto pixelAt = [&](int row, int column) -> std::uint8_t * {
-        const int frameRow = row + placement.nOffset;
-        if (frameRow < 0 || frameRow >= m_nFrameHeight)
-            return nullptr;
-        return frame + frameRow * linesize + static_cast<std::ptrdiff_t>(column) * 3;
-    };
-    const int weight = Weight(255, placement.nAlpha);
-    for (const Run &run : m_listRuns) {
-        std::uint8_t *pixel = pixelAt(run.nRow, run.nColumn);
-        if (!pixel || !run.bOpaque || weight == NoWeight)
-            continue;
-        const std::uint8_t *colors = m_listColors.data() + run.nFirstColor;
-        if (weight == 255)
-            std::memcpy(pixel, colors, static_cast<std::size_t>(run.nLength) * 3);
-        else
-            kernel.BlendEvenly(pixel, colors, weight, run.nLength);
-    }
-    for (const MixedRun &run : m_listMixedRuns) {
-        std::uint8_t *pixel = pixelAt(run.nRow, run.nColumn);
-        if (pixel)
-            kernel.Blend(pixel, m_listColors.data() + run.nFirstColor, m_listWeights.data() + run.nFirstWeight,
-                         run.nLength);
-    }
+    const BlendTarget target = {frame, linesize, m_nFrameWidth, placement.nOffset};
+    const auto [ink, inkCount] = InFrame(m_listInk, placement.nOffset, m_nFrameHeight);
+    if (weight == 255)
+        kernel.Write(target, ink, inkCount, m_inkColors);
+    else
+        kernel.Mix(target, ink, inkCount, m_inkColors, weight);
+    const auto [picture, pictureCount] = InFrame(m_listPicture, placement.nOffset, m_nFrameHeight);
+    kernel.MixPicture(target, picture, pictureCount, Untouched(opacity));
 }

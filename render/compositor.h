@@ -1,11 +1,11 @@
 #pragma once
 
+#include "render/blendkernel.h"
 #include "render/textink.h"
 
 #include <QImage>
 #include <QRect>
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -39,48 +39,27 @@ public:
                  int frameHeight);
 
     /**
-     * Blends what was set into a frame of the size that came with it. Allocates for a new subtitle or opacity only.
+     * Blends what was set into a frame of the size that came with it. Allocates nothing.
      * @param frame      3 bytes a pixel, red first; points at the top row.
      * @param linesize   bytes from one row to the next.
      */
     void Blend(std::uint8_t *frame, std::ptrdiff_t linesize, const Placement &placement);
 
 private:
-    /** Neighbouring visible pixels of one row. */
-    struct Run {
-        int nRow;
-        int nColumn;
-        int nLength;
-        bool bOpaque;
-        std::size_t nFirstColor; ///< in m_listColors
-        std::size_t nFirstAlpha; ///< in m_listAlphas, for runs that are not opaque
-    };
-    /** Neighbours of a run that is not opaque, as far as they show at some opacity. */
-    struct MixedRun {
-        int nRow;
-        int nColumn;
-        int nLength;
-        std::size_t nFirstColor;
-        std::size_t nFirstWeight; ///< in m_listWeights
-    };
-
     void Clear(int frameWidth, int frameHeight);
-    void FindRuns(const QImage &image);
+    void FindBlocks(const QImage &image);
     void AppendPixel(int row, int column, const std::uint8_t *pixel);
-    void AppendTextRow(int row, const BitMask &text, const std::vector<std::uint64_t> &shown,
-                       const std::array<std::uint32_t, 2> &colors);
-    void PrepareMixedRuns(int opacity);
-    void AppendMixedRuns(const Run &run, const std::array<int, 256> &weights);
+    void AppendTextRow(int row, int left, const std::vector<std::uint64_t> &isText,
+                       const std::vector<std::uint64_t> &shown);
+    void PrepareWeights(int opacity);
 
     qint64 m_nImageKey = 0;
     QRect m_rect;
     int m_nFrameWidth = 0;
     int m_nFrameHeight = 0;
-    std::vector<Run> m_listRuns;
-    std::vector<std::uint8_t> m_listColors; ///< 3 bytes a pixel, in the frame's order
-    std::vector<std::uint8_t> m_listAlphas;
-
-    int m_nPreparedOpacity = -1;
-    std::vector<MixedRun> m_listMixedRuns;
-    std::vector<std::uint8_t> m_listWeights; ///< 3 bytes a pixel
+    InkColors m_inkColors = {};
+    std::vector<InkBlock> m_listInk; ///< of text; from the top to the bottom, as pictures are
+    std::vector<PictureBlock> m_listPicture;
+    std::vector<std::uint8_t> m_listAlphas; ///< of the picture's blocks, BlockPixels each; 0 for what does not show
+    int m_nPreparedOpacity = -1;            ///< that the picture's weights are for
 };

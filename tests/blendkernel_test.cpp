@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <random>
 #include <vector>
@@ -9,7 +10,9 @@
 namespace
 {
 
-constexpr std::size_t Guard = 64;
+constexpr int Rows = 3;
+constexpr int MostPadding = 33;
+constexpr InkColors Colors = {{10, 130, 250}, {201, 7, 77}};
 
 void BlendPixelPlainly(std::uint8_t *pixel, const std::uint8_t *color, int weight)
 {
@@ -18,6 +21,15 @@ void BlendPixelPlainly(std::uint8_t *pixel, const std::uint8_t *color, int weigh
     for (int i = 0; i < 3; ++i)
         pixel[i] = static_cast<std::uint8_t>((weight * color[i] + rest * old[2 - i]) / 255);
 }
+
+/** Rows of random bytes that begin at some distance from the buffer's begin and end with it. */
+struct Frame {
+    int nWidth;
+    int nPadding;
+    std::vector<std::uint8_t> listBytes;
+
+    BlendTarget Target(int offset = 0) { return {listBytes.data() + nPadding, nWidth * 3 + nPadding, nWidth, offset}; }
+};
 
 class BlendKernelTest : public testing::TestWithParam<const BlendKernel *>
 {
@@ -30,59 +42,168 @@ protected:
         return bytes;
     }
 
+    Frame RandomFrame(int width, int padding)
+    {
+        return {width, padding, RandomBytes(static_cast<std::size_t>(width * 3 + padding) * Rows)};
+    }
+
+    /** Blocks that reach to each other, leave gaps, and reach beyond the end of a row. */
+    template <typename Block>
+    std::vector<Block> RandomBlocks(int width)
+    {
+        std::vector<Block> blocks;
+        for (int row = 0; row < Rows; ++row) {
+            int column = static_cast<int>(m_random() % 3);
+            while (column < width) {
+                Block block = {};
+                block.nRow = row;
+                block.nColumn = column;
+                blocks.push_back(block);
+                column += BlockPixels + (m_random() % 2 ? 0 : static_cast<int>(m_random() % 7));
+            }
+        }
+        return blocks;
+    }
+
+    std::vector<InkBlock> RandomInk(int width)
+    {
+        std::vector<InkBlock> blocks = RandomBlocks<InkBlock>(width);
+        for (InkBlock &block : blocks) {
+            block.nText = static_cast<std::uint16_t>(m_random() % (1 << BlockPixels));
+            block.nShown = static_cast<std::uint16_t>(m_random() % (1 << BlockPixels));
+        }
+        return blocks;
+    }
+
+    std::vector<PictureBlock> RandomPicture(int width, int untouched)
+    {
+        std::vector<PictureBlock> blocks = RandomBlocks<PictureBlock>(width);
+        for (PictureBlock &block : blocks) {
+            block.weights.fill(static_cast<std::uint8_t>(untouched));
+            for (std::uint8_t &byte : block.colors)
+                byte = static_cast<std::uint8_t>(m_random());
+            for (int i = 0; i < BlockPixels; ++i)
+                block.weights[i] = static_cast<std::uint8_t>(m_random() % 4 ? m_random() : untouched);
+        }
+        return blocks;
+    }
+
     std::mt19937 m_random{7};
 };
 
+void DrawPlainly(const BlendTarget &target, const std::vector<InkBlock> &blocks, int weight)
+{
+    for (const InkBlock &block : blocks)
+        for (int i = 0; i < BlockPixels && block.nColumn + i < target.nWidth; ++i)
+            if (block.nShown >> i & 1)
+                BlendPixelPlainly(target.At(block.nRow, block.nColumn + i),
+                                  block.nText >> i & 1 ? Colors.text.data() : Colors.outline.data(), weight);
+}
+
+void DrawPlainly(const BlendTarget &target, const std::vector<PictureBlock> &blocks, int untouched)
+{
+    for (const PictureBlock &block : blocks)
+        for (int i = 0; i < BlockPixels && block.nColumn + i < target.nWidth; ++i)
+            if (block.weights[i] != untouched)
+                BlendPixelPlainly(target.At(block.nRow, block.nColumn + i), block.colors.data() + std::ptrdiff_t{3} * i,
+                                  block.weights[i]);
+}
+
 } // namespace
 
-TEST_P(BlendKernelTest, EveryCountAndAlignment)
+TEST_P(BlendKernelTest, InkAtEveryWidthAndAlignment)
 {
-    for (std::size_t count = 0; count <= 200; ++count) {
-        for (std::size_t alignment = 0; alignment < 33; ++alignment) {
-            const std::vector<std::uint8_t> colors = RandomBytes(3 * count);
-            std::vector<std::uint8_t> weights(3 * count);
-            std::vector<std::uint8_t> pixels = RandomBytes(alignment + 3 * count + Guard);
-            std::vector<std::uint8_t> expected = pixels;
-            for (std::size_t i = 0; i < count; ++i) {
-                const int weight = static_cast<int>(m_random() % 256);
-                std::fill_n(weights.begin() + static_cast<std::ptrdiff_t>(3 * i), 3, static_cast<std::uint8_t>(weight));
-                BlendPixelPlainly(expected.data() + alignment + 3 * i, colors.data() + 3 * i, weight);
-            }
-            GetParam()->Blend(pixels.data() + alignment, colors.data(), weights.data(), count);
-            ASSERT_EQ(pixels, expected) << count << " pixels, alignment " << alignment;
+    for (int width = 1; width <= 200; ++width) {
+        for (int padding = 0; padding < MostPadding; ++padding) {
+            Frame frame = RandomFrame(width, padding);
+            Frame expected = frame;
+            const std::vector<InkBlock> blocks = RandomInk(width);
+            DrawPlainly(expected.Target(), blocks, 255);
+            GetParam()->Write(frame.Target(), blocks.data(), blocks.size(), Colors);
+            ASSERT_EQ(frame.listBytes, expected.listBytes) << "written, width " << width << ", padding " << padding;
+
+            const int weight = static_cast<int>(m_random() % 256);
+            DrawPlainly(expected.Target(), blocks, weight);
+            GetParam()->Mix(frame.Target(), blocks.data(), blocks.size(), Colors, weight);
+            ASSERT_EQ(frame.listBytes, expected.listBytes)
+                << "mixed, width " << width << ", padding " << padding << ", weight " << weight;
         }
     }
 }
 
-TEST_P(BlendKernelTest, EvenlyEveryCountAndWeight)
+TEST_P(BlendKernelTest, PicturesAtEveryWidthAndAlignment)
 {
-    for (std::size_t count = 0; count <= 40; ++count) {
-        for (int weight = 0; weight <= 255; ++weight) {
-            const std::vector<std::uint8_t> colors = RandomBytes(3 * count);
-            std::vector<std::uint8_t> pixels = RandomBytes(3 * count + Guard);
-            std::vector<std::uint8_t> expected = pixels;
-            for (std::size_t i = 0; i < count; ++i)
-                BlendPixelPlainly(expected.data() + 3 * i, colors.data() + 3 * i, weight);
-            GetParam()->BlendEvenly(pixels.data(), colors.data(), weight, count);
-            ASSERT_EQ(pixels, expected) << count << " pixels, weight " << weight;
+    for (int width = 1; width <= 200; ++width) {
+        for (int padding = 0; padding < MostPadding; ++padding) {
+            const int untouched = padding % 2 ? 0 : 255;
+            Frame frame = RandomFrame(width, padding);
+            Frame expected = frame;
+            const std::vector<PictureBlock> blocks = RandomPicture(width, untouched);
+            DrawPlainly(expected.Target(), blocks, untouched);
+            GetParam()->MixPicture(frame.Target(), blocks.data(), blocks.size(), untouched);
+            ASSERT_EQ(frame.listBytes, expected.listBytes) << "width " << width << ", padding " << padding;
         }
     }
+}
+
+TEST_P(BlendKernelTest, NoBlocks)
+{
+    Frame frame = RandomFrame(20, 0);
+    const Frame before = frame;
+    GetParam()->Write(frame.Target(), nullptr, 0, Colors);
+    GetParam()->Mix(frame.Target(), nullptr, 0, Colors, 128);
+    GetParam()->MixPicture(frame.Target(), nullptr, 0, 255);
+    EXPECT_EQ(frame.listBytes, before.listBytes);
+}
+
+TEST_P(BlendKernelTest, RowsAreCountedFromTheOffset)
+{
+    Frame frame = RandomFrame(20, 0);
+    Frame expected = frame;
+    const std::vector<InkBlock> blocks = {{-40, 3, 5, 7}, {-39, 4, 5, 7}};
+    DrawPlainly(expected.Target(41), blocks, 255);
+    GetParam()->Write(frame.Target(41), blocks.data(), blocks.size(), Colors);
+    EXPECT_EQ(frame.listBytes, expected.listBytes);
 }
 
 TEST_P(BlendKernelTest, EveryWeightColourAndOldByte)
 {
-    std::vector<std::uint8_t> colors(3 * 256);
+    constexpr int Width = 256;
+    std::vector<PictureBlock> blocks;
+    for (int color = 0; color < Width; ++color) {
+        const int place = color % BlockPixels;
+        if (place == 0)
+            blocks.push_back({0, color, {}, {}});
+        std::fill_n(blocks.back().colors.begin() + std::ptrdiff_t{3} * place, 3, static_cast<std::uint8_t>(color));
+    }
     for (int weight = 0; weight <= 255; ++weight) {
+        const int untouched = weight == 0 ? 255 : 0;
+        for (PictureBlock &block : blocks)
+            block.weights.fill(static_cast<std::uint8_t>(weight));
         for (int old = 0; old <= 255; ++old) {
-            std::vector<std::uint8_t> pixels(3 * 256, static_cast<std::uint8_t>(old));
-            std::vector<std::uint8_t> expected = pixels;
-            for (int i = 0; i < 3 * 256; ++i)
-                colors[i] = static_cast<std::uint8_t>(i / 3);
-            for (std::size_t i = 0; i < 256; ++i)
-                BlendPixelPlainly(expected.data() + 3 * i, colors.data() + 3 * i, weight);
-            GetParam()->BlendEvenly(pixels.data(), colors.data(), weight, 256);
-            ASSERT_EQ(pixels, expected) << weight << " " << old;
+            Frame frame = {Width, 0, std::vector<std::uint8_t>(3 * Width, static_cast<std::uint8_t>(old))};
+            Frame expected = frame;
+            DrawPlainly(expected.Target(), blocks, untouched);
+            GetParam()->MixPicture(frame.Target(), blocks.data(), blocks.size(), untouched);
+            ASSERT_EQ(frame.listBytes, expected.listBytes) << weight << " " << old;
         }
+    }
+}
+
+TEST_P(BlendKernelTest, EveryWeightOfInkAndOldByte)
+{
+    constexpr int Width = 256;
+    std::vector<InkBlock> blocks;
+    for (int column = 0; column < Width; column += BlockPixels)
+        blocks.push_back({0, column, 0x155, 0x3FF});
+    for (int weight = 0; weight <= 255; ++weight) {
+        Frame frame = {Width, 0, std::vector<std::uint8_t>(3 * Width)};
+        for (int i = 0; i < 3 * Width; ++i)
+            frame.listBytes[i] = static_cast<std::uint8_t>(i % 3 == 0 ? i / 3 : 255 - i / 3);
+        Frame expected = frame;
+        DrawPlainly(expected.Target(), blocks, weight);
+        GetParam()->Mix(frame.Target(), blocks.data(), blocks.size(), Colors, weight);
+        ASSERT_EQ(frame.listBytes, expected.listBytes) << weight;
     }
 }
 

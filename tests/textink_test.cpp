@@ -10,14 +10,15 @@ constexpr std::uint64_t All = ~std::uint64_t{0};
 
 } // namespace
 
-TEST(BitRow, SearchEndsWithTheRow)
+TEST(BitRow, BitsComeOfTwoWords)
 {
-    const std::uint64_t row[] = {0, std::uint64_t{1} << 63};
-    EXPECT_EQ(FindBit(row, 2, 0, true), 127);
-    EXPECT_EQ(FindBit(row, 2, 127, false), 128);
-    EXPECT_EQ(FindBit(row, 2, 128, true), 128);
-    EXPECT_EQ(FindBit(row, 2, 128, false), 128);
-    EXPECT_EQ(FindBit(row, 1, 0, true), 64);
+    const std::uint64_t row[] = {0x8000000000000001, 0x5, 0};
+    EXPECT_EQ(BitsFrom(row, 0), row[0]);
+    EXPECT_EQ(BitsFrom(row, 1), 0xC000000000000000);
+    EXPECT_EQ(BitsFrom(row, 63), 0xBU);
+    EXPECT_EQ(BitsFrom(row, 64), row[1]);
+    EXPECT_EQ(BitsFrom(row, 66), 1U);
+    EXPECT_EQ(BitsFrom(row, 127), 0U);
 }
 
 TEST(TextInk, RowsBesideTheMaskAreLost)
