@@ -147,7 +147,9 @@ struct InkVectors {
 /** For each byte of a half's low or high words: (weight * colour + (255 - weight) * old) / 255, truncated. */
 SUBTITLE_AVX2 inline __m256i MixPairs(__m256i pairs, __m256i weights)
 {
-    // The pairs are signed, 128 too low, and the weights of each pair's two add up to 255.
+    // The pairs are signed, 128 too low, and the weights of each pair's two add up to 255. A product with 0x8081, shifted
+    // by 23, is the quotient by 255 for all 16-bit numbers: Granlund and Montgomery, "Division by Invariant Integers
+    // using Multiplication", 1994.
     const __m256i sum = _mm256_add_epi16(_mm256_maddubs_epi16(weights, pairs), _mm256_set1_epi16(128 * 255));
     return _mm256_srli_epi16(_mm256_mulhi_epu16(sum, _mm256_set1_epi16(static_cast<short>(0x8081))), 7);
 }

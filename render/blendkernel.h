@@ -8,7 +8,7 @@
 constexpr int BlockPixels = 10;
 constexpr std::size_t BlockBytes = std::size_t{3} * BlockPixels;
 
-/** Some of a row's pixels in two colours, opaque. */
+/** Some of a row's pixels in two colours, opaque. The first one lies in the frame. */
 struct InkBlock {
     int nRow;
     int nColumn;          ///< of the first pixel
@@ -22,12 +22,12 @@ struct InkColors {
     std::array<std::uint8_t, 3> outline;
 };
 
-/** Some of a row's pixels, each in a colour of its own. */
+/** Some of a row's pixels, each in a colour of its own. The first one lies in the frame. */
 struct PictureBlock {
     int nRow;
     int nColumn;                                 ///< of the first pixel
     std::array<std::uint8_t, BlockBytes> colors; ///< 3 bytes a pixel, in the frame's order
-    std::array<std::uint8_t, 16> weights;        ///< of the pixels; those behind the last one are its Untouched()
+    std::array<std::uint8_t, 16> weights;        ///< of the pixels; the rest marks what is not drawn
 };
 
 /**

@@ -131,8 +131,9 @@ void Compositor::AppendPixel(int row, int column, const std::uint8_t *pixel)
 {
     if (m_listPicture.empty() || m_listPicture.back().nRow != row ||
         m_listPicture.back().nColumn + BlockPixels <= column) {
-        m_listPicture.push_back({row, column, {}, {}});
+        // In this order: no block is ever without its alphas, whatever fails.
         m_listAlphas.resize(m_listAlphas.size() + BlockPixels);
+        m_listPicture.push_back({row, column, {}, {}});
     }
     PictureBlock &block = m_listPicture.back();
     const std::size_t place = column - block.nColumn;

@@ -68,7 +68,7 @@ fuzzer() {
     local target=$1
     shift
     mkdir -p "$folder/$target" "build-fuzz/corpus/$target" "build-fuzz/findings/$target"
-    TMPDIR=$folder/$target exec build-fuzz/bin/"$target" -timeout=25 -rss_limit_mb=1024 \
+    TMPDIR=$folder/$target exec build-fuzz/bin/"$target" -timeout=25 -report_slow_units=25 -rss_limit_mb=1024 \
         -malloc_limit_mb="$(largest_allocation "$target")" -max_len="$(longest "$target")" \
         -artifact_prefix="build-fuzz/findings/$target/" "$@"
 }
