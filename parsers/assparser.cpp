@@ -123,7 +123,12 @@ void AssParser::ParseLine(const QString &line, Versions &versions)
         return;
     // Sections are not tracked, and the layout of events follows the script type alone: both are meant.
     FieldReader fields(line);
-    const QString key = fields.Str(':').toString().toLower();
+    const QStringRef name = fields.Str(':');
+    if (name == QLatin1String("Dialogue")) { // as nearly all lines are
+        ParseDialogue(fields, versions.nEvent);
+        return;
+    }
+    const QString key = name.toString().toLower();
     if (key == QLatin1String("playresx")) {
         m_nPlayResX = fields.Int(',');
     } else if (key == QLatin1String("playresy")) {
@@ -214,9 +219,7 @@ void AssParser::ParseDialogue(FieldReader &fields, int version)
     }
     item.nStart = fields.Time();
     item.nEnd = fields.Time();
-    item.strStyle = TrimLeft(fields.Str(',').toString(), QLatin1Char('*'));
-    if (item.strStyle.toLower() == QLatin1String("default"))
-        item.strStyle = QStringLiteral("Default");
+    item.strStyle = StyleName(fields.Str(','));
     item.strActor = fields.Str(',').toString();
     for (int margin = 0; margin < 3; ++margin)
         fields.Int(',');
@@ -228,6 +231,17 @@ void AssParser::ParseDialogue(FieldReader &fields, int version)
         item.strEffect = effect.toString();
     item.strText = RemoveSSATags(text.toString());
     m_listItems.append(item);
+}
+
+QString AssParser::StyleName(const QStringRef &name) const
+{
+    // Neighbours mostly share one, and then its memory.
+    if (!m_listItems.isEmpty() && m_listItems.constLast().strStyle == name)
+        return m_listItems.constLast().strStyle;
+    QString style = TrimLeft(name.toString(), QLatin1Char('*'));
+    if (style.toLower() == QLatin1String("default"))
+        return QStringLiteral("Default");
+    return style;
 }
 
 QString AssParser::GetStr(QString &line, char separator)

@@ -62,6 +62,8 @@ private:
     /** Returns the alpha level, which only older layouts have. */
     int ReadStyleFields(FieldReader &fields, int version);
     void ParseDialogue(FieldReader &fields, int version);
+    /** An event's, without the stars before it. */
+    QString StyleName(const QStringRef &name) const;
 
     QList<AssSubtitleItem> m_listItems; ///< in file order
     CueIndex m_index;

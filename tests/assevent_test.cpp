@@ -165,6 +165,22 @@ TEST_F(AssEventTest, StyleNamesAreNormalised)
         EXPECT_EQ(Fields(written + ",Bob,0,0,0,Fx,text"s), (Texts{kept, "Bob", "Fx", "text"})) << written;
 }
 
+TEST_F(AssEventTest, StyleNamesAreNormalisedWhateverTheLastOneWas)
+{
+    const std::pair<const char *, const char *> styles[] = {
+        {"Sign", "Sign"},       {"Sign", "Sign"},  {"*Sign", "Sign"}, {"Sign", "Sign"}, {"Sig", "Sig"},
+        {"default", "Default"}, {"*Sign", "Sign"}, {"sign", "sign"},  {"", ""},         {"*", ""},
+        {"Default", "Default"}, {"* a", " a"},     {"a", "a"},        {"*a", "a"},      {"DEFAULT", "Default"},
+    };
+    std::string script = "ScriptType: v4.00+\n";
+    for (const auto &[written, kept] : styles)
+        script += "Dialogue: 0,0:00:01.00,0:00:02.00,"s + written + ",,0,0,0,,text\n";
+    Open(script);
+    ASSERT_EQ(m_peer.Items().size(), static_cast<int>(std::size(styles)));
+    for (int i = 0; i < m_peer.Items().size(); ++i)
+        EXPECT_EQ(m_peer.Items()[i].strStyle.toStdString(), styles[i].second) << i;
+}
+
 TEST_F(AssEventTest, FieldsKeepSpacesBehindAndTextKeepsThemInFront)
 {
     EXPECT_EQ(Fields(" S ,  Bob  , 1 , 2 , 3 , Fx ,  two  spaces"), (Texts{"S ", "Bob  ", "Fx ", "  two  spaces"}));
