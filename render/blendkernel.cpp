@@ -40,10 +40,11 @@ inline void ForInk(const BlendTarget &target, const InkBlock *blocks, std::size_
                    Draw draw)
 {
     for (const InkBlock *block = blocks; block < blocks + count; ++block) {
-        std::uint8_t *pixel = target.At(block->nRow, block->nColumn);
-        for (int i = 0; i < PixelsInFrame(target, block->nColumn); ++i, pixel += 3) {
-            if (block->nShown >> i & 1)
-                draw(pixel, (block->nText >> i & 1 ? colors.text : colors.outline).data());
+        std::uint8_t *pixels = target.At(block->nRow, block->nColumn);
+        const unsigned inFrame = (1U << PixelsInFrame(target, block->nColumn)) - 1;
+        for (unsigned bits = block->nShown & inFrame; bits; bits &= bits - 1) {
+            const int i = __builtin_ctz(bits);
+            draw(pixels + std::ptrdiff_t{3} * i, (block->nText >> i & 1 ? colors.text : colors.outline).data());
         }
     }
 }
