@@ -29,4 +29,4 @@ esac
 scripts/install-packages.sh
 cmake --preset $preset >/dev/null
 cmake --build --preset $preset
-ctest --test-dir "build-$configuration" --output-on-failure --no-tests=error -j "$(nproc)" -R "$pattern"
+ctest --preset $preset -j "$(nproc)" -R "$pattern"
