@@ -169,12 +169,12 @@ TEST_P(BlendKernelTest, RowsAreCountedFromTheOffset)
 TEST_P(BlendKernelTest, EveryWeightColourAndOldByte)
 {
     constexpr int Width = 256;
-    std::vector<PictureBlock> blocks;
+    std::vector<PictureBlock> blocks((Width - 1) / BlockPixels + 1);
     for (int color = 0; color < Width; ++color) {
         const int place = color % BlockPixels;
-        if (place == 0)
-            blocks.push_back({0, color, {}, {}});
-        std::fill_n(blocks.back().colors.begin() + std::ptrdiff_t{3} * place, 3, static_cast<std::uint8_t>(color));
+        PictureBlock &block = blocks[color / BlockPixels];
+        block.nColumn = color - place;
+        std::fill_n(block.colors.begin() + std::ptrdiff_t{3} * place, 3, static_cast<std::uint8_t>(color));
     }
     for (int weight = 0; weight <= 255; ++weight) {
         const int untouched = weight == 0 ? 255 : 0;
