@@ -29,6 +29,8 @@ add_library(subtitle_objects OBJECT
   textio/regularfile.cpp
   textio/textreader.cpp
   vobsub/bitreader.cpp
+  vobsub/decoderview.cpp
+  vobsub/hostsymbol.cpp
   vobsub/psstream.cpp
   vobsub/rleoutput.cpp
   vobsub/saveddecoder.cpp
@@ -57,9 +59,10 @@ set_target_properties(subtitle PROPERTIES
   SOVERSION ${PROJECT_VERSION_MAJOR}
   LINK_DEPENDS ${exports})
 # nodelete: Qt does not survive being unloaded, so a host's dlclose() must leave it where it is.
-# Bsymbolic-functions: a host may have a Get_Byte() of its own, which the decoder must not call.
+# Bsymbolic: a host may have a Get_Byte() or mediadata of its own, which the library must not use. Hosts that are linked
+# with copies of the library's variables see them all the same (vobsub/hostsymbol.h).
 target_link_options(subtitle PRIVATE
-  LINKER:--version-script=${exports} LINKER:-z,nodelete LINKER:-Bsymbolic-functions LINKER:--as-needed)
+  LINKER:--version-script=${exports} LINKER:-z,nodelete LINKER:-Bsymbolic LINKER:--as-needed)
 subtitle_harden(subtitle)
 if(NOT SUBTITLE_SANITIZE)
   target_link_options(subtitle PRIVATE LINKER:--no-undefined)

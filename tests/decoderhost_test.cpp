@@ -1,31 +1,11 @@
 // Hosts that are linked with the library and set the decoder's variables, each in a process of its own.
-#include "support/blendoracle.h"
-#include "support/childprocess.h"
-#include "support/plaincanvas.h"
+#include "support/decoderhost.h"
 #include "support/plaindecoder.h"
-#include "support/temporaryfolder.h"
-#include "support/vobsubpair.h"
 
-#include <gtest/gtest.h>
+using namespace decoderhost;
 
 namespace
 {
-
-using Bytes = std::vector<std::uint8_t>;
-
-constexpr int Width = 24;
-constexpr int Height = 40;
-
-/** Of all four pixel codes. */
-PictureUnit Unit()
-{
-    PictureUnit unit = PictureUnit::Filled(3, 4, 17, 9);
-    for (std::size_t i = 0; i < unit.listPixels.size(); ++i)
-        unit.listPixels[i] = i * i / 5 % 4;
-    unit.nColours = 0x9A72;
-    unit.nContrasts = 0xF5C0;
-    return unit;
-}
 
 /** What a host of these settings must read. */
 Bytes PlanesPlainly(int nSubtColor, int nSubtOffset, int nChromaFormat)
@@ -52,64 +32,65 @@ Bytes PlanesPlainly(int nSubtColor, int nSubtOffset, int nChromaFormat)
     return planes;
 }
 
-/** The black frame with the unit. */
-Bytes FramePlainly(const VobSubPair &pair)
-{
-    const Bytes image = PlainCanvas(Width, Height).Draw(Unit(), pair.palette).Image();
-    Bytes frame(static_cast<std::size_t>(Width) * Height * 3);
-    BlendPlainly(frame.data(), 3 * Width, {image.data(), 0, 0, Width, Height, Width, Height, 255, 0});
-    return frame;
-}
-
-/** What the host writes; it must end well and say nothing else. */
-Bytes Output(const char *pHost, std::vector<std::string> listArguments, const std::string &strInput = "")
-{
-    listArguments.insert(listArguments.begin(), pHost);
-    const Outcome outcome = ChildProcess::Run(listArguments, strInput);
-    EXPECT_EQ(outcome.nExit, 0);
-    EXPECT_EQ(outcome.strError, "");
-    return {outcome.strOut.begin(), outcome.strOut.end()};
-}
-
-Bytes Planes(const char *pHost, int nSubtColor, int nSubtOffset, int nChromaFormat)
+Bytes Planes(const char *pHost, int nSubtColor, int nSubtOffset, int nChromaFormat,
+             const ChildProcess::Environment &environment = {})
 {
     const Bytes unit = Unit().Encode();
     return Output(pHost,
                   {"planes", std::to_string(Width), std::to_string(Height), std::to_string(nSubtColor),
                    std::to_string(nSubtOffset), std::to_string(nChromaFormat)},
-                  {unit.begin(), unit.end()});
+                  {unit.begin(), unit.end()}, environment);
 }
 
-Bytes Frame(const char *pHost, int nSubtColor, const std::string &strIndex)
+Bytes Frame(const char *pHost, int nSubtColor, const std::string &strIndex,
+            const ChildProcess::Environment &environment = {})
 {
     return Output(
-        pHost, {"frame", std::to_string(Width), std::to_string(Height), std::to_string(nSubtColor), strIndex, "1500"});
+        pHost, {"frame", std::to_string(Width), std::to_string(Height), std::to_string(nSubtColor), strIndex, "1500"},
+        "", environment);
 }
 
+// As compilers make them: with copies of the library's variables, as code for a fixed address has them as well, and
+// without any copy.
+const char *const Probes[] = {DECODER_PROBE, DECODER_PROBE_FIXED, DECODER_PROBE_PIC};
+
 } // namespace
+
+TEST(DecoderHost, HaveCopiesOfVariablesOrNone)
+{
+    const auto hasCopy = [](const char *pHost) {
+        return ChildProcess::Run({"readelf", "-rW", pHost}).strOut.find("_COPY") != std::string::npos;
+    };
+    EXPECT_TRUE(hasCopy(DECODER_PROBE_FIXED));
+    EXPECT_FALSE(hasCopy(DECODER_PROBE_PIC));
+}
 
 TEST(DecoderHost, SettingsOfTheHostAreTheDecoders)
 {
     const Bytes usual = PlanesPlainly(1, 0, 3);
-    EXPECT_TRUE(Planes(DECODER_PROBE, 1, 0, 3) == usual);
     const int listSettings[][3] = {{0, 0, 3}, {1, 7, 3}, {1, 0, 1}, {0, 12, 1}};
-    for (const auto &[nSubtColor, nSubtOffset, nChromaFormat] : listSettings) {
-        const Bytes expected = PlanesPlainly(nSubtColor, nSubtOffset, nChromaFormat);
-        EXPECT_FALSE(expected == usual);
-        EXPECT_TRUE(Planes(DECODER_PROBE, nSubtColor, nSubtOffset, nChromaFormat) == expected)
-            << nSubtColor << ' ' << nSubtOffset << ' ' << nChromaFormat;
+    for (const char *pHost : Probes) {
+        EXPECT_TRUE(Planes(pHost, 1, 0, 3) == usual) << pHost;
+        for (const auto &[nSubtColor, nSubtOffset, nChromaFormat] : listSettings) {
+            const Bytes expected = PlanesPlainly(nSubtColor, nSubtOffset, nChromaFormat);
+            EXPECT_FALSE(expected == usual);
+            EXPECT_TRUE(Planes(pHost, nSubtColor, nSubtOffset, nChromaFormat) == expected)
+                << pHost << ' ' << nSubtColor << ' ' << nSubtOffset << ' ' << nChromaFormat;
+        }
     }
 }
 
-TEST(DecoderHost, RendererGoesByTheHostsSetting)
+TEST(DecoderHost, RendererUsesTheHostsSetting)
 {
     const TemporaryFolder folder;
     VobSubPair pair(Width, Height, {{1000, Unit().Encode(), {}}});
     const std::string strIndex = pair.Write(folder);
-    EXPECT_TRUE(Frame(DECODER_PROBE, 1, strIndex) == FramePlainly(pair));
+    for (const char *pHost : Probes)
+        EXPECT_TRUE(Frame(pHost, 1, strIndex) == FramePlainly(pair)) << pHost;
     pair.palette.fill(0xFF);
     pair.palette[0] = 0;
-    EXPECT_TRUE(Frame(DECODER_PROBE, 0, strIndex) == FramePlainly(pair));
+    for (const char *pHost : Probes)
+        EXPECT_TRUE(Frame(pHost, 0, strIndex) == FramePlainly(pair)) << pHost;
 }
 
 TEST(DecoderHost, FunctionsOfTheHostAreNotTheDecoders)
@@ -118,4 +99,23 @@ TEST(DecoderHost, FunctionsOfTheHostAreNotTheDecoders)
     const TemporaryFolder folder;
     const VobSubPair pair(Width, Height, {{1000, Unit().Encode(), {}}});
     EXPECT_TRUE(Frame(DECODER_PROBE_OWN, 1, pair.Write(folder)) == FramePlainly(pair));
+}
+
+TEST(DecoderHost, PreloadedLibrariesDoNotComeBetween)
+{
+    const TemporaryFolder folder;
+    const std::string strCopy = (folder.Path() / "libcopy.so").string();
+    std::filesystem::copy_file(SUBTITLE_LIBRARY, strCopy);
+    const VobSubPair pair(Width, Height, {{1000, Unit().Encode(), {}}});
+    const std::string strIndex = pair.Write(folder);
+    for (const char *pHost : Probes) {
+        EXPECT_TRUE(Planes(pHost, 0, 7, 1, {{"LD_PRELOAD", strCopy}}) == PlanesPlainly(0, 7, 1)) << pHost;
+        EXPECT_TRUE(Frame(pHost, 1, strIndex, {{"LD_PRELOAD", strCopy}}) == FramePlainly(pair)) << pHost;
+    }
+    // The dynamic linker warns of variables of another size. (In a program without copies it exchanges the variables.)
+    const Outcome outcome = ChildProcess::Run(
+        {DECODER_PROBE_FIXED, "frame", std::to_string(Width), std::to_string(Height), "1", strIndex, "1500"}, "",
+        {{"LD_PRELOAD", OWN_NAMES_LIBRARY}});
+    EXPECT_EQ(outcome.nExit, 0);
+    EXPECT_TRUE(Bytes(outcome.strOut.begin(), outcome.strOut.end()) == FramePlainly(pair));
 }

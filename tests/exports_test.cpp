@@ -19,16 +19,16 @@ std::set<std::string> ListedSymbols()
     return symbols;
 }
 
-/** Constructors and destructors, of which there are several each, count once. */
+/** All have the one version. Constructors and destructors, of which there are several each, count once. */
 std::set<std::string> ExportedSymbols()
 {
     std::istringstream output(
         ChildProcess::Run({"nm", "-D", "-C", "--defined-only", "--format=posix", SUBTITLE_LIBRARY}).strOut);
-    const std::regex value(" [A-Za-z] [0-9a-f]+( [0-9a-f]+)?$");
+    const std::regex versionAndValue("@@LIBSUBTITLE_1 [A-Za-z] [0-9a-f]+( [0-9a-f]+)?$");
     std::set<std::string> symbols;
     for (std::string line; std::getline(output, line);) {
-        const std::string symbol = std::regex_replace(line, value, "");
-        if (symbol.rfind("__odr_asan", 0) != 0)
+        const std::string symbol = std::regex_replace(line, versionAndValue, "");
+        if (symbol.rfind("__odr_asan", 0) != 0 && symbol.rfind("LIBSUBTITLE_1 A", 0) != 0)
             symbols.insert(symbol);
     }
     return symbols;

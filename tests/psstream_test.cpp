@@ -34,7 +34,7 @@ protected:
     {
         Start();
         Walk(stream);
-        return Bytes(Rdbfr + 4, Rdbfr + std::max(Rdlgth, 4));
+        return Bytes(decoder.Rdbfr + 4, decoder.Rdbfr + std::max(decoder.Rdlgth, 4));
     }
 
     /** Begins a unit that is never complete, so that the decoder keeps what comes. */
@@ -76,11 +76,11 @@ TEST_F(PsStreamTest, UnitBehindAPackHeaderIsDecoded)
 {
     Walk(ProgramStream().PackHeader(3).Private(0x21, PictureUnit::Filled(1, 0, 5, 4).Encode()));
     EXPECT_EQ(Row(3), ".11111..");
-    EXPECT_EQ(Rdlgth, 0);
+    EXPECT_EQ(decoder.Rdlgth, 0);
     Init(8, 4);
     Walk(ProgramStream().PackHeader(3).Private(0x80, PictureUnit::Filled(1, 0, 5, 4).Encode()));
     EXPECT_TRUE(IsTransparent());
-    EXPECT_EQ(Rdlgth, 0);
+    EXPECT_EQ(decoder.Rdlgth, 0);
 }
 
 TEST_F(PsStreamTest, UnitSplitOverPacketsAndBuffers)
@@ -168,7 +168,7 @@ TEST_F(PsStreamTest, ShortBuffersDoNothing)
     for (const int nLength : {4, 3, 2, 1, 0, -1, -1000})
         DecodePSStream(listBytes, nLength);
     DecodePSStream(nullptr, 0);
-    EXPECT_EQ(Rdlgth, 4);
+    EXPECT_EQ(decoder.Rdlgth, 4);
     for (int nId = 0; nId < 256; ++nId) {
         const Bytes start = {0, 0, 1, static_cast<std::uint8_t>(nId)};
         Walk(start);
@@ -180,7 +180,7 @@ TEST_F(PsStreamTest, ShortBuffersDoNothing)
             }
         }
     }
-    EXPECT_EQ(Rdlgth, 4);
+    EXPECT_EQ(decoder.Rdlgth, 4);
 }
 
 TEST_F(PsStreamTest, PacketsAreCutAtTheBuffersEnd)
@@ -199,7 +199,7 @@ TEST_F(PsStreamTest, PacketsAreCutAtTheBuffersEnd)
         Start();
         Walk(Bytes(stream.begin(), stream.begin() + nEnd));
         if (stream.size() - nEnd < 4) {
-            EXPECT_EQ(Rdlgth, 4 + 9 - static_cast<int>(stream.size() - nEnd));
+            EXPECT_EQ(decoder.Rdlgth, 4 + 9 - static_cast<int>(stream.size() - nEnd));
         }
     }
 }
@@ -215,10 +215,10 @@ TEST_F(PsStreamTest, LengthSmallerThanTheHeaderHasNoPayload)
         Start();
         Walk(stream);
         if (nLength < 14) {
-            EXPECT_EQ(Rdlgth, 4);
+            EXPECT_EQ(decoder.Rdlgth, 4);
         }
         if (nLength == 17) {
-            EXPECT_EQ(Rdlgth, 9);
+            EXPECT_EQ(decoder.Rdlgth, 9);
         }
     }
 }
@@ -282,7 +282,8 @@ TEST_F(PsStreamTest, SelfTestReads4096BytesAndReleasesTheDecoder)
     const unsigned listPalette[16] = {0x0000E1, 0xE83F07, 0x000000, 0xFDFDFD, 0x11EB10, 0xEA12EB, 0xFAFF1A, 0x095D76,
                                       0x7C7C7C, 0xE0E0E0, 0x7F6AEF, 0x14BEF3, 0x00006C, 0xF0B710, 0x0A48EA, 0x730972};
     for (int k = 0; k < 16; ++k)
-        EXPECT_EQ(static_cast<unsigned>(sub_pal[k].v << 16 | sub_pal[k].u << 8 | sub_pal[k].y), listPalette[k]);
+        EXPECT_EQ(static_cast<unsigned>(decoder.sub_pal[k].v << 16 | decoder.sub_pal[k].u << 8 | decoder.sub_pal[k].y),
+                  listPalette[k]);
 }
 
 TEST_F(PsStreamTest, ManySmallUnitsInOneWalkLeaveNothingOfEachOther)

@@ -123,8 +123,8 @@ TEST_F(SubtitleDecoderTest, HeaderIsReadWhenItIsWhole)
     const Bytes unit = Unit8x2().Encode();
     for (std::size_t n = 0; n < 3; ++n) {
         Feed({unit[n]});
-        EXPECT_EQ(Rdptr, Rdbfr);
-        EXPECT_EQ(Rdlgth, static_cast<int>(n) + 1);
+        EXPECT_EQ(decoder.Rdptr, decoder.Rdbfr);
+        EXPECT_EQ(decoder.Rdlgth, static_cast<int>(n) + 1);
     }
     Feed(Bytes(unit.begin() + 3, unit.end()));
     EXPECT_EQ(Row(0), "11111111");
@@ -153,7 +153,7 @@ TEST_F(SubtitleDecoderTest, RestIsCarriedOverFromWhereThePixelsEnded)
     Feed(bytes);
     EXPECT_EQ(Row(0), "11111111");
     EXPECT_EQ(Held(), FromHex("ABCD1234 0000"));
-    EXPECT_EQ(Rdptr, Rdbfr);
+    EXPECT_EQ(decoder.Rdptr, decoder.Rdbfr);
     EXPECT_EQ(Get_Short(), 0xABCD);
     EXPECT_EQ(m_plain.GetShort(), 0xABCD);
 }
@@ -168,7 +168,7 @@ TEST_F(SubtitleDecoderTest, CarriedOverBytesBeginTheNextUnit)
     bytes.insert(bytes.end(), 4, 0);
     Feed(bytes);
     EXPECT_EQ(Row(0), "11111111");
-    EXPECT_EQ(Rdlgth, 4);
+    EXPECT_EQ(decoder.Rdlgth, 4);
     ExpectSame();
     Feed(Bytes(inner.begin() + 4, inner.end() - 1));
     EXPECT_EQ(Row(0), "11111111");
@@ -176,7 +176,7 @@ TEST_F(SubtitleDecoderTest, CarriedOverBytesBeginTheNextUnit)
     Feed({inner.back()});
     EXPECT_EQ(Row(0), "..333...");
     EXPECT_EQ(Row(1), "..333...");
-    EXPECT_EQ(Rdlgth, 0);
+    EXPECT_EQ(decoder.Rdlgth, 0);
     ExpectSame();
 }
 
@@ -188,7 +188,7 @@ TEST_F(SubtitleDecoderTest, TwoUnitsInOneAppend)
     Bytes both(first);
     both.insert(both.end(), second.begin(), second.end());
     Feed(both); // one unit a call, even where two are held
-    EXPECT_EQ(Rdlgth, static_cast<int>(second.size()));
+    EXPECT_EQ(decoder.Rdlgth, static_cast<int>(second.size()));
     ExpectSame();
     for (int n = 0; n < 100; ++n) {
         Feed({static_cast<std::uint8_t>(n)});
@@ -205,11 +205,11 @@ TEST_F(SubtitleDecoderTest, LengthOf0DecodesAUnitThatWasCarriedOver)
     bytes.insert(bytes.end(), 9, 0);
     Feed(bytes);
     EXPECT_EQ(Row(0), "11111111");
-    EXPECT_EQ(Rdlgth, 9);
+    EXPECT_EQ(decoder.Rdlgth, 9);
     ExpectSame();
     Feed(Bytes());
     EXPECT_TRUE(IsTransparent());
-    EXPECT_EQ(Rdlgth, 0);
+    EXPECT_EQ(decoder.Rdlgth, 0);
     ExpectSame();
 }
 
@@ -228,15 +228,15 @@ TEST_F(SubtitleDecoderTest, UnitWithItsControlAreaOutsideIsRefused)
         EXPECT_TRUE(IsTransparent());
         EXPECT_EQ(mediadata.top, 2);
         EXPECT_EQ(mediadata.bottom, 0);
-        EXPECT_EQ(Rdlgth, 0);
-        EXPECT_EQ(Rdptr, Rdbfr);
+        EXPECT_EQ(decoder.Rdlgth, 0);
+        EXPECT_EQ(decoder.Rdptr, decoder.Rdbfr);
         ExpectSame();
     }
     for (const int nSize : {0, 3, 4}) {
         Feed(good);
         Feed({0, static_cast<std::uint8_t>(nSize), 0, 4, 0, 0, 0, 0});
         EXPECT_TRUE(IsTransparent());
-        EXPECT_EQ(Rdlgth, 0);
+        EXPECT_EQ(decoder.Rdlgth, 0);
         ExpectSame();
     }
     Feed({0, 5, 0, 4, 0}); // the shortest unit that can be
@@ -259,7 +259,7 @@ TEST_F(SubtitleDecoderTest, UnitWithPixelsOutsideIsRefused)
             EXPECT_TRUE(IsTransparent());
             EXPECT_EQ(mediadata.top, 2);
             EXPECT_EQ(mediadata.bottom, 0);
-            EXPECT_EQ(Rdlgth, 0);
+            EXPECT_EQ(decoder.Rdlgth, 0);
             ExpectSame();
         }
         RawUnit edge = good; // no pixels of one field, but a unit
@@ -294,7 +294,7 @@ TEST_F(SubtitleDecoderTest, LongestUnit)
     bytes.push_back(0x77);
     Feed(bytes); // as much as the decoder holds
     EXPECT_EQ(Row(0), "11111111");
-    EXPECT_EQ(Rdlgth, 1);
+    EXPECT_EQ(decoder.Rdlgth, 1);
     ExpectSame();
 }
 
@@ -308,18 +308,18 @@ TEST_F(SubtitleDecoderTest, AppendBeyondTheBufferDropsWhatIsHeld)
         Bytes bytes = FromHex("FFFF0010");
         bytes.resize(nFirst);
         Feed(bytes);
-        EXPECT_EQ(Rdlgth, nFirst);
+        EXPECT_EQ(decoder.Rdlgth, nFirst);
         EXPECT_EQ(Row(0), "11111111");
         Feed(Bytes(65537 - nFirst));
-        EXPECT_EQ(Rdlgth, 0);
-        EXPECT_EQ(Rdptr, Rdbfr);
+        EXPECT_EQ(decoder.Rdlgth, 0);
+        EXPECT_EQ(decoder.Rdptr, decoder.Rdbfr);
         EXPECT_TRUE(IsTransparent());
         EXPECT_EQ(mediadata.top, 2);
         EXPECT_EQ(mediadata.bottom, 0);
         ExpectSame();
     }
     Feed(Bytes(65537));
-    EXPECT_EQ(Rdlgth, 0);
+    EXPECT_EQ(decoder.Rdlgth, 0);
     Feed(good);
     EXPECT_EQ(Row(0), "11111111");
     ExpectSame();

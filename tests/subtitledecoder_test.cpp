@@ -17,13 +17,13 @@ TEST_F(SubtitleDecoderTest, UnitSplitOverTwoCallsIsDecodedByTheSecond)
     Feed(first);
     EXPECT_TRUE(IsTransparent());
     EXPECT_EQ(Held(), first);
-    EXPECT_EQ(Rdptr, Rdbfr + 4); // the header is read
+    EXPECT_EQ(decoder.Rdptr, decoder.Rdbfr + 4); // the header is read
     ExpectSame();
     Feed(Bytes(unit.begin() + 9, unit.end()));
     EXPECT_EQ(Row(0), "11111111");
     EXPECT_EQ(Row(1), "22222222");
-    EXPECT_EQ(Rdlgth, 0);
-    EXPECT_EQ(Rdptr, Rdbfr);
+    EXPECT_EQ(decoder.Rdlgth, 0);
+    EXPECT_EQ(decoder.Rdptr, decoder.Rdbfr);
     ExpectSame();
 }
 
@@ -38,7 +38,7 @@ TEST_F(SubtitleDecoderTest, UnitSplitAnywhere)
         Init(30, 12);
         Feed(Bytes(unit.begin(), unit.begin() + nAt));
         EXPECT_TRUE(IsTransparent());
-        EXPECT_EQ(Rdptr, nAt < 4 ? Rdbfr : Rdbfr + 4); // a header is read whole
+        EXPECT_EQ(decoder.Rdptr, nAt < 4 ? decoder.Rdbfr : decoder.Rdbfr + 4); // a header is read whole
         ExpectSame();
         Feed(Bytes(unit.begin() + nAt, unit.end()));
         for (int nPixel = 0; nPixel < 180; ++nPixel) {

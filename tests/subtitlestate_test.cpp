@@ -35,7 +35,7 @@ TEST_F(SubtitleDecoderTest, NothingHappensWithoutADecoder)
     Init(8, 8);
     Feed(PictureUnit::Filled(0, 0, 4, 4).Encode());
     subtitle_release();
-    EXPECT_EQ(Rdptr, nullptr);
+    EXPECT_EQ(decoder.Rdptr, nullptr);
     UseEverything();
     EXPECT_FALSE(subtitle_is_set_up());
     subtitle_release();
@@ -68,7 +68,7 @@ TEST_F(SubtitleDecoderTest, SettingUpMakesAnEmptyCanvas)
     }
     Feed(Bytes(3));
     Init(7, 5); // forgets what is held
-    EXPECT_EQ(Rdlgth, 0);
+    EXPECT_EQ(decoder.Rdlgth, 0);
     Feed(PictureUnit::Filled(0, 0, 7, 5).Encode());
     EXPECT_EQ(Row(4), "1111111");
     ExpectSame();
@@ -173,7 +173,7 @@ TEST_F(SubtitleDecoderTest, ImpossibleSizesLeaveNoCanvas)
         EXPECT_TRUE(subtitle_is_set_up());
         const Bytes unit = PictureUnit::Filled(0, 0, 4, 4).Encode();
         EXPECT_EQ(subtitle_decode(unit.data(), static_cast<int>(unit.size())), 1);
-        EXPECT_EQ(Rdlgth, 0);
+        EXPECT_EQ(decoder.Rdlgth, 0);
         Init_RleOutput(0, 0, 1, 1, 0xFFFF, 0x3210);
         Rle_Output(5);
         SubtitlePlanes planes = {};
@@ -235,7 +235,7 @@ TEST_F(SubtitleDecoderTest, ReadersReadNothingBehindTheBuffer)
         EXPECT_EQ(Get_Byte(), 0);
         EXPECT_EQ(Get_Short(), 0);
     }
-    EXPECT_EQ(Rdptr, Rdbfr + 65536);
+    EXPECT_EQ(decoder.Rdptr, decoder.Rdbfr + 65536);
 }
 
 TEST_F(SubtitleDecoderTest, WritingWithoutAUnit)
@@ -262,7 +262,7 @@ TEST_F(SubtitleDecoderTest, WritingWithoutAUnit)
     EXPECT_EQ(Row(3), "......222.");
     EXPECT_EQ(Row(0) + Row(2) + Row(4) + Row(5), std::string(40, '.'));
     EXPECT_EQ(mediadata.bottom, 4);
-    EXPECT_TRUE(second_picture);
+    EXPECT_TRUE(decoder.second_picture);
 }
 
 TEST_F(SubtitleDecoderTest, RunOfLength0OnlyCounts)

@@ -1,23 +1,18 @@
 #include "vobsub/decoderstate.h"
 #include "vobsub/subtitledecoder.h"
 
-unsigned char Rdbfr[Rdbfr_size];
-int Rdlgth;
-unsigned char *Rdptr;
-bool RdLeft;
-
 namespace
 {
 
 int PeekByte()
 {
-    return Rdptr && Rdptr < Rdbfr + Rdbfr_size ? *Rdptr : 0;
+    return decoder.Rdptr && decoder.Rdptr < decoder.Rdbfr + Rdbfr_size ? *decoder.Rdptr : 0;
 }
 
 void NextByte()
 {
-    if (Rdptr && Rdptr < Rdbfr + Rdbfr_size)
-        ++Rdptr;
+    if (decoder.Rdptr && decoder.Rdptr < decoder.Rdbfr + Rdbfr_size)
+        ++decoder.Rdptr;
 }
 
 } // namespace
@@ -25,8 +20,8 @@ void NextByte()
 int Get_HalfByte()
 {
     const int byte = PeekByte();
-    RdLeft = !RdLeft;
-    if (RdLeft)
+    decoder.RdLeft = !decoder.RdLeft;
+    if (decoder.RdLeft)
         return byte >> 4;
     NextByte();
     return byte & 15;
@@ -34,7 +29,7 @@ int Get_HalfByte()
 
 int Get_Byte()
 {
-    RdLeft = false;
+    decoder.RdLeft = false;
     const int byte = PeekByte();
     NextByte();
     return byte;
@@ -48,7 +43,7 @@ int Get_Short()
 
 void Skip_Half_Read()
 {
-    if (RdLeft)
+    if (decoder.RdLeft)
         NextByte();
-    RdLeft = false;
+    decoder.RdLeft = false;
 }

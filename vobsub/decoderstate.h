@@ -2,32 +2,60 @@
 
 #include "vobsub/subtitledecoder.h"
 
-#include <cstddef>
-#include <vector>
+#include <bitset>
 
 /* What the decoder's files share, and what it keeps for the library's own parsers. */
 
 constexpr int Rdbfr_size = 65536;
 
-// What is held of the unit coming in. Rdptr is null without a decoder, and at the start until the header is read.
-extern unsigned char Rdbfr[Rdbfr_size];
-extern int Rdlgth;
-extern unsigned char *Rdptr;
-extern bool RdLeft; ///< the high nibble of the byte at Rdptr is read already
-
-// The header of the unit coming in.
-extern int subt_packet_size;
-extern int subt_data_size;
-
 struct palette_entry {
     unsigned char y, v, u;
 };
-extern palette_entry sub_pal[16];
-extern int subt_org_y;      ///< the picture's first row on the canvas
-extern bool second_picture; ///< the top field has reached the area's last row
+
+/** Everything that the decoder keeps between calls. Hosts see copies of some of it (see decoderview.h). */
+struct decoder_state {
+    // What is held of the unit coming in. Rdptr is null without a decoder, and at the start until the header is read.
+    unsigned char Rdbfr[Rdbfr_size];
+    int Rdlgth;
+    unsigned char *Rdptr;
+    bool RdLeft; ///< the high nibble of the byte at Rdptr is read already
+
+    // The header of the unit coming in.
+    int subt_packet_size;
+    int subt_data_size;
+
+    palette_entry sub_pal[16];
+    subtitle_canvas canvas;
+    int width; ///< of the canvas
+    int height;
+
+    // The picture being written: its area on the canvas, and where the writer is in it.
+    unsigned char color[4];
+    unsigned char alpha[4];
+    int subt_org_x;
+    int subt_org_y;
+    int subt_width;
+    int subt_height;
+    int64_t subt_x; ///< a host's run may be of any length
+    int subt_y;
+    int64_t subt_add;    ///< position in each plane
+    bool second_picture; ///< the top field has reached the area's last row
+
+    // Units may be so short that clearing the canvas for each would take minutes. Between Begin_Walk() and End_Walk() no
+    // host sees the canvas, and it is enough to clear the rows that were written.
+    bool is_walking;
+    bool are_rows_known;
+    std::bitset<SUBTITLE_MAX_SIDE> written_rows;
+};
+
+extern decoder_state decoder;
 
 /** Goes on at the next byte when half of the one at Rdptr is read. */
 void Skip_Half_Read();
+
+/** As Init_RleOutput(), without showing hosts where the picture is now; the next ones likewise. */
+void Begin_Picture(int x, int y, int width, int height, unsigned int alpha_word, unsigned int colour_word);
+void Write_Run(unsigned int code);
 
 /** Goes to the start of a line of the picture, its first or second. */
 void Begin_Field(int line);
@@ -66,14 +94,5 @@ public:
     void Restore();
 
 private:
-    bool is_set_up;
-    subtitle_canvas canvas;
-    int width;
-    int height;
-    palette_entry palette[16];
-    std::vector<unsigned char> held;
-    std::ptrdiff_t position;
-    bool is_half_read;
-    int packet_size;
-    int data_size;
+    decoder_state state;
 };

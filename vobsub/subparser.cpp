@@ -3,6 +3,7 @@
 #include "parsers/wrapint.h"
 #include "textio/textreader.h"
 #include "vobsub/decoderstate.h"
+#include "vobsub/decoderview.h"
 #include "vobsub/psstream.h"
 #include "vobsub/subtitledecoder.h"
 
@@ -250,11 +251,11 @@ void SubParser::BecomeDecoderUser()
 void SubParser::TakeDecoder()
 {
     BecomeDecoderUser();
-    if (subtitle_is_set_up() && Coded_Picture_Width == m_nSubWidth && Coded_Picture_Height == m_nSubHeight)
+    if (subtitle_is_set_up() && decoder.width == m_nSubWidth && decoder.height == m_nSubHeight)
         return;
-    const int32_t colour = Subt_Color; // which the host may have set
+    const int32_t colour = Read_Settings().color; // which the host may have set
     subtitle_init(m_palette, m_nSubWidth, m_nSubHeight);
-    Subt_Color = colour;
+    Set_Colour(colour);
 }
 
 /** Makes the scaler and its buffer, or keeps them while the sizes are the same. */

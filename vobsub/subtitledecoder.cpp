@@ -1,22 +1,13 @@
 #include "vobsub/subtitledecoder.h"
 
 #include "vobsub/decoderstate.h"
+#include "vobsub/decoderview.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
-int32_t Coded_Picture_Width;
-int32_t Coded_Picture_Height;
-int32_t Chroma_Width;
-int32_t Chroma_Height;
-int32_t chroma_format;
-int32_t Subt_Color;
-int32_t Subt_Offset;
-subtitle_canvas mediadata;
-
-int subt_packet_size;
-int subt_data_size;
+decoder_state decoder;
 
 namespace
 {
@@ -39,19 +30,20 @@ unsigned char *AllocatePlanes(int count, int padding)
 /** False, and no plane left, where there is no memory. */
 bool AllocateCanvas()
 {
-    mediadata.plane[0] = AllocatePlanes(3, PlanePadding);
-    mediadata.plane[3] = AllocatePlanes(1, PlanePadding);
-    for (unsigned char *&plane : mediadata.out)
+    decoder.canvas.plane[0] = AllocatePlanes(3, PlanePadding);
+    decoder.canvas.plane[3] = AllocatePlanes(1, PlanePadding);
+    for (unsigned char *&plane : decoder.canvas.out)
         plane = AllocatePlanes(1, 0);
-    if (mediadata.plane[0] && mediadata.plane[3] && mediadata.out[0] && mediadata.out[1] && mediadata.out[2]) {
-        mediadata.plane[1] = mediadata.plane[0] + Canvas_Size();
-        mediadata.plane[2] = mediadata.plane[1] + Canvas_Size();
-        memset(mediadata.plane[0], 0, Canvas_Size());
-        memset(mediadata.plane[1], 128, 2 * Canvas_Size() + PlanePadding);
-        memset(mediadata.plane[3], 0, Canvas_Size() + PlanePadding);
+    if (decoder.canvas.plane[0] && decoder.canvas.plane[3] && decoder.canvas.out[0] && decoder.canvas.out[1] &&
+        decoder.canvas.out[2]) {
+        decoder.canvas.plane[1] = decoder.canvas.plane[0] + Canvas_Size();
+        decoder.canvas.plane[2] = decoder.canvas.plane[1] + Canvas_Size();
+        memset(decoder.canvas.plane[0], 0, Canvas_Size());
+        memset(decoder.canvas.plane[1], 128, 2 * Canvas_Size() + PlanePadding);
+        memset(decoder.canvas.plane[3], 0, Canvas_Size() + PlanePadding);
         return true;
     }
-    Free_Canvas(mediadata);
+    Free_Canvas(decoder.canvas);
     return false;
 }
 
@@ -59,7 +51,7 @@ bool AllocateCanvas()
 void Refuse()
 {
     subtitle_drop_input();
-    Init_RleOutput(0, 0, 0, 0, 0, 0);
+    Begin_Picture(0, 0, 0, 0, 0, 0);
 }
 
 int ReadThreeNibbles()
@@ -74,10 +66,10 @@ void ReadCommand(int command, int time, unit_control &control)
 {
     switch (command) {
     case 0x01:
-        mediadata.start = time;
+        decoder.canvas.start = time;
         break;
     case 0x02:
-        mediadata.stop = time;
+        decoder.canvas.stop = time;
         break;
     case 0x03:
         control.colour_word = Get_Short();
@@ -106,7 +98,7 @@ void ReadCommand(int command, int time, unit_control &control)
  */
 unit_control WalkControl()
 {
-    const unsigned char *const end = Rdbfr + Rdlgth;
+    const unsigned char *const end = decoder.Rdbfr + decoder.Rdlgth;
     unit_control control = {};
     int previous = Get_Short();
     for (;;) {
@@ -117,10 +109,10 @@ unit_control WalkControl()
             do {
                 ReadCommand(command, time, control);
                 command = Get_Byte();
-            } while (Rdptr < end && command != 0xFF);
+            } while (decoder.Rdptr < end && command != 0xFF);
         }
         const int word = Get_Short();
-        if (Rdptr >= end || word == previous)
+        if (decoder.Rdptr >= end || word == previous)
             return control;
         previous = word;
     }
@@ -144,62 +136,62 @@ void DecodeCode()
     } else if (code < 4) {
         code = code * 16 + Get_HalfByte();
     }
-    Rle_Output(code);
+    Write_Run(code);
 }
 
 /** Both fields stop 4 bytes before the control area, so that the last pixel data is never shown: this is meant. */
 void DecodeFields(const unit_control &control)
 {
-    unsigned char *const base = Rdbfr + HeaderSize;
-    const unsigned char *const end = Rdbfr + subt_data_size - 4;
+    unsigned char *const base = decoder.Rdbfr + HeaderSize;
+    const unsigned char *const end = decoder.Rdbfr + decoder.subt_data_size - 4;
 
-    second_picture = false;
-    Rdptr = base + control.off1;
-    while (Rdptr < end && !second_picture)
+    decoder.second_picture = false;
+    decoder.Rdptr = base + control.off1;
+    while (decoder.Rdptr < end && !decoder.second_picture)
         DecodeCode();
 
     // A nibble left over from the top field is not dropped: this is meant.
     Begin_Field(1);
-    Rdptr = base + control.off2;
-    while (Rdptr < end)
+    decoder.Rdptr = base + control.off2;
+    while (decoder.Rdptr < end)
         DecodeCode();
 }
 
 bool IsInUnit(int offset)
 {
-    return offset + HeaderSize <= subt_packet_size;
+    return offset + HeaderSize <= decoder.subt_packet_size;
 }
 
 void DecodeUnit()
 {
-    if (subt_data_size < HeaderSize || subt_data_size >= subt_packet_size) {
+    if (decoder.subt_data_size < HeaderSize || decoder.subt_data_size >= decoder.subt_packet_size) {
         Refuse();
         return;
     }
-    RdLeft = false;
-    Rdptr = Rdbfr + subt_data_size;
+    decoder.RdLeft = false;
+    decoder.Rdptr = decoder.Rdbfr + decoder.subt_data_size;
     const unit_control control = WalkControl();
     if (!IsInUnit(control.off1) || !IsInUnit(control.off2)) {
         Refuse();
         return;
     }
-    Init_RleOutput(control.x1, control.y1, control.x2 - control.x1 + 1, control.y2 - control.y1 + 1, control.alpha_word,
-                   control.colour_word);
+    Begin_Picture(control.x1, control.y1, control.x2 - control.x1 + 1, control.y2 - control.y1 + 1, control.alpha_word,
+                  control.colour_word);
     DecodeFields(control);
-    mediadata.top += subt_org_y;
-    mediadata.bottom = std::min(mediadata.bottom + subt_org_y, Coded_Picture_Height - 1);
+    decoder.canvas.top += decoder.subt_org_y;
+    decoder.canvas.bottom = std::min(decoder.canvas.bottom + decoder.subt_org_y, decoder.height - 1);
 
     // What is held beyond the unit is taken from where its pixel data ended, not from its own end: this is meant.
-    Rdlgth -= subt_packet_size;
-    memmove(Rdbfr, Rdptr, Rdlgth);
-    Rdptr = Rdbfr;
+    decoder.Rdlgth -= decoder.subt_packet_size;
+    memmove(decoder.Rdbfr, decoder.Rdptr, decoder.Rdlgth);
+    decoder.Rdptr = decoder.Rdbfr;
 }
 
 } // namespace
 
 int Canvas_Size()
 {
-    return Coded_Picture_Width * Coded_Picture_Height;
+    return decoder.width * decoder.height;
 }
 
 void Free_Canvas(const subtitle_canvas &canvas)
@@ -212,16 +204,16 @@ void Free_Canvas(const subtitle_canvas &canvas)
 
 bool subtitle_is_set_up()
 {
-    return Rdptr != nullptr;
+    return decoder.Rdptr != nullptr;
 }
 
 void subtitle_drop_input()
 {
-    if (!Rdptr)
+    if (!decoder.Rdptr)
         return;
-    Rdptr = Rdbfr;
-    RdLeft = false;
-    Rdlgth = subt_packet_size = subt_data_size = 0;
+    decoder.Rdptr = decoder.Rdbfr;
+    decoder.RdLeft = false;
+    decoder.Rdlgth = decoder.subt_packet_size = decoder.subt_data_size = 0;
 }
 
 int subtitle_init(const unsigned int *palette, int width, int height)
@@ -229,56 +221,56 @@ int subtitle_init(const unsigned int *palette, int width, int height)
     for (int k = 0; k < 16; ++k) {
         const unsigned int word = palette[k];
         // No conversion of colours: hosts make their palettes for this.
-        sub_pal[k] = {static_cast<unsigned char>(word), static_cast<unsigned char>(word >> 16),
-                      static_cast<unsigned char>(word >> 8)};
+        decoder.sub_pal[k] = {static_cast<unsigned char>(word), static_cast<unsigned char>(word >> 16),
+                              static_cast<unsigned char>(word >> 8)};
     }
     subtitle_release();
 
-    Subt_Color = 1;
-    Subt_Offset = 0;
-    chroma_format = 3;
+    Reset_Settings();
     const bool isPossible = width >= 1 && height >= 1 && width <= SUBTITLE_MAX_SIDE && height <= SUBTITLE_MAX_SIDE;
-    Coded_Picture_Width = isPossible ? width : 0;
-    Coded_Picture_Height = isPossible ? height : 0;
+    decoder.width = isPossible ? width : 0;
+    decoder.height = isPossible ? height : 0;
     if (!isPossible || !AllocateCanvas()) {
-        mediadata.plane[0] = mediadata.plane[1] = mediadata.plane[2] = mediadata.plane[3] = nullptr;
-        mediadata.out[0] = mediadata.out[1] = mediadata.out[2] = nullptr;
-        Coded_Picture_Width = Coded_Picture_Height = 0;
+        decoder.canvas.plane[0] = decoder.canvas.plane[1] = decoder.canvas.plane[2] = decoder.canvas.plane[3] = nullptr;
+        decoder.canvas.out[0] = decoder.canvas.out[1] = decoder.canvas.out[2] = nullptr;
+        decoder.width = decoder.height = 0;
     }
-    Chroma_Width = Coded_Picture_Width;
-    Chroma_Height = Coded_Picture_Height;
-    Rdptr = Rdbfr;
+    decoder.Rdptr = decoder.Rdbfr;
     subtitle_drop_input();
     Clear_Area();
+    Publish_Canvas();
     return 1;
 }
 
 void subtitle_release()
 {
-    if (!Rdptr)
+    if (!decoder.Rdptr)
         return;
-    Free_Canvas(mediadata);
-    Rdptr = nullptr;
+    Free_Canvas(decoder.canvas);
+    decoder.Rdptr = nullptr;
 }
 
 int subtitle_decode(const unsigned char *data, int len)
 {
-    if (!Rdptr || len < 0)
+    if (!decoder.Rdptr || len < 0)
         return 1;
-    if (len > Rdbfr_size - Rdlgth) {
+    if (len > Rdbfr_size - decoder.Rdlgth) {
         Refuse();
+        Publish_Picture();
         return 1;
     }
     if (len > 0)
-        memcpy(Rdbfr + Rdlgth, data, len);
-    Rdlgth += len;
-    if (Rdptr == Rdbfr) {
-        if (Rdlgth < HeaderSize)
+        memcpy(decoder.Rdbfr + decoder.Rdlgth, data, len);
+    decoder.Rdlgth += len;
+    if (decoder.Rdptr == decoder.Rdbfr) {
+        if (decoder.Rdlgth < HeaderSize)
             return 1;
-        subt_packet_size = Get_Short();
-        subt_data_size = Get_Short();
+        decoder.subt_packet_size = Get_Short();
+        decoder.subt_data_size = Get_Short();
     }
-    if (Rdlgth >= subt_packet_size)
+    if (decoder.Rdlgth >= decoder.subt_packet_size) {
         DecodeUnit();
+        Publish_Picture();
+    }
     return 1;
 }

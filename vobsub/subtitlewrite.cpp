@@ -1,6 +1,7 @@
 #include "vobsub/subtitledecoder.h"
 
 #include "vobsub/decoderstate.h"
+#include "vobsub/decoderview.h"
 
 #include <algorithm>
 #include <cstring>
@@ -14,29 +15,29 @@ struct placement {
     int64_t chroma;
 };
 
-placement FirstPosition()
+placement FirstPosition(const host_settings &settings)
 {
     constexpr int Margin = 10; // rows that stay free at the picture's top and bottom
-    const int height = Coded_Picture_Height;
-    const bool fits = Subt_Offset < height - Margin - mediadata.bottom;
-    const int shift = fits ? Subt_Offset : height - mediadata.bottom - Margin;
-    const int row = std::max(mediadata.top + shift, Margin);
-    const int chromaRow = chroma_format == 1 ? row >> 1 : row;
-    return {static_cast<int64_t>(row) * Coded_Picture_Width, static_cast<int64_t>(chromaRow) * Chroma_Width};
+    const int height = decoder.height;
+    const bool fits = settings.offset < height - Margin - decoder.canvas.bottom;
+    const int shift = fits ? settings.offset : height - decoder.canvas.bottom - Margin;
+    const int row = std::max(decoder.canvas.top + shift, Margin);
+    const int chromaRow = settings.format == 1 ? row >> 1 : row;
+    return {static_cast<int64_t>(row) * decoder.width, static_cast<int64_t>(chromaRow) * settings.chroma_width};
 }
 
-void PlaceRow(int row, bool isEvenRow, placement &to)
+void PlaceRow(int row, bool isEvenRow, int format, placement &to)
 {
     const int size = Canvas_Size();
-    int from = row * Coded_Picture_Width;
-    for (int column = 0; column < Coded_Picture_Width; ++column, ++from, ++to.luma) {
-        const bool hasChroma = chroma_format != 1 || (isEvenRow && column % 2 == 0);
-        if (mediadata.plane[3][from]) {
+    int from = row * decoder.width;
+    for (int column = 0; column < decoder.width; ++column, ++from, ++to.luma) {
+        const bool hasChroma = format != 1 || (isEvenRow && column % 2 == 0);
+        if (decoder.canvas.plane[3][from]) {
             if (to.luma >= 0 && to.luma < size)
-                mediadata.out[0][to.luma] = mediadata.plane[0][from];
+                decoder.canvas.out[0][to.luma] = decoder.canvas.plane[0][from];
             if (hasChroma && to.chroma >= 0 && to.chroma < size) {
-                mediadata.out[1][to.chroma] = mediadata.plane[1][from];
-                mediadata.out[2][to.chroma] = mediadata.plane[2][from];
+                decoder.canvas.out[1][to.chroma] = decoder.canvas.plane[1][from];
+                decoder.canvas.out[2][to.chroma] = decoder.canvas.plane[2][from];
             }
         }
         if (hasChroma)
@@ -48,28 +49,29 @@ void PlaceRow(int row, bool isEvenRow, placement &to)
 
 void subtitle_write(SubtitlePlanes *out)
 {
-    memcpy(out, &mediadata, sizeof *out);
-    out->top = mediadata.top;
-    out->bottom = mediadata.bottom;
+    memcpy(out, &decoder.canvas, sizeof *out);
+    out->top = decoder.canvas.top;
+    out->bottom = decoder.canvas.bottom;
 }
 
 void subtitle_write_x(SubtitlePlanes *out)
 {
-    if (subtitle_is_set_up() && mediadata.plane[0]) {
+    if (subtitle_is_set_up() && decoder.canvas.plane[0]) {
         const int size = Canvas_Size();
-        memset(mediadata.out[0], 255, size);
-        memset(mediadata.out[1], 0, size);
-        memset(mediadata.out[2], 255, size);
+        memset(decoder.canvas.out[0], 255, size);
+        memset(decoder.canvas.out[1], 0, size);
+        memset(decoder.canvas.out[2], 255, size);
 
-        placement to = FirstPosition();
+        const host_settings settings = Read_Settings();
+        placement to = FirstPosition(settings);
         // The rows may be those of a picture on an earlier, higher canvas.
-        const int bottom = std::min(mediadata.bottom, Coded_Picture_Height - 1);
-        for (int row = mediadata.top; row <= bottom; ++row)
-            PlaceRow(row, (row - mediadata.top) % 2 == 0, to);
+        const int bottom = std::min(decoder.canvas.bottom, decoder.height - 1);
+        for (int row = decoder.canvas.top; row <= bottom; ++row)
+            PlaceRow(row, (row - decoder.canvas.top) % 2 == 0, settings.format, to);
 
-        unsigned char *packed = mediadata.plane[0];
+        unsigned char *packed = decoder.canvas.plane[0];
         for (int i = 0; i < size; ++i)
-            for (const unsigned char *plane : mediadata.out)
+            for (const unsigned char *plane : decoder.canvas.out)
                 *packed++ = plane[i];
     }
     subtitle_write(out);

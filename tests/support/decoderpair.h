@@ -15,7 +15,7 @@ public:
     DecoderPair()
     {
         subtitle_release();
-        std::memset(Rdbfr, 0, sizeof Rdbfr);
+        std::memset(decoder.Rdbfr, 0, sizeof decoder.Rdbfr);
         // Setting a decoder up leaves these as they are.
         m_plain.m_fStart = mediadata.start;
         m_plain.m_fStop = mediadata.stop;
@@ -65,7 +65,7 @@ public:
         return planes;
     }
 
-    static Bytes Held() { return {Rdbfr, Rdbfr + Rdlgth}; }
+    static Bytes Held() { return {decoder.Rdbfr, decoder.Rdbfr + decoder.Rdlgth}; }
 
     /** Everything that the two have in common is the same. */
     bool IsSame() const
