@@ -15,6 +15,7 @@ add_library(subtitle_objects OBJECT
   render/fontintegration.cpp
   render/glyphoutline.cpp
   render/glyphshape.cpp
+  render/idledispatcher.cpp
   render/messagesilencer.cpp
   render/pathtext.cpp
   render/polygonfiller.cpp

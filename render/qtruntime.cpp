@@ -1,20 +1,23 @@
 #include "render/qtruntime.h"
 
 #include "render/fonthost.h"
+#include "render/idledispatcher.h"
 #include "render/messagesilencer.h"
 
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QTextCodec>
 #include <QThread>
-#include <QtCore/private/qeventdispatcher_unix_p.h>
 #include <QtGui/private/qguiapplication_p.h>
 #include <array>
 #include <clocale>
+#include <fcntl.h>
 #include <langinfo.h>
 #include <memory>
 #include <mutex>
+#include <stdexcept>
 #include <string>
+#include <unistd.h>
 
 QCoreApplication *qtApp = nullptr;
 
@@ -63,14 +66,11 @@ private:
 /** Never started: where our application object lives. */
 QThread *idleThread = nullptr;
 
-/**
- * Keeps our application object out of GLib, whose default context Qt would hook it into for a moment: the main loop of a
- * host may be at work in that on another thread.
- */
+/** Gives the application object that is to be made on this thread a dispatcher, so that Qt makes none. */
 void AvoidMainLoop()
 {
     if (!QAbstractEventDispatcher::instance())
-        QThread::currentThread()->setEventDispatcher(new QEventDispatcherUNIX);
+        QThread::currentThread()->setEventDispatcher(new IdleDispatcher);
 }
 
 /**
@@ -116,6 +116,25 @@ QCoreApplication *CreateApplication()
     return application.release();
 }
 
+/**
+ * Throws where there are not enough free file descriptors to look for fonts: fontconfig would find none, for the rest of
+ * the process's life.
+ */
+void RequireDescriptors()
+{
+    std::array<int, 16> descriptors; // configuration files within each other, folders, caches
+    descriptors.fill(-1);
+    for (int &descriptor : descriptors)
+        descriptor = open("/", O_PATH | O_CLOEXEC);
+    const bool areEnough = descriptors.back() >= 0;
+    for (const int descriptor : descriptors) {
+        if (descriptor >= 0)
+            close(descriptor);
+    }
+    if (!areEnough)
+        throw std::runtime_error("no file descriptors");
+}
+
 void RemoveFonts()
 {
     // With the marks that this leaves behind, a QCoreApplication of the host's would deliver no event any more.
@@ -135,6 +154,7 @@ void EnsureFonts()
     const std::lock_guard<std::mutex> lock(mutex);
     if (QGuiApplicationPrivate::instance())
         return;
+    RequireDescriptors();
     const MessageSilencer silencer;
     fontHost = new FontHost;
 }

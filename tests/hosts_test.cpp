@@ -88,6 +88,12 @@ TEST(Hosts, ThreadOfTheFirstRendererThatGoesBeforeTheLast)
         ExpectWorks(Environments[0], kind, "threadgoes");
 }
 
+TEST(Hosts, FirstHandleWithoutFileDescriptors)
+{
+    for (const char *kind : {"none", "core"})
+        ExpectWorks(Environments[0], kind, "descriptors");
+}
+
 TEST(Hosts, WritesNoWarningsAboutFonts)
 {
     for (const char *kind : {"none", "core"})

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QAbstractEventDispatcher>
+
+/**
+ * An event dispatcher that never dispatches: for an application object whose event loop is not run. Qt's own ones need
+ * file descriptors, without which they abort the process, and hook themselves into a host's GLib main loop.
+ */
+class IdleDispatcher : public QAbstractEventDispatcher
+{
+public:
+    bool processEvents(QEventLoop::ProcessEventsFlags flags) override;
+    bool hasPendingEvents() override;
+
+    void registerSocketNotifier(QSocketNotifier *notifier) override;
+    void unregisterSocketNotifier(QSocketNotifier *notifier) override;
+
+    void registerTimer(int timerId, int interval, Qt::TimerType timerType, QObject *object) override;
+    bool unregisterTimer(int timerId) override;
+    bool unregisterTimers(QObject *object) override;
+    QList<TimerInfo> registeredTimers(QObject *object) const override;
+    int remainingTime(int timerId) override;
+
+    void wakeUp() override;
+    void interrupt() override;
+    void flush() override;
+};
