@@ -20,6 +20,7 @@ add_library(subtitle_objects OBJECT
   render/pathtext.cpp
   render/polygonfiller.cpp
   render/qtruntime.cpp
+  render/qtuse.cpp
   render/recordedtext.cpp
   render/smalltext.cpp
   render/textbitmap.cpp

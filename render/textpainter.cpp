@@ -1,5 +1,6 @@
 #include "render/textpainter.h"
 
+#include "parsers/framelimit.h"
 #include "render/messagesilencer.h"
 #include "render/recordedtext.h"
 #include "render/smalltext.h"
@@ -103,6 +104,8 @@ std::optional<TextInk> TextPainter::PaintInk(const RecordedText &text, const QFo
 
 PaintedText TextPainter::Paint(const TextStyle &style, int width, int height, const QString &wholeText)
 {
+    if (!IsPossibleFrame(width, height))
+        return {};
     const MessageSilencer silencer;
     const QString text = Beginning(wholeText);
     const QRect bounds = MeasureText(style.font, width, height, text);
@@ -128,7 +131,7 @@ std::optional<TextInk> TextPainter::Load(const QFont &font, int width, int heigh
 {
     // Qt keeps fonts for each thread.
     const Qt::HANDLE thread = QThread::currentThreadId();
-    if (font == m_loadedFont && thread == m_pLoadingThread)
+    if (!IsPossibleFrame(width, height) || (font == m_loadedFont && thread == m_pLoadingThread))
         return std::nullopt;
     m_loadedFont = font;
     m_pLoadingThread = thread;

@@ -39,7 +39,7 @@ public:
      */
     static constexpr int MaxTextSize = 16384;
 
-    /** @param width, height  frame size in pixels, 1 or more. */
+    /** @param width, height  frame size in pixels; nothing is painted unless IsPossibleFrame(). */
     PaintedText Paint(const TextStyle &style, int width, int height, const QString &text);
 
     /**

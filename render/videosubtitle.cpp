@@ -1,14 +1,17 @@
 #include "render/videosubtitle.h"
 
 #include "render/qtruntime.h"
+#include "render/qtuse.h"
 #include "render/scopedlock.h"
 #include "render/textbitmap.h"
+#include "render/textcanvas.h"
 #include "render/textpainter.h"
+#include "vobsub/hostsymbol.h"
 
 #include <algorithm>
 #include <memory>
 #include <new>
-#include <utility>
+#include <stdexcept>
 
 namespace
 {
@@ -24,13 +27,42 @@ int FrameOffset(int height, int percent, int anchorOffset)
     return PercentOf(height, percent) - anchorOffset;
 }
 
+/** UTF-16 units of the longest name of a font, or list of names; fontconfig takes a minute for a megabyte. */
+constexpr int MaxFamilySize = 1024;
+
+/** Above that a letter is larger than any frame, and takes seconds to paint. */
+constexpr int MaxPointSize = 4096;
+
+int instanceCount = 0;
+
+/** Shows hosts how many renderers live. */
+void PublishInstanceCount()
+{
+    static int &shown =
+        *static_cast<int *>(HostObject("_ZN13VideoSubtitle17ms_nInstanceCountE", &VideoSubtitle::ms_nInstanceCount));
+    shown = instanceCount;
+}
+
+/** What renderers leave behind that are destroyed while the process ends: held, so that nobody takes it for a leak. */
+struct Remains {
+    QFont *pFont;
+    QImage *pImage;
+    TextPainter *pTextPainter;
+    TextPainter *pNextPainter;
+    Remains *pNext;
+};
+Remains *remains = nullptr;
+
 } // namespace
 
 int VideoSubtitle::ms_nInstanceCount = 0;
 
-VideoSubtitle::VideoSubtitle()
+VideoSubtitle::VideoSubtitle() : m_pTextPainter(std::make_unique<TextPainter>())
 {
-    if (ms_nInstanceCount == 0) {
+    const QtUse use;
+    if (!use)
+        throw std::runtime_error("the process ends");
+    if (instanceCount == 0) {
         try {
             InitQt();
         } catch (...) {
@@ -38,13 +70,21 @@ VideoSubtitle::VideoSubtitle()
             throw;
         }
     }
-    ++ms_nInstanceCount;
+    ++instanceCount;
+    PublishInstanceCount();
 }
 
 VideoSubtitle::~VideoSubtitle()
 {
-    --ms_nInstanceCount;
-    if (ms_nInstanceCount == 0)
+    const QtUse use;
+    --instanceCount;
+    PublishInstanceCount();
+    if (!use) {
+        remains =
+            new (std::nothrow) Remains{m_pFont, m_pImage, m_pTextPainter.release(), m_pNextPainter.release(), remains};
+        return;
+    }
+    if (instanceCount == 0)
         UnInitQt();
     delete m_pFont;
     delete m_pImage;
@@ -52,7 +92,8 @@ VideoSubtitle::~VideoSubtitle()
 
 void VideoSubtitle::CreateVideoSubtitle(int width, int height)
 {
-    if (width <= 0 || height <= 0)
+    const QtUse use;
+    if (width <= 0 || height <= 0 || !use)
         return;
     m_nAlpha = 255;
     EnsureFonts();
@@ -77,18 +118,25 @@ void VideoSubtitle::CreateVideoSubtitle(int width, int height)
 
 int VideoSubtitle::SetFontParam(const char *family, int pointSize, int style)
 {
-    if (!m_pFont)
+    const QtUse use;
+    if (!m_pFont || !use)
         return -1;
-    QFont font = *m_pFont;
+    EnsureFonts();
+    QFont font = Font();
     // Qt resolves an empty family to any font at all.
     if (family)
-        font.setFamily(*family ? QString::fromLocal8Bit(family) : QFont().family());
+        font.setFamily(*family ? QString::fromLocal8Bit(family).left(MaxFamilySize) : QFont().family());
     if (pointSize > 0)
-        font.setPointSize(pointSize);
+        font.setPointSize(std::min(pointSize, MaxPointSize));
     font.setWeight((style & SUBTITLE_STYLE_BOLD) != 0 ? QFont::Bold : QFont::Normal);
     font.setStyle((style & SUBTITLE_STYLE_ITALIC) != 0 ? QFont::StyleItalic : QFont::StyleNormal);
-    LoadFont(font);
-    *m_pFont = font;
+    if (font != Font()) {
+        auto painter = std::make_unique<TextPainter>();
+        painter->Load(font, m_nVideoWidth, m_nVideoHeight);
+        const std::lock_guard<std::mutex> lock(m_fontMutex);
+        *m_pFont = font;
+        m_pNextPainter.swap(painter);
+    }
     m_bDirty = 1;
     return 0;
 }
@@ -136,7 +184,8 @@ int VideoSubtitle::SetSubtitleFile(const char *path, int track)
     const ScopedLock lock(m_mutex);
     m_bDirty = 1;
     m_nAnchorOffset = PercentOf(m_nVideoHeight, 85);
-    if (!path || !*path)
+    const QtUse use;
+    if (!path || !*path || !use)
         return -1;
     try {
         return OpenFile(QString::fromLocal8Bit(path), track);
@@ -154,7 +203,7 @@ int VideoSubtitle::OpenFile(const QString &path, int track)
         return -1;
     m_parserManager.SetVideoSize(m_nVideoWidth, m_nVideoHeight);
     if (m_pFont)
-        LoadFont(*m_pFont);
+        LoadFont();
     return 0;
 }
 
@@ -179,29 +228,41 @@ int VideoSubtitle::SetTimeStamp(long ms)
 int VideoSubtitle::ProcessFrame(AVPicture *frame)
 {
     const ScopedLock lock(m_mutex);
-    if (!m_strSubtitle.isEmpty() && m_pImage && frame)
-        DrawSubSurface(frame);
-    return 0;
+    return !m_strSubtitle.isEmpty() && m_pImage && frame ? DrawSubSurface(frame) : 0;
 }
 
 int VideoSubtitle::DrawSubSurface(AVPicture *frame)
 {
     if (m_bDirty) {
-        if (m_parserManager.IsTextSub()) {
-            TextToBmp(m_strSubtitle);
-        } else {
-            QRect rect;
-            *m_pImage = m_parserManager.TextToImage(m_strSubtitle, rect);
-            m_bInk = false;
-            m_nSubX = 0;
-            m_nSubY = rect.top();
-            m_nSubWidth = m_pImage->width();
-            m_nSubHeight = rect.height();
-        }
+        const QtUse use;
+        if (!use)
+            return -1;
+        // In this order, so that a font that is set meanwhile is not forgotten.
         m_bDirty = 0;
+        try {
+            Rebuild();
+        } catch (...) {
+            m_bDirty = 1;
+            throw;
+        }
     }
     ProcessWatermarkFrame(frame);
     return 0;
+}
+
+void VideoSubtitle::Rebuild()
+{
+    if (m_parserManager.IsTextSub()) {
+        TextToBmp(m_strSubtitle);
+        return;
+    }
+    QRect rect;
+    *m_pImage = m_parserManager.TextToImage(m_strSubtitle, rect);
+    m_bInk = false;
+    m_nSubX = 0;
+    m_nSubY = rect.top();
+    m_nSubWidth = m_pImage->width();
+    m_nSubHeight = rect.height();
 }
 
 void VideoSubtitle::ProcessWatermarkFrame(AVPicture *frame)
@@ -215,10 +276,24 @@ void VideoSubtitle::ProcessWatermarkFrame(AVPicture *frame)
                        {FrameOffset(m_nVideoHeight, m_nLogoPos, m_nAnchorOffset), m_nAlpha});
 }
 
-void VideoSubtitle::LoadFont(const QFont &font)
+QFont VideoSubtitle::Font() const
+{
+    const std::lock_guard<std::mutex> lock(m_fontMutex);
+    return *m_pFont;
+}
+
+TextPainter &VideoSubtitle::Painter()
+{
+    const std::lock_guard<std::mutex> lock(m_fontMutex);
+    if (m_pNextPainter)
+        m_pTextPainter = std::move(m_pNextPainter);
+    return *m_pTextPainter;
+}
+
+void VideoSubtitle::LoadFont()
 {
     EnsureFonts();
-    const std::optional<TextInk> ink = m_textPainter.Load(font, m_nVideoWidth, m_nVideoHeight);
+    const std::optional<TextInk> ink = Painter().Load(Font(), m_nVideoWidth, m_nVideoHeight);
     // Memory that was never written to is only promised; what is set here is not shown.
     if (ink && !m_bInk && m_pImage->isNull())
         m_compositor.SetText(*ink, 0xFFFFFFFF, 0xFF0A0A0A, {0, 0, m_nVideoWidth, m_nVideoHeight}, m_nVideoWidth,
@@ -227,17 +302,16 @@ void VideoSubtitle::LoadFont(const QFont &font)
 
 TextStyle VideoSubtitle::Style() const
 {
-    return {*m_pFont, m_nFontColor, m_nOutlineColor, m_bOutline != 0};
+    return {Font(), m_nFontColor, m_nOutlineColor, m_bOutline != 0};
 }
 
 void VideoSubtitle::TextToBmp(const QString &text)
 {
-    if (!m_pFont)
+    const QtUse use;
+    if (!m_pFont || !use)
         return;
     EnsureFonts();
-    // What is left half made is made again for the next frame.
-    const int dirty = std::exchange(m_bDirty, 1);
-    m_painted = m_textPainter.Paint(Style(), m_nVideoWidth, m_nVideoHeight, text);
+    m_painted = Painter().Paint(Style(), m_nVideoWidth, m_nVideoHeight, text);
     m_nAnchorOffset = m_painted.nTextHeight / 2;
     m_nSubX = m_painted.rcText.left();
     m_nSubY = m_painted.rcText.top();
@@ -249,7 +323,6 @@ void VideoSubtitle::TextToBmp(const QString &text)
     if (m_bInk)
         m_compositor.SetText(*m_painted.ink, m_nFontColor, m_nOutlineColor, m_painted.rcText, m_nVideoWidth,
                              m_nVideoHeight);
-    m_bDirty = dirty;
 }
 
 bool VideoSubtitle::MakeBitmap(const char *utf8, AVPicture &out)
@@ -266,7 +339,8 @@ bool VideoSubtitle::MakeBitmap(const char *utf8, AVPicture &out)
 
 int VideoSubtitle::TextToBmp(const char *utf8, AVPicture *out, int *rect)
 {
-    if (!m_pFont || !out || !rect)
+    const QtUse use;
+    if (!m_pFont || !out || !rect || !use)
         return -1;
     if (!MakeBitmap(utf8, *out)) {
         FreeTextBitmap(*out);

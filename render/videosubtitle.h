@@ -10,11 +10,17 @@
 #include <QMutex>
 #include <QString>
 
+#include <atomic>
+#include <memory>
+#include <mutex>
+
 /**
  * The renderer behind a handle; libsubtitle.h says what each operation means to a host.
  *
  * SetSubFontColor(), SetAlpah(), SetLogoPos(), SetSubtitleFile(), SetTimeStamp() and ProcessFrame() wait for each
- * other; nothing else locks.
+ * other. SetFontParam() and SetSubOutlineColor() may be called meanwhile and do not wait. Nothing else may overlap.
+ *
+ * While the process ends, everything that would paint, read or set a font returns -1, and there are no new renderers.
  *
  * Operations may throw std::bad_alloc. The renderer is then as usable as before: SetSubtitleFile() leaves it without a
  * file, SetTimeStamp() without a due subtitle, ProcessFrame() with the frame untouched, SetFontParam() with the earlier
@@ -23,7 +29,10 @@
 class VideoSubtitle
 {
 public:
-    /** Makes the Qt application object available when this is the first instance. Not thread-safe. */
+    /**
+     * Makes the Qt application object available when this is the first instance. Not thread-safe. Throws what is no
+     * std::bad_alloc as well: without file descriptors, and while the process ends.
+     */
     VideoSubtitle();
     /** Takes the Qt application object away when this is the last instance. Not thread-safe. */
     virtual ~VideoSubtitle();
@@ -33,10 +42,10 @@ public:
     /** Sets all defaults for frames of that size; does nothing unless both are positive. */
     void CreateVideoSubtitle(int width, int height);
 
-    /** Does not lock: a thread that draws meanwhile sees any mixture. */
+    /** Does not wait: frames that another thread draws meanwhile have the old font or the new one. */
     int SetFontParam(const char *family, int pointSize, int style);
     int SetSubFontColor(uchar r, uchar g, uchar b);
-    /** Does not lock. @p enable is accepted and ignored: the outline cannot be switched off. This is meant. */
+    /** Does not wait: see SetFontParam(). @p enable is accepted and ignored: the outline cannot be switched off. This is meant. */
     int SetSubOutlineColor(int enable, uchar r, uchar g, uchar b);
     int SetAlpah(uchar alpha);
     int SetLogoPos(int percent);
@@ -57,9 +66,14 @@ public:
 
 private:
     Q_DECL_HIDDEN TextStyle Style() const;
+    /** A copy. To paint with it, detach it (as PaintFont() does): Qt keeps in a font what it loads for one thread. */
+    Q_DECL_HIDDEN QFont Font() const;
     /** Loading a font is a stall that must not fall into the first frame with text. */
-    Q_DECL_HIDDEN void LoadFont(const QFont &font);
+    Q_DECL_HIDDEN void LoadFont();
+    Q_DECL_HIDDEN TextPainter &Painter();
     Q_DECL_HIDDEN int OpenFile(const QString &path, int track);
+    /** Makes the image of the current subtitle. */
+    Q_DECL_HIDDEN void Rebuild();
     /** False without memory. */
     Q_DECL_HIDDEN bool MakeBitmap(const char *utf8, AVPicture &out);
 
@@ -68,9 +82,9 @@ private:
     ParserManager m_parserManager;
     QMutex m_mutex;
     QString m_strSubtitle;
-    int m_bDirty = 0;
+    std::atomic<int> m_bDirty = 0;
     quint32 m_nFontColor = 0;
-    quint32 m_nOutlineColor = 0;
+    std::atomic<quint32> m_nOutlineColor = 0;
     quint8 m_bOutline = 0;
     quint8 m_nAlpha = 0;
     int m_nVideoWidth = 0;
@@ -81,9 +95,11 @@ private:
     int m_nSubY = 0;
     int m_nSubWidth = 0;
     int m_nSubHeight = 0;
-    QFont *m_pFont = nullptr;
+    QFont *m_pFont = nullptr; ///< not to be painted with: see Font()
     QImage *m_pImage = nullptr;
-    TextPainter m_textPainter;
+    mutable std::mutex m_fontMutex;              ///< for *m_pFont and m_pNextPainter, held to copy them only
+    std::unique_ptr<TextPainter> m_pNextPainter; ///< has loaded the font, for the next text
+    std::unique_ptr<TextPainter> m_pTextPainter;
     PaintedText m_painted;
     bool m_bInk = false; ///< the compositor has the text's ink, and m_pImage is null
     Compositor m_compositor;

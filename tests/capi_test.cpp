@@ -1,10 +1,16 @@
 // Uses the shared library as a host does: through its header alone.
 #include "libsubtitle.h"
 
+#include "support/pictureunit.h"
 #include "support/temporaryfolder.h"
+#include "support/vobsubpair.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cfenv>
+#include <climits>
 #include <gtest/gtest.h>
+#include <set>
 #include <thread>
 #include <vector>
 
@@ -217,6 +223,100 @@ TEST_F(CApiTest, OneHandleOnTwoThreads)
     SetSubtitlePos(m_subtitle, 85);
     SetSubtitleFontColor(m_subtitle, 255, 255, 255);
     EXPECT_EQ(FrameAt(1500), expected);
+}
+
+TEST_F(CApiTest, FramesLargerThanAnyVideoShowNothing)
+{
+    const VobSubPair pair(96, 64, {{1000, PictureUnit::Filled(0, 0, 96, 64).Encode(), {}}});
+    const int listSizes[][2] = {{1, INT_MAX}, {INT_MAX, 1}, {1, 1 << 30}, {65537, 4}, {4, 65537}, {16385, 16384}};
+    for (const auto &[nWidth, nHeight] : listSizes) {
+        void *pHandle = CreateVideoSubtitle(nWidth, nHeight);
+        EXPECT_EQ(SetSubtitleFontParam(pHandle, "DejaVu Sans", 20, 0), 0);
+        for (const std::string &strFile : {m_strFile, pair.Write(m_folder)}) {
+            EXPECT_EQ(SetSubtitleFile(pHandle, strFile.c_str(), 0), 0);
+            EXPECT_EQ(SetSubtitleTimeStamp(pHandle, 1500), 0);
+            // One row of memory for all rows.
+            std::vector<uint8_t> pixels(3 * static_cast<std::size_t>(std::min(nWidth, 70000)), 90);
+            AVPicture frame = {{pixels.data()}, {0}};
+            EXPECT_EQ(ProcessSubtitleFrame(pHandle, &frame), 0);
+            EXPECT_EQ(CountChanged(pixels), 0);
+        }
+        AVPicture out = {};
+        int rect[4] = {1, 2, 3, 4};
+        EXPECT_EQ(TextToBmp(pHandle, "text", &out, rect), -1);
+        EXPECT_EQ(out.data[0], nullptr);
+        EXPECT_EQ(rect[3], 4);
+        DestroyVideoSubtitle(pHandle);
+    }
+}
+
+TEST_F(CApiTest, FloatingPointEnvironmentOfTheHostMakesNoDifference)
+{
+    const std::string strTimes = "1\n00:00:01,005 --> 00:00:nan\nA\n\n00:00:01,005 --> 00:00:1e999\nB\n\n"
+                                 "00:00:01,005 --> 00:00:02,005\nC\n";
+    const std::string strScript = "Dialogue: ,0:00:01.05,0:00:nan,,,,,,,A\nDialogue: ,0:00:01.05,0:00:02.05,,,,,,,B\n";
+    const std::string strUnit = "size: 96x64\nid: en, index: 0\ntimestamp: 00:00:nan:nan, filepos: 000000000\n"
+                                "timestamp: 00:00:1e999:001, filepos: 000000000\n";
+    const std::vector<std::string> listFiles = {m_folder.Write("times.srt", strTimes),
+                                                m_folder.Write("times.ass", strScript),
+                                                m_folder.Write("times.idx", strUnit), m_strFile};
+    const auto frames = [&] {
+        std::vector<std::vector<uint8_t>> listFrames;
+        for (const std::string &strFile : listFiles) {
+            void *pHandle = CreateVideoSubtitle(Width, Height);
+            EXPECT_EQ(SetSubtitleFontParam(pHandle, "DejaVu Sans", 20, 0), 0);
+            EXPECT_EQ(SetSubtitleFile(pHandle, strFile.c_str(), 0), 0);
+            for (const long ms : {1003, 1004, 1005, 1049, 1050, 1051, 2004, 2005, 2050, 2051})
+                listFrames.push_back(FrameAt(ms, pHandle));
+            DestroyVideoSubtitle(pHandle);
+        }
+        return listFrames;
+    };
+    const std::vector<std::vector<uint8_t>> expected = frames();
+    std::fenv_t before;
+    std::fegetenv(&before);
+    std::fesetround(FE_UPWARD);
+    std::feclearexcept(FE_ALL_EXCEPT);
+    feenableexcept(FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW);
+    const std::vector<std::vector<uint8_t>> actual = frames();
+    const int nRound = std::fegetround();
+    const int nTraps = fegetexcept();
+    std::fesetenv(&before);
+    EXPECT_TRUE(actual == expected);
+    EXPECT_EQ(nRound, FE_UPWARD);
+    EXPECT_EQ(nTraps, FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW);
+}
+
+TEST_F(CApiTest, FontIsSetBesideFramesOnTwoThreads)
+{
+    SetSubtitleFile(m_subtitle, m_strFile.c_str(), 0);
+    const auto set = [&](int n) {
+        EXPECT_EQ(SetSubtitleFontParam(m_subtitle, n % 2 ? "DejaVu Serif" : "DejaVu Sans", n % 2 ? 70 : 60, 0), 0);
+        EXPECT_EQ(SetSubtitleOutlineColor(m_subtitle, n % 2 ? 200 : 10, 10, 10), 0);
+    };
+    std::set<std::vector<uint8_t>> setAllowed;
+    for (const int n : {0, 1}) {
+        for (const int red : {10, 200}) {
+            set(n);
+            SetSubtitleOutlineColor(m_subtitle, red, 10, 10);
+            setAllowed.insert(FrameAt(1500));
+        }
+    }
+    ASSERT_EQ(setAllowed.size(), 4U);
+    std::atomic<bool> isOver = false;
+    std::thread other([&] {
+        for (int n = 0; n < 60; ++n)
+            set(n);
+        isOver = true;
+    });
+    do {
+        FrameAt(2500);
+        EXPECT_EQ(setAllowed.count(FrameAt(1500)), 1U);
+    } while (!isOver);
+    other.join();
+    const std::vector<uint8_t> last = FrameAt(1500);
+    set(1);
+    EXPECT_TRUE(FrameAt(1500) == last);
 }
 
 TEST_F(CApiTest, ManyHandlesOnManyThreads)

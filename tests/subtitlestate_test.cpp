@@ -74,6 +74,26 @@ TEST_F(SubtitleDecoderTest, SettingUpMakesAnEmptyCanvas)
     ExpectSame();
 }
 
+TEST_F(SubtitleDecoderTest, AnyNumberOfLinesIsPossible)
+{
+    Init(8, 6);
+    Init_RleOutput(0, 0, 8, 6, 0xFFFF, 0x3210);
+    for (int n = 0; n < 3; ++n)
+        New_Line();
+    Rle_Output(4 * 8 + 1);
+    EXPECT_EQ(decoder.subt_y, 6);
+    for (const int nLine : {SUBTITLE_MAX_SIDE, (1 << 30) + 10, INT_MAX - 1, INT_MAX}) {
+        decoder.subt_y = nLine;
+        New_Line();
+        EXPECT_GT(decoder.subt_y, SUBTITLE_MAX_SIDE);
+        Rle_Output(4 * 8 + 1);
+    }
+    for (int n = 0; n < 6; ++n)
+        EXPECT_EQ(Row(n), "........");
+    EXPECT_EQ(mediadata.top, 6);
+    EXPECT_EQ(mediadata.bottom, 0);
+}
+
 TEST_F(SubtitleDecoderTest, SettingUpLeavesTheLastUnitsRowsAndTimes)
 {
     Init(8, 200);

@@ -3,6 +3,7 @@
 #include "support/videosubtitletest.h"
 
 #include <QCoreApplication>
+#include <climits>
 
 TEST_F(VideoSubtitleTest, StartsWithTheDefaults)
 {
@@ -90,6 +91,15 @@ TEST_F(VideoSubtitleTest, FontParamSetsFamilySizeWeightAndStyle)
     EXPECT_EQ(m_renderer.SetFontParam("DejaVu Sans", 20, 2), 0);
     EXPECT_EQ(m_peer.Font()->weight(), 50);
     EXPECT_EQ(m_peer.Font()->style(), QFont::StyleItalic);
+}
+
+TEST_F(VideoSubtitleTest, FontParamIsBounded)
+{
+    EXPECT_EQ(m_renderer.SetFontParam(std::string(1 << 20, '\xFF').c_str(), INT_MAX, 0), 0);
+    EXPECT_EQ(m_peer.Font()->family(), QString(1024, QChar::ReplacementCharacter));
+    EXPECT_EQ(m_peer.Font()->pointSize(), 4096);
+    EXPECT_EQ(m_renderer.SetFontParam("DejaVu Sans", 4096, 0), 0);
+    EXPECT_EQ(m_peer.Font()->pointSize(), 4096);
 }
 
 TEST_F(VideoSubtitleTest, FontParamKeepsFamilyOrSizeWhereNoneIsGiven)

@@ -1,5 +1,6 @@
 #include "vobsub/subparser.h"
 
+#include "parsers/framelimit.h"
 #include "parsers/wrapint.h"
 #include "textio/textreader.h"
 #include "vobsub/decoderstate.h"
@@ -261,7 +262,7 @@ void SubParser::TakeDecoder()
 /** Makes the scaler and its buffer, or keeps them while the sizes are the same. */
 bool SubParser::MakeScaler()
 {
-    if (m_nVideoWidth < 1 || m_nVideoHeight < 1)
+    if (!IsPossibleFrame(m_nVideoWidth, m_nVideoHeight))
         return false;
     m_pSwsContext = sws_getCachedContext(m_pSwsContext, m_nSubWidth, m_nSubHeight, AV_PIX_FMT_GRAY8, m_nVideoWidth,
                                          m_nVideoHeight, AV_PIX_FMT_GRAY8, ScalingFlags, nullptr, nullptr, nullptr);

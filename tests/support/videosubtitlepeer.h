@@ -9,7 +9,7 @@ public:
     explicit VideoSubtitlePeer(VideoSubtitle &renderer) : m_renderer(renderer) {}
 
     QString &Subtitle() const { return m_renderer.m_strSubtitle; }
-    int &Dirty() const { return m_renderer.m_bDirty; }
+    std::atomic<int> &Dirty() const { return m_renderer.m_bDirty; }
     quint32 FontColor() const { return m_renderer.m_nFontColor; }
     quint32 OutlineColor() const { return m_renderer.m_nOutlineColor; }
     bool Outline() const { return m_renderer.m_bOutline != 0; }

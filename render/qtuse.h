@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cfenv>
+
+/**
+ * Work that needs Qt, for as long as the object lives. Objects may be nested and on any thread.
+ *
+ * Qt's static objects are destroyed while the process ends, in an order that nobody can know; from then on nothing of Qt
+ * may be touched. The end of the process waits, a second at most, for work that is under way on other threads; work that
+ * is to begin later is refused.
+ *
+ * The work is done with the default floating-point environment, whatever the host's rounds to or traps.
+ */
+class QtUse
+{
+public:
+    QtUse();
+    ~QtUse();
+    QtUse(const QtUse &) = delete;
+    QtUse &operator=(const QtUse &) = delete;
+
+    /** False where the process ends: do without Qt. */
+    explicit operator bool() const { return m_bAllowed; }
+
+private:
+    bool m_bAllowed;
+    std::fenv_t m_environment;
+};
