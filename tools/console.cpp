@@ -1,5 +1,6 @@
 #include "console.h"
 
+#include "printable.h"
 #include "values.h"
 
 #include <array>
@@ -9,6 +10,8 @@ namespace
 {
 
 constexpr std::chrono::milliseconds Interval(250);
+// A damaged file may name a length whose rest no integer holds.
+constexpr double LongestLeft = 1e18;
 
 std::string ShortTime(int64_t nMicroseconds)
 {
@@ -38,7 +41,7 @@ void Console::ClearLine()
 void Console::Warn(const std::string &strFile, const std::string &strText)
 {
     ClearLine();
-    (void)std::fprintf(stderr, "subburn: warning: %s: %s\n", strFile.c_str(), strText.c_str());
+    (void)std::fprintf(stderr, "subburn: warning: %s: %s\n", Escaped(strFile).c_str(), Escaped(strText).c_str());
 }
 
 void Console::Note(const std::string &strText)
@@ -46,7 +49,7 @@ void Console::Note(const std::string &strText)
     if (m_bQuiet)
         return;
     ClearLine();
-    (void)std::fprintf(m_pNotes, "%s\n", strText.c_str());
+    (void)std::fprintf(m_pNotes, "%s\n", Escaped(strText).c_str());
 }
 
 void Console::Progress(int64_t nFrames, int64_t nDone, int64_t nTotal)
@@ -63,8 +66,9 @@ void Console::Progress(int64_t nFrames, int64_t nDone, int64_t nTotal)
     std::array<char, 32> listSpeed{};
     (void)std::snprintf(listSpeed.data(), listSpeed.size(), ", %.2fx", dSpeed);
     strLine += listSpeed.data();
-    if (nTotal > nDone && dSpeed > 0)
-        strLine += ", done in " + ShortTime(static_cast<int64_t>(static_cast<double>(nTotal - nDone) / dSpeed));
+    const double dLeft = dSpeed > 0 ? static_cast<double>(nTotal - nDone) / dSpeed : 0;
+    if (dLeft > 0 && dLeft < LongestLeft)
+        strLine += ", done in " + ShortTime(static_cast<int64_t>(dLeft));
     ClearLine();
     (void)std::fputs(strLine.c_str(), stderr);
     m_bLine = true;

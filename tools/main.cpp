@@ -3,6 +3,7 @@
 #include "failure.h"
 #include "ffmpegptr.h"
 #include "interrupt.h"
+#include "printable.h"
 #include "processlocale.h"
 #include "rawpipe.h"
 #include "snapshot.h"
@@ -40,7 +41,7 @@ void Run(const Options &options)
 
 int Fail(ExitCode code, const char *pReason)
 {
-    (void)std::fprintf(stderr, "subburn: %s\n", pReason);
+    (void)std::fprintf(stderr, "subburn: %s\n", Escaped(pReason).c_str());
     return static_cast<int>(code);
 }
 

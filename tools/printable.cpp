@@ -1,6 +1,8 @@
 #include "printable.h"
 
+#include <array>
 #include <cstdint>
+#include <cstdio>
 #include <cwchar>
 
 extern "C" {
@@ -10,6 +12,8 @@ extern "C" {
 namespace
 {
 
+const int32_t Invalid = -1;
+
 bool IsControl(int32_t nCode)
 {
     const bool bAsciiOrLatin = nCode < 0x20 || (nCode >= 0x7f && nCode < 0xa0);
@@ -18,7 +22,7 @@ bool IsControl(int32_t nCode)
     return bAsciiOrLatin || bSeparator || bDirection;
 }
 
-/** Calls a function with the code and the bytes of each valid character. */
+/** Calls a function with the code and the bytes of each character; the code of bytes that are none is Invalid. */
 template <typename Function>
 void ForEachCharacter(const std::string &strText, const Function &function)
 {
@@ -27,9 +31,21 @@ void ForEachCharacter(const std::string &strText, const Function &function)
     while (pNext < pEnd) {
         const uint8_t *pCharacter = pNext;
         int32_t nCode = 0;
-        if (av_utf8_decode(&nCode, &pNext, pEnd, 0) >= 0)
-            function(nCode, std::string(pCharacter, pNext));
+        const bool bValid = av_utf8_decode(&nCode, &pNext, pEnd, 0) >= 0;
+        function(bValid ? nCode : Invalid, std::string(pCharacter, pNext));
     }
+}
+
+std::string EscapedBytes(const std::string &strBytes)
+{
+    std::string strText;
+    for (char c : strBytes) {
+        std::array<char, 8> listText{};
+        (void)std::snprintf(listText.data(), listText.size(), "\\x%02x",
+                            static_cast<unsigned>(static_cast<uint8_t>(c)));
+        strText += listText.data();
+    }
+    return strText;
 }
 
 } // namespace
@@ -38,10 +54,27 @@ std::string Printable(const std::string &strText)
 {
     std::string strPrintable;
     ForEachCharacter(strText, [&](int32_t nCode, const std::string &strCharacter) {
-        if (!IsControl(nCode))
+        if (nCode != Invalid && !IsControl(nCode))
             strPrintable += strCharacter;
     });
     return strPrintable;
+}
+
+std::string Escaped(const std::string &strText)
+{
+    std::string strEscaped;
+    ForEachCharacter(strText, [&](int32_t nCode, const std::string &strCharacter) {
+        strEscaped += nCode == Invalid || IsControl(nCode) ? EscapedBytes(strCharacter) : strCharacter;
+    });
+    return strEscaped;
+}
+
+bool IsUtf8(const std::string &strText)
+{
+    bool bValid = true;
+    ForEachCharacter(strText,
+                     [&](int32_t nCode, const std::string & /*strCharacter*/) { bValid = bValid && nCode != Invalid; });
+    return bValid;
 }
 
 int WidthOf(const std::string &strText)

@@ -107,5 +107,5 @@ std::string TableText(const std::vector<Row> &listRows)
 std::string TrackListText(const std::string &strFile)
 {
     const std::vector<Row> listRows = VobSubIndex::IsIndex(strFile) ? RowsOfIndex(strFile) : RowsOf(strFile);
-    return listRows.size() > 1 ? TableText(listRows) : strFile + ": there are no subtitles in it\n";
+    return listRows.size() > 1 ? TableText(listRows) : Escaped(strFile) + ": there are no subtitles in it\n";
 }
