@@ -3,10 +3,15 @@
 #include "failure.h"
 #include "ffmpegptr.h"
 
+#include <array>
 #include <csignal>
 
 namespace
 {
+
+// All that end a process without a dump of its memory, and SIGQUIT, which users send to stop one.
+const std::array<int, 12> StopSignals = {SIGHUP,  SIGINT,  SIGQUIT, SIGTERM, SIGALRM, SIGVTALRM,
+                                         SIGPROF, SIGUSR1, SIGUSR2, SIGXCPU, SIGIO,   SIGPWR};
 
 volatile std::sig_atomic_t g_bRequested = 0;
 
@@ -15,16 +20,29 @@ void Request(int /*nSignal*/)
     g_bRequested = 1;
 }
 
+/** Leaves a signal alone that nohup or its like had ignored, or that a profiler handles. */
+void StopOn(int nSignal)
+{
+    struct sigaction action = {};
+    if (sigaction(nSignal, nullptr, &action) != 0 || action.sa_handler != SIG_DFL)
+        return;
+    action = {};
+    sigemptyset(&action.sa_mask);
+    action.sa_handler = Request;
+    sigaction(nSignal, &action, nullptr);
+}
+
 } // namespace
 
 void Interrupt::Install()
 {
+    for (int nSignal : StopSignals)
+        StopOn(nSignal);
+    for (int nSignal = SIGRTMIN; nSignal <= SIGRTMAX; ++nSignal)
+        StopOn(nSignal);
+    // A closed pipe or a file past its size limit shall be a write error like any other.
     struct sigaction action = {};
     sigemptyset(&action.sa_mask);
-    action.sa_handler = Request;
-    for (int nSignal : {SIGINT, SIGTERM, SIGHUP})
-        sigaction(nSignal, &action, nullptr);
-    // A closed pipe or a file past its size limit shall be a write error like any other.
     action.sa_handler = SIG_IGN;
     for (int nSignal : {SIGPIPE, SIGXFSZ})
         sigaction(nSignal, &action, nullptr);

@@ -2,7 +2,7 @@
 
 struct AVIOInterruptCB;
 
-/** Turns Ctrl-C and its kin into a flag that the loops look at. */
+/** Turns Ctrl-C and every other signal that asks a process to end into a flag that the loops look at. */
 class Interrupt
 {
 public:
