@@ -2,10 +2,12 @@
 
 #include "failure.h"
 #include "ffmpegptr.h"
+#include "printable.h"
 #include "values.h"
 
 #include <strings.h>
 
+#include <climits>
 #include <filesystem>
 #include <iostream>
 
@@ -38,7 +40,7 @@ Exit codes:
     2  an input cannot be read
     3  the output cannot be written
     4  the library cannot be loaded
-  130  stopped by Ctrl-C)";
+  130  stopped by Ctrl-C or another signal)";
 
 class HelpFormatter : public CLI::Formatter
 {
@@ -93,11 +95,8 @@ void CommandLine::AddFiles()
                     "INPUT without this option")
         ->option_text("FILE")
         ->group("Subtitles");
-    m_app
-        .add_option("--track", m_options.subtitles.nTrack,
-                    "Subtitle track of that file as --list numbers it, 0 without this option")
+    m_app.add_option("--track", m_strTrack, "Subtitle track of that file as --list numbers it, 0 without this option")
         ->option_text("N")
-        ->check(CLI::NonNegativeNumber)
         ->group("Subtitles");
     m_app.add_option("--list", m_strList, "Print the subtitle tracks of FILE and when their cues begin and end")
         ->option_text("FILE")
@@ -109,9 +108,8 @@ void CommandLine::AddLook()
     const char *const Group = "Look of text subtitles";
     Style &style = m_options.style;
     m_app.add_option("--font", style.strFont, "Font family")->option_text("FAMILY")->group(Group);
-    m_app.add_option("--size", style.nSize, "Size; 72 points are 96 pixels of the video")
+    m_app.add_option("--size", m_strSize, "Size; 72 points are 96 pixels of the video")
         ->option_text("POINTS")
-        ->check(CLI::Range(1, 10000))
         ->group(Group);
     m_app.add_flag("--bold", style.bBold, "Bold")->group(Group);
     m_app.add_flag("--italic", style.bItalic, "Italic")->group(Group);
@@ -121,13 +119,9 @@ void CommandLine::AddLook()
     m_app.add_option("--outline-color", m_strOutline, "Colour of the outline; pure black hides it, #010101 does not")
         ->option_text("COLOR")
         ->group(Group);
-    m_app.add_option("--opacity", style.nOpacity, "From 0, invisible, to 255, opaque")
+    m_app.add_option("--opacity", m_strOpacity, "From 0, invisible, to 255, opaque")->option_text("N")->group(Group);
+    m_app.add_option("--position", m_strPosition, "Centre line in percent of the height, 85 without this option")
         ->option_text("N")
-        ->check(CLI::Range(0, 255))
-        ->group(Group);
-    m_app.add_option("--position", style.nPosition, "Centre line in percent of the height, 85 without this option")
-        ->option_text("N")
-        ->check(CLI::Range(0, 100))
         ->group(Group);
 }
 
@@ -138,7 +132,7 @@ void CommandLine::AddEncoding()
     m_app.add_option("--codec", choice.strCodec, "FFmpeg's name of the video encoder; H.264 without this option")
         ->option_text("NAME")
         ->group(Group);
-    auto *pCrf = m_app.add_option("--crf", choice.dCrf, "Constant quality as the encoder counts it; lower is better")
+    auto *pCrf = m_app.add_option("--crf", m_strCrf, "Constant quality as the encoder counts it; lower is better")
                      ->option_text("N")
                      ->group(Group);
     m_app.add_option("--bitrate", m_strBitrate, "Bits per second, also as 800k or 4M")
@@ -175,12 +169,10 @@ void CommandLine::Finish()
         FinishList();
         return;
     }
-    if (m_strColor)
-        m_options.style.color = ParseColor("--color", *m_strColor);
-    if (m_strOutline)
-        m_options.style.outline = ParseColor("--outline-color", *m_strOutline);
-    if (m_strBitrate)
-        m_options.encoder.nBitrate = ParseBitrate("--bitrate", *m_strBitrate);
+    FinishLook();
+    FinishEncoding();
+    if (m_strTrack)
+        m_options.subtitles.nTrack = ParseWhole("--track", *m_strTrack, 0, INT_MAX);
     if (m_strStart)
         m_options.range.nStart = ParseTime("--start", *m_strStart);
     if (m_strDuration)
@@ -193,6 +185,33 @@ void CommandLine::Finish()
         throw Failure(ExitCode::Usage, "--duration: must be more than 0");
     if (m_options.subtitles.strFile.empty())
         m_options.subtitles.strFile = m_options.strInput;
+}
+
+void CommandLine::FinishLook()
+{
+    Style &style = m_options.style;
+    if (m_strSize)
+        style.nSize = ParseWhole("--size", *m_strSize, 1, 10000);
+    if (m_strColor)
+        style.color = ParseColor("--color", *m_strColor);
+    if (m_strOutline)
+        style.outline = ParseColor("--outline-color", *m_strOutline);
+    if (m_strOpacity)
+        style.nOpacity = ParseWhole("--opacity", *m_strOpacity, 0, 255);
+    if (m_strPosition)
+        style.nPosition = ParseWhole("--position", *m_strPosition, 0, 100);
+}
+
+void CommandLine::FinishEncoding()
+{
+    EncoderChoice &choice = m_options.encoder;
+    if (m_strCrf)
+        choice.dCrf = ParseQuality("--crf", *m_strCrf);
+    if (m_strBitrate)
+        choice.nBitrate = ParseBitrate("--bitrate", *m_strBitrate);
+    // An encoder prints a name that it does not know as it is.
+    if (Escaped(choice.strPreset) != choice.strPreset)
+        throw Failure(ExitCode::Usage, "--preset: there is no preset named \"" + choice.strPreset + "\"");
 }
 
 void CommandLine::FinishList()

@@ -19,6 +19,8 @@ private:
     void AddEncoding();
     void AddParts();
     void Finish();
+    void FinishLook();
+    void FinishEncoding();
     void FinishList();
     void ChooseMode();
     void CheckModes() const;
@@ -26,8 +28,13 @@ private:
     CLI::App m_app;
     Options m_options;
     std::vector<std::string> m_listSnapshots;
+    std::optional<std::string> m_strTrack;
+    std::optional<std::string> m_strSize;
     std::optional<std::string> m_strColor;
     std::optional<std::string> m_strOutline;
+    std::optional<std::string> m_strOpacity;
+    std::optional<std::string> m_strPosition;
+    std::optional<std::string> m_strCrf;
     std::optional<std::string> m_strBitrate;
     std::optional<std::string> m_strStart;
     std::optional<std::string> m_strDuration;

@@ -9,6 +9,7 @@ extern "C" {
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -20,6 +21,9 @@ namespace
 const int MaxSide = 16384;
 const size_t MaxSideDigits = 5;
 const double MaxBitrate = 1e12;
+const double MaxQuality = 1000;
+// Two of these add up, in the finest time base, without an overflow.
+const int64_t MaxTime = int64_t(100000) * 3600 * AV_TIME_BASE;
 
 bool ConsistsOf(const std::string &strText, const char *pCharacters)
 {
@@ -42,6 +46,25 @@ int ParseSide(const std::string &strText)
 
 } // namespace
 
+int ParseWhole(const std::string &strOption, const std::string &strText, int nLeast, int nMost)
+{
+    int nNumber = 0;
+    const char *const pEnd = strText.data() + strText.size();
+    const auto result = std::from_chars(strText.data(), pEnd, nNumber);
+    if (result.ec != std::errc() || result.ptr != pEnd || nNumber < nLeast || nNumber > nMost)
+        Refuse(strOption, strText, "a whole number from " + std::to_string(nLeast) + " to " + std::to_string(nMost));
+    return nNumber;
+}
+
+double ParseQuality(const std::string &strOption, const std::string &strText)
+{
+    char *pEnd = nullptr;
+    const double dQuality = std::strtod(strText.c_str(), &pEnd);
+    if (!ConsistsOf(strText, "0123456789.-") || *pEnd != '\0' || std::abs(dQuality) > MaxQuality)
+        Refuse(strOption, strText, "a quality such as 18 or 23.5");
+    return dQuality;
+}
+
 int64_t ParseTime(const std::string &strOption, const std::string &strText)
 {
     int64_t nTime = 0;
@@ -49,6 +72,8 @@ int64_t ParseTime(const std::string &strOption, const std::string &strText)
     if (!ConsistsOf(strText, "0123456789:.") || strText.front() == ':' ||
         av_parse_time(&nTime, (strText.front() == '.' ? "0" + strText : strText).c_str(), 1) < 0)
         Refuse(strOption, strText, "a time such as 12.5 or 1:02:03.5");
+    if (nTime > MaxTime)
+        Refuse(strOption, strText, "a time of at most 100000 hours");
     return nTime;
 }
 
@@ -97,11 +122,11 @@ PipeFormat ParsePipeFormat(const std::string &strOption, const std::string &strT
 
 std::string TimeText(int64_t nMicroseconds)
 {
-    const int64_t nSeconds = nMicroseconds / AV_TIME_BASE;
-    const int64_t nThousandths = nMicroseconds % AV_TIME_BASE / 1000;
+    const int64_t nThousandths = std::abs(nMicroseconds / 1000);
+    const int64_t nSeconds = nThousandths / 1000;
     std::array<char, 48> listText{};
-    (void)std::snprintf(listText.data(), listText.size(), "%lld:%02d:%02d.%03d",
+    (void)std::snprintf(listText.data(), listText.size(), "%s%lld:%02d:%02d.%03d", nMicroseconds <= -1000 ? "-" : "",
                         static_cast<long long>(nSeconds / 3600), static_cast<int>(nSeconds / 60 % 60),
-                        static_cast<int>(nSeconds % 60), static_cast<int>(nThousandths));
+                        static_cast<int>(nSeconds % 60), static_cast<int>(nThousandths % 1000));
     return listText.data();
 }

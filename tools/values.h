@@ -4,7 +4,11 @@
 
 // Values of options as the user writes them. Each throws a Failure that names the option when the text is wrong.
 
-/** Microseconds. */
+/** A number of decimal digits, from the least to the most. */
+int ParseWhole(const std::string &strOption, const std::string &strText, int nLeast, int nMost);
+/** From -1000 to 1000, which is far more than any encoder knows. */
+double ParseQuality(const std::string &strOption, const std::string &strText);
+/** Microseconds, up to 100000 hours. */
 int64_t ParseTime(const std::string &strOption, const std::string &strText);
 Rgb ParseColor(const std::string &strOption, const std::string &strText);
 /** Bits per second. */
