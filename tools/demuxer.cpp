@@ -2,17 +2,32 @@
 
 #include "failure.h"
 #include "interrupt.h"
+#include "readable.h"
 
+#include <cstring>
 #include <filesystem>
+#include <string_view>
 
 namespace
 {
 
-/** Without the prefix a colon in a file's name would make it a protocol. */
+constexpr std::string_view FileScheme = "file:";
+
+/** A file's address, or what may be an address already; throws a Failure for what is opened and never ends. */
 std::string UrlOf(const std::string &strFile)
 {
     std::error_code error;
-    return std::filesystem::exists(strFile, error) ? "file:" + strFile : strFile;
+    if (std::filesystem::exists(strFile, error)) {
+        CheckReadable(strFile);
+        // Without the prefix a colon in a file's name would make it a protocol.
+        return std::string(FileScheme) + strFile;
+    }
+    if (strFile.compare(0, FileScheme.size(), FileScheme) == 0)
+        CheckReadable(strFile.substr(FileScheme.size()));
+    const char *pProtocol = avio_find_protocol_name(strFile.c_str());
+    if (pProtocol && std::strcmp(pProtocol, "pipe") == 0)
+        throw Failure(ExitCode::Input, strFile, "is a pipe and not a regular file");
+    return strFile;
 }
 
 void CheckRead(int nResult, const std::string &strFile)

@@ -1,6 +1,7 @@
 #include "privatefolder.h"
 
 #include "failure.h"
+#include "processlocale.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -11,7 +12,8 @@ PrivateFolder::PrivateFolder()
 {
     std::error_code error;
     std::filesystem::path folder = std::filesystem::temp_directory_path(error);
-    if (error)
+    // The library must be able to open what is put there.
+    if (error || !SurvivesLocale(folder.string()))
         folder = "/tmp";
     m_strPath = (folder / "subburn-XXXXXX").string();
     if (!mkdtemp(m_strPath.data()))

@@ -1,5 +1,10 @@
 #include "processlocale.h"
 
+#include "printable.h"
+
+#include <langinfo.h>
+
+#include <algorithm>
 #include <clocale>
 #include <cstdlib>
 #include <cstring>
@@ -19,4 +24,12 @@ void SetProcessLocale()
     // Options and tags have decimal points everywhere.
     (void)std::setlocale(LC_NUMERIC, "C");
     // NOLINTEND(concurrency-mt-unsafe)
+}
+
+bool SurvivesLocale(const std::string &strName)
+{
+    const bool bAscii =
+        std::all_of(strName.begin(), strName.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no locale is set once other threads run
+    return bAscii || (std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0 && IsUtf8(strName));
 }

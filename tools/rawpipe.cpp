@@ -31,8 +31,7 @@ RawPipe::RawPipe(const Options &options, const SubtitleLibrary &library, Console
 void RawPipe::Run()
 {
     const PipeFormat &format = m_options.pipe;
-    SubtitleRenderer renderer(m_library, format.nWidth, format.nHeight, m_options.style);
-    renderer.Open(m_options.subtitles);
+    SubtitleRenderer renderer(m_library, format.nWidth, format.nHeight, m_options);
     const AVRational frameTime = {format.nScale, format.nRate};
     int64_t nFrames = 0;
     int64_t nCarrying = 0;

@@ -83,9 +83,7 @@ void Snapshot::Run()
         const FramePtr pFrame = FrameAt(m_options.listSnapshots[n]);
         const FramePtr pPicture = Upright(*pFrame, orientation);
         if (!pRenderer || pRenderer->Width() != pPicture->width || pRenderer->Height() != pPicture->height) {
-            pRenderer =
-                std::make_unique<SubtitleRenderer>(m_library, pPicture->width, pPicture->height, m_options.style);
-            pRenderer->Open(m_options.subtitles);
+            pRenderer = std::make_unique<SubtitleRenderer>(m_library, pPicture->width, pPicture->height, m_options);
         }
         const int64_t nTime = pFrame->pts - m_input.Origin();
         const bool bCarries = pRenderer->Seek(av_rescale_q(nTime, m_input.Video().time_base, Milliseconds));

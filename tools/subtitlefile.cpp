@@ -1,6 +1,7 @@
 #include "subtitlefile.h"
 
 #include "failure.h"
+#include "processlocale.h"
 #include "readable.h"
 #include "subtitletracks.h"
 #include "vobsubindex.h"
@@ -23,14 +24,25 @@ const char *const ByteOrderMark = "\xef\xbb\xbf";
 const char *const ZeroWidthSpace = "\xe2\x80\x8b";
 constexpr std::string_view Arrow = "-->";
 const int64_t UsualMilliseconds = 5000;
+// The library takes larger files for ones without subtitles.
+const std::uintmax_t MaxFileBytes = std::uintmax_t(128) * 1024 * 1024;
 
-/** The library has readers of its own for these. */
-bool IsReadDirectly(const std::string &strFile)
+/** The extension in small letters when the library has a reader of its own for such files, else null. */
+const char *DirectExtension(const std::string &strFile)
 {
     const std::string strExtension = std::filesystem::path(strFile).extension().string();
     static const std::array<const char *, 4> Extensions = {".srt", ".ass", ".ssa", ".idx"};
-    return std::any_of(Extensions.begin(), Extensions.end(),
-                       [&](const char *pExtension) { return strcasecmp(strExtension.c_str(), pExtension) == 0; });
+    const auto *const pFound = std::find_if(Extensions.begin(), Extensions.end(), [&](const char *pExtension) {
+        return strcasecmp(strExtension.c_str(), pExtension) == 0;
+    });
+    return pFound == Extensions.end() ? nullptr : *pFound;
+}
+
+void CheckSize(const std::string &strFile, const std::string &strGiven)
+{
+    std::error_code error;
+    if (std::filesystem::file_size(strFile, error) > MaxFileBytes && !error)
+        throw Failure(ExitCode::Input, strGiven, "has more than 128 MiB of subtitles, which the library does not read");
 }
 
 /** The library takes an index without its pictures, and shows nothing. */
@@ -110,20 +122,49 @@ std::string SrtOf(std::vector<Cue> listCues)
 
 SubtitleFile::SubtitleFile(const SubtitleSource &source) : m_strPath(source.strFile)
 {
-    if (!IsReadDirectly(source.strFile)) {
+    const char *const pExtension = DirectExtension(source.strFile);
+    if (!pExtension) {
         Extract(source);
-        return;
+    } else {
+        // The library takes a file that it cannot open for one without subtitles.
+        CheckReadable(source.strFile);
+        if (HasPictures())
+            CheckPicturesReadable(source.strFile);
+        if (!SurvivesLocale(source.strFile))
+            Link(source.strFile, pExtension);
     }
-    // The library takes a missing file for one without subtitles.
-    CheckReadable(source.strFile);
-    if (VobSubIndex::IsIndex(source.strFile))
-        CheckPicturesReadable(source.strFile);
+    CheckSize(m_strPath, source.strFile);
+    // Qt takes names that begin with a colon for resources of the program, and drops a byte-order mark.
+    if (std::filesystem::path(m_strPath).is_relative())
+        m_strPath.insert(0, "./");
+}
+
+bool SubtitleFile::HasPictures() const
+{
+    return VobSubIndex::IsIndex(m_strPath);
+}
+
+/** Gives a file a name in ASCII, and the pictures of an index the one that the library makes of it. */
+void SubtitleFile::Link(const std::string &strFile, const std::string &strExtension)
+{
+    m_strPath = (std::filesystem::path(m_folder.emplace().Path()) / ("subtitles" + strExtension)).string();
+    const auto LinkTo = [](const std::string &strTarget, const std::string &strLink) {
+        std::error_code error;
+        const std::filesystem::path target = std::filesystem::absolute(strTarget, error);
+        if (!error)
+            std::filesystem::create_symlink(target, strLink, error);
+        if (error)
+            throw Failure(ExitCode::Output, strLink, error.message());
+    };
+    LinkTo(strFile, m_strPath);
+    if (HasPictures())
+        LinkTo(VobSubIndex::PicturesOf(strFile), VobSubIndex::PicturesOf(m_strPath));
 }
 
 std::string SubtitleFile::ReasonAgainst(int nTrack) const
 {
-    return VobSubIndex::IsIndex(m_strPath) ? VobSubIndex(m_strPath).ReasonAgainst(nTrack)
-                                           : "not a kind of subtitle file the library reads";
+    return HasPictures() ? VobSubIndex(m_strPath).ReasonAgainst(nTrack)
+                         : "not a kind of subtitle file the library reads";
 }
 
 void SubtitleFile::Extract(const SubtitleSource &source)

@@ -1,7 +1,8 @@
 #include "subtitlerenderer.h"
 
 #include "failure.h"
-#include "subtitlefile.h"
+#include "ffmpegptr.h"
+#include "readable.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -12,17 +13,25 @@ namespace
 
 const int PixelBytes = 3;
 
+std::unique_ptr<SubtitleFile> Prepared(const SubtitleSource &source)
+{
+    CheckDescriptors(source.strFile);
+    return std::make_unique<SubtitleFile>(source);
+}
+
 } // namespace
 
-SubtitleRenderer::SubtitleRenderer(const SubtitleLibrary &library, int nWidth, int nHeight, const Style &style) :
+SubtitleRenderer::SubtitleRenderer(const SubtitleLibrary &library, int nWidth, int nHeight, const Options &options) :
     m_library(library),
-    m_pHandle(library.m_pCreate(nWidth, nHeight), library.m_pDestroy),
+    m_pFile(Prepared(options.subtitles)),
+    m_pHandle(Checked(library.m_pCreate(nWidth, nHeight)), library.m_pDestroy),
     m_nWidth(nWidth),
     m_nHeight(nHeight),
     m_listMask(static_cast<size_t>(nWidth) * nHeight)
 {
-    Apply(style);
-    ChooseBlank(style);
+    Apply(options.style);
+    Open(options.subtitles);
+    ChooseBlank(options.style);
     m_listBlankRow.resize(static_cast<size_t>(nWidth) * PixelBytes);
     for (size_t n = 0; n < m_listBlankRow.size(); ++n)
         m_listBlankRow[n] = m_listBlank[n % PixelBytes];
@@ -72,10 +81,10 @@ void SubtitleRenderer::ChooseBlank(const Style &style)
 
 void SubtitleRenderer::Open(const SubtitleSource &source)
 {
-    // The library reads all of it at once.
-    const SubtitleFile file(source);
-    if (m_library.m_pSetFile(m_pHandle.get(), file.Path().c_str(), source.nTrack) != 0)
-        throw Failure(ExitCode::Input, source.strFile, file.ReasonAgainst(source.nTrack));
+    if (m_library.m_pSetFile(m_pHandle.get(), m_pFile->Path().c_str(), source.nTrack) != 0)
+        throw Failure(ExitCode::Input, source.strFile, m_pFile->ReasonAgainst(source.nTrack));
+    if (!m_pFile->HasPictures())
+        m_pFile.reset();
 }
 
 void SubtitleRenderer::Draw(uint8_t *pPixels, int nStride) const

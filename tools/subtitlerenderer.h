@@ -2,6 +2,7 @@
 
 #include "box.h"
 #include "options.h"
+#include "subtitlefile.h"
 #include "subtitlelibrary.h"
 
 #include <array>
@@ -11,10 +12,8 @@
 class SubtitleRenderer
 {
 public:
-    SubtitleRenderer(const SubtitleLibrary &library, int nWidth, int nHeight, const Style &style);
-
-    /** Throws a Failure when the file cannot be read. */
-    void Open(const SubtitleSource &source);
+    /** Throws a Failure when the subtitles that the options name cannot be read. */
+    SubtitleRenderer(const SubtitleLibrary &library, int nWidth, int nHeight, const Options &options);
 
     /**
      * Goes to a time and finds out which pixels the subtitle due then covers.
@@ -35,12 +34,15 @@ public:
     int Height() const { return m_nHeight; }
 
 private:
+    void Open(const SubtitleSource &source);
     void Apply(const Style &style);
     void ChooseBlank(const Style &style);
     void FindCovered();
     void FillMask();
 
     const SubtitleLibrary &m_library;
+    // Kept as long as the handle needs it.
+    std::unique_ptr<SubtitleFile> m_pFile;
     std::unique_ptr<void, decltype(&::DestroyVideoSubtitle)> m_pHandle;
     int m_nWidth;
     int m_nHeight;
