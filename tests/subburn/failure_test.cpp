@@ -53,6 +53,97 @@ TEST_F(FailureTest, Subtitles)
     ExpectFailure({strInput, File("out.mp4")}, 2, m_strSubtitles + ": Invalid data found when processing input");
 }
 
+TEST_F(FailureTest, OnlyRegularFilesAreRead)
+{
+    const std::string strInput = UsualClip();
+    const std::string strText = m_strSubtitles;
+    m_folder.Write("a.idx", "size: 320x180\nid: en, index: 0\ntimestamp: 00:00:00:000, filepos: 000000000\n");
+    const auto Failing = [&](const Arguments &listArguments, const std::string &strLine) {
+        Arguments listCommand = {"timeout", "20", SUBBURN_PROGRAM};
+        listCommand.insert(listCommand.end(), listArguments.begin(), listArguments.end());
+        const Outcome outcome = ChildProcess::Run(listCommand);
+        EXPECT_EQ(outcome.nExit, 2);
+        EXPECT_EQ(outcome.strError, "subburn: " + strLine + "\n");
+        EXPECT_EQ(outcome.strOut, "");
+    };
+    for (const auto &[nType, strKind] :
+         {std::pair(S_IFIFO, std::string("pipe")), std::pair(S_IFSOCK, std::string("socket"))}) {
+        const std::string strReason = ": is a " + strKind + " and not a regular file";
+        for (const char *pName : {".srt", ".ASS", ".ssa", ".mkv", ".vtt", ".sub", ".idx"}) {
+            const std::string strFile = File(strKind + pName);
+            ASSERT_EQ(mknod(strFile.c_str(), nType | 0600, 0), 0);
+            Failing({"--subtitles", strFile, strInput, File("out.mkv")}, strFile + strReason);
+            Failing({"--list", strFile}, strFile + strReason);
+            Failing({"--subtitles", strText, strFile, File("out.mkv")}, strFile + strReason);
+            Failing({"--subtitles", strText, "--snapshot", "1", strFile, File("out.png")}, strFile + strReason);
+        }
+        std::filesystem::rename(File(strKind + ".sub"), File("a.sub"));
+        Failing({"--subtitles", File("a.idx"), strInput, File("out.mkv")},
+                File("a.sub") + strReason + " (it holds the pictures of " + File("a.idx") + ")");
+    }
+    for (const char *pDevice : {"/dev/null", "/dev/zero"}) {
+        const std::string strLink = File(std::string(pDevice + 5) + ".srt");
+        std::filesystem::create_symlink(pDevice, strLink);
+        Failing({"--subtitles", strLink, strInput, File("out.mkv")}, strLink + ": is a device and not a regular file");
+        Failing({"--list", pDevice}, std::string(pDevice) + ": is a device and not a regular file");
+        Failing({pDevice, File("out.mkv")}, std::string(pDevice) + ": is a device and not a regular file");
+    }
+    Failing({"--list", "file:" + File("pipe.mkv")}, File("pipe.mkv") + ": is a pipe and not a regular file");
+    Failing({"--list", "pipe:0"}, "pipe:0: is a pipe and not a regular file");
+}
+
+TEST_F(FailureTest, SubtitlesOfASubstitutedProcess)
+{
+    const std::string strInput = UsualClip();
+    const Outcome outcome = ChildProcess::Run({"bash", "-c",
+                                               "exec '" SUBBURN_PROGRAM "' --subtitles <(cat '" + m_strSubtitles +
+                                                   "') '" + strInput + "' '" + File("out.mkv") + "'"});
+    EXPECT_EQ(outcome.nExit, 2);
+    EXPECT_EQ(outcome.strError, "subburn: /dev/fd/63: is a pipe and not a regular file\n");
+}
+
+TEST_F(FailureTest, SubtitlesThatTheLibraryWouldPassOver)
+{
+    const std::string strInput = UsualClip();
+    m_strSubtitles = File("error.srt");
+    std::filesystem::create_symlink("/proc/self/mem", m_strSubtitles);
+    ExpectFailure({strInput, File("out.mkv")}, 2, m_strSubtitles + ": Input/output error");
+    m_strSubtitles = m_folder.Write("large.srt", "1\n00:00:00,400 --> 00:00:00,800\nHello\n\n");
+    const std::uintmax_t nMost = std::uintmax_t(128) << 20;
+    std::filesystem::resize_file(m_strSubtitles, nMost + 1);
+    ExpectFailure({strInput, File("out.mkv")}, 2,
+                  m_strSubtitles + ": has more than 128 MiB of subtitles, which the library does not read");
+    std::filesystem::resize_file(m_strSubtitles, nMost);
+    const Outcome outcome = Subburn({"--snapshot", "0.5", strInput, File("out.png")});
+    EXPECT_EQ(outcome.nExit, 0);
+    EXPECT_EQ(outcome.strOut, File("out.png") + ": the picture at 0:00:00.480, with a subtitle\n");
+}
+
+TEST_F(FailureTest, WithFewDescriptorsAllIsBurntOrNothing)
+{
+    const std::string strInput = Clip("in.mkv", {"-f", "lavfi", "-i", "color=s=64x36:r=5:d=1", "-i", m_strSubtitles,
+                                                 "-c:v", "ffv1", "-c:s", "subrip"});
+    bool bBurnt = false;
+    bool bRefused = false;
+    for (const std::string &strSubtitles : {"--subtitles '" + m_strSubtitles + "' ", std::string()}) {
+        for (int nDescriptors = 3; nDescriptors < 30; ++nDescriptors) {
+            const Outcome outcome = ChildProcess::Run({"sh", "-c",
+                                                       "ulimit -n " + std::to_string(nDescriptors) +
+                                                           "; exec '" SUBBURN_PROGRAM "' --codec ffv1 " + strSubtitles +
+                                                           "'" + strInput + "' '" + File("out.mkv") + "'"});
+            if (outcome.nExit == 0)
+                EXPECT_EQ(outcome.strOut, File("out.mkv") + ": 5 frames, 3 with a subtitle\n") << nDescriptors;
+            else
+                EXPECT_EQ(outcome.strOut, "");
+            bBurnt = bBurnt || outcome.nExit == 0;
+            bRefused = bRefused ||
+                       (outcome.nExit == 2 && outcome.strError.find(": Too many open files\n") != std::string::npos);
+        }
+    }
+    EXPECT_TRUE(bBurnt);
+    EXPECT_TRUE(bRefused);
+}
+
 TEST_F(FailureTest, Outputs)
 {
     const std::string strInput = UsualClip();
@@ -129,13 +220,15 @@ TEST_F(FailureTest, DamagedFramesAreCounted)
               "subburn: warning: " + strInput + ": 1 frame could not be decoded, or not without damage\n");
 }
 
-TEST_F(FailureTest, CtrlCLeavesNothing)
+TEST_F(FailureTest, SignalsThatEndAProcessLeaveNothing)
 {
     const std::string strInput = Clip(
         "in.mkv", {"-f", "lavfi", "-i", "testsrc2=s=640x360:r=25:d=20", "-c:v", "libx264", "-preset", "ultrafast"});
-    for (int nSignal : {SIGINT, SIGTERM}) {
-        ChildProcess process(
-            {SUBBURN_PROGRAM, "--subtitles", m_strSubtitles, "--preset", "veryslow", strInput, File("out.mp4")});
+    for (int nSignal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGALRM, SIGVTALRM, SIGPROF, SIGUSR1, SIGUSR2, SIGXCPU, SIGIO,
+                        SIGPWR, SIGRTMIN, SIGRTMAX}) {
+        // Who runs the tests may have had signals ignored.
+        ChildProcess process({"env", "--default-signal", SUBBURN_PROGRAM, "--subtitles", m_strSubtitles, "--preset",
+                              "veryslow", strInput, File("out.mp4")});
         for (int n = 0; n < 500 && Names().size() < 3; ++n)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         EXPECT_EQ(Names().size(), 3U);
@@ -146,6 +239,19 @@ TEST_F(FailureTest, CtrlCLeavesNothing)
         EXPECT_EQ(outcome.strError, "subburn: stopped\n");
         EXPECT_EQ(Names(), (Arguments{"in.mkv", "text.srt"}));
     }
+}
+
+TEST_F(FailureTest, IgnoredSignalsStayIgnored)
+{
+    const std::string strInput = UsualClip();
+    ChildProcess process({"env", "--ignore-signal=HUP", SUBBURN_PROGRAM, "--subtitles", m_strSubtitles, "--preset",
+                          "veryslow", strInput, File("out.mp4")});
+    for (int n = 0; n < 500 && Names().size() < 3; ++n)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    process.Signal(SIGHUP);
+    const Outcome outcome = process.Wait();
+    EXPECT_EQ(outcome.nExit, 0);
+    EXPECT_EQ(outcome.strOut, File("out.mp4") + ": 50 frames, 17 with a subtitle\n");
 }
 
 TEST_F(FailureTest, WithoutTheLibrary)

@@ -58,6 +58,41 @@ TEST_F(SubburnTest, WrongUsageIsOneLine)
     EXPECT_EQ(outcome.strError, "subburn: --pipe needs --subtitles\n");
 }
 
+TEST_F(SubburnTest, NumbersAreRefusedAsTheyAreWritten)
+{
+    const auto Refusal = [&](const std::string &strOption, const std::string &strValue) {
+        const Outcome outcome = Subburn({strOption, strValue, "in.mkv", "out.mkv"});
+        EXPECT_EQ(outcome.nExit, 1);
+        return outcome.strError;
+    };
+    const auto Expected = [](const std::string &strOption, const std::string &strValue, const std::string &strWanted) {
+        return "subburn: " + strOption + ": \"" + strValue + "\" is not " + strWanted + "\n";
+    };
+    const std::pair<std::string, std::string> Ranges[] = {{"--track", "from 0 to 2147483647"},
+                                                          {"--size", "from 1 to 10000"},
+                                                          {"--opacity", "from 0 to 255"},
+                                                          {"--position", "from 0 to 100"}};
+    for (const auto &[strOption, strRange] : Ranges) {
+        for (const char *pValue :
+             {"-1", "2147483648", "99999999999999999999", "abc", "", "1.5", "0x1", "1e1", "nan", " 1", "1 "})
+            EXPECT_EQ(Refusal(strOption, pValue), Expected(strOption, pValue, "a whole number " + strRange));
+    }
+    for (const char *pValue : {"1e300", "1e400", "inf", "nan", "abc", "", "18abc", "1001", "--1", "1-1"})
+        EXPECT_EQ(Refusal("--crf", pValue), Expected("--crf", pValue, "a quality such as 18 or 23.5"));
+    for (const char *pOption : {"--start", "--duration", "--snapshot"}) {
+        for (const char *pValue : {"360000000.5", "9223372036854"})
+            EXPECT_EQ(Refusal(pOption, pValue), Expected(pOption, pValue, "a time of at most 100000 hours"));
+    }
+}
+
+TEST_F(SubburnTest, LeadingZerosDoNotCount)
+{
+    const std::string strInput = UsualClip();
+    Burn(strInput, "plain.mkv", {"--codec", "ffv1", "--size", "10"});
+    Burn(strInput, "zero.mkv", {"--codec", "ffv1", "--size", "010", "--track", "08"});
+    EXPECT_TRUE(Frames(File("zero.mkv"), "gray") == Frames(File("plain.mkv"), "gray"));
+}
+
 TEST_F(SubburnTest, OptionsOfTheEncoderAreChecked)
 {
     const std::string strInput = UsualClip();

@@ -302,6 +302,30 @@ TEST_F(VobSubTest, TheIndexMayBeInCapitalsButNotItsPictures)
                   File("b.sub") + ": No such file or directory (it holds the pictures of " + File("b.IDX") + ")");
 }
 
+TEST_F(VobSubTest, PairsNeedNoUtf8)
+{
+    const std::vector<std::string> listExpected = Piped(UsualPair("a"));
+    std::filesystem::create_directory(File("\xff"));
+    std::filesystem::rename(File("a.idx"), File("\xff/gr\xfc\xdf.Idx"));
+    std::filesystem::rename(File("a.sub"), File("\xff/gr\xfc\xdf.sub"));
+    EXPECT_TRUE(Piped(File("\xff/gr\xfc\xdf.Idx")) == listExpected);
+    ExpectFailure(File("\xff/gr\xfc\xdf.Idx"),
+                  File("\\xff/gr\\xfc\\xdf.Idx") + ": there is no subtitle track 1, there is only 0", {"--track", "1"});
+    std::filesystem::remove(File("\xff/gr\xfc\xdf.sub"));
+    ExpectFailure(File("\xff/gr\xfc\xdf.Idx"), File("\\xff/gr\\xfc\\xdf.sub") +
+                                                   ": No such file or directory (it holds the pictures of " +
+                                                   File("\\xff/gr\\xfc\\xdf.Idx") + ")");
+}
+
+TEST_F(VobSubTest, TimesBeforeTheBeginningAreListed)
+{
+    const std::string strIndex = m_folder.Write("a.idx", "size: 320x180\nid: en, index: 0\n"
+                                                         "timestamp: -1:02:03:-50, filepos: 000000000\n"
+                                                         "timestamp: 00:00:00:-40, filepos: 000000000\n");
+    ExpectList(strIndex, "track  codec         language  title  cues         first         last\n"
+                         "    0  dvd_subtitle  en        -         2  -0:57:57.050  0:00:02.960\n");
+}
+
 TEST_F(VobSubTest, TracksOfContainersAreToBeExtracted)
 {
     const std::string strIndex = UsualPair("a");
