@@ -37,8 +37,8 @@
  *
  * Results
  *  Functions that return int return 0 for "done" and -1 for "refused"; SetSubtitlePos() and SetSubtitleFontColor() also
- *  return -1 when the value was set already, which is no error. None writes to standard output or standard error, but
- *  that SetSubtitleFile() uses FFmpeg's log.
+ *  return -1 when the value was set already, which is no error. None writes to standard output. To standard error come
+ *  only FFmpeg's log, which SetSubtitleFile() uses, and what fontconfig says of its own configuration.
  *
  * Lack of memory
  *  No function throws: no exception of C++ leaves any of them, whatever it comes from. A function that gets no memory
@@ -56,14 +56,24 @@
  *  Creating and destroying handles must happen on one thread at a time in the whole process, and not while another
  *  thread is inside any other function of this library. Different handles may be used on different threads at once. One
  *  handle may be used from several threads with SetSubtitleFile(), SetSubtitleTimeStamp(), SetSubtitleFontColor(),
- *  SetSubtitleAlpah(), SetSubtitlePos() and ProcessSubtitleFrame(): they wait for each other. SetSubtitleFontParam(),
- *  SetSubtitleOutlineColor() and TextToBmp() do not wait, so no other thread may use the same handle meanwhile.
+ *  SetSubtitleAlpah(), SetSubtitlePos() and ProcessSubtitleFrame(): they wait for each other. SetSubtitleFontParam()
+ *  and SetSubtitleOutlineColor() do not wait, and may be called beside them: a frame drawn meanwhile has the old font and
+ *  colour, the new ones, or one of each. TextToBmp() does not wait either, and no other thread may use the same handle
+ *  meanwhile. A thread that calls needs a stack of 128 KiB or more. A thread that is cancelled (pthread_cancel()) inside a
+ *  function ends when it has left it.
  *
  * Process-wide effects
  *  While at least one handle lives, the library keeps a Qt application object alive; it makes one only when the host
  *  has none. A host that wants its own QCoreApplication or QGuiApplication makes it before its first handle, or after
- *  its last handle went, and keeps it as long as a handle lives. No display is needed. The first application object of
- *  a process sets LC_CTYPE from the environment; every other locale category is left as the host has it.
+ *  its last handle was destroyed, and keeps it as long as a handle lives. No display is needed. The first application
+ *  object of a process sets LC_CTYPE from the environment; every other locale category is left as the host has it.
+ *  The floating-point environment of the host, its rounding and traps, makes no difference and is kept.
+ *
+ * End of the process
+ *  Handles need not be destroyed before the process ends. They may be destroyed at any point of its end, by functions
+ *  registered with atexit(), destructors of static objects and other threads. From the end of main() or the call of exit()
+ *  on, no handle is made, and functions that would open a file, set a font or draw a new subtitle return -1. The end
+ *  waits for such a function that is under way on another thread, for a second at most.
  */
 #ifndef LIBSUBTITLE_H
 #define LIBSUBTITLE_H
@@ -105,9 +115,11 @@ enum {
  *
  * @param width   frame width in pixels, 1 or more.
  * @param height  frame height in pixels, 1 or more.
- * @return the handle, null only when there is no memory for it; the host owns it until DestroyVideoSubtitle(). With a
- *         width or height below 1 the handle has no font: it draws nothing, SetSubtitleFontParam() and TextToBmp()
- *         return -1 on it.
+ * @return the handle; the host owns it until DestroyVideoSubtitle(). Null when there is no memory for it, when the
+ *         process ends, and when the first handle finds fewer than 16 free file descriptors, which fontconfig needs to
+ *         read its configuration; a later call may succeed. With a width or height below 1 the handle has no font: it
+ *         draws nothing, SetSubtitleFontParam() and TextToBmp() return -1 on it. In frames with a side above 65,536
+ *         pixels or more than 2^28 pixels it draws nothing, and TextToBmp() returns -1.
  *
  * Threads: not while another thread is in any function of this library, on whatever handle.
  */
@@ -125,13 +137,17 @@ void DestroyVideoSubtitle(void *handle);
 /**
  * Opens a subtitle file and reads it whole; nothing of it stays open. (Of bitmap subtitles that is the index; the
  * pictures are read one by one when they are due.) The renderer's earlier file is closed first, and stays closed when
- * the new one is refused. The text on display stays until the next SetSubtitleTimeStamp().
+ * the new one is refused. What was due stays due until the next SetSubtitleTimeStamp(): a text stays on display. Where
+ * the one file has text and the other pictures, set the time before the next frame, which would show something else: for
+ * the text one of the pictures, for the picture its number.
  *
  * The name's extension, in either case, tells the format: "srt" is read as SubRip text, "ass" and "ssa" as a script,
  * "idx" as the index of DVD bitmap subtitles, whose pictures are in the file beside it that has the same name but "sub"
  * for its last three characters, and a file with any other or none is opened with FFmpeg's demuxers, whose packets are
  * taken as UTF-8 text as they are stored. A script, an index or a SubRip file that starts with a byte-order mark is
- * read as UTF-8 or UTF-16, any other in the 8-bit encoding of the locale. A text file or container that is missing,
+ * read as UTF-8 or UTF-16, any other in the 8-bit encoding of the locale. (The first UTF-16 file of a process decides on
+ * the byte order: one of the other byte order opened later, on any handle, is read with its bytes exchanged, and shows
+ * nothing.) A text file or container that is missing,
  * cannot be read or has no such track counts as one without subtitles, not as a failure; an index is refused for that,
  * and when the size of its pictures is missing or has a side above 4096 pixels. docs/formats.md tells more.
  *
@@ -143,8 +159,7 @@ void DestroyVideoSubtitle(void *handle);
  * @return 0 when the file was opened; -1 when it was refused; -1, with no file open and no subtitle on display, when
  *         there is no memory for it.
  *
- * Threads: waits for other threads that use the handle, but see SetSubtitleFontParam(), SetSubtitleOutlineColor() and
- * TextToBmp(). Frames on other threads wait until the file is read.
+ * Threads: waits for other threads that use the handle, but see TextToBmp(). Frames on other threads wait until the file is read.
  */
 int SetSubtitleFile(void *handle, const char *path, int track);
 
@@ -180,7 +195,8 @@ int ProcessSubtitleFrame(void *handle, AVPicture *frame);
 
 /**
  * Sets the opacity of the subtitle as a whole. It weighs in twice: a pixel of the subtitle covers the frame by about
- * (alpha / 255) squared. Below 255, the frame's first and third byte change places under the subtitle.
+ * (alpha / 255) squared. Below 255, the frame's first and third byte change places under the subtitle. Under the pictures
+ * of an index they do so at 255 as well, since these are never quite opaque.
  *
  * @param handle  the renderer.
  * @param alpha  0 (nothing is drawn) to 255 (opaque); only the low 8 bits are used.
@@ -206,14 +222,15 @@ int SetSubtitlePos(void *handle, int percent);
  * installed fonts.
  *
  * @param handle  the renderer.
- * @param family     name in the encoding of the locale; a missing family is substituted, "" is the
- *                   default font's. Null keeps the family.
- * @param pointSize  size in points at 96 dots per inch (72 points are 96 pixels of the frame), 1 or more; below that
- *                   the size stays as it is.
+ * @param family     name in the encoding of the locale, of which the first 1,024 UTF-16 units count; a missing family
+ *                   is substituted, "" is the default font's. Null keeps the family.
+ * @param pointSize  size in points at 96 dots per inch (72 points are 96 pixels of the frame), 1 to 4096; below that
+ *                   the size stays as it is, above that it is 4096.
  * @param style      SUBTITLE_STYLE_BOLD, SUBTITLE_STYLE_ITALIC, both (3) or 0; other bits are ignored.
  * @return 0; -1 on a handle without a font; -1, with the font as it was, when there is no memory.
  *
- * Threads: does not wait; not while another thread is in any function on the same handle.
+ * Threads: does not wait. Frames drawn on other threads meanwhile have the old font or the new one. Not while another
+ * thread sets the font, or is in TextToBmp(), on the same handle.
  */
 int SetSubtitleFontParam(void *handle, const char *family, int pointSize, int style);
 
@@ -230,19 +247,21 @@ int SetSubtitleFontColor(void *handle, int r, int g, int b);
 
 /**
  * Sets the colour of the 2-pixel outline of text subtitles. Pure black (0, 0, 0) makes the outline disappear from
- * frames; (1, 1, 1) is the darkest that shows.
+ * frames; any other colour shows.
  *
  * @param handle  the renderer.
  * @param r, g, b  components 0 to 255; only the low 8 bits of each are used.
  * @return 0.
  *
- * Threads: does not wait; not while another thread is in any function on the same handle.
+ * Threads: does not wait. Frames drawn on other threads meanwhile have the old colour or the new one. Not while another
+ * thread is in TextToBmp() on the same handle.
  */
 int SetSubtitleOutlineColor(void *handle, int r, int g, int b);
 
 /**
  * Renders any text with the handle's font and colours into a paletted bitmap. The subtitle on display is replaced by
- * this text until it next changes.
+ * this text until it next changes. On a handle whose file is an index, pictures are then drawn at other rows until the
+ * next SetSubtitleFile(): use a handle of its own.
  *
  * On return
  *  - out->data[0] holds rect[2] * rect[3] bytes, rows from the top: index 1 where the text's pixels have the text
@@ -251,7 +270,8 @@ int SetSubtitleOutlineColor(void *handle, int r, int g, int b);
  *  - out->data[1] holds 256 palette words of 32 bits, alpha << 24 | Y << 16 | U << 8 | V (ITU-R BT.601, limited range,
  *    8-bit integer form, with red and blue exchanged), entries 1 and 2 set with the handle's opacity as alpha, all
  *    others 0;
- *  - rect holds the left column, the top row in the frame (it may be negative), the width and the height, in pixels.
+ *  - rect holds the left column and the top row in the frame, both negative where the text is larger than the frame, the
+ *    width and the height, in pixels.
  *
  * The host owns both buffers and frees them with FFmpeg's av_free() or av_freep(), or passes out again: what data[0]
  * and data[1] point to is freed first. They must therefore be null before the first call. The other members of out are
@@ -262,7 +282,8 @@ int SetSubtitleOutlineColor(void *handle, int r, int g, int b);
  * @param out   receives the bitmap.
  * @param rect  receives four integers.
  * @return 0; -1, with nothing changed, when out or rect is null or the handle has no font; -1, with data[0] and data[1]
- *         freed and null and the subtitle on display as before, when there is no memory for the bitmap.
+ *         freed and null and the subtitle on display as before, when there is no memory for the bitmap, and in frames of a
+ *         size in which nothing is drawn (see CreateVideoSubtitle()).
  *
  * Threads: does not wait; not while another thread is in any function on the same handle.
  */

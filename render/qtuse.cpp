@@ -58,6 +58,7 @@ void WatchAllThreads()
 
 QtUse::QtUse() : m_bAllowed(true)
 {
+    (void)pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_nCancelState);
     std::fegetenv(&m_environment);
     std::fesetenv(FE_DFL_ENV);
     ++usesEverywhere;
@@ -73,4 +74,5 @@ QtUse::~QtUse()
     --usesHere;
     --usesEverywhere;
     std::fesetenv(&m_environment);
+    (void)pthread_setcancelstate(m_nCancelState, nullptr);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cfenv>
+#include <pthread.h>
 
 /**
  * Work that needs Qt, for as long as the object lives. Objects may be nested and on any thread.
@@ -9,7 +10,8 @@
  * may be touched. The end of the process waits, a second at most, for work that is under way on other threads; work that
  * is to begin later is refused.
  *
- * The work is done with the default floating-point environment, whatever the host's rounds to or traps.
+ * The work is done with the default floating-point environment, whatever the host's rounds to or traps. A thread that is
+ * cancelled meanwhile ends later, since the locks of the libraries below would stay locked.
  */
 class QtUse
 {
@@ -25,4 +27,5 @@ public:
 private:
     bool m_bAllowed;
     std::fenv_t m_environment;
+    int m_nCancelState = PTHREAD_CANCEL_ENABLE;
 };

@@ -319,6 +319,84 @@ TEST_F(CApiTest, FontIsSetBesideFramesOnTwoThreads)
     EXPECT_TRUE(FrameAt(1500) == last);
 }
 
+namespace
+{
+
+/** Every kind of file, and text as a bitmap, on the calling thread. */
+void UseAll(const std::vector<std::string> &listFiles)
+{
+    for (const std::string &strFile : listFiles) {
+        void *pHandle = CreateVideoSubtitle(Width, Height);
+        EXPECT_EQ(SetSubtitleFontParam(pHandle, "DejaVu Sans", 15, SUBTITLE_STYLE_BOLD | SUBTITLE_STYLE_ITALIC), 0);
+        EXPECT_EQ(SetSubtitleFile(pHandle, strFile.c_str(), 0), 0);
+        std::vector<uint8_t> pixels(Width * Height * 3);
+        AVPicture frame = {{pixels.data()}, {Width * 3}};
+        for (long ms = 500; ms < 4000; ms += 500) {
+            EXPECT_EQ(SetSubtitleTimeStamp(pHandle, ms), 0);
+            EXPECT_EQ(ProcessSubtitleFrame(pHandle, &frame), 0);
+        }
+        AVPicture out = {};
+        int rect[4];
+        EXPECT_EQ(TextToBmp(pHandle, "Hello مرحبا 世界 😀", &out, rect), 0);
+        av_freep(&out.data[0]);
+        av_freep(&out.data[1]);
+        DestroyVideoSubtitle(pHandle);
+    }
+}
+
+class CApiThreadTest : public CApiTest
+{
+protected:
+    CApiThreadTest()
+    {
+        const VobSubPair pair(96, 64, {{1000, PictureUnit::Filled(0, 0, 96, 64).Encode(), {}}});
+        m_listFiles = {m_strFile, pair.Write(m_folder), TEST_DATA "/positioning.ass", TEST_DATA "/sample_MKV_SRT.mkv",
+                       m_folder.Write("b.srt", "\xEF\xBB\xBF"
+                                               "00:00:01,000 --> 00:00:09,000\nمرحبا 世界 नमस्ते 😀\n")};
+    }
+
+    std::vector<std::string> m_listFiles;
+};
+
+} // namespace
+
+#ifndef SANITIZED // which needs more stack
+TEST_F(CApiThreadTest, NeedsAStackOf128KiB)
+{
+    pthread_attr_t attributes;
+    ASSERT_EQ(pthread_attr_init(&attributes), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&attributes, std::size_t{128} * 1024), 0);
+    pthread_t thread;
+    const auto run = [](void *pFiles) -> void * {
+        UseAll(*static_cast<std::vector<std::string> *>(pFiles));
+        return nullptr;
+    };
+    ASSERT_EQ(pthread_create(&thread, &attributes, run, &m_listFiles), 0);
+    EXPECT_EQ(pthread_join(thread, nullptr), 0);
+    pthread_attr_destroy(&attributes);
+}
+#endif
+
+TEST_F(CApiThreadTest, CancelledThreadEndsOutside)
+{
+    const auto run = [](void *pFiles) -> void * {
+        for (;;) {
+            UseAll(*static_cast<std::vector<std::string> *>(pFiles));
+            pthread_testcancel();
+        }
+    };
+    for (int n = 0; n < 10; ++n) {
+        pthread_t thread;
+        ASSERT_EQ(pthread_create(&thread, nullptr, run, &m_listFiles), 0);
+        std::this_thread::sleep_for(std::chrono::milliseconds(5 + 3 * n));
+        ASSERT_EQ(pthread_cancel(thread), 0);
+        void *pResult = nullptr;
+        ASSERT_EQ(pthread_join(thread, &pResult), 0);
+        EXPECT_EQ(pResult, PTHREAD_CANCELED);
+    }
+    UseAll(m_listFiles);
+}
+
 TEST_F(CApiTest, ManyHandlesOnManyThreads)
 {
     SetSubtitleFile(m_subtitle, m_strFile.c_str(), 0);

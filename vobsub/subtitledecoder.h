@@ -1,7 +1,8 @@
 /**
  * @file subtitledecoder.h
  * Decoder of DVD sub-picture units: plain functions over process-wide state, one decoder a process, as hosts bind to it.
- * They include it as `<libsubtitle/subtitledecoder.h>`; it needs no other header of the library, and is C and C++.
+ * They include it as `<libsubtitle/subtitledecoder.h>`; it needs no other header of the library, and is C (C99) and
+ * C++ (C++98), and newer.
  *
  * Set up with subtitle_init(), fed with the payload of the program stream's packets through subtitle_decode() in pieces
  * of any size, read with subtitle_write(), given back with subtitle_release(). A unit is decoded by the call that brings
@@ -46,6 +47,12 @@ struct SubtitlePlanes {
     intptr_t bottom;         /**< last canvas row with a visible pixel */
 };
 
+/**
+ * @name What a host sees of the decoder
+ * A host may set Chroma_Width, chroma_format, Subt_Color and Subt_Offset after subtitle_init(). What it writes to the others
+ * has no effect, and is overwritten.
+ * @{
+ */
 extern struct subtitle_canvas mediadata; /**< of the last unit */
 extern int32_t Coded_Picture_Width;      /**< of the canvas, in pixels; 0 when none could be had */
 extern int32_t Coded_Picture_Height;     /**< likewise */
@@ -54,6 +61,7 @@ extern int32_t Chroma_Height;            /**< for the host's information */
 extern int32_t chroma_format;            /**< MPEG-2 code: 3 is 4:4:4, 1 is 4:2:0 in subtitle_write_x() */
 extern int32_t Subt_Color;               /**< 0: every unit replaces the palette by black and white */
 extern int32_t Subt_Offset;              /**< rows by which subtitle_write_x() moves the picture down */
+/** @} */
 
 /**
  * Sets the decoder up for a canvas and forgets what it holds.
@@ -118,7 +126,9 @@ void Rle_Output(unsigned int code);
 
 #ifdef __cplusplus
 }
+#endif
 
+#if defined(__cplusplus) && __cplusplus >= 201103L
 static_assert(sizeof(subtitle_canvas) == 18 * sizeof(void *) + 2 * sizeof(double) + 2 * sizeof(int32_t),
               "hosts read the record word by word");
 static_assert(sizeof(SubtitlePlanes) == 9 * sizeof(void *), "hosts hand in nine words");
