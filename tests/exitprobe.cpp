@@ -123,25 +123,25 @@ const std::map<std::string, void (*)()> Modes = {
      }},
     {"registered before",
      [] {
-         std::atexit(Destroy);
+         (void)std::atexit(Destroy);
          handle = OpenAndShow();
      }},
     {"thread registered before",
      [] {
-         std::atexit(DestroyOnThread);
+         (void)std::atexit(DestroyOnThread);
          handle = OpenAndShow();
      }},
     {"registered after the handle was made",
      [] {
          handle = CreateVideoSubtitle(Width, Height);
-         std::atexit(Destroy);
+         (void)std::atexit(Destroy);
          SetSubtitleFile(handle, file.c_str(), 0);
          Frame(handle, 3500);
      }},
     {"registered last",
      [] {
          handle = OpenAndShow();
-         std::atexit(Destroy);
+         (void)std::atexit(Destroy);
      }},
     {"object of the thread",
      [] {

@@ -3,11 +3,5 @@
 #include "vobsub/psstream.h"
 #include "vobsub/subtitledecoder.h"
 
-int CountOfWords();
-
-int CountOfWords()
-{
-    const AVPicture picture = {{0}, {0}};
-    const SubtitlePlanes planes = {{0}, {0}, 0, 0};
-    return static_cast<int>((sizeof picture + sizeof planes + sizeof mediadata) / sizeof(int32_t));
-}
+typedef char SizeOfPicture[sizeof(AVPicture) >= 8 * sizeof(void *) + 8 * sizeof(int) ? 1 : -1]; // NOLINT(modernize-*)
+typedef char SizeOfPlanes[sizeof(SubtitlePlanes) == 9 * sizeof(void *) ? 1 : -1];               // NOLINT(modernize-*)

@@ -45,14 +45,14 @@ int main(int argc, char **argv)
 {
     if (argc < 6)
         return 1;
-    const int width = std::atoi(argv[2]);
-    const int height = std::atoi(argv[3]);
+    const int width = static_cast<int>(std::strtol(argv[2], nullptr, 10));
+    const int height = static_cast<int>(std::strtol(argv[3], nullptr, 10));
     std::vector<Library> libraries;
     std::vector<void *> handles;
     for (int i = 5; i < argc; ++i) {
         void *library = std::strcmp(argv[i], "linked") == 0 ? RTLD_DEFAULT : dlopen(argv[i], RTLD_NOW | RTLD_GLOBAL);
         if (!library && std::strcmp(argv[i], "linked") != 0) {
-            std::fprintf(stderr, "%s\n", dlerror());
+            (void)std::fprintf(stderr, "%s\n", dlerror());
             return 3;
         }
         libraries.emplace_back(library);
@@ -63,9 +63,9 @@ int main(int argc, char **argv)
     for (std::size_t i = 0; i < libraries.size(); ++i) {
         std::vector<uint8_t> pixels(static_cast<std::size_t>(width) * height * 3);
         AVPicture frame = {{pixels.data()}, {3 * width}};
-        libraries[i].pSetTime(handles[i], std::atol(argv[4]));
+        libraries[i].pSetTime(handles[i], std::strtol(argv[4], nullptr, 10));
         libraries[i].pProcess(handles[i], &frame);
-        std::fwrite(pixels.data(), 1, pixels.size(), stdout);
+        (void)std::fwrite(pixels.data(), 1, pixels.size(), stdout);
     }
     for (std::size_t i = 0; i < libraries.size(); ++i)
         libraries[i].pDestroy(handles[i]);
