@@ -30,17 +30,18 @@ scripts/build-bench.sh subtitle_bench firsttext
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 # In no fixed order, so that a slow moment of the machine does not fall on one of them alone.
-build-gcc/bin/subtitle_bench --benchmark_min_time=$time --benchmark_repetitions=$repetitions \
-    --benchmark_enable_random_interleaving=true --benchmark_out_format=json --benchmark_out="$folder/times.json" \
+build-gcc/environment/run build-gcc/bin/subtitle_bench \
+    --benchmark_min_time=$time --benchmark_repetitions=$repetitions --benchmark_enable_random_interleaving=true \
+    --benchmark_out_format=json --benchmark_out="$folder/times.json" \
     >/dev/null 2>"$folder/log" || {
     cat "$folder/log" >&2
     exit 1
 }
 for player in library libass; do
     for _ in $(seq $processes); do
-        build-gcc/bin/firsttext text $player
+        build-gcc/environment/run build-gcc/bin/firsttext text $player
     done
-    build-gcc/bin/firsttext memory $player
+    build-gcc/environment/run build-gcc/bin/firsttext memory $player
 done >"$folder/firsttext"
 
 if [ -n "$document" ]; then

@@ -7,10 +7,14 @@ scripts/install-packages.sh
 cmake -S . -B build -G Ninja -DSUBTITLE_TESTS=OFF -DSUBTITLE_BENCH=OFF >/dev/null
 cmake --build build --target subtitle subburn
 
+subburn() {
+    build/environment/run build/bin/subburn "$@"
+}
+
 mkdir -p demo
 [ -f demo/dusk.mp4 ] || scripts/make-clip.sh demo/dusk.mp4
-build/bin/subburn --subtitles scripts/demo.srt demo/dusk.mp4 demo/dusk-subtitled.mp4
-build/bin/subburn --subtitles scripts/demo.srt --quiet --snapshot 14.5 demo/dusk.mp4 demo/dusk-subtitled.png
+subburn --subtitles scripts/demo.srt demo/dusk.mp4 demo/dusk-subtitled.mp4
+subburn --subtitles scripts/demo.srt --quiet --snapshot 14.5 demo/dusk.mp4 demo/dusk-subtitled.png
 
 echo
 echo "The video:   demo/dusk-subtitled.mp4"

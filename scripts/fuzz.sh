@@ -68,7 +68,8 @@ fuzzer() {
     local target=$1
     shift
     mkdir -p "$folder/$target" "build-fuzz/corpus/$target" "build-fuzz/findings/$target"
-    TMPDIR=$folder/$target exec build-fuzz/bin/"$target" -timeout=25 -report_slow_units=25 -rss_limit_mb=1024 \
+    TMPDIR=$folder/$target exec build-fuzz/environment/run build-fuzz/bin/"$target" \
+        -timeout=25 -report_slow_units=25 -rss_limit_mb=1024 \
         -malloc_limit_mb="$(largest_allocation "$target")" -max_len="$(longest "$target")" \
         -artifact_prefix="build-fuzz/findings/$target/" "$@"
 }
@@ -99,7 +100,7 @@ report() {
     echo "$target ended with status $status"
     sed -n '/ERROR: \|runtime error\|does not hold/,$p' "$log" | head -n 60
     [ -n "$reproducer" ] || return 0
-    echo "reproduce: build-fuzz/bin/$target $reproducer"
+    echo "reproduce: build-fuzz/environment/run build-fuzz/bin/$target $reproducer"
     echo "keep:      cp $reproducer fuzz/findings/$target/SPEAKING-NAME, which scripts/test.sh replays from then on"
 }
 

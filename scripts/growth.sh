@@ -7,4 +7,4 @@
 set -eu
 cd "$(dirname "$0")/.."
 scripts/build-bench.sh growth
-build-gcc/bin/growth "$@"
+build-gcc/environment/run build-gcc/bin/growth "$@"

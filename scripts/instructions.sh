@@ -20,7 +20,7 @@ scripts/build-bench.sh steady
 
 # count WORK: the instructions inside the functions of bench/steady.cpp that begin with Counted
 count() {
-    QT_HASH_SEED=0 valgrind -q --tool=callgrind --toggle-collect='Counted*' \
+    QT_HASH_SEED=0 build-gcc/environment/run valgrind -q --tool=callgrind --toggle-collect='Counted*' \
         --callgrind-out-file="$folder/$1" build-gcc/bin/steady "$1"
     callgrind_annotate --threshold=100 --show-percs=no "$folder/$1" | awk '
         $1 ~ /^[0-9,]+$/ && /\[.*\]$/ && !/\/libc\.so/ { gsub(",", "", $1); sum += $1 }

@@ -6,4 +6,4 @@
 set -eu
 cd "$(dirname "$0")/.."
 scripts/build-bench.sh longrun
-build-gcc/bin/longrun "$@"
+build-gcc/environment/run build-gcc/bin/longrun "$@"

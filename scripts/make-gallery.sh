@@ -22,7 +22,7 @@ picture() {
     size=$2
     shift 2
     clip "$size"
-    "$subburn" --quiet "$@" --snapshot 2 "$folder/$size.mkv" "$folder/picture.png"
+    build/environment/run "$subburn" --quiet "$@" --snapshot 2 "$folder/$size.mkv" "$folder/picture.png"
     ffmpeg -nostdin -v error -y -i "$folder/picture.png" -pix_fmt yuvj444p -q:v 3 "docs/gallery/$name.jpg"
 }
 
@@ -41,7 +41,7 @@ done
 # Formats.
 picture format-srt $small --subtitles "$folder/plain.srt"
 picture format-ass $small --subtitles scripts/demo.ass
-scripts/make-vobsub.sh "$folder/plain.srt" "$folder/disc.idx"
+build/environment/run scripts/make-vobsub.sh "$folder/plain.srt" "$folder/disc.idx"
 picture format-vobsub $small --subtitles "$folder/disc.idx"
 ffmpeg -nostdin -v error -i "$folder/plain.srt" -c:s webvtt "$folder/plain.vtt"
 picture format-webvtt $small --subtitles "$folder/plain.vtt"

@@ -25,7 +25,8 @@ check() {
     # Encoders are slow here; one test of every way through the program.
     subburn_test) filter=$subburn ;;
     esac
-    valgrind -q --tool=memcheck --leak-check=full --show-leak-kinds=definite --errors-for-leak-kinds=definite \
+    "$build/environment/run" valgrind -q --tool=memcheck \
+        --leak-check=full --show-leak-kinds=definite --errors-for-leak-kinds=definite \
         --error-exitcode=99 --suppressions=scripts/valgrind.supp --num-callers=25 --log-file="$logs/$name.%p" \
         --trace-children=yes --trace-children-skip='/usr/*,/bin/*,*.sh' \
         "$build/bin/$name" --gtest_filter="$filter" --gtest_brief=1 >"$logs/$name.out" 2>&1 || status=$?

@@ -14,8 +14,8 @@ profile() {
     work=$1
     filter=$2
     shift 2
-    perf record -q -e cpu-clock -F 5000 -D 2500 -o "$folder/data" build-gcc/bin/subtitle_bench \
-        --benchmark_filter="^$filter(/iter|\$)" "$@" >/dev/null 2>"$folder/log" || {
+    build-gcc/environment/run perf record -q -e cpu-clock -F 5000 -D 2500 -o "$folder/data" \
+        build-gcc/bin/subtitle_bench --benchmark_filter="^$filter(/iter|\$)" "$@" >/dev/null 2>"$folder/log" || {
         cat "$folder/log" >&2
         exit 1
     }

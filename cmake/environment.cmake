@@ -1,0 +1,34 @@
+# The environment of tests, fuzzers, benchmarks and pictures, the same on every machine: environment/run in the build folder
+# runs a program in it. The fonts are links to those of the machine.
+set(SUBTITLE_RUN ${PROJECT_BINARY_DIR}/environment/run)
+set(fonts
+  DejaVuSans.ttf DejaVuSans-Bold.ttf DejaVuSansMono.ttf DejaVuSansMono-Bold.ttf DejaVuSerif.ttf DejaVuSerif-Bold.ttf
+  NotoSansCJK-Regular.ttc NotoSansCJK-Bold.ttc NotoSerifCJK-Regular.ttc NotoSerifCJK-Bold.ttc
+  NotoColorEmoji.ttf)
+
+file(MAKE_DIRECTORY
+  ${PROJECT_BINARY_DIR}/environment/cache ${PROJECT_BINARY_DIR}/environment/fonts ${PROJECT_BINARY_DIR}/environment/home)
+foreach(name run fonts.conf)
+  configure_file(cmake/environment/${name} environment/${name} COPYONLY)
+endforeach()
+file(GLOB_RECURSE installed /usr/share/fonts/*.ttf /usr/share/fonts/*.ttc /usr/local/share/fonts/*.ttf /usr/local/share/fonts/*.ttc)
+foreach(font ${fonts})
+  set(link ${PROJECT_BINARY_DIR}/environment/fonts/${font})
+  if(NOT EXISTS ${link}) # nor is it a link to a font that has been removed
+    string(REPLACE . "\\." pattern "/${font}$")
+    set(found ${installed})
+    list(FILTER found INCLUDE REGEX ${pattern})
+    if(found)
+      list(GET found 0 file)
+      file(CREATE_LINK ${file} ${link} SYMBOLIC)
+    else()
+      list(APPEND missing ${font})
+    endif()
+  endif()
+endforeach()
+if(missing AND (SUBTITLE_TESTS OR SUBTITLE_BENCH))
+  list(JOIN missing " " missing)
+  message(FATAL_ERROR "Fonts that tests and benchmarks need are not below /usr/share/fonts: ${missing}\n"
+    "Debian has them in fonts-dejavu-core, fonts-noto-cjk and fonts-noto-color-emoji. "
+    "Without them: -DSUBTITLE_TESTS=OFF -DSUBTITLE_BENCH=OFF")
+endif()
