@@ -7,6 +7,7 @@ usage: check.py links                what they link to and name is there
 import os
 import pathlib
 import re
+import shlex
 import shutil
 import subprocess
 import sys
@@ -116,7 +117,7 @@ def check_commands(build):
                 if command in ELSEWHERE or command.startswith(("scripts/", ".ci/")):
                     continue
                 command = re.sub(r"\bffmpeg ", "ffmpeg -v error -y ", command)
-                result = run(command.replace("build/bin/", f"{build}/bin/"), folder)
+                result = run(command.replace("build/bin/", shlex.quote(build) + "/bin/"), folder)
                 print(f"{document.name}: {command}")
                 if result.returncode != 0:
                     failures.append(f"{document.name}: {command}\n{result.stdout}{result.stderr}")

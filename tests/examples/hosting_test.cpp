@@ -128,8 +128,8 @@ TEST(Hosting, LinksLeadToFiles)
 namespace
 {
 
-/** The command in the comment that a file begins with, to write what it makes to a folder. */
-std::string BuildCommand(const std::filesystem::path &path, const std::string &strFolder)
+/** The command in the comment that a file begins with, to write what it makes to the folder $1. */
+std::string BuildCommand(const std::filesystem::path &path)
 {
     std::string strCommand;
     for (const std::string &strLine : ReadLines(path)) {
@@ -139,7 +139,7 @@ std::string BuildCommand(const std::filesystem::path &path, const std::string &s
         if (std::regex_search(strText, std::regex("^    (cc|c\\+\\+) ")) || (!strCommand.empty() && !strText.empty()))
             strCommand += strText + "\n";
     }
-    return std::regex_replace(strCommand, std::regex(" -o "), " -o '" + strFolder + "'/");
+    return std::regex_replace(strCommand, std::regex(" -o "), " -o \"$$1\"/");
 }
 
 } // namespace
@@ -147,12 +147,15 @@ std::string BuildCommand(const std::filesystem::path &path, const std::string &s
 TEST(Hosting, ExamplesAreBuiltByTheCommandsInThem)
 {
     const TemporaryFolder folder;
-    folder.Write("libsubtitle.pc", "Name: libsubtitle\nDescription: the one under test\nVersion: 1\n"
-                                   "Cflags: -I" SOURCES "/api\nLibs: -L" LIBRARY_FOLDER " -lsubtitle\n");
+    // The shell would split folders with blanks in what pkg-config says, so the compiler is told of them otherwise.
+    folder.Write("libsubtitle.pc",
+                 "Name: libsubtitle\nDescription: the one under test\nVersion: 1\nLibs: -lsubtitle\n");
+    const ChildProcess::Environment environment = {
+        {"PKG_CONFIG_PATH", folder.Path().string()}, {"CPATH", SOURCES "/api"}, {"LIBRARY_PATH", LIBRARY_FOLDER}};
     for (const char *pFile : {"rawhost.c", "textbitmap.c", "ffmpeghost.cpp", "qthost.cpp"}) {
-        const std::string strCommand = BuildCommand(Root / "examples" / pFile, folder.Path().string());
-        const Outcome outcome = ChildProcess::Run({"sh", "-c", "cd '" SOURCES "/examples' && " + strCommand}, "",
-                                                  {{"PKG_CONFIG_PATH", folder.Path().string()}});
+        const std::string strCommand = BuildCommand(Root / "examples" / pFile);
+        const Outcome outcome = ChildProcess::Run(
+            {"sh", "-c", "cd \"$0\" && " + strCommand, SOURCES "/examples", folder.Path().string()}, "", environment);
         EXPECT_EQ(outcome.nExit, 0) << strCommand;
         EXPECT_EQ(outcome.strError, "") << strCommand;
         EXPECT_TRUE(std::filesystem::exists(folder.Path() / std::filesystem::path(pFile).stem())) << strCommand;

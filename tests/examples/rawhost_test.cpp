@@ -65,8 +65,8 @@ TEST_F(RawHostTest, TellsWhatIsWrong)
 
 TEST_F(RawHostTest, TellsThatOutputCannotBeWritten)
 {
-    const std::string strCommand = "'" RAWHOST "' 322x180 25 '" + m_strSubtitles + "' >/dev/full";
-    const Outcome outcome = ChildProcess::Run({"sh", "-c", strCommand}, m_film.Bytes());
+    const Outcome outcome = ChildProcess::Run(
+        {"sh", "-c", "exec \"$0\" \"$@\" >/dev/full", RAWHOST, "322x180", "25", m_strSubtitles}, m_film.Bytes());
     EXPECT_EQ(outcome.nExit, 1);
     EXPECT_EQ(outcome.strError, "rawhost: standard output cannot be written\n");
 }

@@ -11,7 +11,7 @@ protected:
     Outcome Launch(const std::string &strPipeline) const
     {
         return ChildProcess::Run(
-            {"sh", "-c", "cd '" + m_folder.Path().string() + "' && gst-launch-1.0 -q --no-fault " + strPipeline});
+            {"sh", "-c", "cd \"$0\" && gst-launch-1.0 -q --no-fault " + strPipeline, m_folder.Path().string()});
     }
 
     void ExpectLaunch(const std::string &strPipeline) const

@@ -81,7 +81,7 @@ $DOCDIR/LICENSE" "$(files_of documents)"
 
 check_headers() {
     local header flags
-    read -ra flags <<<"$(pkg-config --cflags libsubtitle)"
+    eval "flags=($(pkg-config --cflags libsubtitle))"
     for header in libsubtitle.h libsubtitle/subtitledecoder.h libsubtitle/psstream.h; do
         echo "#include <$header>" >"$work/header.c"
         cc -std=c99 -Wall -Wextra -Wpedantic -Werror -fsyntax-only "${flags[@]}" "$work/header.c"
@@ -92,7 +92,7 @@ check_headers() {
 # A host in C; what it leaves is a frame with its subtitle.
 burn_with_host() {
     local flags
-    read -ra flags <<<"$(pkg-config --cflags --libs libsubtitle libavutil)"
+    eval "flags=($(pkg-config --cflags --libs libsubtitle libavutil))"
     cc -std=c99 -Wall -Wextra -Wpedantic -Werror "$SOURCE/tests/install/pkgconfig/host.c" -o "$work/host" "${flags[@]}"
     LD_LIBRARY_PATH=$STAGE/all$LIBDIR "$work/host" "$work/text.srt" $text "$1"
 }
@@ -151,12 +151,12 @@ flags_of() {
     mkdir -p "$dir"
     cp "$work/other/libsubtitle.pc" "$dir"
     local flags flag
-    read -ra flags <<<"$(PKG_CONFIG_PATH=$dir pkg-config --cflags --libs libsubtitle)"
+    eval "flags=($(PKG_CONFIG_PATH=$dir pkg-config --cflags --libs libsubtitle))"
     for flag in "${flags[@]}"; do
         case $flag in
         -[IL]*) flag=${flag:0:2}$(realpath -m "${flag:2}") ;;
         esac
-        echo "${flag/$work\/moved/MOVED}"
+        echo "${flag/"$work/moved"/MOVED}"
     done | xargs
 }
 

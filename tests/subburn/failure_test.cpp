@@ -190,10 +190,8 @@ TEST_F(FailureTest, AnExistingOutputIsReplacedOnlyOnSuccess)
 TEST_F(FailureTest, AFullDiskIsAnError)
 {
     const std::string strInput = UsualClip();
-    const Outcome outcome =
-        ChildProcess::Run({"sh", "-c",
-                           "ulimit -f 16; exec '" SUBBURN_PROGRAM "' --subtitles '" + m_strSubtitles + "' --crf 0 '" +
-                               strInput + "' '" + File("out.mkv") + "'"});
+    const Outcome outcome = ChildProcess::Run({"sh", "-c", "ulimit -f 16; exec \"$0\" \"$@\"", SUBBURN_PROGRAM,
+                                               "--subtitles", m_strSubtitles, "--crf", "0", strInput, File("out.mkv")});
     EXPECT_EQ(outcome.nExit, 3);
     EXPECT_EQ(outcome.strError, "subburn: " + File("out.mkv") + ": File too large\n");
     EXPECT_EQ(Names(), (Arguments{"in.mkv", "text.srt"}));

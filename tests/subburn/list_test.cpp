@@ -135,7 +135,7 @@ TEST_F(ListTest, StandsAlone)
 TEST_F(ListTest, AFullOutputIsAnError)
 {
     const Outcome outcome =
-        ChildProcess::Run({"sh", "-c", "exec '" SUBBURN_PROGRAM "' --list '" + File("text.srt") + "' >/dev/full"});
+        ChildProcess::Run({"sh", "-c", "exec \"$0\" \"$@\" >/dev/full", SUBBURN_PROGRAM, "--list", File("text.srt")});
     EXPECT_EQ(outcome.nExit, 3);
     EXPECT_EQ(outcome.strError, "subburn: standard output: No space left on device\n");
 }

@@ -44,10 +44,10 @@ TEST_F(SubburnTest, PipeRefusesAPartOfAFrame)
 
 TEST_F(SubburnTest, PipeWithoutAReaderIsAnError)
 {
-    const std::string strCommand = "head -c 10000000 /dev/zero | { '" SUBBURN_PROGRAM "' --subtitles '" +
-                                   m_strSubtitles + "' --pipe 320x180@25; echo $? >'" + File("code") +
-                                   "'; } | head -c 10 >/dev/null";
-    const Outcome outcome = ChildProcess::Run({"sh", "-c", strCommand});
+    const Outcome outcome = ChildProcess::Run({"sh", "-c",
+                                               "head -c 10000000 /dev/zero | { \"$0\" --subtitles \"$1\" --pipe "
+                                               "320x180@25; echo $? >\"$2\"; } | head -c 10 >/dev/null",
+                                               SUBBURN_PROGRAM, m_strSubtitles, File("code")});
     EXPECT_EQ(outcome.strError, "subburn: standard output: Broken pipe\n");
     std::string strCode;
     std::ifstream(File("code")) >> strCode;
