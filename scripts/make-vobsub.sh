@@ -11,15 +11,17 @@ sed '1s/^\xEF\xBB\xBF//' "$1" >"$folder/text.srt"
 start=$(awk -F '[:, ]' '/-->/ { print (($1 * 60 + $2) * 60 + $3) * 1000 + $4; exit }' "$folder/text.srt")
 length=$(awk -F '[:, ]' '/-->/ { end = ($6 * 60 + $7) * 60 + $8 } END { print end + 2 }' "$folder/text.srt")
 
-cat >"$folder/text.xml" <<END
+# By names in the folder, since its own may hold what means something in XML.
+ln -s "$(fc-match -f '%{file}' 'DejaVu Sans')" "$folder/font.ttf"
+cat >"$folder/text.xml" <<'END'
 <subpictures format="PAL"><stream>
-  <textsub filename="$folder/text.srt" characterset="UTF-8" font="$(fc-match -f '%{file}' 'DejaVu Sans')" fontsize="34"
+  <textsub filename="text.srt" characterset="UTF-8" font="./font.ttf" fontsize="34"
     fill-color="rgba(240,240,240,255)" outline-color="rgba(48,48,48,255)" outline-thickness="2"
     horizontal-alignment="center" vertical-alignment="bottom" aspect="16:9"/>
 </stream></subpictures>
 END
 ffmpeg -nostdin -v error -f lavfi -i "color=c=gray:s=720x576:r=25:d=$length" -target pal-dvd "$folder/video.mpg"
-spumux -m dvd "$folder/text.xml" <"$folder/video.mpg" >"$folder/disc.mpg" 2>"$folder/log" || {
+(cd "$folder" && spumux -m dvd text.xml <video.mpg >disc.mpg 2>log) || {
     cat "$folder/log" >&2
     exit 1
 }

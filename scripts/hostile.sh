@@ -1,0 +1,57 @@
+#!/bin/bash
+# Builds a copy of the tree and runs its tests where everything is different that they must not depend on: the folder's
+# name, the user, fonts, locale, time zone, umask, the user's configuration, and the variables that Qt, GStreamer, GLib,
+# FFmpeg and fontconfig read.
+# usage: hostile.sh [TEST-PATTERN]
+#   TEST-PATTERN: a regular expression; only tests whose names match are run
+# Objects that ccache has in build-ccache are not compiled again.
+set -eu
+cd "$(dirname "$0")/.."
+
+scripts/install-packages.sh fonts-noto-core
+umask 077
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+tree="$folder/Ein Ordner für 字幕 & so"
+home="$folder/home of nobody"
+mkdir -p "$tree" "$folder/locales" "$folder/temporary" "$home/.config/fontconfig" "$home/.config/QtProject" \
+    "$home/.local/share/fonts"
+
+git ls-files -z | xargs -0 cp --parents -t "$tree"
+localedef -i tr_TR -f UTF-8 "$folder/locales/tr_TR.UTF-8"
+[ ! -d build-ccache ] || cp -r build-ccache "$folder/ccache"
+
+# Another font by the name that most tests use, and preferred wherever none is named.
+cp "$(fc-match -f '%{file}' 'Noto Serif')" "$home/.local/share/fonts"
+cat >"$home/.config/fontconfig/fonts.conf" <<'XML'
+<?xml version="1.0"?>
+<fontconfig>
+  <match target="scan">
+    <test name="family"><string>Noto Serif</string></test>
+    <edit name="family" mode="assign" binding="strong"><string>DejaVu Sans</string></edit>
+  </match>
+  <match target="pattern"><edit name="family" mode="prepend_first"><string>Noto Serif</string></edit></match>
+  <match target="font"><edit name="hintstyle" mode="assign"><const>hintfull</const></edit></match>
+</fontconfig>
+XML
+printf '[Rules]\n*=true\n' >"$home/.config/QtProject/qtlogging.ini"
+
+as_nobody=
+if [ "$(id -u)" = 0 ]; then
+    # A number that no user has.
+    chown -R 64321:64321 "$folder"
+    as_nobody='setpriv --reuid 64321 --regid 64321 --clear-groups'
+fi
+# shellcheck disable=SC2086 # several words
+env HOME="$home" TMPDIR="$folder/temporary" \
+    CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache \
+    CCACHE_DIR="$folder/ccache" CCACHE_BASEDIR="$tree" CCACHE_NOHASHDIR=1 CCACHE_SLOPPINESS=locale \
+    LOCPATH="$folder/locales" LC_ALL=tr_TR.UTF-8 LANG=tr_TR.UTF-8 LANGUAGE=tr TZ=Pacific/Chatham \
+    DISPLAY=:4711 WAYLAND_DISPLAY=none XDG_RUNTIME_DIR=/nonexistent XDG_DATA_DIRS=/nonexistent USER=root LOGNAME=root \
+    QT_QPA_PLATFORM=rubbish QT_PLUGIN_PATH=/nonexistent QT_SCALE_FACTOR=3 QT_FONT_DPI=200 QT_DEBUG_PLUGINS=1 \
+    QT_LOGGING_RULES='*=true' QT_MESSAGE_PATTERN='%{time} %{message}' QT_FATAL_WARNINGS=1 QT_NO_FT_CACHE=1 \
+    GST_DEBUG=5 GST_REGISTRY=/nonexistent/registry GST_PLUGIN_PATH=/nonexistent GST_PLUGIN_SYSTEM_PATH=/nonexistent \
+    GST_VAAPI_ALL_DRIVERS=1 G_DEBUG=fatal-warnings G_MESSAGES_DEBUG=all \
+    FC_DEBUG=1 FC_LANG=ja FREETYPE_PROPERTIES=truetype:interpreter-version=35 \
+    FFREPORT=level=56 AV_LOG_FORCE_COLOR=1 PYTHONUTF8=0 PYTHONIOENCODING=ascii \
+    $as_nobody "$tree/scripts/test.sh" gcc "$@"
