@@ -1,7 +1,7 @@
 #!/bin/bash
 # Builds a copy of the tree and runs its tests where everything is different that they must not depend on: the folder's
 # name, the user, fonts, locale, time zone, umask, the user's configuration, and the variables that Qt, GStreamer, GLib,
-# FFmpeg and fontconfig read.
+# FFmpeg and fontconfig read. Installs more fonts.
 # usage: hostile.sh [TEST-PATTERN]
 #   TEST-PATTERN: a regular expression; only tests whose names match are run
 # Objects that ccache has in build-ccache are not compiled again.
@@ -14,24 +14,19 @@ folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 tree="$folder/Ein Ordner für 字幕 & so"
 home="$folder/home of nobody"
-mkdir -p "$tree" "$folder/locales" "$folder/temporary" "$home/.config/fontconfig" "$home/.config/QtProject" \
-    "$home/.local/share/fonts"
+mkdir -p "$tree" "$folder/locales" "$folder/temporary" "$home/.config/fontconfig" "$home/.config/QtProject"
 
 git ls-files -z | xargs -0 cp --parents -t "$tree"
 localedef -i tr_TR -f UTF-8 "$folder/locales/tr_TR.UTF-8"
 [ ! -d build-ccache ] || cp -r build-ccache "$folder/ccache"
 
-# Another font by the name that most tests use, and preferred wherever none is named.
-cp "$(fc-match -f '%{file}' 'Noto Serif')" "$home/.local/share/fonts"
+# Another font than the one that is asked for, whichever that is.
 cat >"$home/.config/fontconfig/fonts.conf" <<'XML'
 <?xml version="1.0"?>
 <fontconfig>
-  <match target="scan">
-    <test name="family"><string>Noto Serif</string></test>
-    <edit name="family" mode="assign" binding="strong"><string>DejaVu Sans</string></edit>
+  <match target="pattern">
+    <edit name="family" mode="assign" binding="strong"><string>Noto Serif</string></edit>
   </match>
-  <match target="pattern"><edit name="family" mode="prepend_first"><string>Noto Serif</string></edit></match>
-  <match target="font"><edit name="hintstyle" mode="assign"><const>hintfull</const></edit></match>
 </fontconfig>
 XML
 printf '[Rules]\n*=true\n' >"$home/.config/QtProject/qtlogging.ini"
