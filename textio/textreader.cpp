@@ -2,8 +2,10 @@
 
 #include "textio/regularfile.h"
 
+#include <QBuffer>
 #include <QTextCodec>
 #include <QtEndian>
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <utility>
@@ -41,7 +43,7 @@ struct Utf16Line {
     bool bTerminated; ///< ended by a line feed, not by the end of the input
 };
 
-Utf16Line ReadUtf16Line(QFile &file, bool littleEndian)
+Utf16Line ReadUtf16Line(QIODevice &device, bool littleEndian)
 {
     // Decided once and kept for the life of the process, whatever byte order a later file has: this is meant.
     static const bool swapByte = (Q_BYTE_ORDER == Q_LITTLE_ENDIAN) != littleEndian;
@@ -49,7 +51,7 @@ Utf16Line ReadUtf16Line(QFile &file, bool littleEndian)
     QByteArray units(reinterpret_cast<const char *>(&StrayUnit), sizeof(StrayUnit));
     bool terminated = false;
     std::array<char, 2> pair;
-    while (!terminated && file.read(pair.data(), 2) == 2) {
+    while (!terminated && device.read(pair.data(), 2) == 2) {
         if (swapByte)
             std::swap(pair[0], pair[1]);
         const auto unit = qFromUnaligned<char16_t>(pair.data());
@@ -79,10 +81,13 @@ void SplitBytes(const QByteArray &bytes, TextLines &text)
 }
 
 /** ReadLineW() never reports the end, which would fill the memory here; stops where the readers of bytes do. */
-void SplitUtf16(QFile &file, TextLines &text)
+void SplitUtf16(QByteArray &bytes, TextLines &text)
 {
+    QBuffer device(&bytes);
+    device.open(QIODevice::ReadOnly);
+    text.bytes.reserve(bytes.size());
     while (text.listStarts.size() <= TextReader::MaxLines) {
-        const Utf16Line line = ReadUtf16Line(file, text.nEncode == EncodeU16Le);
+        const Utf16Line line = ReadUtf16Line(device, text.nEncode == EncodeU16Le);
         if (!line.bTerminated && line.strText.isEmpty())
             return;
         text.bytes.append(reinterpret_cast<const char *>(line.strText.constData()),
@@ -93,11 +98,26 @@ void SplitUtf16(QFile &file, TextLines &text)
     }
 }
 
-/** False also where what is left cannot be read. */
-bool IsAtEnd(QFile &file)
+/**
+ * Reads what is left of the file, up to its end or the first error.
+ * @return nothing of a file that is too large, also where that only shows by reading it.
+ */
+QByteArray ReadRest(QFile &file)
 {
-    char rest = 0;
-    return file.read(&rest, 1) == 0;
+    const qint64 size = file.size();
+    if (size > TextReader::MaxFileSize)
+        return {};
+    std::array<char, 16384> part;
+    // Without a size, a part beyond the limit shows whether the file ends there.
+    const qint64 end = ReadableSize(size, TextReader::MaxFileSize + qint64{part.size()});
+    QByteArray bytes;
+    bytes.reserve(static_cast<int>(size));
+    qint64 count = 0;
+    do {
+        count = file.read(part.data(), std::min<qint64>(part.size(), end - file.pos()));
+        bytes.append(part.data(), static_cast<int>(std::max<qint64>(count, 0)));
+    } while (count > 0 && file.error() == QFileDevice::NoError);
+    return file.pos() > TextReader::MaxFileSize ? QByteArray() : bytes;
 }
 
 } // namespace
@@ -157,22 +177,20 @@ TextReader::~TextReader() = default;
 
 void TextReader::Open(const QString &path)
 {
-    QFile file(path);
-    if (!OpenRegularFile(file) || file.size() > MaxFileSize)
+    QFile file;
+    if (!OpenRegularFile(path, file))
         return;
     constexpr int Utf8Mib = 106;
     const QTextCodec *codec = QTextCodec::codecForLocale();
     TextLines text = {DetectEncode(file), codec && codec->mibEnum() == Utf8Mib, {}, {0}};
+    // The encoding is unknown, and nothing was read before the error.
     if (file.error() != QFileDevice::NoError)
         return;
+    QByteArray bytes = ReadRest(file);
     if (text.nEncode == EncodeU16Le || text.nEncode == EncodeU16Be)
-        SplitUtf16(file, text);
+        SplitUtf16(bytes, text);
     else
-        SplitBytes(file.readAll(), text);
-    // Half a file would show cues that never end. A read that fails behind others brings less and says nothing.
-    const bool isCut = text.listStarts.size() > MaxLines;
-    if (file.error() != QFileDevice::NoError || (!isCut && !IsAtEnd(file)))
-        return;
+        SplitBytes(bytes, text);
     m_listTexts.push_back(std::move(text));
 }
 

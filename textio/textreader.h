@@ -25,8 +25,8 @@ struct TextLines {
 /**
  * The lines of a text file, without their line ends, decoded by the byte-order mark at its start.
  *
- * The whole file is held in memory as it is stored; a line is decoded when it is asked for. No honest subtitle file comes
- * near the limits, and a file made to exhaust the memory goes no further. One object serves one thread at a time.
+ * The whole file is held in memory as it is stored; a line is decoded when it is asked for. No real subtitle file comes
+ * near the limits, and a file made to exhaust the memory gets no further. One object serves one thread at a time.
  */
 class TextReader
 {
@@ -42,9 +42,10 @@ public:
     static constexpr std::size_t MaxLines = std::size_t{16} * 1024 * 1024;
 
     /**
-     * Reads a file's lines and appends them to those held already.
-     * @param path  a file that is missing, cannot be read or is larger than MaxFileSize has no lines, and so has
-     *              what is no regular file.
+     * Reads a file's lines and appends them to those held already. A read error ends the lines as the end of the file
+     * does, and a file that grows meanwhile has those that were there when it was opened.
+     * @param path  a file that is missing, cannot be opened or is larger than MaxFileSize has no lines, and neither has
+     *              anything but a regular file. Opening and reading never wait.
      */
     void Open(const QString &path);
 

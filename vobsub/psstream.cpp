@@ -1,12 +1,13 @@
 #include "vobsub/psstream.h"
 
+#include "textio/regularfile.h"
 #include "vobsub/decoderstate.h"
 #include "vobsub/subtitledecoder.h"
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdio>
-#include <memory>
+#include <cstdint>
+#include <unistd.h>
 
 namespace
 {
@@ -50,9 +51,18 @@ bool StartsPacket(const unsigned char *p, std::ptrdiff_t left)
     return left > 4 && p[0] == 0 && p[1] == 0 && p[2] == 1;
 }
 
-struct FileCloser {
-    void operator()(FILE *file) const { (void)fclose(file); }
-};
+/** The file's first bytes, fewer where it ends or cannot be read. */
+int ReadBeginning(int descriptor, unsigned char *bytes, int count)
+{
+    int held = 0;
+    while (held < count) {
+        const std::int64_t got = ReadSome(descriptor, bytes + held, static_cast<std::size_t>(count - held));
+        if (got <= 0)
+            break;
+        held += static_cast<int>(got);
+    }
+    return held;
+}
 
 } // namespace
 
@@ -76,12 +86,13 @@ void TestVobSub()
     static const unsigned int palette[16] = {0x000000E1, 0x00E83F07, 0x00000000, 0x00FDFDFD, 0x0011EB10, 0x00EA12EB,
                                              0x00FAFF1A, 0x00095D76, 0x007C7C7C, 0x00E0E0E0, 0x007F6AEF, 0x0014BEF3,
                                              0x0000006C, 0x00F0B710, 0x000A48EA, 0x00730972};
-    const std::unique_ptr<FILE, FileCloser> file(fopen("vobsubtest.sub", "rb"));
-    if (!file)
+    const int descriptor = OpenRegularFile("vobsubtest.sub");
+    if (descriptor < 0)
         return;
     unsigned char bytes[4096] = {};
-    const size_t read = fread(bytes, 1, sizeof bytes, file.get());
+    const int held = ReadBeginning(descriptor, bytes, sizeof bytes);
+    close(descriptor);
     subtitle_init(palette, 720, 480);
-    DecodePSStream(bytes, static_cast<int>(read));
+    DecodePSStream(bytes, held);
     subtitle_release();
 }

@@ -13,21 +13,22 @@ bool SubFileReader::Fetch(const QString &path, std::uint32_t start, std::uint32_
 {
     const bool hadOne = m_bFetched;
     m_bFetched = m_bContinued = false;
-    QFile file(path);
-    if (!OpenRegularFile(file))
+    QFile file;
+    if (!OpenRegularFile(path, file))
         return false;
     FileState state;
     if (!ReadState(file.handle(), state))
         return false;
     bytes.clear();
     // By the size of the file, since memory is allocated for all that is asked for.
+    const std::int64_t size = ReadableSize(state.nSize, std::int64_t{start} + MaxLength);
     const std::int64_t wanted =
-        std::min(std::int64_t{std::min(length, MaxLength)}, state.nSize - static_cast<std::int64_t>(start));
+        std::min(std::int64_t{std::min(length, MaxLength)}, size - static_cast<std::int64_t>(start));
     if (wanted > 0) {
         if (!file.seek(start))
             return false;
-        // A file that became shorter brings what is left. Half of what a failing disk brings would pass for an entry
-        // without a picture, and show the one before.
+        // A short read at the end of the file is fine. One because of an I/O error is refused: a truncated entry would
+        // decode to nothing and leave the previous picture up.
         bytes = file.read(wanted);
         if (bytes.size() != wanted && file.error() != QFileDevice::NoError)
             return false;

@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace
 {
@@ -19,7 +20,8 @@ struct {
     std::string folder;
     Fault fault = Fault::None;
     long faultyCall = -1;
-    long calls = 0;
+    std::function<void(long)> act;
+    faultyio::Record record;
     std::array<bool, 1024> isWatched = {}; // by descriptor
 } state;
 
@@ -42,8 +44,14 @@ bool IsWatched(int descriptor)
 /** Counts a call; the fault that is to happen in it. */
 Fault NextFault()
 {
-    const long call = state.calls++;
-    const bool happens = state.fault == Fault::LastingError ? call >= state.faultyCall : call == state.faultyCall;
+    const long call = state.record.nCalls++;
+    if (state.act) {
+        const auto act = std::exchange(state.act, nullptr); // which may make such calls itself
+        act(call);
+        state.act = act;
+    }
+    const bool lasts = state.fault == Fault::LastingError || state.fault == Fault::WouldBlock;
+    const bool happens = lasts ? call >= state.faultyCall : call == state.faultyCall;
     return happens ? state.fault : Fault::None;
 }
 
@@ -63,6 +71,8 @@ int Open(Function *open, const char *path, int flags, mode_t mode)
     const bool isBelow = IsBelow(path);
     if (isBelow && Fails(ENFILE))
         return -1;
+    if (isBelow && (flags & (O_NONBLOCK | O_CLOEXEC)) != (O_NONBLOCK | O_CLOEXEC))
+        ++state.record.nCarelessOpens;
     const int descriptor = open(path, flags, mode);
     if (descriptor >= 0 && descriptor < static_cast<int>(state.isWatched.size()))
         state.isWatched[descriptor] = isBelow;
@@ -91,11 +101,18 @@ void Begin(const std::string &strFolder, Fault fault, long nCall)
     state.faultyCall = nCall;
 }
 
-long End()
+void Begin(const std::string &strFolder, const std::function<void(long)> &act)
 {
-    const long calls = state.calls;
     state = {};
-    return calls;
+    state.folder = strFolder;
+    state.act = act;
+}
+
+Record End()
+{
+    const Record record = state.record;
+    state = {};
+    return record;
 }
 
 } // namespace faultyio
@@ -137,6 +154,13 @@ ssize_t read(int descriptor, void *bytes, size_t count)
     static auto *const next = Next(&read, "read");
     if (!IsWatched(descriptor))
         return next(descriptor, bytes, count);
+    const auto read = [&](size_t some) {
+        static auto *const seek = Next(&lseek, "lseek");
+        const ssize_t got = next(descriptor, bytes, some);
+        state.record.nBytesRead += std::max<ssize_t>(got, 0);
+        state.record.nFurthest = std::max<long>(state.record.nFurthest, seek(descriptor, 0, SEEK_CUR));
+        return got;
+    };
     switch (NextFault()) {
     case Fault::Error:
     case Fault::LastingError:
@@ -145,12 +169,15 @@ ssize_t read(int descriptor, void *bytes, size_t count)
     case Fault::Interrupted:
         errno = EINTR;
         return -1;
+    case Fault::WouldBlock:
+        errno = EAGAIN;
+        return -1;
     case Fault::OneByte:
-        return next(descriptor, bytes, std::min<size_t>(count, 1));
+        return read(std::min<size_t>(count, 1));
     case Fault::Half:
-        return next(descriptor, bytes, (count + 1) / 2);
+        return read((count + 1) / 2);
     default:
-        return next(descriptor, bytes, count);
+        return read(count);
     }
 }
 

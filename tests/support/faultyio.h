@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 /**
@@ -16,12 +17,24 @@ enum class Fault {
     OneByte,      ///< a read brings one byte
     Half,         ///< a read brings half of what was asked for
     Interrupted,  ///< a read is interrupted by a signal
+    WouldBlock,   ///< a read and all that follow fail, as from a pseudo file that has nothing yet
 };
 
 /** Counts calls for files below @p strFolder from now on, and lets a fault happen in the @p nCall th, from 0. */
 void Begin(const std::string &strFolder, Fault fault = Fault::None, long nCall = -1);
 
-/** Lets no further fault happen. @return the number of calls. */
-long End();
+/** The same without a fault; before each call for those files, @p act gets its number and may do what it likes to them. */
+void Begin(const std::string &strFolder, const std::function<void(long)> &act);
+
+/** What happened since Begin(). */
+struct Record {
+    long nCalls = 0;
+    long nBytesRead = 0;
+    long nFurthest = 0;      ///< the end of the furthest read, as a position in its file
+    long nCarelessOpens = 0; ///< that could wait, or that leave the descriptor to programs started meanwhile
+};
+
+/** Lets no further fault happen. */
+Record End();
 
 } // namespace faultyio
