@@ -6,7 +6,9 @@ add_library(subtitle_objects OBJECT
   parsers/cueindex.cpp
   parsers/ffparser.cpp
   parsers/fieldreader.cpp
+  parsers/inputformats.cpp
   parsers/iparser.cpp
+  parsers/localfile.cpp
   parsers/parsermanager.cpp
   parsers/srtparser.cpp
   render/blendkernel.cpp

@@ -1,14 +1,12 @@
 #include "parsers/ffparser.h"
 
+#include "parsers/inputformats.h"
+#include "parsers/localfile.h"
 #include "parsers/wrapint.h"
 
-#include <QFileInfo>
-
-#include <algorithm>
-#include <array>
 #include <memory>
+#include <optional>
 #include <string>
-#include <string_view>
 
 extern "C" {
 #include <libavformat/avformat.h>
@@ -22,56 +20,57 @@ template QList<FFSubtitleItem>::~QList();
 namespace
 {
 
-/** Bytes of text after which no more is read of a file. */
-constexpr qint64 MaxTextSize = qint64{128} * 1024 * 1024;
-
 struct CloseInput {
     void operator()(AVFormatContext *input) const { avformat_close_input(&input); }
 };
 using InputPointer = std::unique_ptr<AVFormatContext, CloseInput>;
 
-/**
- * Formats that are not read. They follow what the file names, which may be itself, until the stack has ended, or a part that
- * is still to come, without end; and they open sockets.
- */
-constexpr std::array<std::string_view, 10> Followers = {"avisynth", "concat", "dash", "hls", "imf",
-                                                        "rtp",      "rtsp",   "sap",  "sdp", "vapoursynth"};
-
-/** Formats that FFmpeg reads whole when it opens them, into fifteen times their size. */
-constexpr std::array<std::string_view, 19> ReadAtOnce = {
-    "aqtitle", "ass", "jacosub", "lrc", "mcc",       "microdvd",   "mpl2",        "mpsub",   "pjs",   "realtext",
-    "sami",    "scc", "srt",     "stl", "subviewer", "subviewer1", "tedcaptions", "vplayer", "webvtt"};
-
-/** The names of all other formats. */
-std::string ReadableFormats(qint64 size)
+/** A file of its own, or, when the name is an address of another protocol, one that FFmpeg opens. */
+class Input
 {
-    std::string names;
-    void *position = nullptr;
-    while (const AVInputFormat *format = av_demuxer_iterate(&position)) {
-        const auto isIn = [&](const auto &list) {
-            return std::find(list.begin(), list.end(), format->name) != list.end();
-        };
-        if (!isIn(Followers) && (size <= MaxTextSize || !isIn(ReadAtOnce)))
-            names.append(names.empty() ? "" : ",").append(format->name);
+public:
+    /** @return false when it cannot be opened. */
+    bool Open(const QByteArray &name)
+    {
+        if (LocalFile::IsNamedBy(name.constData()))
+            m_file.emplace(name.constData());
+        const std::string formats = ReadableFormats(m_file ? m_file->Size() : 0);
+        AVFormatContext *input = avformat_alloc_context();
+        AVDictionary *options = nullptr;
+        bool isOpen = input && av_dict_set(&options, "format_whitelist", formats.c_str(), 0) >= 0;
+        // A file is open already, and its demuxer is to open no other.
+        if (m_file)
+            isOpen = isOpen && av_dict_set(&options, "protocol_whitelist", "", 0) >= 0 && m_file->Attach(*input);
+        if (!isOpen)
+            avformat_free_context(input);
+        else // which frees the context when it fails
+            isOpen = avformat_open_input(&input, name.constData(), nullptr, &options) >= 0;
+        av_dict_free(&options);
+        m_pInput.reset(isOpen ? input : nullptr);
+        return isOpen;
     }
-    return names;
-}
 
-/** Null when the file cannot be opened. */
-InputPointer OpenInput(const QString &path)
-{
-    // What is no file may be an address that FFmpeg knows.
-    const QFileInfo file(path);
-    if (file.exists() && !file.isFile())
-        return nullptr;
-    AVDictionary *options = nullptr;
-    av_dict_set(&options, "format_whitelist", ReadableFormats(file.size()).c_str(), 0);
-    AVFormatContext *input = nullptr;
-    if (avformat_open_input(&input, path.toUtf8().constData(), nullptr, &options) < 0)
-        input = nullptr;
-    av_dict_free(&options);
-    return InputPointer(input);
-}
+    /** @return false when nothing is known about any stream. */
+    bool FindStreams()
+    {
+        if (m_file)
+            m_file->BeginStreams();
+        return avformat_find_stream_info(m_pInput.get(), nullptr) >= 0;
+    }
+
+    /** From now on the whole file is read. */
+    void BeginPackets()
+    {
+        if (m_file)
+            m_file->BeginPackets();
+    }
+
+    AVFormatContext &Context() { return *m_pInput; }
+
+private:
+    std::optional<LocalFile> m_file; ///< freed after its user
+    InputPointer m_pInput;
+};
 
 struct FreePacket {
     void operator()(AVPacket *packet) const { av_packet_free(&packet); }
@@ -110,22 +109,25 @@ int FFParser::Open(const QString &path, int track)
 {
     m_listItems.clear();
     m_index = {};
-    const InputPointer input = OpenInput(path);
-    if (!input) {
+    Input input;
+    if (!input.Open(path.toUtf8())) {
         av_log(nullptr, AV_LOG_ERROR, "(%d): av_open_input_file x\n", 105);
         return 1;
     }
-    if (avformat_find_stream_info(input.get(), nullptr) < 0) {
+    if (!input.FindStreams()) {
         av_log(nullptr, AV_LOG_ERROR, "(%d): av_find_stream_info x\n", 101);
         return 1;
     }
-    const int chosen = ChooseStream(*input, track);
+    AVFormatContext &context = input.Context();
+    const int chosen = ChooseStream(context, track);
+    // Without a track, what is left of the file changes nothing, and the end comes where the search for streams ends.
+    if (chosen >= 0)
+        input.BeginPackets();
     const PacketPointer packet(av_packet_alloc());
     qint64 held = 0;
-    while (packet && m_listItems.size() < MaxCues && held < MaxTextSize &&
-           av_read_frame(input.get(), packet.get()) == 0) {
+    while (packet && m_listItems.size() < MaxCues && held < MaxTextSize && av_read_frame(&context, packet.get()) == 0) {
         if (packet->stream_index == chosen) {
-            m_listItems.append(ReadCue(*packet, input->streams[chosen]->time_base));
+            m_listItems.append(ReadCue(*packet, context.streams[chosen]->time_base));
             held += packet->size;
         }
         av_packet_unref(packet.get());

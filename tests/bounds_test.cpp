@@ -49,10 +49,23 @@ protected:
         return File(strName);
     }
 
-    std::string Zeros(const std::string &strName) const
+    std::string Link(const std::string &strTarget, const std::string &strName) const
     {
-        std::filesystem::create_symlink("/dev/zero", File(strName));
+        std::filesystem::create_symlink(strTarget, File(strName));
         return File(strName);
+    }
+
+    std::string Zeros(const std::string &strName) const { return Link("/dev/zero", strName); }
+
+    /** A regular file, as the kernel says, of no size, whose words for the pages of the address space take years to read. */
+    std::string Endless(const std::string &strName) const { return Link("/proc/self/pagemap", strName); }
+
+    /** A gibibyte of zeros after a beginning. */
+    std::string Gibibytes(const std::string &strName, const std::string &strBeginning = "") const
+    {
+        const std::string strFile = m_folder.Write(strName, strBeginning);
+        std::filesystem::resize_file(strFile, Gibibyte);
+        return strFile;
     }
 
     /** An index of two pictures. */
@@ -183,4 +196,35 @@ TEST_F(BoundsTest, PipeKeepsNobodyWaiting)
     std::filesystem::remove(File("pair.sub"));
     Pipe("pair.sub");
     EXPECT_EQ(Open(Nothing, strIndex), "opened: 0\n1500: nothing\n");
+}
+
+TEST_F(BoundsTest, PseudoFileWithoutAnEndCountsAsOneBeyondTheBound)
+{
+    // 128 MiB, in a list that doubles once more.
+    constexpr int Enough = 3 * 128 + Nothing;
+    EXPECT_EQ(Open(Enough, Endless("a.srt")), "opened: 0\n1500: nothing\n");
+    EXPECT_EQ(Open(Enough, Endless("a.ass")), "opened: 0\n1500: nothing\n");
+    EXPECT_EQ(Open(Enough, Endless("a.idx")), "opened: -1\n1500: nothing\n");
+    EXPECT_EQ(Open(-64, Endless("a.m4v")), "opened: 0\n1500: nothing\nmemory: enough\n");
+    EXPECT_EQ(Open(-64, "file:" + Endless("b.m4v")), "opened: 0\n1500: nothing\nmemory: enough\n");
+    const std::string strIndex = Pair().Write(m_folder);
+    std::filesystem::remove(File("pair.sub"));
+    Endless("pair.sub");
+    EXPECT_EQ(Open(Nothing, strIndex), "opened: 0\n1500: nothing\n");
+}
+
+TEST_F(BoundsTest, FileOfOtherMediaIsNotHeldInMemory)
+{
+    for (const char *pExtension : {"m4v",  "h264", "hevc", "mp3", "ac3", "mp2", "dts", "aac", "vc1", "ipu",
+                                   "avs2", "idf",  "mlp",  "png", "jpg", "bin", "mkv", "ts",  "mpg", "vob"})
+        EXPECT_EQ(Open(-64, Gibibytes(std::string("a.") + pExtension)), "opened: 0\n1500: nothing\nmemory: enough\n")
+            << pExtension;
+    EXPECT_EQ(Open(-64, Gibibytes("a")), "opened: 0\n1500: nothing\nmemory: enough\n");
+}
+
+TEST_F(BoundsTest, HeaderOfASoundFileIsNotSearchedForToItsEnd)
+{
+    // Each eight zeros are a chunk of the file, which once took a minute and a half.
+    const std::string strHead("RIFF\0\0\0@WAVEfmt \20\0\0\0\1\0\1\0@\37\0\0@\37\0\0\1\0\10\0data\4\0\0\0abcd", 48);
+    EXPECT_EQ(Open(-64, Gibibytes("a.wav", strHead)), "opened: 0\n1500: nothing\nmemory: enough\n");
 }

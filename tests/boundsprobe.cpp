@@ -1,5 +1,7 @@
 // A host that may take only so much memory: opens a file, shows frames and tells what it saw. For bounds_test.
 // usage: boundsprobe MEBIBYTES FILE [MILLISECONDS]...
+// A negative number limits nothing, and the probe says at the end whether that much was enough: FFmpeg does without memory
+// that it does not get.
 #include "libsubtitle.h"
 
 #include <algorithm>
@@ -30,6 +32,14 @@ bool LimitMemory(rlim_t nMebibytes)
     return bRead && setrlimit(RLIMIT_AS, &limit) == 0;
 }
 
+/** The most that the process ever had in memory. */
+long PeakMebibytes()
+{
+    rusage usage = {};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss >> 10;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -43,8 +53,10 @@ int main(int argc, char **argv)
     AVPicture bitmap = {};
     void *pHandle = CreateVideoSubtitle(Width, Height);
     TextToBmp(pHandle, "Fonts are loaded once", &bitmap, box);
-    if (!LimitMemory(std::strtoul(argv[1], nullptr, 10)))
+    const long nMebibytes = std::strtol(argv[1], nullptr, 10);
+    if (nMebibytes >= 0 && !LimitMemory(static_cast<rlim_t>(nMebibytes)))
         return 2;
+    const long nBefore = PeakMebibytes();
 
     std::printf("opened: %d\n", SetSubtitleFile(pHandle, argv[2], 0));
     for (int n = 3; n < argc; ++n) {
@@ -55,5 +67,7 @@ int main(int argc, char **argv)
         std::printf("%s: %s\n", argv[n], bShown ? "shown" : "nothing");
     }
     DestroyVideoSubtitle(pHandle);
+    if (nMebibytes < 0)
+        std::printf("memory: %s\n", PeakMebibytes() - nBefore <= -nMebibytes ? "enough" : "not enough");
     return 0;
 }
