@@ -144,12 +144,14 @@ void DestroyVideoSubtitle(void *handle);
  * The name's extension, in either case, tells the format: "srt" is read as SubRip text, "ass" and "ssa" as a script,
  * "idx" as the index of DVD bitmap subtitles, whose pictures are in the file beside it that has the same name but "sub"
  * for its last three characters, and a file with any other or none is opened with FFmpeg's demuxers, whose packets are
- * taken as UTF-8 text as they are stored. A script, an index or a SubRip file that starts with a byte-order mark is
- * read as UTF-8 or UTF-16, any other in the 8-bit encoding of the locale. (The first UTF-16 file of a process decides on
- * the byte order: one of the other byte order opened later, on any handle, is read with its bytes exchanged, and shows
- * nothing.) A text file or container that is missing,
- * cannot be read or has no such track counts as one without subtitles, not as a failure; an index is refused for that,
- * and when the size of its pictures is missing or has a side above 4096 pixels. docs/formats.md tells more.
+ * taken as UTF-8 text as they are stored. Anything but a regular file, as a pipe, counts as missing, and nothing waits
+ * for it; an address with another protocol than "file:" is left to FFmpeg, and may wait. A script, an index or a SubRip
+ * file that starts with a byte-order mark is read as UTF-8 or UTF-16, any other in the 8-bit encoding of the locale. (The
+ * first UTF-16 file of a process decides on the byte order: one of the other byte order opened later, on any handle, is
+ * read with its bytes exchanged, and shows nothing.) A read error ends a file as its end does, and a file that grows
+ * meanwhile is read up to the size that it had when it was opened. A text file or container that is missing, cannot be
+ * opened or has no such track counts as one without subtitles, not as a failure; an index is refused for that, and when
+ * the size of its pictures is missing or has a side above 4096 pixels. docs/formats.md tells more.
  *
  * @param handle  the renderer.
  * @param path   the file's name in the encoding of the locale; null or "" is refused, and keeps the earlier file.
@@ -159,7 +161,8 @@ void DestroyVideoSubtitle(void *handle);
  * @return 0 when the file was opened; -1 when it was refused; -1, with no file open and no subtitle on display, when
  *         there is no memory for it.
  *
- * Threads: waits for other threads that use the handle, but see TextToBmp(). Frames on other threads wait until the file is read.
+ * Threads: waits for other threads that use the handle, but see TextToBmp(). Frames on other threads wait until the file
+ * is read.
  */
 int SetSubtitleFile(void *handle, const char *path, int track);
 

@@ -1,5 +1,6 @@
 // Opens files of four sizes, each twice the one before, of every kind of content that could take more than its share of
-// time, and prints the time for each byte. Fails where that is over 4 times as much at the last size as at the first.
+// time, and prints the time for each byte. Fails where that is over 4 times as much at the last size as at the first, and
+// where a file without subtitles takes over 100 MB of memory.
 // usage: growth [--quick] [KIND]
 //   --quick  an eighth of the sizes
 //   KIND     only those whose names begin so
@@ -28,9 +29,10 @@ namespace
 
 constexpr long Items = 125000;
 constexpr long Bytes = 12500000;
-constexpr double MaxRatio = 4;      ///< what grows with the square takes 8 times as much
-constexpr double LittleTime = 5e-9; ///< so much for a byte may be caches that no longer hold the file
-constexpr double MaxSeconds = 10;   ///< beyond, no greater size is tried: it may take four times as long
+constexpr double MaxRatio = 4;       ///< what grows with the square takes 8 times as much
+constexpr double LittleTime = 5e-9;  ///< so much for a byte may be caches that no longer hold the file
+constexpr double MaxSeconds = 10;    ///< beyond, no greater size is tried: it may take four times as long
+constexpr double MostMemory = 100e6; ///< for files without subtitles; those of the last size have as much themselves
 const char *const SrtTime = "00:00:01,000 --> 00:00:02,000\n";
 const char *const Event = "Dialogue: 0,0:00:01.00,0:00:02.00,Default,,0,0,0,,";
 const char *const IndexHead = "size: 720x576\nid: en, index: 0\n";
@@ -39,6 +41,7 @@ struct Kind {
     std::string strName; ///< its extension behind the last '.'
     long nSmallest;
     std::function<std::string(long)> make;
+    double mostMemory = 1e12; ///< in bytes, whatever the size
 };
 
 /** All cues' times are below 100 hours, as the usual form of a stamp asks for. */
@@ -172,6 +175,19 @@ std::vector<Kind> LineKinds()
     };
 }
 
+/** Files that hold no subtitles, in which FFmpeg looks for a picture, a frame of sound or the next part of a header. */
+std::vector<Kind> MediaKinds()
+{
+    const std::string strZero(1, '\0');
+    const std::string strWave("RIFF\0\0\0@WAVEfmt \20\0\0\0\1\0\1\0@\37\0\0@\37\0\0\1\0\10\0data\4\0\0\0abcd", 48);
+    std::vector<Kind> kinds = {OneLine("zeros-after-header.wav", strWave, strZero)};
+    for (const char *pExtension : {"aac", "ac3", "bin", "bit", "dts", "h264", "hevc", "ifv", "m4v", "mp3", "ts"})
+        kinds.push_back(OneLine(std::string("zeros.") + pExtension, "", strZero));
+    for (Kind &kind : kinds)
+        kind.mostMemory = MostMemory;
+    return kinds;
+}
+
 /** Written by FFmpeg, not as text. */
 void WriteMatroska(const std::string &strPath, long nCount)
 {
@@ -232,6 +248,7 @@ bool Measure(const Kind &kind, long nDivisor)
     double first = 0;
     double last = 0;
     double memory = 0;
+    bool bBounded = true;
     const std::size_t dot = kind.strName.rfind('.');
     for (int nDoublings = 0; nDoublings < 4; ++nDoublings) {
         const TemporaryFolder folder;
@@ -247,6 +264,7 @@ bool Measure(const Kind &kind, long nDivisor)
             cost.seconds = std::min(cost.seconds, Open(strPath).seconds);
         last = cost.seconds / size;
         memory = cost.bytes / size;
+        bBounded = bBounded && cost.bytes <= kind.mostMemory;
         first = nDoublings == 0 ? last : first;
         std::printf(" %8.2f", last * 1e9);
         (void)std::fflush(stdout);
@@ -254,8 +272,9 @@ bool Measure(const Kind &kind, long nDivisor)
             break;
     }
     const bool bGood = last < std::max(first * MaxRatio, LittleTime);
-    std::printf("  %5.2f  %5.1f%s\n", last / first, memory, bGood ? "" : "  grows too fast");
-    return bGood;
+    std::printf("  %5.2f  %5.1f%s%s\n", last / first, memory, bGood ? "" : "  grows too fast",
+                bBounded ? "" : "  takes too much memory");
+    return bGood && bBounded;
 }
 
 } // namespace
@@ -266,8 +285,8 @@ try {
     const std::string strOnly = argc > 1 + bQuick ? argv[1 + bQuick] : "";
     av_log_set_level(AV_LOG_QUIET);
     std::vector<Kind> kinds = CueKinds();
-    for (const Kind &kind : LineKinds())
-        kinds.push_back(kind);
+    for (const std::vector<Kind> &more : {LineKinds(), MediaKinds()})
+        kinds.insert(kinds.end(), more.begin(), more.end());
     kinds.push_back({"matroska-by-FFmpeg.mkv", Items, nullptr});
 
     std::printf("%-30s %35s  %5s  %5s\n", "", "ns a byte at sizes 1, 2, 4 and 8", "ratio", "bytes of memory a byte");

@@ -7,6 +7,7 @@
 #include "support/vobsubpair.h"
 
 #include <gtest/gtest.h>
+#include <sstream>
 #include <sys/stat.h>
 
 namespace
@@ -66,6 +67,30 @@ protected:
         const std::string strFile = m_folder.Write(strName, strBeginning);
         std::filesystem::resize_file(strFile, Gibibyte);
         return strFile;
+    }
+
+    /** What FFmpeg's muxer of transport streams writes for one packet in each of the streams. */
+    std::string TransportStream(const std::vector<std::string> &listCodecs) const
+    {
+        std::vector<MuxedPacket> packets;
+        for (std::size_t n = 0; n < listCodecs.size(); ++n)
+            packets.push_back({static_cast<int>(n), 1000, 40, std::string("\0\0\1\xB6packet", 10)});
+        MuxSubtitles(File("part.ts"), listCodecs, packets);
+        std::ostringstream bytes;
+        bytes << std::ifstream(File("part.ts"), std::ios::binary).rdbuf();
+        return bytes.str();
+    }
+
+    /** Packets of a transport stream with zeros for the stream of that number. */
+    static std::string TransportPackets(int nStream, std::size_t nCount)
+    {
+        std::string strPackets;
+        for (std::size_t n = 0; n < nCount; ++n) {
+            strPackets += {'G', static_cast<char>(nStream >> 8), static_cast<char>(nStream),
+                           static_cast<char>(0x10 | (n + 1) % 16)};
+            strPackets.append(184, '\0');
+        }
+        return strPackets;
     }
 
     /** An index of two pictures. */
@@ -227,4 +252,14 @@ TEST_F(BoundsTest, HeaderOfASoundFileIsNotSearchedForToItsEnd)
     // Each eight zeros are a chunk of the file, which once took a minute and a half.
     const std::string strHead("RIFF\0\0\0@WAVEfmt \20\0\0\0\1\0\1\0@\37\0\0@\37\0\0\1\0\10\0data\4\0\0\0abcd", 48);
     EXPECT_EQ(Open(-64, Gibibytes("a.wav", strHead)), "opened: 0\n1500: nothing\nmemory: enough\n");
+}
+
+TEST_F(BoundsTest, StreamThatTurnsUpLaterIsNotHeldInMemory)
+{
+    // Without a picture in it, FFmpeg's parser would hold all of the video.
+    constexpr std::size_t PacketsOfMebibyte = (1 << 20) / 188;
+    const std::string strFile = m_folder.Write(
+        "a.ts", TransportStream({"dvb_subtitle"}) + TransportPackets(0x1FFF, 17 * PacketsOfMebibyte) +
+                    TransportStream({"dvb_subtitle", "mpeg4"}) + TransportPackets(0x101, 100 * PacketsOfMebibyte));
+    EXPECT_EQ(Open(-64, strFile), "opened: 0\n1500: nothing\nmemory: enough\n");
 }

@@ -358,3 +358,36 @@ TEST_F(FFParserTest, ReadsNoFurtherThanTheTextOfHonestFilesGoes)
     EXPECT_EQ(m_parser.GetSubtitle(4000).size(), 33 << 20);
     EXPECT_EQ(m_parser.GetSubtitle(5000), QString());
 }
+
+TEST_F(FFParserTest, AddressOfALocalFileFollowsItsRules)
+{
+    MuxSubtitles(File("a.mkv"), {"subrip"}, {{0, 1000, 500, "text"}});
+    EXPECT_EQ(Open("file:" + File("a.mkv")), ReadToTheEnd);
+    EXPECT_EQ(At(1200), "text");
+    EXPECT_EQ(Open("file://" + File("a.mkv")), ReadToTheEnd);
+    EXPECT_EQ(At(1200), "text");
+    EXPECT_EQ(Open("file:" + File("missing.mkv")), OpenFailed);
+    ASSERT_EQ(mkfifo(File("pipe.mkv").c_str(), 0600), 0);
+    EXPECT_EQ(Open("file:" + File("pipe.mkv")), OpenFailed);
+}
+
+TEST_F(FFParserTest, TrackIsReadBeyondTheSearchForStreams)
+{
+    std::vector<MuxedPacket> packets = {{0, 1000, 500, "first"}};
+    for (int i = 0; i < 8192; ++i)
+        packets.push_back({1, 1000 + i, 1, std::string(4096, 'x')});
+    packets.push_back({0, 10000, 500, "last"});
+    MuxSubtitles(File("a.mkv"), {"subrip", "mpeg4"}, packets);
+    EXPECT_EQ(Open(File("a.mkv")), ReadToTheEnd);
+    EXPECT_EQ(At(1200), "first");
+    EXPECT_EQ(At(10200), "last");
+}
+
+TEST_F(FFParserTest, NoOtherFileIsOpenedForOne)
+{
+    // FFmpeg's demuxer of an index opens the pictures beside it, which may be a pipe.
+    const std::string path = m_folder.Write(
+        "a.txt", "# VobSub index file, v7\nsize: 720x576\nid: en, index: 0\ntimestamp: 00:00:01:000, filepos: 0\n");
+    ASSERT_EQ(mkfifo(File("a.sub").c_str(), 0600), 0);
+    EXPECT_EQ(Open(path), OpenFailed);
+}

@@ -24,7 +24,8 @@ void DecodePSStream(unsigned char *buf, int len);
 
 /**
  * Tries the decoder on the first 4096 bytes of the file "vobsubtest.sub" in the current folder, and does nothing when
- * there is none. Sets up the decoder and releases it, so not while a renderer has a VobSub file open.
+ * there is none; anything but a regular file counts as none, and is not waited for. Sets up the decoder and releases it,
+ * so not while a renderer has a VobSub file open.
  */
 void TestVobSub(void);
 
