@@ -1,6 +1,6 @@
 // Opens files of four sizes, each twice the one before, of every kind of content that could take more than its share of
 // time, and prints the time for each byte. Fails where that is over 4 times as much at the last size as at the first, and
-// where a file without subtitles takes over 100 MB of memory.
+// where a file without subtitles takes over 150 MB of memory.
 // usage: growth [--quick] [KIND]
 //   --quick  an eighth of the sizes
 //   KIND     only those whose names begin so
@@ -32,7 +32,7 @@ constexpr long Bytes = 12500000;
 constexpr double MaxRatio = 4;       ///< what grows with the square takes 8 times as much
 constexpr double LittleTime = 5e-9;  ///< so much for a byte may be caches that no longer hold the file
 constexpr double MaxSeconds = 10;    ///< beyond, no greater size is tried: it may take four times as long
-constexpr double MostMemory = 100e6; ///< for files without subtitles; those of the last size have as much themselves
+constexpr double MostMemory = 100e6; ///< for files without subtitles; what they take does not grow with them
 const char *const SrtTime = "00:00:01,000 --> 00:00:02,000\n";
 const char *const Event = "Dialogue: 0,0:00:01.00,0:00:02.00,Default,,0,0,0,,";
 const char *const IndexHead = "size: 720x576\nid: en, index: 0\n";
