@@ -37,6 +37,7 @@ add_library(subtitle_objects OBJECT
   vobsub/hostsymbol.cpp
   vobsub/psstream.cpp
   vobsub/rleoutput.cpp
+  vobsub/rowscaler.cpp
   vobsub/saveddecoder.cpp
   vobsub/subfilereader.cpp
   vobsub/subparser.cpp

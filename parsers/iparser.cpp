@@ -13,3 +13,8 @@ QImage IParser::TextToImage(const QString & /*key*/, QRect & /*rect*/)
 {
     return {};
 }
+
+RowRange IParser::VisibleRows()
+{
+    return RowRange::All();
+}

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "parsers/rowrange.h"
+
 #include <QImage>
 #include <QRect>
 #include <QString>
@@ -39,4 +41,7 @@ public:
      * @return a null image when there is no picture.
      */
     virtual QImage TextToImage(const QString &key, QRect &rect);
+
+    /** Rows of the last picture; all others are transparent. */
+    virtual RowRange VisibleRows();
 };

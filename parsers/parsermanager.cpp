@@ -66,3 +66,8 @@ QImage ParserManager::TextToImage(const QString &key, QRect &rect)
 {
     return m_pParser ? m_pParser->TextToImage(key, rect) : QImage();
 }
+
+RowRange ParserManager::VisibleRows()
+{
+    return m_pParser ? m_pParser->VisibleRows() : RowRange::All();
+}

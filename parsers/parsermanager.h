@@ -33,6 +33,9 @@ public:
     /** A null image, and @p rect untouched, without a parser. */
     QImage TextToImage(const QString &key, QRect &rect);
 
+    /** Rows of the last picture; all others are transparent. All rows without a parser. */
+    RowRange VisibleRows();
+
 private:
     IParser *m_pParser = nullptr;
 };

@@ -257,12 +257,14 @@ void VideoSubtitle::Rebuild()
         return;
     }
     QRect rect;
+    *m_pImage = QImage(); // so that the parser may use its memory again
     *m_pImage = m_parserManager.TextToImage(m_strSubtitle, rect);
     m_bInk = false;
     m_nSubX = 0;
     m_nSubY = rect.top();
     m_nSubWidth = m_pImage->width();
     m_nSubHeight = rect.height();
+    m_rowsVisible = m_parserManager.VisibleRows();
 }
 
 void VideoSubtitle::ProcessWatermarkFrame(AVPicture *frame)
@@ -270,8 +272,10 @@ void VideoSubtitle::ProcessWatermarkFrame(AVPicture *frame)
     if (!frame->data[0])
         return;
     if (!m_bInk)
-        m_compositor.SetImage(*m_pImage, QRect(m_nSubX, m_nSubY, m_nSubWidth, m_nSubHeight), m_nVideoWidth,
-                              m_nVideoHeight);
+        m_compositor.SetImage(*m_pImage,
+                              QRect(m_nSubX, m_nSubY, m_nSubWidth, m_nSubHeight) &
+                                  QRect(m_nSubX, m_rowsVisible.nFirst, m_nSubWidth, m_rowsVisible.nCount),
+                              m_nVideoWidth, m_nVideoHeight);
     m_compositor.Blend(frame->data[0], frame->linesize[0],
                        {FrameOffset(m_nVideoHeight, m_nLogoPos, m_nAnchorOffset), m_nAlpha});
 }
@@ -317,6 +321,7 @@ void VideoSubtitle::TextToBmp(const QString &text)
     m_nSubY = m_painted.rcText.top();
     m_nSubWidth = m_painted.rcText.width();
     m_nSubHeight = m_painted.rcText.height();
+    m_rowsVisible = RowRange::All();
     // An image of the frame's size costs more than the text in it, so there is one only where someone reads it.
     *m_pImage = m_painted.image;
     m_bInk = m_painted.ink.has_value();

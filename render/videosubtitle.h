@@ -101,6 +101,7 @@ private:
     std::unique_ptr<TextPainter> m_pNextPainter; ///< has loaded the font, for the next text
     std::unique_ptr<TextPainter> m_pTextPainter;
     PaintedText m_painted;
-    bool m_bInk = false; ///< the compositor has the text's ink, and m_pImage is null
+    RowRange m_rowsVisible = RowRange::All(); ///< in all others the image has no visible pixel
+    bool m_bInk = false;                      ///< the compositor has the text's ink, and m_pImage is null
     Compositor m_compositor;
 };

@@ -8,6 +8,7 @@ extern "C" {
 
 #include <algorithm>
 #include <atomic>
+#include <random>
 
 namespace
 {
@@ -110,6 +111,39 @@ TEST_F(SubImageTest, OddCanvasesAreScaledAsTheScalerDoesIt)
         for (const auto &[nVideoWidth, nVideoHeight] : {std::pair(320, 180), {51, 77}, {36, 30}}) {
             m_parser.SetVideoSize(nVideoWidth, nVideoHeight);
             EXPECT_TRUE(Picture(0) == Scaled(canvas, nVideoWidth, nVideoHeight)) << nWidth << 'x' << nHeight;
+        }
+    }
+}
+
+TEST_F(SubImageTest, PicturesInAnyRowsAreScaledAsTheScalerDoesIt)
+{
+    std::mt19937 random(7);
+    const auto below = [&](int nEnd) { return static_cast<int>(random() % static_cast<unsigned>(nEnd)); };
+    for (int n = 0; n < 150; ++n) {
+        const int nWidth = 8 + below(60);
+        const int nHeight = 8 + below(90);
+        std::vector<PictureUnit> listUnits;
+        std::vector<VobSubEntry> listEntries;
+        for (int nStart = 1000; nStart <= 3000; nStart += 1000) {
+            const int nTop = below(nHeight - 4);
+            listUnits.push_back(Shapes(below(4), nTop, 1 + below(nWidth - 4), 1 + below(nHeight - nTop)));
+            if (n % 5 == 0)
+                listUnits.back().nContrasts = 0; // nothing to be seen, and luma for the pictures to come
+            listEntries.push_back({nStart, listUnits.back().Encode(), {}});
+        }
+        const VobSubPair pair(nWidth, nHeight, listEntries);
+        Open(pair);
+        const int nVideoWidth = 1 + below(150);
+        const int nVideoHeight = n % 3 == 0 ? 1 + below(nHeight) : nHeight + below(150);
+        m_parser.SetVideoSize(nVideoWidth, nVideoHeight);
+        PlainCanvas canvas(nWidth, nHeight);
+        for (int nEntry = 0; nEntry < 3; ++nEntry) {
+            const Bytes expected = Scaled(canvas.Draw(listUnits[nEntry], pair.palette), nVideoWidth, nVideoHeight);
+            EXPECT_TRUE(Picture(nEntry) == expected) << n << ": " << nVideoWidth << 'x' << nVideoHeight;
+            const RowRange rows = m_parser.VisibleRows();
+            for (std::size_t i = 3; i < expected.size(); i += 4) {
+                EXPECT_TRUE(expected[i] == 0 || rows.Contains(static_cast<int>(i / 4) / nVideoWidth));
+            }
         }
     }
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "parsers/rowrange.h"
 #include "vobsub/subtitledecoder.h"
 
 #include <bitset>
@@ -28,6 +29,7 @@ struct decoder_state {
     subtitle_canvas canvas;
     int width; ///< of the canvas
     int height;
+    std::bitset<SUBTITLE_MAX_SIDE> touched_rows; ///< those that are not as subtitle_init() made them
 
     // The picture being written: its area on the canvas, and where the writer is in it.
     unsigned char color[4];
@@ -69,6 +71,12 @@ void Free_Canvas(const subtitle_canvas &canvas);
 
 /** Whether subtitle_init() was called, and not subtitle_release() since. */
 bool subtitle_is_set_up();
+
+/** From the first touched row to the last. */
+RowRange Touched_Rows();
+
+/** From the first row with a visible pixel to the last. */
+RowRange Visible_Rows();
 
 /** Takes the area of the picture being written away, so that nothing is written until the next one begins. */
 void Clear_Area();

@@ -35,7 +35,8 @@ void ClearAlpha()
 
 void FillRun(int64_t run, unsigned int pixel)
 {
-    decoder.written_rows[decoder.subt_org_y + decoder.subt_y] = true;
+    const int row = decoder.subt_org_y + decoder.subt_y;
+    decoder.written_rows[row] = decoder.touched_rows[row] = true;
     const palette_entry entry = decoder.sub_pal[decoder.color[pixel]];
     memset(decoder.canvas.plane[0] + decoder.subt_add, entry.y, run);
     memset(decoder.canvas.plane[1] + decoder.subt_add, entry.u, run);

@@ -16,6 +16,8 @@ extern "C" {
 #include <libswscale/swscale.h>
 }
 
+#include <cstdlib>
+#include <cstring>
 #include <mutex>
 #include <utility>
 
@@ -277,38 +279,57 @@ bool SubParser::MakeScaler()
     return m_pImageBuffer;
 }
 
+/** Where the canvas is as it was made, luma and alpha are 0, and so they are scaled. The picture has no chroma. */
 bool SubParser::ScaleCanvas()
 {
     SubtitlePlanes planes = {};
     subtitle_write(&planes);
-    // The scaler reads four of each, whatever the format.
-    const int fromStrides[4] = {m_nSubWidth};
-    const int toStrides[4] = {m_nVideoWidth};
-    unsigned char *to[4] = {m_pImageBuffer};
-    // The picture has no chroma.
-    for (const unsigned char *plane : {planes.plane[0], planes.plane[3]}) {
-        if (!plane)
-            return false;
-        const unsigned char *const from[4] = {plane};
-        if (sws_scale(m_pSwsContext, from, fromStrides, 0, m_nSubHeight, to, toStrides) < 0)
-            return false;
-        to[0] += m_nImageBuffer / 2;
-    }
-    return true;
+    if (!planes.plane[0])
+        return false;
+    m_rowsLuma = ScaledRows(Touched_Rows(), m_nSubHeight, m_nVideoHeight);
+    m_rowsAlpha = ScaledRows(Visible_Rows(), m_nSubHeight, m_nVideoHeight);
+    const auto scale = [&](unsigned char *from, unsigned char *to, const RowRange &rows) {
+        return ScaleRows(m_pSwsContext, {from, m_nSubWidth, m_nSubHeight}, {to, m_nVideoWidth, m_nVideoHeight}, rows);
+    };
+    return scale(planes.plane[0], m_pImageBuffer, m_rowsLuma) &&
+           scale(planes.plane[3], m_pImageBuffer + m_nImageBuffer / 2, m_rowsAlpha);
 }
 
-QImage SubParser::MakeImage() const
+/** Makes the image transparent black, or keeps it and clears it where nobody else holds it; false without memory. */
+bool SubParser::ClearImage()
 {
-    QImage image(m_nVideoWidth, m_nVideoHeight, QImage::Format_RGB32);
-    if (image.isNull())
-        return image;
-    const std::size_t pixels = m_nImageBuffer / 2;
-    const unsigned char *luma = m_pImageBuffer;
-    const unsigned char *alpha = m_pImageBuffer + pixels;
-    unsigned char *pixel = image.bits();
-    for (std::size_t i = 0; i < pixels; ++i, pixel += 4) {
-        pixel[0] = pixel[1] = pixel[2] = luma[i];
-        pixel[3] = alpha[i];
+    const std::size_t width = m_nVideoWidth;
+    if (m_image.isDetached() && m_image.size() == QSize(m_nVideoWidth, m_nVideoHeight)) {
+        std::memset(m_image.scanLine(m_rowsImage.nFirst), 0, m_rowsImage.nCount * width * 4);
+        return true;
     }
-    return image;
+    void *bytes = std::calloc(width * m_nVideoHeight, 4);
+    if (!bytes)
+        return false;
+    m_image =
+        QImage(static_cast<uchar *>(bytes), m_nVideoWidth, m_nVideoHeight, QImage::Format_RGB32, std::free, bytes);
+    if (m_image.isNull())
+        std::free(bytes);
+    return !m_image.isNull();
+}
+
+QImage SubParser::MakeImage()
+{
+    if (!ClearImage())
+        return QImage();
+    m_rowsImage = m_rowsLuma;
+    for (int row = m_rowsLuma.nFirst; row < m_rowsLuma.End(); ++row) {
+        auto *pixels = reinterpret_cast<std::uint32_t *>(m_image.scanLine(row));
+        const unsigned char *luma = m_pImageBuffer + static_cast<std::size_t>(row) * m_nVideoWidth;
+        const unsigned char *alpha = luma + m_nImageBuffer / 2;
+        const bool hasAlpha = m_rowsAlpha.Contains(row);
+        for (int i = 0; i < m_nVideoWidth; ++i)
+            pixels[i] = luma[i] * std::uint32_t{0x010101} | (hasAlpha ? std::uint32_t{alpha[i]} << 24 : 0);
+    }
+    return m_image;
+}
+
+RowRange SubParser::VisibleRows()
+{
+    return m_rowsAlpha;
 }

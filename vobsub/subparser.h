@@ -2,6 +2,7 @@
 
 #include "parsers/cueindex.h"
 #include "parsers/iparser.h"
+#include "vobsub/rowscaler.h"
 #include "vobsub/subfilereader.h"
 
 #include <QList>
@@ -59,6 +60,8 @@ public:
      */
     QImage TextToImage(const QString &key, QRect &rect) override;
 
+    RowRange VisibleRows() override;
+
 private:
     friend class SubParserPeer; // through which tests look inside
 
@@ -69,7 +72,8 @@ private:
     void TakeDecoder();
     bool MakeScaler();
     bool ScaleCanvas();
-    QImage MakeImage() const;
+    bool ClearImage();
+    QImage MakeImage();
 
     QList<VobSubtitleItem> m_listItems; ///< in file order
     int m_nVideoWidth = 0;
@@ -81,6 +85,10 @@ private:
     SwsContext *m_pSwsContext = nullptr;
     unsigned char *m_pImageBuffer = nullptr; ///< two scaled planes, luma and alpha
     std::size_t m_nImageBuffer = 0;          ///< its size in bytes
+    RowRange m_rowsLuma;                     ///< of the scaled planes those that are scaled; the others are 0
+    RowRange m_rowsAlpha;                    ///< never beyond those of luma
+    QImage m_image;                          ///< the last picture
+    RowRange m_rowsImage;                    ///< outside them it is transparent black
     CueIndex m_index;
     SubFileReader m_reader;
     std::unique_ptr<saved_decoder> m_pDecoder; ///< while another parser uses the decoder

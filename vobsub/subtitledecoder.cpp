@@ -194,6 +194,31 @@ int Canvas_Size()
     return decoder.width * decoder.height;
 }
 
+RowRange Touched_Rows()
+{
+    int first = 0;
+    while (first < decoder.height && !decoder.touched_rows[first])
+        ++first;
+    int end = decoder.height;
+    while (end > first && !decoder.touched_rows[end - 1])
+        --end;
+    return {first, end - first};
+}
+
+RowRange Visible_Rows()
+{
+    const auto isVisible = [](int row) {
+        const unsigned char *alpha = decoder.canvas.plane[3] + static_cast<int64_t>(row) * decoder.width;
+        return alpha[0] != 0 || memcmp(alpha, alpha + 1, decoder.width - 1) != 0;
+    };
+    RowRange rows = Touched_Rows();
+    for (; rows.nCount > 0 && !isVisible(rows.nFirst); --rows.nCount)
+        ++rows.nFirst;
+    while (rows.nCount > 0 && !isVisible(rows.End() - 1))
+        --rows.nCount;
+    return rows;
+}
+
 void Free_Canvas(const subtitle_canvas &canvas)
 {
     free(canvas.plane[0]);
@@ -235,6 +260,7 @@ int subtitle_init(const unsigned int *palette, int width, int height)
         decoder.canvas.out[0] = decoder.canvas.out[1] = decoder.canvas.out[2] = nullptr;
         decoder.width = decoder.height = 0;
     }
+    decoder.touched_rows.reset();
     decoder.Rdptr = decoder.Rdbfr;
     subtitle_drop_input();
     Clear_Area();

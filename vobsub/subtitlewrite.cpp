@@ -69,6 +69,7 @@ void subtitle_write_x(SubtitlePlanes *out)
         for (int row = decoder.canvas.top; row <= bottom; ++row)
             PlaceRow(row, (row - decoder.canvas.top) % 2 == 0, settings.format, to);
 
+        decoder.touched_rows.set();
         unsigned char *packed = decoder.canvas.plane[0];
         for (int i = 0; i < size; ++i)
             for (const unsigned char *plane : decoder.canvas.out)

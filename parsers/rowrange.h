@@ -1,0 +1,13 @@
+#pragma once
+
+#include <limits>
+
+/** Rows of a picture, from nFirst on. */
+struct RowRange {
+    int nFirst = 0;
+    int nCount = 0;
+
+    int End() const { return nFirst + nCount; }
+    static RowRange All() { return {0, std::numeric_limits<int>::max()}; }
+    bool Contains(int row) const { return row >= nFirst && row < End(); }
+};
