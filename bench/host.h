@@ -140,6 +140,7 @@ constexpr int ChangeCount = 200;
 
 inline void Changes(benchmark::internal::Benchmark *benchmark)
 {
+    benchmark->Args({854, 480})->Args({1280, 720});
     Sizes(benchmark);
     benchmark->Iterations(ChangeCount)->UseManualTime();
 }

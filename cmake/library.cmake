@@ -16,17 +16,15 @@ add_library(subtitle_objects OBJECT
   render/fonthost.cpp
   render/fontintegration.cpp
   render/glyphoutline.cpp
+  render/glyphpainter.cpp
   render/glyphshape.cpp
   render/idledispatcher.cpp
   render/messagesilencer.cpp
-  render/pathtext.cpp
   render/polygonfiller.cpp
   render/qtruntime.cpp
   render/qtuse.cpp
   render/recordedtext.cpp
-  render/smalltext.cpp
   render/textbitmap.cpp
-  render/textcanvas.cpp
   render/textink.cpp
   render/textpainter.cpp
   render/videosubtitle.cpp

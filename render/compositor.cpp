@@ -1,7 +1,5 @@
 #include "render/compositor.h"
 
-#include "render/bitrow.h"
-
 #include <algorithm>
 #include <array>
 #include <cstring>

@@ -146,8 +146,14 @@ std::vector<FixedPoint> GlyphShape::RelativeCorners(int curve, int x, int y) con
     return corners;
 }
 
-bool GlyphShape::IsSameAround(int x, int y) const
+bool GlyphShape::IsSameAround(int x, int y, int frameHeight) const
 {
+    if (!m_pOutline)
+        return true;
+    // Qt cuts the sides at the frame's first and last row before it rounds.
+    const int first = y + m_mask.nTop;
+    if (first < OutlineRadius || first + m_mask.nRows + OutlineRadius > frameHeight)
+        return false;
     return std::all_of(m_listDelicate.begin(), m_listDelicate.end(),
                        [&](const DelicateCurve &curve) { return IsSameAround(curve, x, y); });
 }

@@ -3,20 +3,24 @@
 #include "render/glyphoutline.h"
 #include "render/polygonfiller.h"
 
+#include <utility>
 #include <vector>
 
 /**
- * A glyph's pixels at some part of a pixel, filled once and good for every place whose rounding (see GlyphOutline) does
- * not change them.
+ * Cached bitmap of one glyph at one subpixel position. Of a filled outline it is valid at a frame position only if
+ * IsSameAround() says so: rounding (see GlyphOutline) may change pixels.
  */
 class GlyphShape
 {
 public:
     /**
      * @param outline  must outlive the shape and stay where it is.
-     * @param place    where the glyph is needed first; also tells the part of a pixel.
+     * @param place    where the glyph is needed first; its fraction of a pixel is the shape's.
      */
     GlyphShape(const GlyphOutline &outline, FixedPoint place, PolygonFiller &filler);
+
+    /** A glyph that QPainter copies from an image. */
+    explicit GlyphShape(BitMask mask) : m_mask(std::move(mask)) {}
 
     /** Relative to the whole pixel that the glyph's position lies in. */
     const BitMask &Mask() const { return m_mask; }
@@ -25,9 +29,9 @@ public:
     int Direction() const { return m_nDirection; }
 
     /** Whether the pixels are those of Mask() at a pixel and at all places of the outline round it. */
-    bool IsSameAround(int x, int y) const;
+    bool IsSameAround(int x, int y, int frameHeight) const;
 
-    /** The pixels at a place, whatever the rounding there, in whole pixels of the frame. */
+    /** The pixels of a filled outline at a place, whatever the rounding there, in whole pixels of the frame. */
     BitMask FillAt(int x, int y, int lastRow, PolygonFiller &filler) const;
 
 private:
@@ -43,8 +47,8 @@ private:
     void FindDelicateCurves(const GlyphOutline::Polygons &polygons);
     std::vector<FixedPoint> RelativeCorners(int curve, int x, int y) const;
 
-    const GlyphOutline *m_pOutline;
-    FixedPoint m_fraction;
+    const GlyphOutline *m_pOutline = nullptr; ///< null for an image
+    FixedPoint m_fraction = {0, 0};
     BitMask m_mask;
     int m_nDirection = 1;
     std::vector<DelicateCurve> m_listDelicate;

@@ -1,14 +1,32 @@
 #include "render/recordedtext.h"
 
+#include <QImage>
 #include <QPaintDevice>
 #include <QPaintEngine>
 #include <QPainter>
+#include <QtEndian>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
+#include <private/qfontengine_p.h>
+#include <private/qtextengine_p.h>
+#include <tuple>
 
 namespace
 {
+
+constexpr double GreatestSize = 512; // pixels; longer edges may not fit QPainter's 16.16 coordinates
+
+/** Whether QPainter fills a glyph's outline instead of copying an image of it. */
+bool IsDrawnAsPath(double pixelSize)
+{
+    // Font engines make no images beyond this size. Qt may be told another one, but draws nothing in between.
+    constexpr int GreatestImage = 64;
+    static const int asked = std::abs(qEnvironmentVariableIntValue("QT_MAX_CACHED_GLYPH_SIZE"));
+    static const int greatest = asked > 0 ? std::min(asked, GreatestImage) : GreatestImage;
+    return pixelSize > greatest;
+}
 
 class RecordingEngine : public QPaintEngine
 {
@@ -29,7 +47,7 @@ public:
     void drawTextItem(const QPointF &position, const QTextItem &item) override
     {
         m_bClipped |= painter()->hasClipping();
-        m_listRuns.emplace_back(position, static_cast<const QTextItemInt &>(item));
+        m_listRuns.emplace_back(position, item);
     }
     Type type() const override { return User; }
 
@@ -49,7 +67,6 @@ public:
 protected:
     int metric(PaintDeviceMetric metric) const override
     {
-        constexpr int Dpi = 96;
         constexpr int Side = 1 << 15;
         switch (metric) {
         case PdmWidth:
@@ -59,7 +76,7 @@ protected:
         case PdmDpiY:
         case PdmPhysicalDpiX:
         case PdmPhysicalDpiY:
-            return Dpi;
+            return DotsPerInch;
         case PdmDevicePixelRatioScaled:
             return static_cast<int>(devicePixelRatioFScale());
         default:
@@ -69,6 +86,14 @@ protected:
 
 private:
     RecordingEngine &m_engine;
+};
+
+struct ReleaseFont {
+    void operator()(QFontEngine *font) const
+    {
+        if (!font->ref.deref())
+            delete font;
+    }
 };
 
 QGlyphLayout CopyLayout(const QGlyphLayout &from, std::vector<char> &memory)
@@ -83,48 +108,154 @@ QGlyphLayout CopyLayout(const QGlyphLayout &from, std::vector<char> &memory)
     return copy;
 }
 
+void DrawItem(QPainter &painter, const QPointF &position, QFontEngine &font, const QGlyphLayout &layout,
+              QTextItem::RenderFlags flags)
+{
+    QTextItemInt item;
+    item.flags = flags;
+    item.glyphs = layout;
+    item.fontEngine = &font;
+    painter.drawTextItem(position, item);
+}
+
+/** A one-bit image's pixels. Its width must be a multiple of 64. */
+BitMask ReadBits(const QImage &image, int left, int top)
+{
+    BitMask mask = MakeMask(left, top, image.width(), image.height());
+    for (int row = 0; row < mask.nRows; ++row)
+        qFromLittleEndian<std::uint64_t>(image.constScanLine(row), mask.nWords, mask.Row(row));
+    return mask;
+}
+
 } // namespace
 
-GlyphRun::GlyphRun(const QPointF &position, const QTextItemInt &item) :
-    m_position(position), m_pFont(item.fontEngine), m_flags(item.flags), m_layout(CopyLayout(item.glyphs, m_listMemory))
+bool FontKey::operator==(const FontKey &other) const
 {
-    m_pFont->ref.ref();
+    const auto numbers = [](const FontKey &key) {
+        return std::tie(key.nIndex, key.nEncoding, key.nSynthesized, key.nWeight, key.nStyle, key.nStretch,
+                        key.pixelSize);
+    };
+    return numbers(*this) == numbers(other) && fileName == other.fileName && uuid == other.uuid;
+}
+
+struct GlyphRun::Item {
+    explicit Item(const QTextItemInt &item) :
+        pFont(item.fontEngine), flags(item.flags), layout(CopyLayout(item.glyphs, listMemory))
+    {
+        pFont->ref.ref();
+    }
+
+    std::unique_ptr<QFontEngine, ReleaseFont> pFont;
+    QTextItem::RenderFlags flags;
+    std::vector<char> listMemory; ///< of layout
+    QGlyphLayout layout;
+};
+
+GlyphRun::~GlyphRun() = default;
+GlyphRun::GlyphRun(GlyphRun &&) noexcept = default;
+GlyphRun &GlyphRun::operator=(GlyphRun &&) noexcept = default;
+
+GlyphRun::GlyphRun(const QPointF &position, const QTextItem &item) :
+    m_position(position), m_pItem(std::make_unique<Item>(static_cast<const QTextItemInt &>(item)))
+{
     QVarLengthArray<glyph_t> glyphs;
     QVarLengthArray<QFixedPoint> places;
-    m_pFont->getGlyphPositions(m_layout, QTransform::fromTranslate(position.x(), position.y()), m_flags, glyphs,
-                               places);
+    m_pItem->pFont->getGlyphPositions(m_pItem->layout, QTransform::fromTranslate(position.x(), position.y()),
+                                      m_pItem->flags, glyphs, places);
     m_listGlyphs.assign(glyphs.begin(), glyphs.end());
-    m_listPlaces.assign(places.begin(), places.end());
-    const auto [highest, lowest] = std::minmax_element(
-        m_listPlaces.begin(), m_listPlaces.end(), [](const QFixedPoint &a, const QFixedPoint &b) { return a.y < b.y; });
+    m_listPlaces.reserve(m_listGlyphs.size());
+    for (const QFixedPoint &place : places)
+        m_listPlaces.push_back({place.x.value(), place.y.value()});
+    const auto [highest, lowest] = std::minmax_element(m_listPlaces.begin(), m_listPlaces.end(),
+                                                       [](FixedPoint a, FixedPoint b) { return a.nY < b.nY; });
     if (highest != m_listPlaces.end()) {
-        m_nHighest = highest->y.toInt();
-        m_nLowest = lowest->y.toInt();
+        m_nHighest = RoundToPixel(highest->nY);
+        m_nLowest = RoundToPixel(lowest->nY);
     }
 }
 
-void GlyphRun::ReleaseFont::operator()(QFontEngine *font) const
+FontKey GlyphRun::Key() const
 {
-    if (!font->ref.deref())
-        delete font;
+    const QFontEngine &font = *m_pItem->pFont;
+    const QFontEngine::FaceId face = font.faceId();
+    const QFontDef &def = font.fontDef;
+    return {face.filename,
+            face.uuid,
+            face.index,
+            face.encoding,
+            font.synthesized(),
+            static_cast<int>(def.weight),
+            static_cast<int>(def.style),
+            static_cast<int>(def.stretch),
+            def.pixelSize};
+}
+
+GlyphSource GlyphRun::Source() const
+{
+    const QFontEngine &font = *m_pItem->pFont;
+    if (font.type() != QFontEngine::Freetype || font.glyphFormat == QFontEngine::Format_ARGB ||
+        font.fontDef.pixelSize > GreatestSize)
+        return GlyphSource::Unknown;
+    return IsDrawnAsPath(font.fontDef.pixelSize) ? GlyphSource::Path : GlyphSource::Image;
+}
+
+int GlyphRun::Reach() const
+{
+    return static_cast<int>(4 * m_pItem->pFont->fontDef.pixelSize);
+}
+
+int GlyphRun::SubPixelOf(FixedPoint place) const
+{
+    return m_pItem->pFont->subPixelPositionForX(QFixed::fromFixed(place.nX)).value();
+}
+
+std::optional<BitMask> GlyphRun::DrawGlyph(std::uint32_t glyph, FixedPoint place) const
+{
+    constexpr int Margin = 2;
+    QFontEngine &font = *m_pItem->pFont;
+    const glyph_metrics_t box = font.boundingBox(glyph);
+    const int left = box.x.floor().toInt() - Margin;
+    const int top = box.y.floor().toInt() - Margin;
+    const int width = (box.x + box.width).ceil().toInt() + 1 + Margin - left;
+    const int height = (box.y + box.height).ceil().toInt() + Margin - top;
+    if (std::max(width, height) > 2 * Reach() + 2 * Margin + 1)
+        return std::nullopt;
+    QImage canvas((width + 63) / 64 * 64, height, QImage::Format_MonoLSB);
+    canvas.setColorTable({qRgb(255, 255, 255), qRgb(0, 0, 0)});
+    canvas.fill(0);
+    QPainter painter(&canvas);
+    painter.setPen(Qt::black);
+    std::vector<char> memory(QGlyphLayout::SpaceNeeded);
+    QGlyphLayout layout(memory.data(), 1);
+    layout.glyphs[0] = glyph;
+    DrawItem(painter, QPointF(-left + (place.nX & 63) / 64.0, -top), font, layout, {});
+    painter.end();
+    const BitMask ink = Cropped(ReadBits(canvas, left, top));
+    if (ink.nRows > 0 && (ink.nLeft <= left || ink.nTop <= top || ink.nLeft + ink.nColumns >= left + canvas.width() ||
+                          ink.nTop + ink.nRows >= top + height))
+        return std::nullopt;
+    return ink;
+}
+
+QPainterPath GlyphRun::Path(std::uint32_t glyph) const
+{
+    QPainterPath path;
+    QFixedPoint origin;
+    m_pItem->pFont->addGlyphsToPath(&glyph, &origin, 1, &path, {});
+    return path;
 }
 
 void GlyphRun::Draw(QPainter &painter, const QPoint &offset) const
 {
-    const auto reach = static_cast<int>(4 * m_pFont->fontDef.pixelSize); // further than glyphs go from their origin
-    if (m_nLowest + offset.y() < -reach || m_nHighest + offset.y() > painter.device()->height() + reach)
+    if (m_nLowest + offset.y() < -Reach() || m_nHighest + offset.y() > painter.device()->height() + Reach())
         return;
-    QTextItemInt item;
-    item.flags = m_flags;
-    item.glyphs = m_layout;
-    item.fontEngine = m_pFont.get();
-    painter.drawTextItem(m_position + offset, item);
+    DrawItem(painter, m_position + offset, *m_pItem->pFont, m_pItem->layout, m_pItem->flags);
 }
 
 RecordedText::RecordedText(const QFont &font, const QRect &box, int flags, const QString &text) :
     m_rcBox(box),
     m_nSize(text.size()),
-    m_bHasGaps(text.contains(QLatin1Char('\t')) || text.contains(QChar(QChar::ObjectReplacementCharacter)))
+    m_bHasTabsOrObjects(text.contains(QLatin1Char('\t')) || text.contains(QChar(QChar::ObjectReplacementCharacter)))
 {
     RecordingEngine engine(m_listRuns);
     RecordingDevice device(engine);
@@ -134,9 +265,19 @@ RecordedText::RecordedText(const QFont &font, const QRect &box, int flags, const
     m_bClipped = engine.IsClipped();
 }
 
+QRect RecordedText::Measure(const QFont &font, const QSize &size, int flags, const QString &text)
+{
+    std::vector<GlyphRun> runs;
+    RecordingEngine engine(runs);
+    RecordingDevice device(engine);
+    QPainter painter(&device);
+    painter.setFont(font);
+    return painter.boundingRect(QRect(QPoint(0, 0), size), flags, text);
+}
+
 bool RecordedText::IsMovable(int distance) const
 {
-    if (m_bHasGaps)
+    if (m_bHasTabsOrObjects)
         return false;
     for (auto run = m_listRuns.begin(); run != m_listRuns.end();) {
         const double line = run->Position().y();
@@ -147,6 +288,15 @@ bool RecordedText::IsMovable(int distance) const
             return false;
     }
     return true;
+}
+
+bool RecordedText::IsPositive(int distance) const
+{
+    // Lines that start with a tab start inside the box, unless they are wider.
+    return (!m_bHasTabsOrObjects || m_rcBox.left() >= distance) &&
+           std::all_of(m_listRuns.begin(), m_listRuns.end(), [=](const GlyphRun &run) {
+               return run.Position().x() >= distance && run.Position().y() >= distance;
+           });
 }
 
 void RecordedText::Draw(QPainter &painter, const QPoint &offset) const

@@ -1,60 +1,109 @@
 #pragma once
 
+#include "render/textink.h"
+
+#include <QByteArray>
+#include <QPainterPath>
 #include <QPoint>
 #include <QPointF>
 #include <QRect>
+#include <QSize>
 #include <QString>
 
+#include <cstdint>
 #include <memory>
-#include <private/qfontengine_p.h>
-#include <private/qtextengine_p.h>
+#include <optional>
 #include <vector>
 
+class QFont;
 class QPainter;
+class QTextItem;
 
-/** Glyphs of one font in a row, as they would be drawn. */
+/** Resolution of every text image, so that a point size gives the same pixels in every host. */
+constexpr int DotsPerInch = 96;
+
+/** What QPainter draws a font's glyphs from. */
+enum class GlyphSource {
+    Image,
+    Path,
+    Unknown, ///< colour images, enormous paths, or anything else that is not reproduced here
+};
+
+/** Equal for fonts with the same glyphs, in whichever thread Qt loaded them. */
+struct FontKey {
+    QByteArray fileName;
+    QByteArray uuid;
+    int nIndex;
+    int nEncoding;
+    int nSynthesized;
+    int nWeight;
+    int nStyle;
+    int nStretch;
+    double pixelSize;
+
+    bool operator==(const FontKey &other) const;
+};
+
+/** Glyphs of one font in a row, at their places in a laid out text. */
 class GlyphRun
 {
 public:
-    GlyphRun(const QPointF &position, const QTextItemInt &item);
+    /** @param item  as a paint engine gets it. */
+    GlyphRun(const QPointF &position, const QTextItem &item);
+    ~GlyphRun();
+    GlyphRun(GlyphRun &&) noexcept;
+    GlyphRun &operator=(GlyphRun &&) noexcept;
 
-    QFontEngine &Font() const { return *m_pFont; }
     const QPointF &Position() const { return m_position; }
-    const std::vector<glyph_t> &Glyphs() const { return m_listGlyphs; }
+    const std::vector<std::uint32_t> &Glyphs() const { return m_listGlyphs; }
     /** Of each glyph's origin. */
-    const std::vector<QFixedPoint> &Places() const { return m_listPlaces; }
+    const std::vector<FixedPoint> &Places() const { return m_listPlaces; }
 
-    /** Whether the glyphs bring colours of their own. */
-    bool HasColours() const { return m_pFont->glyphFormat == QFontEngine::Format_ARGB; }
+    FontKey Key() const;
+    GlyphSource Source() const;
+
+    /** Pixels that no glyph of the font exceeds, measured from its origin. */
+    int Reach() const;
+
+    /** The part of a pixel, in 64ths, that QPainter moves a glyph's image to the right by at a place. */
+    int SubPixelOf(FixedPoint place) const;
+
+    /**
+     * Pixels of a glyph image, relative to the pixel that its origin lies in. None if the glyph exceeds the bounding box
+     * that its font gives.
+     * @param place  only the fraction of a pixel in x counts.
+     */
+    std::optional<BitMask> DrawGlyph(std::uint32_t glyph, FixedPoint place) const;
+
+    /** A glyph's outline with its origin at (0, 0). */
+    QPainterPath Path(std::uint32_t glyph) const;
 
     /** Draws the run moved, unless that is too far above or below the canvas to be seen. */
     void Draw(QPainter &painter, const QPoint &offset) const;
 
 private:
-    struct ReleaseFont {
-        void operator()(QFontEngine *font) const;
-    };
+    struct Item;
 
     QPointF m_position;
-    std::unique_ptr<QFontEngine, ReleaseFont> m_pFont;
-    QTextItem::RenderFlags m_flags;
-    std::vector<char> m_listMemory; ///< of m_layout
-    QGlyphLayout m_layout;
-    std::vector<glyph_t> m_listGlyphs;
-    std::vector<QFixedPoint> m_listPlaces;
+    std::unique_ptr<Item> m_pItem;
+    std::vector<std::uint32_t> m_listGlyphs;
+    std::vector<FixedPoint> m_listPlaces;
     int m_nHighest = 0; ///< of all places, in pixels
     int m_nLowest = 0;
 };
 
 /**
- * Text laid out as QPainter::drawText() does on a canvas of 96 dpi, to be drawn there as often as need be: the layout
- * costs far more than the drawing, above all with glyphs that are images.
+ * Text laid out as QPainter::drawText() does on a canvas of DotsPerInch, to be drawn there as often as need be: the
+ * layout costs far more than the drawing.
  */
 class RecordedText
 {
 public:
     /** @param box, flags  as for QPainter::drawText(). */
     RecordedText(const QFont &font, const QRect &box, int flags, const QString &text);
+
+    /** QPainter::boundingRect() in a frame of @p size. */
+    static QRect Measure(const QFont &font, const QSize &size, int flags, const QString &text);
 
     const std::vector<GlyphRun> &Runs() const { return m_listRuns; }
     /** Of the text, in UTF-16 units. */
@@ -64,10 +113,13 @@ public:
     bool IsClipped() const { return m_bClipped; }
 
     /**
-     * Whether drawText() with the box moved sideways, by that many pixels at most, places all glyphs the same, but moved.
-     * Where a line begins about column 0 it does not: beginnings are truncated towards there.
+     * Whether drawText() with the box moved sideways, by that many pixels at most, gives the same layout, moved. False if
+     * a line starts within @p distance of column 0: Qt truncates line starts toward zero.
      */
     bool IsMovable(int distance) const;
+
+    /** Whether all of drawText() moved by that many pixels at most, in any direction, lies at coordinates from 0 on. */
+    bool IsPositive(int distance) const;
 
     /** Draws the text as drawText() does with the box moved. */
     void Draw(QPainter &painter, const QPoint &offset) const;
@@ -77,5 +129,5 @@ private:
     int m_nSize;
     std::vector<GlyphRun> m_listRuns;
     bool m_bClipped = false;
-    bool m_bHasGaps; ///< what is no glyph and may stand at the beginning of a line
+    bool m_bHasTabsOrObjects; ///< characters that shift a line's start without producing a glyph
 };

@@ -1,23 +1,14 @@
 #include "render/textink.h"
 
+#include <algorithm>
+
 namespace
 {
 
-/** The bits of a word and of its neighbours to the left and right. */
-struct Neighbourhood {
-    std::uint64_t nBefore;
-    std::uint64_t nHere;
-    std::uint64_t nAfter;
-
-    /** The word as seen when the row is moved by @p distance columns, 1 or 2, to the right. */
-    std::uint64_t MovedRight(int distance) const { return nHere << distance | nBefore >> (64 - distance); }
-    std::uint64_t MovedLeft(int distance) const { return nHere >> distance | nAfter << (64 - distance); }
-};
-
-void AddWords(BitMask &mask, int row, int word, std::uint64_t bits)
+void OrInto(std::uint64_t *to, const std::uint64_t *words, int count)
 {
-    if (row >= 0 && row < mask.nRows)
-        mask.Row(row)[word] |= bits;
+    for (int word = 0; word < count; ++word)
+        to[word] |= words[word];
 }
 
 } // namespace
@@ -32,6 +23,40 @@ BitMask MakeMask(int left, int top, int columns, int rows)
     mask.nRows = rows;
     mask.listWords.assign(static_cast<std::size_t>(mask.nWords) * rows, 0);
     return mask;
+}
+
+BitMask Cropped(const BitMask &mask)
+{
+    // One zero word of padding: BitsFrom() reads one word past the last.
+    std::vector<std::uint64_t> columns(mask.nWords + 1);
+    int top = mask.nRows;
+    int bottom = 0;
+    for (int row = 0; row < mask.nRows; ++row) {
+        std::uint64_t any = 0;
+        for (int word = 0; word < mask.nWords; ++word) {
+            columns[word] |= mask.Row(row)[word];
+            any |= mask.Row(row)[word];
+        }
+        if (any) {
+            top = std::min(top, row);
+            bottom = row + 1;
+        }
+    }
+    if (top >= bottom)
+        return {};
+    int left = 0;
+    while (!(columns[left / 64] >> (left % 64) & 1))
+        ++left;
+    int right = 64 * mask.nWords;
+    while (!(columns[(right - 1) / 64] >> ((right - 1) % 64) & 1))
+        --right;
+    BitMask cropped = MakeMask(mask.nLeft + left, mask.nTop + top, right - left, bottom - top);
+    for (int row = 0; row < cropped.nRows; ++row) {
+        std::copy_n(mask.Row(top + row), mask.nWords, columns.begin());
+        for (int word = 0; word < cropped.nWords; ++word)
+            cropped.Row(row)[word] = BitsFrom(columns.data(), left + 64 * word);
+    }
+    return cropped;
 }
 
 void AddMask(BitMask &to, const BitMask &mask, int dx, int dy)
@@ -57,19 +82,23 @@ void AddMask(BitMask &to, const BitMask &mask, int dx, int dy)
 
 void AddDisc(BitMask &outline, const BitMask &text)
 {
+    // With a zero word at either end.
+    std::vector<std::uint64_t> padded(text.nWords + 2);
+    std::vector<std::uint64_t> three(text.nWords);
+    std::vector<std::uint64_t> five(text.nWords);
     for (int row = 0; row < text.nRows; ++row) {
-        const std::uint64_t *words = text.Row(row);
+        std::copy_n(text.Row(row), text.nWords, padded.begin() + 1);
         for (int word = 0; word < text.nWords; ++word) {
-            const Neighbourhood bits = {word > 0 ? words[word - 1] : 0, words[word],
-                                        word + 1 < text.nWords ? words[word + 1] : 0};
-            // The disc is 3 pixels wide in its first and last row and 5 between.
-            const std::uint64_t three = bits.MovedRight(1) | bits.nHere | bits.MovedLeft(1);
-            const std::uint64_t five = bits.MovedRight(2) | three | bits.MovedLeft(2);
-            AddWords(outline, row - 2, word, three);
-            AddWords(outline, row - 1, word, five);
-            AddWords(outline, row, word, five);
-            AddWords(outline, row + 1, word, five);
-            AddWords(outline, row + 2, word, three);
+            const std::uint64_t before = padded[word];
+            const std::uint64_t here = padded[word + 1];
+            const std::uint64_t after = padded[word + 2];
+            three[word] = here | here << 1 | before >> 63 | here >> 1 | after << 63;
+            five[word] = three[word] | here << 2 | before >> 62 | here >> 2 | after << 62;
+        }
+        // The disc is 3 pixels wide in its first and last row and 5 between.
+        for (int dy = -2; dy <= 2; ++dy) {
+            if (row + dy >= 0 && row + dy < outline.nRows)
+                OrInto(outline.Row(row + dy), dy == -2 || dy == 2 ? three.data() : five.data(), text.nWords);
         }
     }
 }

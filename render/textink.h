@@ -3,6 +3,7 @@
 #include "render/polygonfiller.h"
 
 #include <array>
+#include <cstdint>
 
 /** The disc of radius 2 without its centre, as offsets of the text: where the outline is drawn. */
 struct Offset {
@@ -21,10 +22,27 @@ struct TextInk {
     BitMask outline; ///< the text's pixels may or may not be in it
 };
 
+/** The 64 columns of a row from @p column on, the first as bit 0. Reads the word after the one with that column, too. */
+inline std::uint64_t BitsFrom(const std::uint64_t *row, int column)
+{
+    const unsigned word = static_cast<unsigned>(column) / 64;
+    const unsigned shift = static_cast<unsigned>(column) % 64;
+    return row[word] >> shift | row[word + 1] << 1 << (63 - shift);
+}
+
+/** The pixel that a coordinate in 64ths is rounded to. */
+inline int RoundToPixel(int fixed)
+{
+    return (fixed + 32) >> 6;
+}
+
 /** An empty mask. */
 BitMask MakeMask(int left, int top, int columns, int rows);
 
-/** ORs a mask, moved, into another; rows that fall beside it are lost, columns must not. */
+/** The smallest part of a mask that has all its pixels. */
+BitMask Cropped(const BitMask &mask);
+
+/** ORs a mask, moved, into another. Rows outside the target are clipped. All columns must lie inside it. */
 void AddMask(BitMask &to, const BitMask &mask, int dx, int dy);
 
 /** ORs into @p outline what lies within the disc round @p text, a mask of the same place and size. */

@@ -3,15 +3,12 @@
 #include "parsers/framelimit.h"
 #include "render/messagesilencer.h"
 #include "render/recordedtext.h"
-#include "render/smalltext.h"
-#include "render/textcanvas.h"
 
 #include <QPainter>
 #include <QThread>
 
 #include <algorithm>
 #include <functional>
-#include <new>
 
 namespace
 {
@@ -29,15 +26,23 @@ QString Beginning(const QString &text)
     return text.left(text.size() > Size && text.at(Size - 1).isHighSurrogate() ? Size - 1 : Size);
 }
 
-QRect MeasureText(const QFont &font, int width, int height, const QString &text)
+/** A transparent image; null without memory. */
+QImage CreateCanvas(int width, int height)
 {
-    QImage canvas = CreateCanvas(1, 1);
-    if (canvas.isNull())
-        throw std::bad_alloc(); // nothing is measured without it
-    QPainter painter(&canvas);
-    PreparePainter(painter);
-    painter.setFont(PaintFont(font));
-    return painter.boundingRect(QRect(0, 0, width, height), MeasureFlags, text);
+    constexpr double InchesPerMeter = 1 / 0.0254;
+    QImage canvas(width, height, QImage::Format_ARGB32);
+    canvas.fill(0);
+    canvas.setDotsPerMeterX(qRound(DotsPerInch * InchesPerMeter));
+    canvas.setDotsPerMeterY(qRound(DotsPerInch * InchesPerMeter));
+    return canvas;
+}
+
+/** Without antialiasing, which would bring other colours than the pen's. */
+QFont PaintFont(const QFont &font)
+{
+    QFont aliased = font;
+    aliased.setStyleStrategy(QFont::NoAntialias);
+    return aliased;
 }
 
 /** Draws with the two colours as with so many drawText() calls, but lays out as rarely as gives the same. */
@@ -47,7 +52,8 @@ public:
     SingleDraws(QImage &canvas, const RecordedText &text, const std::function<RecordedText(int)> &layOut) :
         m_painter(&canvas), m_text(text)
     {
-        PreparePainter(m_painter);
+        // The hint alone would leave small glyphs antialiased; see PaintFont().
+        m_painter.setRenderHint(QPainter::TextAntialiasing, false);
         // A long text of images would be laid out for seconds; there a line may be off by a 64th of a pixel.
         const bool isMovable = text.IsMovable(OutlineRadius) || text.Size() > LongText;
         for (int dx = -OutlineRadius; dx <= OutlineRadius && !isMovable; ++dx)
@@ -93,32 +99,25 @@ void PaintRow(QRgb *pixels, const TextInk &ink, int row, int width, const TextSt
 
 } // namespace
 
-std::optional<TextInk> TextPainter::PaintInk(const RecordedText &text, const QFont &font, const QSize &frame,
-                                             const QRect &box)
-{
-    if (std::max(frame.width(), frame.height()) > WideFrame)
-        return std::nullopt;
-    std::optional<TextInk> ink = m_pathText.Paint(text, frame);
-    return ink ? ink : PaintSmallText(text, font, frame, box);
-}
-
 PaintedText TextPainter::Paint(const TextStyle &style, int width, int height, const QString &wholeText)
 {
     if (!IsPossibleFrame(width, height))
         return {};
-    const MessageSilencer silencer;
     const QString text = Beginning(wholeText);
-    const QRect bounds = MeasureText(style.font, width, height, text);
+    std::optional<MessageSilencer> silencer;
+    if (HasNewCharacters(style.font, text))
+        silencer.emplace();
+    const QFont font = PaintFont(style.font);
+    const QRect bounds = RecordedText::Measure(font, {width, height}, MeasureFlags, text);
     const int halfWidth = bounds.width() / 2;
     PaintedText result;
     result.nTextHeight = bounds.height();
     const QRect box(QPoint(width / 2 - halfWidth, 0), QPoint(width / 2 + halfWidth + 1, bounds.height()));
     result.rcText = box;
-    const QFont font = PaintFont(style.font);
     const auto layOut = [&](int dx) { return RecordedText(font, box.translated(dx, 0), DrawFlags, text); };
     const RecordedText recorded = layOut(0);
-    if (style.bOutline)
-        result.ink = PaintInk(recorded, font, {width, height}, box);
+    if (style.bOutline && std::max(width, height) <= WideFrame)
+        result.ink = m_glyphPainter.Paint(recorded, {width, height});
     if (!result.ink) {
         result.image = CreateCanvas(width, height);
         if (!result.image.isNull())
@@ -127,26 +126,30 @@ PaintedText TextPainter::Paint(const TextStyle &style, int width, int height, co
     return result;
 }
 
-std::optional<TextInk> TextPainter::Load(const QFont &font, int width, int height)
+void TextPainter::Load(const QFont &font)
+{
+    const QString text = QStringLiteral("x");
+    if (!HasNewCharacters(font, text))
+        return;
+    const MessageSilencer silencer;
+    RecordedText::Measure(PaintFont(font), {1, 1}, MeasureFlags, text);
+}
+
+bool TextPainter::HasNewCharacters(const QFont &font, const QString &text)
 {
     // Qt keeps fonts for each thread.
     const Qt::HANDLE thread = QThread::currentThreadId();
-    if (!IsPossibleFrame(width, height) || (font == m_loadedFont && thread == m_pLoadingThread))
-        return std::nullopt;
-    m_loadedFont = font;
-    m_pLoadingThread = thread;
-    const MessageSilencer silencer;
-    const QString letters = QStringLiteral("The quick brown fox jumps over\nthe lazy dog. AEIOU, BCDFG\n"
-                                           "HJKLM; NPQRS: VWXYZ? 01234\n56789 -!\"'()");
-    const QSize frame(8192, 4096);
-    const QRect bounds = MeasureText(font, frame.width(), frame.height(), letters);
-    const QRect box = bounds.translated(100, 0);
-    const QFont aliased = PaintFont(font);
-    PaintInk(RecordedText(aliased, box, DrawFlags, letters), aliased, frame, box);
-    const QString text = QStringLiteral("The quick brown fox\njumps over the lazy dog");
-    return Paint({font, 0xFFFFFFFF, 0xFF0A0A0A, true}, std::min(width, frame.width()), std::min(height, frame.height()),
-                 text)
-        .ink;
+    if (font != m_knownFont || thread != m_pKnownThread) {
+        m_knownFont = font;
+        m_pKnownThread = thread;
+        m_knownCharacters.reset();
+    }
+    bool hasNew = false;
+    for (const QChar character : text) {
+        hasNew |= !m_knownCharacters[character.unicode()];
+        m_knownCharacters.set(character.unicode());
+    }
+    return hasNew;
 }
 
 QImage MakeImage(const PaintedText &painted, const TextStyle &style, int width, int height)

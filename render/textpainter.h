@@ -1,6 +1,6 @@
 #pragma once
 
-#include "render/pathtext.h"
+#include "render/glyphpainter.h"
 #include "render/textink.h"
 
 #include <QFont>
@@ -8,6 +8,7 @@
 #include <QRect>
 #include <QString>
 
+#include <bitset>
 #include <optional>
 
 /** How text looks; colours are 0xAARRGGBB words whose alpha is 0xFF. */
@@ -42,19 +43,16 @@ public:
     /** @param width, height  frame size in pixels; nothing is painted unless IsPossibleFrame(). */
     PaintedText Paint(const TextStyle &style, int width, int height, const QString &text);
 
-    /**
-     * Does ahead what the first text in a font would have to wait for.
-     * @return a text that was painted for that, for the caller to go on with; nothing where the font is loaded.
-     */
-    std::optional<TextInk> Load(const QFont &font, int width, int height);
+    /** Has Qt find and load a font for the calling thread, so that the first text in it does not wait for that. */
+    void Load(const QFont &font);
 
 private:
-    /** @return nothing where only the single draws tell. */
-    std::optional<TextInk> PaintInk(const RecordedText &text, const QFont &font, const QSize &frame, const QRect &box);
+    bool HasNewCharacters(const QFont &font, const QString &text);
 
-    PathText m_pathText;
-    std::optional<QFont> m_loadedFont; ///< none before the first, since Qt may not be there yet
-    Qt::HANDLE m_pLoadingThread = nullptr;
+    GlyphPainter m_glyphPainter;
+    std::bitset<1 << 16> m_knownCharacters; ///< UTF-16 units that Qt has loaded fonts for
+    std::optional<QFont> m_knownFont;       ///< that they are known in; none at first, since Qt may not be there yet
+    Qt::HANDLE m_pKnownThread = nullptr;
 };
 
 /**

@@ -4,7 +4,6 @@
 #include "render/qtuse.h"
 #include "render/scopedlock.h"
 #include "render/textbitmap.h"
-#include "render/textcanvas.h"
 #include "render/textpainter.h"
 #include "vobsub/hostsymbol.h"
 
@@ -48,7 +47,6 @@ struct Remains {
     QFont *pFont;
     QImage *pImage;
     TextPainter *pTextPainter;
-    TextPainter *pNextPainter;
     Remains *pNext;
 };
 Remains *remains = nullptr;
@@ -80,8 +78,7 @@ VideoSubtitle::~VideoSubtitle()
     --instanceCount;
     PublishInstanceCount();
     if (!use) {
-        remains =
-            new (std::nothrow) Remains{m_pFont, m_pImage, m_pTextPainter.release(), m_pNextPainter.release(), remains};
+        remains = new (std::nothrow) Remains{m_pFont, m_pImage, m_pTextPainter.release(), remains};
         return;
     }
     if (instanceCount == 0)
@@ -131,11 +128,9 @@ int VideoSubtitle::SetFontParam(const char *family, int pointSize, int style)
     font.setWeight((style & SUBTITLE_STYLE_BOLD) != 0 ? QFont::Bold : QFont::Normal);
     font.setStyle((style & SUBTITLE_STYLE_ITALIC) != 0 ? QFont::StyleItalic : QFont::StyleNormal);
     if (font != Font()) {
-        auto painter = std::make_unique<TextPainter>();
-        painter->Load(font, m_nVideoWidth, m_nVideoHeight);
+        TextPainter().Load(font); // not the one that frames are painted with meanwhile
         const std::lock_guard<std::mutex> lock(m_fontMutex);
         *m_pFont = font;
-        m_pNextPainter.swap(painter);
     }
     m_bDirty = 1;
     return 0;
@@ -202,8 +197,10 @@ int VideoSubtitle::OpenFile(const QString &path, int track)
     if (!m_parserManager.Open(path, track))
         return -1;
     m_parserManager.SetVideoSize(m_nVideoWidth, m_nVideoHeight);
-    if (m_pFont)
-        LoadFont();
+    if (m_pFont) {
+        EnsureFonts();
+        m_pTextPainter->Load(Font());
+    }
     return 0;
 }
 
@@ -286,24 +283,6 @@ QFont VideoSubtitle::Font() const
     return *m_pFont;
 }
 
-TextPainter &VideoSubtitle::Painter()
-{
-    const std::lock_guard<std::mutex> lock(m_fontMutex);
-    if (m_pNextPainter)
-        m_pTextPainter = std::move(m_pNextPainter);
-    return *m_pTextPainter;
-}
-
-void VideoSubtitle::LoadFont()
-{
-    EnsureFonts();
-    const std::optional<TextInk> ink = Painter().Load(Font(), m_nVideoWidth, m_nVideoHeight);
-    // Memory that was never written to is only promised; what is set here is not shown.
-    if (ink && !m_bInk && m_pImage->isNull())
-        m_compositor.SetText(*ink, 0xFFFFFFFF, 0xFF0A0A0A, {0, 0, m_nVideoWidth, m_nVideoHeight}, m_nVideoWidth,
-                             m_nVideoHeight);
-}
-
 TextStyle VideoSubtitle::Style() const
 {
     return {Font(), m_nFontColor, m_nOutlineColor, m_bOutline != 0};
@@ -315,7 +294,7 @@ void VideoSubtitle::TextToBmp(const QString &text)
     if (!m_pFont || !use)
         return;
     EnsureFonts();
-    m_painted = Painter().Paint(Style(), m_nVideoWidth, m_nVideoHeight, text);
+    m_painted = m_pTextPainter->Paint(Style(), m_nVideoWidth, m_nVideoHeight, text);
     m_nAnchorOffset = m_painted.nTextHeight / 2;
     m_nSubX = m_painted.rcText.left();
     m_nSubY = m_painted.rcText.top();

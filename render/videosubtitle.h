@@ -68,9 +68,6 @@ private:
     Q_DECL_HIDDEN TextStyle Style() const;
     /** A copy. To paint with it, detach it (as PaintFont() does): Qt keeps in a font what it loads for one thread. */
     Q_DECL_HIDDEN QFont Font() const;
-    /** Loading a font is a stall that must not fall into the first frame with text. */
-    Q_DECL_HIDDEN void LoadFont();
-    Q_DECL_HIDDEN TextPainter &Painter();
     Q_DECL_HIDDEN int OpenFile(const QString &path, int track);
     /** Makes the image of the current subtitle. */
     Q_DECL_HIDDEN void Rebuild();
@@ -97,8 +94,7 @@ private:
     int m_nSubHeight = 0;
     QFont *m_pFont = nullptr; ///< not to be painted with: see Font()
     QImage *m_pImage = nullptr;
-    mutable std::mutex m_fontMutex;              ///< for *m_pFont and m_pNextPainter, held to copy them only
-    std::unique_ptr<TextPainter> m_pNextPainter; ///< has loaded the font, for the next text
+    mutable std::mutex m_fontMutex; ///< for *m_pFont, held to copy it only
     std::unique_ptr<TextPainter> m_pTextPainter;
     PaintedText m_painted;
     RowRange m_rowsVisible = RowRange::All(); ///< in all others the image has no visible pixel

@@ -1,4 +1,3 @@
-#include "render/bitrow.h"
 #include "render/textink.h"
 
 #include <gtest/gtest.h>

@@ -1,0 +1,151 @@
+#include "render/glyphpainter.h"
+
+#include <algorithm>
+
+namespace
+{
+
+constexpr std::size_t MaxKilobytes = 8192;
+
+bool IsInFrame(const BitMask &mask, int x, int width)
+{
+    return x + mask.nLeft - OutlineRadius >= 0 && x + mask.nLeft + mask.nColumns + OutlineRadius <= width;
+}
+
+/** Whether a glyph that reaches that far from its origin may show in a frame. */
+bool IsNear(FixedPoint place, int reach, const QSize &frame)
+{
+    const int x = place.nX >> 6;
+    const int y = place.nY >> 6;
+    return x >= -reach && x <= frame.width() + reach && y >= -reach && y <= frame.height() + reach;
+}
+
+} // namespace
+
+std::optional<TextInk> GlyphPainter::Paint(const RecordedText &text, const QSize &frame)
+{
+    if (m_nKilobytes > MaxKilobytes) {
+        m_listFonts.clear();
+        m_nKilobytes = 0;
+    }
+    if (text.IsClipped() || !text.IsPositive(OutlineRadius))
+        return std::nullopt;
+    std::vector<PlacedGlyph> glyphs;
+    for (const GlyphRun &run : text.Runs()) {
+        if (!PlaceRun(run, frame, glyphs))
+            return std::nullopt;
+    }
+    return Compose(glyphs, frame);
+}
+
+GlyphPainter::Font &GlyphPainter::FindFont(const GlyphRun &run)
+{
+    const FontKey key = run.Key();
+    const auto font =
+        std::find_if(m_listFonts.begin(), m_listFonts.end(), [&](const Font &known) { return known.key == key; });
+    if (font != m_listFonts.end())
+        return *font;
+    ++m_nKilobytes;
+    return m_listFonts.emplace_back(Font{key, run.Source(), {}, {}});
+}
+
+bool GlyphPainter::PlaceRun(const GlyphRun &run, const QSize &frame, std::vector<PlacedGlyph> &glyphs)
+{
+    if (run.Source() == GlyphSource::Unknown)
+        return false;
+    Font &font = FindFont(run);
+    const bool isPath = font.source == GlyphSource::Path;
+    const int reach = run.Reach() + OutlineRadius;
+    int direction = 0;
+    for (std::size_t i = 0; i < run.Glyphs().size(); ++i) {
+        FixedPoint place = run.Places()[i];
+        if (!IsNear(place, reach, frame))
+            continue;
+        if (!isPath)
+            place = {(place.nX & ~63) + run.SubPixelOf(place), RoundToPixel(place.nY) << 6};
+        const GlyphShape *shape = Shape(run, font, run.Glyphs()[i], place);
+        if (!shape)
+            return false;
+        if (shape->Mask().nRows == 0)
+            continue;
+        const PlacedGlyph glyph = {shape, place.nX >> 6, place.nY >> 6};
+        if (isPath) {
+            if (direction == 0)
+                direction = shape->Direction();
+            if (direction == 0 || shape->Direction() != direction || !IsInFrame(shape->Mask(), glyph.nX, frame.width()))
+                return false;
+        }
+        glyphs.push_back(glyph);
+    }
+    return true;
+}
+
+const GlyphShape *GlyphPainter::Shape(const GlyphRun &run, Font &font, std::uint32_t glyph, FixedPoint place)
+{
+    const std::uint64_t key =
+        std::uint64_t{glyph} << 12 | static_cast<unsigned>((place.nX & 63) << 6 | (place.nY & 63));
+    const auto known = font.mapShapes.find(key);
+    if (known != font.mapShapes.end())
+        return known->second ? &*known->second : nullptr;
+    std::optional<GlyphShape> &shape = font.mapShapes[key];
+    if (font.source == GlyphSource::Path)
+        shape.emplace(FillShape(run, font, glyph, place));
+    else if (std::optional<BitMask> mask = run.DrawGlyph(glyph, place))
+        shape.emplace(std::move(*mask));
+    m_nKilobytes += 1 + (shape ? shape->Mask().listWords.size() / 128 : 0);
+    return shape ? &*shape : nullptr;
+}
+
+GlyphShape GlyphPainter::FillShape(const GlyphRun &run, Font &font, std::uint32_t glyph, FixedPoint place)
+{
+    auto outline = font.mapOutlines.find(glyph);
+    if (outline == font.mapOutlines.end())
+        outline = font.mapOutlines.emplace(glyph, GlyphOutline(run.Path(glyph))).first;
+    return GlyphShape(outline->second, place, m_filler);
+}
+
+TextInk GlyphPainter::Compose(const std::vector<PlacedGlyph> &glyphs, const QSize &frame)
+{
+    constexpr int Margin = OutlineRadius + 1; // a corner that is rounded up may reach a column further
+    int left = frame.width();
+    int right = 0;
+    int top = frame.height();
+    int bottom = 0; // after the last
+    for (const PlacedGlyph &glyph : glyphs) {
+        const BitMask &mask = glyph.pShape->Mask();
+        left = std::min(left, glyph.nX + mask.nLeft - Margin);
+        right = std::max(right, glyph.nX + mask.nLeft + mask.nColumns + Margin);
+        top = std::min(top, glyph.nY + mask.nTop - OutlineRadius);
+        bottom = std::max(bottom, glyph.nY + mask.nTop + mask.nRows + OutlineRadius);
+    }
+    // Text just outside the frame has outline inside.
+    top = std::max(top, -OutlineRadius);
+    bottom = std::min(bottom, frame.height() + OutlineRadius);
+    TextInk ink;
+    if (left >= right || top >= bottom)
+        return ink;
+    ink.text = ink.outline = MakeMask(left, top, right - left, bottom - top);
+
+    std::vector<PlacedGlyph> odd;
+    for (const PlacedGlyph &glyph : glyphs) {
+        const BitMask &mask = glyph.pShape->Mask();
+        const int first = glyph.nY + mask.nTop;
+        if (first - OutlineRadius >= frame.height() || first + mask.nRows + OutlineRadius <= 0)
+            continue;
+        if (glyph.pShape->IsSameAround(glyph.nX, glyph.nY, frame.height()))
+            AddMask(ink.text, mask, glyph.nX, glyph.nY);
+        else
+            odd.push_back(glyph);
+    }
+    AddDisc(ink.outline, ink.text);
+    for (const PlacedGlyph &glyph : odd)
+        AddOddGlyph(ink, glyph, frame.height() - 1);
+    return ink;
+}
+
+void GlyphPainter::AddOddGlyph(TextInk &ink, const PlacedGlyph &glyph, int lastRow)
+{
+    for (const Offset &offset : OutlineOffsets)
+        AddMask(ink.outline, glyph.pShape->FillAt(glyph.nX + offset.nX, glyph.nY + offset.nY, lastRow, m_filler), 0, 0);
+    AddMask(ink.text, glyph.pShape->FillAt(glyph.nX, glyph.nY, lastRow, m_filler), 0, 0);
+}

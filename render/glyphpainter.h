@@ -1,0 +1,51 @@
+#pragma once
+
+#include "render/glyphshape.h"
+#include "render/recordedtext.h"
+#include "render/textink.h"
+
+#include <QSize>
+
+#include <cstdint>
+#include <list>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+/**
+ * Composes text from cached bit masks of its glyphs, one for each font, glyph and subpixel position. Gives the pixels
+ * that drawing the text once for its colour and once for each place of the outline gives.
+ */
+class GlyphPainter
+{
+public:
+    /** @return nullopt if this text needs the separate draws: colour glyphs, clipped text, negative coordinates. */
+    std::optional<TextInk> Paint(const RecordedText &text, const QSize &frame);
+
+private:
+    struct Font {
+        FontKey key;
+        GlyphSource source;
+        std::unordered_map<std::uint32_t, GlyphOutline> mapOutlines;
+        std::unordered_map<std::uint64_t, std::optional<GlyphShape>> mapShapes; ///< by glyph and fraction of a pixel
+    };
+
+    struct PlacedGlyph {
+        const GlyphShape *pShape;
+        int nX; ///< whole pixel of the frame
+        int nY;
+    };
+
+    Font &FindFont(const GlyphRun &run);
+    /** Adds a run's glyphs; false if the text needs the separate draws. */
+    bool PlaceRun(const GlyphRun &run, const QSize &frame, std::vector<PlacedGlyph> &glyphs);
+    /** Null if the font's images cannot be had as masks. */
+    const GlyphShape *Shape(const GlyphRun &run, Font &font, std::uint32_t glyph, FixedPoint place);
+    GlyphShape FillShape(const GlyphRun &run, Font &font, std::uint32_t glyph, FixedPoint place);
+    TextInk Compose(const std::vector<PlacedGlyph> &glyphs, const QSize &frame);
+    void AddOddGlyph(TextInk &ink, const PlacedGlyph &glyph, int lastRow);
+
+    std::list<Font> m_listFonts;
+    std::size_t m_nKilobytes = 0; ///< of all shapes, about
+    PolygonFiller m_filler;
+};
