@@ -5,6 +5,7 @@
 #include <QPainterPath>
 #include <QPointF>
 
+#include <set>
 #include <vector>
 
 /**
@@ -17,26 +18,25 @@
 class GlyphOutline
 {
 public:
-    GlyphOutline() = default;
-
     /** @param path  of one glyph at position (0, 0), as the font engine delivers it. */
     explicit GlyphOutline(const QPainterPath &path);
 
     /** A corner of closed polygons that follow one another. */
     struct Corner {
         FixedPoint point;
-        QPointF exact; ///< before rounding
-        int nCurve;    ///< number of the curve that the corner lies within, -1 for an end point
-        bool bLast;    ///< of its polygon
+        FixedPoint other; ///< where it may be rounded to in another place; the same point if it is always rounded alike
+        int nCurve;       ///< number of the curve that the corner lies within, -1 for an end point
+        bool bLast;       ///< of its polygon
     };
 
-    struct Polygons {
-        std::vector<Corner> listCorners;
-        std::vector<int> listUnsureCurves; ///< those that might be divided otherwise in another place
-    };
+    /** Flattened at (0, 0). */
+    const std::vector<Corner> &Corners() const { return m_listCorners; }
+
+    /** Curves that may be divided differently in another place. */
+    const std::set<int> &UnsureCurves() const { return m_setUnsureCurves; }
 
     /** @param origin  the glyph's position. */
-    Polygons Flatten(QPointF origin) const;
+    std::vector<Corner> Flatten(QPointF origin) const;
 
     /** The corners within one curve, in the order and number in which Flatten() has them. */
     std::vector<FixedPoint> FlattenCurve(int curve, QPointF origin) const;
@@ -45,17 +45,17 @@ private:
     enum class Kind { Move, Line, Quadratic, Cubic };
     struct Element {
         Kind kind;
+        QPointF start;
         QPointF control; ///< of a quadratic curve; the first of a cubic one
         QPointF second;  ///< control point of a cubic curve
         QPointF end;
     };
 
     void AddCurve(QPointF from, QPointF first, QPointF second, QPointF end);
-    std::vector<QPointF> Points(const Element &element, QPointF from, QPointF origin, bool &sure) const;
+    void AddPoints(const Element &element, QPointF origin, std::vector<Corner> &corners, int curve) const;
 
     std::vector<Element> m_listElements;
-    std::vector<int> m_listCurves; ///< which elements are curves
+    std::vector<Element> m_listCurves; ///< those of the elements that are curves
+    std::vector<Corner> m_listCorners;
+    std::set<int> m_setUnsureCurves;
 };
-
-/** A position as Qt rounds it, half a 64th up. */
-FixedPoint ToFixed(QPointF point);

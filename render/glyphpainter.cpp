@@ -101,7 +101,7 @@ GlyphShape GlyphPainter::FillShape(const GlyphRun &run, Font &font, std::uint32_
     auto outline = font.mapOutlines.find(glyph);
     if (outline == font.mapOutlines.end())
         outline = font.mapOutlines.emplace(glyph, GlyphOutline(run.Path(glyph))).first;
-    return GlyphShape(outline->second, place, m_filler);
+    return GlyphShape(outline->second, {place.nX & 63, place.nY & 63}, m_filler);
 }
 
 TextInk GlyphPainter::Compose(const std::vector<PlacedGlyph> &glyphs, const QSize &frame)

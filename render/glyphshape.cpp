@@ -3,7 +3,6 @@
 #include "render/textink.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
 #include <set>
@@ -15,43 +14,17 @@ constexpr int AllRows = std::numeric_limits<int>::max() / 2;
 
 using Corner = GlyphOutline::Corner;
 
-/** Whether a coordinate lies so close to the middle between two 64ths that it is rounded up here and down there. */
-bool IsUndecided(double exact)
+FixedPoint Moved(FixedPoint point, FixedPoint by)
 {
-    constexpr double TooClose = 1e-6; // in 64ths; far above the errors of doubles
-    const double value = exact * 64 + 0.5;
-    return std::abs(value - std::round(value)) < TooClose;
+    return {point.nX + by.nX, point.nY + by.nY};
 }
 
-/** A corner's possible places. */
-class Roundings
+/** One of the four points that a corner may be rounded to. */
+FixedPoint Rounding(const Corner &corner, unsigned choice, FixedPoint moved)
 {
-public:
-    explicit Roundings(const Corner &corner) :
-        m_point(corner.point),
-        m_nOtherX(Other(corner.exact.x(), corner.point.nX, corner.nCurve)),
-        m_nOtherY(Other(corner.exact.y(), corner.point.nY, corner.nCurve))
-    {
-    }
-    FixedPoint Point(unsigned choice) const
-    {
-        return {choice & 1 ? m_nOtherX : m_point.nX, choice & 2 ? m_nOtherY : m_point.nY};
-    }
-    bool IsCertain() const { return m_nOtherX == m_point.nX && m_nOtherY == m_point.nY; }
-
-private:
-    /** Ends of curves are exact in binary. */
-    static int Other(double exact, int rounded, int curve)
-    {
-        if (curve < 0 || !IsUndecided(exact))
-            return rounded;
-        return rounded > exact * 64 ? rounded - 1 : rounded + 1;
-    }
-
-    FixedPoint m_point;
-    int m_nOtherX;
-    int m_nOtherY;
-};
+    return Moved({choice & 1 ? corner.other.nX : corner.point.nX, choice & 2 ? corner.other.nY : corner.point.nY},
+                 moved);
+}
 
 bool CrossesSameColumns(FixedPoint a1, FixedPoint a2, FixedPoint b1, FixedPoint b2)
 {
@@ -71,51 +44,45 @@ bool CrossesSameColumns(FixedPoint a1, FixedPoint a2, FixedPoint b1, FixedPoint 
     return true;
 }
 
-/** Whether the side crosses the same columns whichever way its ends are rounded. */
-bool IsDelicate(const Roundings &from, const Roundings &to)
+/** Whether the edge's columns depend on how its ends are rounded. */
+bool IsDelicate(const Corner &from, const Corner &to, FixedPoint moved)
 {
-    if (from.IsCertain() && to.IsCertain())
+    if (from.point == from.other && to.point == to.other)
         return false;
     for (unsigned choice = 1; choice < 16; ++choice)
-        if (!CrossesSameColumns(from.Point(0), to.Point(0), from.Point(choice), to.Point(choice >> 2)))
+        if (!CrossesSameColumns(Rounding(from, 0, moved), Rounding(to, 0, moved), Rounding(from, choice, moved),
+                                Rounding(to, choice >> 2, moved)))
             return true;
     return false;
 }
 
-void AddEdges(const std::vector<Corner> &corners, int firstRow, int lastRow, PolygonFiller &filler)
+void AddEdges(const std::vector<Corner> &corners, FixedPoint moved, int firstRow, int lastRow, PolygonFiller &filler)
 {
     for (std::size_t i = 1; i < corners.size(); ++i) {
         PolygonEdge edge = {};
-        if (!corners[i - 1].bLast && MakeEdge(corners[i - 1].point, corners[i].point, firstRow, lastRow, edge))
+        if (!corners[i - 1].bLast &&
+            MakeEdge(Moved(corners[i - 1].point, moved), Moved(corners[i].point, moved), firstRow, lastRow, edge))
             filler.Add(edge);
     }
 }
 
 } // namespace
 
-GlyphShape::GlyphShape(const GlyphOutline &outline, FixedPoint place, PolygonFiller &filler) :
-    m_pOutline(&outline), m_fraction({place.nX & 63, place.nY & 63})
+GlyphShape::GlyphShape(const GlyphOutline &outline, FixedPoint fraction, PolygonFiller &filler) :
+    m_pOutline(&outline), m_fraction(fraction)
 {
-    const int x = place.nX >> 6;
-    const int y = place.nY >> 6;
-    const GlyphOutline::Polygons polygons = m_pOutline->Flatten(Origin(x, y));
-    AddEdges(polygons.listCorners, -AllRows, AllRows, filler);
+    AddEdges(m_pOutline->Corners(), m_fraction, -AllRows, AllRows, filler);
     m_mask = filler.Fill();
-    m_mask.nLeft -= x;
-    m_mask.nTop -= y;
     m_nDirection = !filler.IsOneSided() ? 0 : filler.IsPositive() ? 1 : -1;
-    FindDelicateCurves(polygons);
-    for (DelicateCurve &curve : m_listDelicate)
-        for (FixedPoint &corner : curve.listCorners)
-            corner = {corner.nX - 64 * x, corner.nY - 64 * y};
+    FindDelicateCurves();
 }
 
-void GlyphShape::FindDelicateCurves(const GlyphOutline::Polygons &polygons)
+void GlyphShape::FindDelicateCurves()
 {
-    const std::vector<Corner> &corners = polygons.listCorners;
-    std::set<int> delicate(polygons.listUnsureCurves.begin(), polygons.listUnsureCurves.end());
+    const std::vector<Corner> &corners = m_pOutline->Corners();
+    std::set<int> delicate = m_pOutline->UnsureCurves();
     for (std::size_t i = 1; i < corners.size(); ++i) {
-        if (!corners[i - 1].bLast && IsDelicate(Roundings(corners[i - 1]), Roundings(corners[i])))
+        if (!corners[i - 1].bLast && IsDelicate(corners[i - 1], corners[i], m_fraction))
             delicate.insert(std::max(corners[i - 1].nCurve, corners[i].nCurve));
     }
     for (const int curve : delicate) {
@@ -124,10 +91,10 @@ void GlyphShape::FindDelicateCurves(const GlyphOutline::Polygons &polygons)
             if (corners[i].nCurve != curve)
                 continue;
             if (item.listCorners.empty())
-                item.listCorners.push_back(corners[i - 1].point);
-            item.listCorners.push_back(corners[i].point);
+                item.listCorners.push_back(Moved(corners[i - 1].point, m_fraction));
+            item.listCorners.push_back(Moved(corners[i].point, m_fraction));
             if (corners[i + 1].nCurve != curve)
-                item.listCorners.push_back(corners[i + 1].point);
+                item.listCorners.push_back(Moved(corners[i + 1].point, m_fraction));
         }
         m_listDelicate.push_back(item);
     }
@@ -142,7 +109,7 @@ std::vector<FixedPoint> GlyphShape::RelativeCorners(int curve, int x, int y) con
 {
     std::vector<FixedPoint> corners = m_pOutline->FlattenCurve(curve, Origin(x, y));
     for (FixedPoint &corner : corners)
-        corner = {corner.nX - 64 * x, corner.nY - 64 * y};
+        corner = Moved(corner, {-64 * x, -64 * y});
     return corners;
 }
 
@@ -178,6 +145,6 @@ bool GlyphShape::IsSameAround(const DelicateCurve &curve, int x, int y) const
 
 BitMask GlyphShape::FillAt(int x, int y, int lastRow, PolygonFiller &filler) const
 {
-    AddEdges(m_pOutline->Flatten(Origin(x, y)).listCorners, 0, lastRow, filler);
+    AddEdges(m_pOutline->Flatten(Origin(x, y)), {0, 0}, 0, lastRow, filler);
     return filler.Fill();
 }

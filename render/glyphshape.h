@@ -14,10 +14,10 @@ class GlyphShape
 {
 public:
     /**
-     * @param outline  must outlive the shape and stay where it is.
-     * @param place    where the glyph is needed first; its fraction of a pixel is the shape's.
+     * @param outline   must outlive the shape and stay where it is.
+     * @param fraction  the part of a pixel that the glyph is moved by, 0 to 63.
      */
-    GlyphShape(const GlyphOutline &outline, FixedPoint place, PolygonFiller &filler);
+    GlyphShape(const GlyphOutline &outline, FixedPoint fraction, PolygonFiller &filler);
 
     /** A glyph that QPainter copies from an image. */
     explicit GlyphShape(BitMask mask) : m_mask(std::move(mask)) {}
@@ -44,7 +44,7 @@ private:
     bool IsSameAround(const DelicateCurve &curve, int x, int y) const;
 
     QPointF Origin(int x, int y) const;
-    void FindDelicateCurves(const GlyphOutline::Polygons &polygons);
+    void FindDelicateCurves();
     std::vector<FixedPoint> RelativeCorners(int curve, int x, int y) const;
 
     const GlyphOutline *m_pOutline = nullptr; ///< null for an image
