@@ -152,7 +152,8 @@ void Compositor::SetText(const TextInk &ink, QRgb textColor, QRgb outlineColor, 
     const bool showsOutline = (outlineColor ^ corner) & 0xFFFFFF;
     m_inkColors = {Bytes(textColor), Bytes(outlineColor)};
 
-    // With a word of nothing behind the last.
+    m_listRow.resize(64 * static_cast<std::size_t>(ink.text.nWords) / BlockPixels + 1);
+    // One zero word of padding: BitsFrom() reads one word past the last.
     std::vector<std::uint64_t> shown(ink.text.nWords + 1);
     std::vector<std::uint64_t> isText(ink.text.nWords + 1);
     for (int row = std::max(0, visible.top() - ink.text.nTop); row < ink.text.nRows; ++row) {
@@ -171,22 +172,27 @@ void Compositor::AppendTextRow(int row, int left, const std::vector<std::uint64_
                                const std::vector<std::uint64_t> &shown)
 {
     constexpr std::uint64_t OfBlock = (1U << BlockPixels) - 1;
+    constexpr int LastPlace = 64 - BlockPixels;
     const int columns = 64 * (static_cast<int>(shown.size()) - 1);
-    int column = 0;
-    while (column < columns) {
-        const std::uint64_t bits = BitsFrom(shown.data(), column);
-        if (!bits) {
-            column += 64;
-            continue;
+    InkBlock *end = m_listRow.data();
+    for (int column = 0; column < columns;) {
+        std::uint64_t bits = BitsFrom(shown.data(), column);
+        const std::uint64_t text = BitsFrom(isText.data(), column);
+        int place = 0;
+        while (bits) {
+            const int transparent = __builtin_ctzll(bits);
+            place += transparent;
+            if (place > LastPlace)
+                break;
+            bits >>= transparent;
+            *end++ = {row, left + column + place, static_cast<std::uint16_t>(text >> place & OfBlock),
+                      static_cast<std::uint16_t>(bits & OfBlock)};
+            bits >>= BlockPixels;
+            place += BlockPixels;
         }
-        column += __builtin_ctzll(bits);
-        InkBlock &block = m_listInk.emplace_back();
-        block.nRow = row;
-        block.nColumn = left + column;
-        block.nText = static_cast<std::uint16_t>(BitsFrom(isText.data(), column) & OfBlock);
-        block.nShown = static_cast<std::uint16_t>(BitsFrom(shown.data(), column) & OfBlock);
-        column += BlockPixels;
+        column += bits ? place : 64;
     }
+    m_listInk.insert(m_listInk.end(), m_listRow.data(), end);
 }
 
 void Compositor::PrepareWeights(int opacity)

@@ -59,6 +59,7 @@ private:
     int m_nFrameHeight = 0;
     InkColors m_inkColors = {};
     std::vector<InkBlock> m_listInk; ///< of text; from the top to the bottom, as pictures are
+    std::vector<InkBlock> m_listRow; ///< room for the blocks of one row
     std::vector<PictureBlock> m_listPicture;
     std::vector<std::uint8_t> m_listAlphas; ///< of the picture's blocks, BlockPixels each; 0 for what does not show
     int m_nPreparedOpacity = -1;            ///< that the picture's weights are for

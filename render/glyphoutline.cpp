@@ -1,7 +1,5 @@
 #include "render/glyphoutline.h"
 
-#include <QPolygonF>
-
 #include <cmath>
 #include <private/qbezier_p.h>
 
@@ -69,9 +67,15 @@ int OtherRounding(double exact, int rounded)
     return rounded > exact * 64 ? rounded - 1 : rounded + 1;
 }
 
+/** A position as Qt rounds it, half a 64th up. */
+FixedPoint ToFixed(QPointF point)
+{
+    return {qRound(point.x() * 64), qRound(point.y() * 64)};
+}
+
 GlyphOutline::Corner MakeCorner(QPointF exact, int curve)
 {
-    const FixedPoint point = {qRound(exact.x() * 64), qRound(exact.y() * 64)};
+    const FixedPoint point = ToFixed(exact);
     // End points are exact in binary.
     const FixedPoint other =
         curve < 0 ? point : FixedPoint{OtherRounding(exact.x(), point.nX), OtherRounding(exact.y(), point.nY)};
@@ -109,20 +113,16 @@ void GlyphOutline::AddCurve(QPointF from, QPointF first, QPointF second, QPointF
     m_listCurves.push_back(m_listElements.back());
 }
 
-void GlyphOutline::AddPoints(const Element &element, QPointF origin, std::vector<Corner> &corners, int curve) const
+QPolygonF GlyphOutline::Points(const Element &element, QPointF origin)
 {
     const QPointF start = element.start + origin;
     const QPointF end = element.end + origin;
     const QPointF control = element.control + origin;
-    QPolygonF points;
     if (element.kind == Kind::Quadratic)
-        points = Flattened(start, FirstControl(start, control), SecondControl(control, end), end);
-    else if (element.kind == Kind::Cubic)
-        points = Flattened(start, control, element.second + origin, end);
-    else
-        points.append(end);
-    for (int i = 0; i < points.size(); ++i)
-        corners.push_back(MakeCorner(points[i], i + 1 < points.size() ? curve : -1));
+        return Flattened(start, FirstControl(start, control), SecondControl(control, end), end);
+    if (element.kind == Kind::Cubic)
+        return Flattened(start, control, element.second + origin, end);
+    return {{end}};
 }
 
 std::vector<GlyphOutline::Corner> GlyphOutline::Flatten(QPointF origin) const
@@ -141,7 +141,9 @@ std::vector<GlyphOutline::Corner> GlyphOutline::Flatten(QPointF origin) const
             close();
             start = element.end;
         }
-        AddPoints(element, origin, corners, curve);
+        const QPolygonF points = Points(element, origin);
+        for (int i = 0; i < points.size(); ++i)
+            corners.push_back(MakeCorner(points[i], i + 1 < points.size() ? curve : -1));
         curve += element.kind == Kind::Quadratic || element.kind == Kind::Cubic;
     }
     close();
@@ -150,12 +152,9 @@ std::vector<GlyphOutline::Corner> GlyphOutline::Flatten(QPointF origin) const
 
 std::vector<FixedPoint> GlyphOutline::FlattenCurve(int curve, QPointF origin) const
 {
-    std::vector<Corner> corners;
-    AddPoints(m_listCurves[curve], origin, corners, curve);
-    corners.pop_back();
-    std::vector<FixedPoint> points;
-    points.reserve(corners.size());
-    for (const Corner &corner : corners)
-        points.push_back(corner.point);
-    return points;
+    const QPolygonF points = Points(m_listCurves[curve], origin);
+    std::vector<FixedPoint> corners;
+    for (int i = 0; i + 1 < points.size(); ++i)
+        corners.push_back(ToFixed(points[i]));
+    return corners;
 }

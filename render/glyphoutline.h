@@ -4,6 +4,7 @@
 
 #include <QPainterPath>
 #include <QPointF>
+#include <QPolygonF>
 
 #include <set>
 #include <vector>
@@ -52,7 +53,8 @@ private:
     };
 
     void AddCurve(QPointF from, QPointF first, QPointF second, QPointF end);
-    void AddPoints(const Element &element, QPointF origin, std::vector<Corner> &corners, int curve) const;
+    /** All but the first. */
+    static QPolygonF Points(const Element &element, QPointF origin);
 
     std::vector<Element> m_listElements;
     std::vector<Element> m_listCurves; ///< those of the elements that are curves

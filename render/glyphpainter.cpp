@@ -7,9 +7,16 @@ namespace
 
 constexpr std::size_t MaxKilobytes = 8192;
 
-bool IsInFrame(const BitMask &mask, int x, int width)
+/**
+ * Whether Qt fills a path there as it does in a frame without edges. Beyond the sides it changes edges; of paths whose
+ * first row is about the frame's last it drops single pixels.
+ */
+bool IsInFrame(const BitMask &mask, int x, int y, const QSize &frame)
 {
-    return x + mask.nLeft - OutlineRadius >= 0 && x + mask.nLeft + mask.nColumns + OutlineRadius <= width;
+    const int left = x + mask.nLeft;
+    const int belowBottom = y + mask.nTop - frame.height();
+    return left >= OutlineRadius && left + mask.nColumns + OutlineRadius <= frame.width() &&
+           (belowBottom < -2 * OutlineRadius || belowBottom > OutlineRadius);
 }
 
 /** Whether a glyph that reaches that far from its origin may show in a frame. */
@@ -72,7 +79,8 @@ bool GlyphPainter::PlaceRun(const GlyphRun &run, const QSize &frame, std::vector
         if (isPath) {
             if (direction == 0)
                 direction = shape->Direction();
-            if (direction == 0 || shape->Direction() != direction || !IsInFrame(shape->Mask(), glyph.nX, frame.width()))
+            if (direction == 0 || shape->Direction() != direction ||
+                !IsInFrame(shape->Mask(), glyph.nX, glyph.nY, frame))
                 return false;
         }
         glyphs.push_back(glyph);

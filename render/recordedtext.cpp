@@ -199,6 +199,21 @@ GlyphSource GlyphRun::Source() const
     return IsDrawnAsPath(font.fontDef.pixelSize) ? GlyphSource::Path : GlyphSource::Image;
 }
 
+bool GlyphRun::IsRightToLeft() const
+{
+    return m_pItem->flags.testFlag(QTextItem::RightToLeft);
+}
+
+double GlyphRun::RightEdge() const
+{
+    QFixed edge;
+    for (std::size_t i = 0; i < m_listGlyphs.size(); ++i) {
+        const glyph_metrics_t box = m_pItem->pFont->boundingBox(m_listGlyphs[i]);
+        edge = std::max(edge, QFixed::fromFixed(m_listPlaces[i].nX) + box.x + box.width);
+    }
+    return edge.toReal();
+}
+
 int GlyphRun::Reach() const
 {
     return static_cast<int>(4 * m_pItem->pFont->fontDef.pixelSize);
@@ -252,27 +267,35 @@ void GlyphRun::Draw(QPainter &painter, const QPoint &offset) const
     DrawItem(painter, m_position + offset, *m_pItem->pFont, m_pItem->layout, m_pItem->flags);
 }
 
-RecordedText::RecordedText(const QFont &font, const QRect &box, int flags, const QString &text) :
+RecordedText::RecordedText(const QFont &font, const QRectF &box, int flags, const QString &text) :
     m_rcBox(box),
     m_nSize(text.size()),
-    m_bHasTabsOrObjects(text.contains(QLatin1Char('\t')) || text.contains(QChar(QChar::ObjectReplacementCharacter)))
+    m_bHasTabsOrObjects(text.contains(QLatin1Char('\t')) || text.contains(QChar(QChar::ObjectReplacementCharacter))),
+    m_bHasSoftHyphens(text.contains(QChar(QChar::SoftHyphen)))
 {
     RecordingEngine engine(m_listRuns);
     RecordingDevice device(engine);
     QPainter painter(&device);
     painter.setFont(font);
-    painter.drawText(box, flags, text);
+    painter.drawText(box, flags, text, &m_rcBounds);
     m_bClipped = engine.IsClipped();
 }
 
-QRect RecordedText::Measure(const QFont &font, const QSize &size, int flags, const QString &text)
+bool RecordedText::HasLinesOfBox(int width) const
 {
-    std::vector<GlyphRun> runs;
-    RecordingEngine engine(runs);
-    RecordingDevice device(engine);
-    QPainter painter(&device);
-    painter.setFont(font);
-    return painter.boundingRect(QRect(QPoint(0, 0), size), flags, text);
+    if (width > m_rcBox.width() || m_bHasTabsOrObjects || m_bHasSoftHyphens)
+        return false;
+    constexpr double Rounded = 1; // more than positions and advances are rounded by
+    double line = 0;
+    double left = 0;
+    for (const GlyphRun &run : m_listRuns) {
+        if (run.Position().y() != line)
+            left = run.Position().x();
+        line = run.Position().y();
+        if (run.IsRightToLeft() || run.RightEdge() - left > width - Rounded)
+            return false;
+    }
+    return true;
 }
 
 bool RecordedText::IsMovable(int distance) const

@@ -6,8 +6,7 @@
 #include <QPainterPath>
 #include <QPoint>
 #include <QPointF>
-#include <QRect>
-#include <QSize>
+#include <QRectF>
 #include <QString>
 
 #include <cstdint>
@@ -62,6 +61,11 @@ public:
     FontKey Key() const;
     GlyphSource Source() const;
 
+    bool IsRightToLeft() const;
+
+    /** In pixels, of the glyphs' bounding boxes. */
+    double RightEdge() const;
+
     /** Pixels that no glyph of the font exceeds, measured from its origin. */
     int Reach() const;
 
@@ -100,14 +104,20 @@ class RecordedText
 {
 public:
     /** @param box, flags  as for QPainter::drawText(). */
-    RecordedText(const QFont &font, const QRect &box, int flags, const QString &text);
+    RecordedText(const QFont &font, const QRectF &box, int flags, const QString &text);
 
-    /** QPainter::boundingRect() in a frame of @p size. */
-    static QRect Measure(const QFont &font, const QSize &size, int flags, const QString &text);
+    /** As QPainter::drawText() gives them. */
+    const QRectF &Bounds() const { return m_rcBounds; }
 
     const std::vector<GlyphRun> &Runs() const { return m_listRuns; }
     /** Of the text, in UTF-16 units. */
     int Size() const { return m_nSize; }
+
+    /**
+     * Whether a narrower box would break the text into the same lines. Qt counts what a line's last glyph has right of
+     * its advance only where a line nearly fills the box, and may move a word to the next line for that.
+     */
+    bool HasLinesOfBox(int width) const;
 
     /** Whether the text does not fit its box and is clipped to that. */
     bool IsClipped() const { return m_bClipped; }
@@ -125,9 +135,11 @@ public:
     void Draw(QPainter &painter, const QPoint &offset) const;
 
 private:
-    QRect m_rcBox;
+    QRectF m_rcBox;
+    QRectF m_rcBounds;
     int m_nSize;
     std::vector<GlyphRun> m_listRuns;
     bool m_bClipped = false;
     bool m_bHasTabsOrObjects; ///< characters that shift a line's start without producing a glyph
+    bool m_bHasSoftHyphens;
 };

@@ -6,6 +6,7 @@
 
 #include <QPainter>
 #include <QThread>
+#include <QtMath>
 
 #include <algorithm>
 #include <functional>
@@ -13,7 +14,6 @@
 namespace
 {
 
-constexpr int MeasureFlags = Qt::TextWordWrap;
 constexpr int DrawFlags = Qt::AlignHCenter | Qt::TextWordWrap;
 
 constexpr int LongText = 4096;   // UTF-16 units
@@ -108,14 +108,18 @@ PaintedText TextPainter::Paint(const TextStyle &style, int width, int height, co
     if (HasNewCharacters(style.font, text))
         silencer.emplace();
     const QFont font = PaintFont(style.font);
-    const QRect bounds = RecordedText::Measure(font, {width, height}, MeasureFlags, text);
-    const int halfWidth = bounds.width() / 2;
+    // The frame, moved so that lines centred in it are centred in the text's box, which depends on the lines.
+    const QRectF frameBox(width / 2 + 1 - width / 2.0, 0, width, height);
+    RecordedText recorded(font, frameBox, DrawFlags | Qt::TextDontClip, text);
+    const int textHeight = qCeil(recorded.Bounds().height());
+    const int halfWidth = qCeil(recorded.Bounds().width()) / 2;
+    const QRect box(QPoint(width / 2 - halfWidth, 0), QPoint(width / 2 + halfWidth + 1, textHeight));
     PaintedText result;
-    result.nTextHeight = bounds.height();
-    const QRect box(QPoint(width / 2 - halfWidth, 0), QPoint(width / 2 + halfWidth + 1, bounds.height()));
+    result.nTextHeight = textHeight;
     result.rcText = box;
     const auto layOut = [&](int dx) { return RecordedText(font, box.translated(dx, 0), DrawFlags, text); };
-    const RecordedText recorded = layOut(0);
+    if (!recorded.HasLinesOfBox(box.width()))
+        recorded = layOut(0);
     if (style.bOutline && std::max(width, height) <= WideFrame)
         result.ink = m_glyphPainter.Paint(recorded, {width, height});
     if (!result.ink) {
@@ -132,7 +136,7 @@ void TextPainter::Load(const QFont &font)
     if (!HasNewCharacters(font, text))
         return;
     const MessageSilencer silencer;
-    RecordedText::Measure(PaintFont(font), {1, 1}, MeasureFlags, text);
+    const RecordedText loaded(PaintFont(font), QRectF(0, 0, 1, 1), DrawFlags, text);
 }
 
 bool TextPainter::HasNewCharacters(const QFont &font, const QString &text)
