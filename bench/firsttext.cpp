@@ -1,6 +1,6 @@
 // What happens once a process: the microseconds of the first frame with text after a file was opened, and of a later one
-// on which the cue changes; and what a renderer keeps in memory.
-// usage: firsttext text|memory library|libass
+// on which the cue changes; those from nothing to the first frame with text; and what a renderer keeps in memory.
+// usage: firsttext text|start|memory library|libass
 #include "cues.h"
 #include "libsubtitle.h"
 #if WITH_LIBASS
@@ -25,6 +25,7 @@ namespace
 constexpr int Width = 1920;
 constexpr int Height = 1080;
 constexpr int LaterCues = 100;
+constexpr int StartCues = 200;
 
 /** A player of one film. */
 class Player
@@ -83,18 +84,18 @@ const char *Name(bool libass)
     return libass ? "libass" : "library";
 }
 
-std::string File(bool libass)
+std::string File(bool libass, int cues = FilmCues)
 {
-    return libass ? AssFile(FilmCues, Width, Height) : SrtFile(FilmCues);
+    return libass ? AssFile(cues, Width, Height) : SrtFile(cues);
 }
 
-std::unique_ptr<Player> Open(bool libass)
+std::unique_ptr<Player> Open(bool libass, const std::string &file)
 {
 #if WITH_LIBASS
     if (libass)
-        return std::make_unique<AssPlayer>(File(true));
+        return std::make_unique<AssPlayer>(file);
 #endif
-    return std::make_unique<LibraryPlayer>(File(libass));
+    return std::make_unique<LibraryPlayer>(file);
 }
 
 double Microseconds(Player &player, std::uint8_t *pixels, int cue)
@@ -118,7 +119,7 @@ long OwnMemory()
 
 void PrintText(bool libass, std::vector<std::uint8_t> &pixels)
 {
-    const std::unique_ptr<Player> player = Open(libass);
+    const std::unique_ptr<Player> player = Open(libass, File(libass));
     std::printf("%s first %.1f\n", Name(libass), Microseconds(*player, pixels.data(), 1));
     std::vector<double> later;
     for (int cue = 2; cue < 2 + LaterCues; ++cue)
@@ -127,13 +128,23 @@ void PrintText(bool libass, std::vector<std::uint8_t> &pixels)
     std::printf("%s later %.1f\n", Name(libass), later[LaterCues / 2]);
 }
 
+void PrintStart(bool libass, std::vector<std::uint8_t> &pixels)
+{
+    const std::string file = File(libass, StartCues);
+    const auto start = std::chrono::steady_clock::now();
+    const std::unique_ptr<Player> player = Open(libass, file);
+    player->Process(pixels.data(), CueDistance);
+    const std::chrono::duration<double, std::micro> passed = std::chrono::steady_clock::now() - start;
+    std::printf("%s start %.1f\n", Name(libass), passed.count());
+}
+
 void PrintMemory(bool libass, std::vector<std::uint8_t> &pixels)
 {
     const std::string file = File(libass);
     std::unique_ptr<Player> players[2];
     for (std::unique_ptr<Player> &player : players) {
         const long before = OwnMemory();
-        player = Open(libass);
+        player = Open(libass, file);
         for (int cue = 1; cue <= LaterCues; ++cue)
             player->Process(pixels.data(), CueDistance * cue);
         std::printf("%s memory %s %ld\n", Name(libass), player == players[0] ? "first" : "another",
@@ -155,6 +166,8 @@ int main(int argc, char **argv)
     std::vector<std::uint8_t> pixels(static_cast<std::size_t>(Width) * Height * 3, 90);
     if (work == "text")
         PrintText(libass, pixels);
+    else if (work == "start")
+        PrintStart(libass, pixels);
     else if (work == "memory")
         PrintMemory(libass, pixels);
     else

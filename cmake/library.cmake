@@ -14,7 +14,6 @@ add_library(subtitle_objects OBJECT
   render/blendkernel.cpp
   render/compositor.cpp
   render/fonthost.cpp
-  render/fontintegration.cpp
   render/glyphoutline.cpp
   render/glyphpainter.cpp
   render/glyphshape.cpp

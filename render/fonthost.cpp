@@ -1,11 +1,30 @@
 #include "render/fonthost.h"
 
-#include "render/fontintegration.h"
-
+#include <QScopedPointer>
+#include <QtFontDatabaseSupport/private/qgenericunixfontdatabase_p.h>
 #include <QtGui/private/qguiapplication_p.h>
+#include <qpa/qplatformbackingstore.h>
+#include <qpa/qplatformintegration.h>
+#include <qpa/qplatformwindow.h>
 
 namespace
 {
+
+/**
+ * A platform integration whose only service is the font database: no plugin file, no display, no screen. It lets text
+ * be painted into images in a process that has no QGuiApplication.
+ */
+class FontIntegration : public QPlatformIntegration
+{
+public:
+    QPlatformFontDatabase *fontDatabase() const override { return m_pFontDatabase.data(); }
+    QPlatformWindow *createPlatformWindow(QWindow * /*window*/) const override { return nullptr; }
+    QPlatformBackingStore *createPlatformBackingStore(QWindow * /*window*/) const override { return nullptr; }
+    QAbstractEventDispatcher *createEventDispatcher() const override { return nullptr; }
+
+private:
+    QScopedPointer<QPlatformFontDatabase> m_pFontDatabase{new QGenericUnixFontDatabase};
+};
 
 // Qt keeps referring to the arguments.
 int argumentCount = 1;

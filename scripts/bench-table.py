@@ -96,11 +96,12 @@ def steady_rows(t):
 
 def change_rows(t):
     rows = []
-    for label, args in (("1080p", "1920/1080"), ("2160p", "3840/2160")):
-        for kind, counter in (("mean", ""), ("worst", " worst_us")):
+    for label, args in (("480p", "854/480"), ("720p", "1280/720"), ("1080p", "1920/1080"), ("2160p", "3840/2160")):
+        for kind, counter, goal, factor in (("mean", "", "at most 0.5 × libass", 0.5),
+                                            ("worst", " worst_us", "below libass", 1)):
             peer = t(f"AssChange/{args}{counter}")
             rows.append(Row(f"frame on which the cue changes, {label}, {kind} of 200", t(f"TextChange/{args}{counter}"),
-                            [("libass list", peer)], "below libass", [(peer, 1)]))
+                            [("libass list", peer)], goal, [(peer, factor)]))
     peer = t("AssNothingDue/1920/1080")
     rows.append(Row("nothing due", t("NothingDue/1920/1080"), [("libass", peer)], "at most 0.5 × libass", [(peer, 0.5)]))
     return rows
@@ -125,6 +126,9 @@ def process_rows(t):
     rows = [Row("first text of the process, file open", t("library first"),
                 [("libass", t("libass first")), ("a later change of cue", later)],
                 "at most 2 × a later change", [(later, 2)])]
+    peer = t("libass start")
+    rows.append(Row("fresh process: create, open 200 cues, first frame with text", t("library start"),
+                    [("libass", peer)], "below libass", [(peer, 1)]))
     needed = t("library memory needed")
     rows.append(Row("memory of a renderer at 1080p", t("library memory first"),
                     [("4 × W × H and the cues", needed), ("libass", t("libass memory first")),

@@ -40,6 +40,7 @@ build-gcc/environment/run build-gcc/bin/subtitle_bench \
 for player in library libass; do
     for _ in $(seq $processes); do
         build-gcc/environment/run build-gcc/bin/firsttext text $player
+        build-gcc/environment/run build-gcc/bin/firsttext start $player
     done
     build-gcc/environment/run build-gcc/bin/firsttext memory $player
 done >"$folder/firsttext"
