@@ -109,11 +109,12 @@ PaintedText TextPainter::Paint(const TextStyle &style, int width, int height, co
         silencer.emplace();
     const QFont font = PaintFont(style.font);
     // The frame, moved so that lines centred in it are centred in the text's box, which depends on the lines.
-    const QRectF frameBox(width / 2 + 1 - width / 2.0, 0, width, height);
+    const int middle = width / 2;
+    const QRectF frameBox(middle + 1 - width / 2.0, 0, width, height);
     RecordedText recorded(font, frameBox, DrawFlags | Qt::TextDontClip, text);
     const int textHeight = qCeil(recorded.Bounds().height());
     const int halfWidth = qCeil(recorded.Bounds().width()) / 2;
-    const QRect box(QPoint(width / 2 - halfWidth, 0), QPoint(width / 2 + halfWidth + 1, textHeight));
+    const QRect box(QPoint(middle - halfWidth, 0), QPoint(middle + halfWidth + 1, textHeight));
     PaintedText result;
     result.nTextHeight = textHeight;
     result.rcText = box;
@@ -136,7 +137,7 @@ void TextPainter::Load(const QFont &font)
     if (!HasNewCharacters(font, text))
         return;
     const MessageSilencer silencer;
-    const RecordedText loaded(PaintFont(font), QRectF(0, 0, 1, 1), DrawFlags, text);
+    (void)RecordedText(PaintFont(font), QRectF(0, 0, 1, 1), DrawFlags, text);
 }
 
 bool TextPainter::HasNewCharacters(const QFont &font, const QString &text)
