@@ -43,20 +43,21 @@ __attribute__((constructor)) void WatchMainThread()
 
 /**
  * For other threads that end the process. Qt makes static objects when it first needs them; they are destroyed before
- * whatever was registered before they were made, so that the end is watched for anew after each work that may have made
- * some.
+ * whatever was registered before they were made, so that the end is watched for anew after work that may have made some:
+ * the first of its kind, and then ever more seldom, as when text of another script is painted.
  */
-void WatchAllThreads()
+void WatchAllThreads(QtUse::Work work)
 {
-    constexpr int Works = 16; // later ones find all of them made
-    static std::atomic<int> works = 0;
-    if (works < Works && works++ < Works)
+    constexpr int FirstWorks = 16;
+    static std::atomic<int> works[3] = {0, 0, 0};
+    const int before = works[static_cast<int>(work)]++;
+    if (before >= 0 && (before < FirstWorks || (before & (before - 1)) == 0))
         (void)std::atexit(EndUses);
 }
 
 } // namespace
 
-QtUse::QtUse() : m_bAllowed(true)
+QtUse::QtUse(Work work) : m_work(work), m_bAllowed(true)
 {
     (void)pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_nCancelState);
     std::fegetenv(&m_environment);
@@ -69,8 +70,8 @@ QtUse::QtUse() : m_bAllowed(true)
 
 QtUse::~QtUse()
 {
-    if (m_bAllowed && usesHere == 1)
-        WatchAllThreads();
+    if (m_bAllowed)
+        WatchAllThreads(m_work);
     --usesHere;
     --usesEverywhere;
     std::fesetenv(&m_environment);

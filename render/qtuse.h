@@ -16,7 +16,8 @@
 class QtUse
 {
 public:
-    QtUse();
+    enum class Work { Plain, Loading, Painting };
+    explicit QtUse(Work work = Work::Plain);
     ~QtUse();
     QtUse(const QtUse &) = delete;
     QtUse &operator=(const QtUse &) = delete;
@@ -25,6 +26,7 @@ public:
     explicit operator bool() const { return m_bAllowed; }
 
 private:
+    Work m_work;
     bool m_bAllowed;
     std::fenv_t m_environment;
     int m_nCancelState = PTHREAD_CANCEL_ENABLE;

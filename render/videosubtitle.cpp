@@ -1,5 +1,6 @@
 #include "render/videosubtitle.h"
 
+#include "render/messagesilencer.h"
 #include "render/qtruntime.h"
 #include "render/qtuse.h"
 #include "render/scopedlock.h"
@@ -34,13 +35,9 @@ constexpr int MaxPointSize = 4096;
 
 int instanceCount = 0;
 
-/** Shows hosts how many renderers live. */
-void PublishInstanceCount()
-{
-    static int &shown =
-        *static_cast<int *>(HostObject("_ZN13VideoSubtitle17ms_nInstanceCountE", &VideoSubtitle::ms_nInstanceCount));
-    shown = instanceCount;
-}
+// Found when the library is loaded, since the dynamic linker's lock is taken for it.
+int &shownInstanceCount =
+    *static_cast<int *>(HostObject("_ZN13VideoSubtitle17ms_nInstanceCountE", &VideoSubtitle::ms_nInstanceCount));
 
 /** What renderers leave behind that are destroyed while the process ends: held, so that nobody takes it for a leak. */
 struct Remains {
@@ -68,15 +65,13 @@ VideoSubtitle::VideoSubtitle() : m_pTextPainter(std::make_unique<TextPainter>())
             throw;
         }
     }
-    ++instanceCount;
-    PublishInstanceCount();
+    shownInstanceCount = ++instanceCount;
 }
 
 VideoSubtitle::~VideoSubtitle()
 {
     const QtUse use;
-    --instanceCount;
-    PublishInstanceCount();
+    shownInstanceCount = --instanceCount;
     if (!use) {
         remains = new (std::nothrow) Remains{m_pFont, m_pImage, m_pTextPainter.release(), remains};
         return;
@@ -115,7 +110,7 @@ void VideoSubtitle::CreateVideoSubtitle(int width, int height)
 
 int VideoSubtitle::SetFontParam(const char *family, int pointSize, int style)
 {
-    const QtUse use;
+    const QtUse use(QtUse::Work::Loading);
     if (!m_pFont || !use)
         return -1;
     EnsureFonts();
@@ -194,10 +189,12 @@ int VideoSubtitle::SetSubtitleFile(const char *path, int track)
 
 int VideoSubtitle::OpenFile(const QString &path, int track)
 {
+    const MessageSilencer silencer; // Qt reports a seek that fails
     if (!m_parserManager.Open(path, track))
         return -1;
     m_parserManager.SetVideoSize(m_nVideoWidth, m_nVideoHeight);
     if (m_pFont) {
+        const QtUse use(QtUse::Work::Loading);
         EnsureFonts();
         m_pTextPainter->Load(Font());
     }
@@ -253,6 +250,7 @@ void VideoSubtitle::Rebuild()
         TextToBmp(m_strSubtitle);
         return;
     }
+    const MessageSilencer silencer; // as in OpenFile()
     QRect rect;
     *m_pImage = QImage(); // so that the parser may use its memory again
     *m_pImage = m_parserManager.TextToImage(m_strSubtitle, rect);
@@ -290,7 +288,7 @@ TextStyle VideoSubtitle::Style() const
 
 void VideoSubtitle::TextToBmp(const QString &text)
 {
-    const QtUse use;
+    const QtUse use(QtUse::Work::Painting);
     if (!m_pFont || !use)
         return;
     EnsureFonts();

@@ -43,6 +43,7 @@ TEST(Exit, WithHandlesThatRegisteredFunctionsDestroy)
     ExpectEnds("thread registered before", "destroyed\n");
     ExpectEnds("registered after the handle was made", "destroyed\n");
     ExpectEnds("registered last", "destroyed\n");
+    ExpectEnds("by a thread, after many handles", "destroyed\n");
 }
 
 TEST(Exit, WithHandlesInUse)

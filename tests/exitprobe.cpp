@@ -160,6 +160,24 @@ const std::map<std::string, void (*)()> Modes = {
          RunBeside(SetFontForEver);
      }},
     {"while handles are made", [] { RunBeside(CreateForEver); }},
+    {"by a thread, after many handles",
+     [] {
+         for (int n = 0; n < 40; ++n)
+             DestroyVideoSubtitle(CreateVideoSubtitle(Width, Height));
+         for (int n = 0; n < 40; ++n) {
+             handle = CreateVideoSubtitle(Width, Height);
+             SetSubtitleFile(handle, "no such file.srt", 0);
+             DestroyVideoSubtitle(handle);
+         }
+         handle = CreateVideoSubtitle(Width, Height);
+         (void)std::atexit([] {
+             Frame(handle, 3500);
+             Destroy();
+         });
+         SetSubtitleFile(handle, file.c_str(), 0);
+         Frame(handle, 1500);
+         std::thread([] { std::exit(0); }).join();
+     }},
     {"by a thread while frames are shown",
      [] {
          handle = Open();

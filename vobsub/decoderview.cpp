@@ -36,23 +36,18 @@ struct shown_variables {
     subtitle_canvas &canvas = Shown("mediadata", mediadata);
 };
 
-const shown_variables &View()
-{
-    static const shown_variables view;
-    return view;
-}
+// Found when the library is loaded, since the dynamic linker's lock is taken for it.
+const shown_variables view;
 
 } // namespace
 
 host_settings Read_Settings()
 {
-    const shown_variables &view = View();
     return {view.color, view.offset, view.format, view.chroma_width};
 }
 
 void Reset_Settings()
 {
-    const shown_variables &view = View();
     view.color = 1;
     view.offset = 0;
     view.format = 3;
@@ -60,12 +55,11 @@ void Reset_Settings()
 
 void Set_Colour(int32_t colour)
 {
-    View().color = colour;
+    view.color = colour;
 }
 
 void Publish_Canvas()
 {
-    const shown_variables &view = View();
     view.coded_width = view.chroma_width = decoder.width;
     view.coded_height = view.chroma_height = decoder.height;
     std::copy(std::begin(decoder.canvas.plane), std::end(decoder.canvas.plane), view.canvas.plane);
@@ -74,7 +68,7 @@ void Publish_Canvas()
 
 void Publish_Picture()
 {
-    subtitle_canvas &canvas = View().canvas;
+    subtitle_canvas &canvas = view.canvas;
     canvas.start = decoder.canvas.start;
     canvas.stop = decoder.canvas.stop;
     canvas.top = decoder.canvas.top;
