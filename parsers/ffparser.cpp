@@ -58,11 +58,24 @@ public:
         return avformat_find_stream_info(m_pInput.get(), nullptr) >= 0;
     }
 
-    /** From now on the whole file is read. */
-    void BeginPackets()
+    /**
+     * From now on the whole file is read. It is opened anew where the search for streams came to its limit, which demuxers
+     * remember as the end of the file.
+     * @return false when it cannot be opened any more.
+     */
+    bool BeginPackets(const QByteArray &name, int chosen)
     {
-        if (m_file)
-            m_file->BeginPackets();
+        if (!m_file)
+            return true;
+        if (m_file->IsCut()) {
+            m_pInput.reset();
+            if (!Open(name))
+                return false;
+            for (unsigned i = 0; i < m_pInput->nb_streams; ++i)
+                m_pInput->streams[i]->discard = static_cast<int>(i) == chosen ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+        }
+        m_file->BeginPackets(chosen);
+        return true;
     }
 
     AVFormatContext &Context() { return *m_pInput; }
@@ -109,8 +122,9 @@ int FFParser::Open(const QString &path, int track)
 {
     m_listItems.clear();
     m_index = {};
+    const QByteArray name = path.toUtf8();
     Input input;
-    if (!input.Open(path.toUtf8())) {
+    if (!input.Open(name)) {
         av_log(nullptr, AV_LOG_ERROR, "(%d): av_open_input_file x\n", 105);
         return 1;
     }
@@ -118,11 +132,13 @@ int FFParser::Open(const QString &path, int track)
         av_log(nullptr, AV_LOG_ERROR, "(%d): av_find_stream_info x\n", 101);
         return 1;
     }
-    AVFormatContext &context = input.Context();
-    const int chosen = ChooseStream(context, track);
+    const int chosen = ChooseStream(input.Context(), track);
     // Without a track, what is left of the file changes nothing, and the end comes where the search for streams ends.
-    if (chosen >= 0)
-        input.BeginPackets();
+    if (chosen >= 0 && !input.BeginPackets(name, chosen)) {
+        av_log(nullptr, AV_LOG_ERROR, "(%d): av_open_input_file x\n", 105);
+        return 1;
+    }
+    AVFormatContext &context = input.Context();
     const PacketPointer packet(av_packet_alloc());
     qint64 held = 0;
     while (packet && m_listItems.size() < MaxCues && held < MaxTextSize && av_read_frame(&context, packet.get()) == 0) {

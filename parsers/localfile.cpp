@@ -81,13 +81,11 @@ void LocalFile::BeginStreams()
     m_nPieces = 0;
 }
 
-void LocalFile::BeginPackets()
+void LocalFile::BeginPackets(int chosen)
 {
     m_phase = Phase::Packets;
     m_nStreams = m_pInput->nb_streams;
-    // The search may have come to its limit, which FFmpeg took for the end of the file.
-    m_pContext->eof_reached = 0;
-    m_pContext->error = 0;
+    m_nChosen = chosen;
 }
 
 std::int64_t LocalFile::Allowance() const
@@ -106,8 +104,10 @@ std::int64_t LocalFile::Allowance() const
 /** Their packets would be dropped, but FFmpeg's parsers may hold any number of them first. */
 void LocalFile::LeaveOutNewStreams()
 {
-    for (; m_nStreams < m_pInput->nb_streams; ++m_nStreams)
-        m_pInput->streams[m_nStreams]->discard = AVDISCARD_ALL;
+    for (; m_nStreams < m_pInput->nb_streams; ++m_nStreams) {
+        if (static_cast<int>(m_nStreams) != m_nChosen)
+            m_pInput->streams[m_nStreams]->discard = AVDISCARD_ALL;
+    }
 }
 
 int LocalFile::Read(void *file, std::uint8_t *bytes, int count)
@@ -116,8 +116,10 @@ int LocalFile::Read(void *file, std::uint8_t *bytes, int count)
     if (self.m_phase == Phase::Packets)
         self.LeaveOutNewStreams();
     const std::int64_t allowed = std::min<std::int64_t>(count, self.Allowance());
-    if (allowed <= 0)
+    if (allowed <= 0) {
+        self.m_bCut |= self.m_phase != Phase::Packets;
         return AVERROR_EOF;
+    }
     const std::int64_t got = ReadSome(self.m_nDescriptor, bytes, static_cast<std::size_t>(allowed));
     // Not as EAGAIN, at which FFmpeg would try again for ever.
     if (got < 0)

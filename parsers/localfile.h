@@ -32,8 +32,11 @@ public:
     /** The header was read; what follows is read to find out about the streams. */
     void BeginStreams();
 
-    /** A track was found: its packets may be anywhere in the file, and streams that turn up now are left out. */
-    void BeginPackets();
+    /** A stream was chosen: its packets may be anywhere in the file, and other streams that turn up now are left out. */
+    void BeginPackets(int chosen);
+
+    /** Whether the demuxer came to a limit, which it may remember as the end of the file. */
+    bool IsCut() const { return m_bCut; }
 
 private:
     enum class Phase { Header, Streams, Packets };
@@ -53,4 +56,6 @@ private:
     AVFormatContext *m_pInput = nullptr;
     AVIOContext *m_pContext = nullptr;
     unsigned int m_nStreams = 0; ///< when the packets began
+    int m_nChosen = -1;
+    bool m_bCut = false;
 };
