@@ -15,11 +15,11 @@ protected:
         m_strText = m_folder.Write("a.srt", "00:00:01,000 --> 00:00:02,000\nA\n");
     }
 
-    /** A copy of the library, under a name of its own. */
-    std::string Copy(const std::string &strName) const
+    /** A copy of the library, or of another, under a name of its own. (LD_PRELOAD takes no names with blanks.) */
+    std::string Copy(const std::string &strName, const char *pLibrary = SUBTITLE_LIBRARY) const
     {
         const auto path = m_folder.Path() / strName;
-        std::filesystem::copy_file(SUBTITLE_LIBRARY, path);
+        std::filesystem::copy_file(pLibrary, path);
         return path.string();
     }
 
@@ -68,8 +68,9 @@ TEST_F(NamesTest, OfAProgramThatIsLinkedWithTheLibrary)
 
 TEST_F(NamesTest, OfAPreloadedLibrary)
 {
-    ExpectShows(NAME_PROBE, {SUBTITLE_LIBRARY}, {{"LD_PRELOAD", OWN_NAMES_LIBRARY}});
-    ExpectShows(NAME_PROBE_LINKED, {"linked"}, {{"LD_PRELOAD", OWN_NAMES_LIBRARY}});
+    const std::string strOwnNames = Copy("libownnames.so", OWN_NAMES_LIBRARY);
+    ExpectShows(NAME_PROBE, {SUBTITLE_LIBRARY}, {{"LD_PRELOAD", strOwnNames}});
+    ExpectShows(NAME_PROBE_LINKED, {"linked"}, {{"LD_PRELOAD", strOwnNames}});
 }
 
 TEST_F(NamesTest, OfCopiesOfTheLibrary)

@@ -191,7 +191,7 @@ void CommandLine::FinishLook()
 {
     Style &style = m_options.style;
     if (m_strSize)
-        style.nSize = ParseWhole("--size", *m_strSize, 1, 10000);
+        style.nSize = ParseWhole("--size", *m_strSize, 1, 4096);
     if (m_strColor)
         style.color = ParseColor("--color", *m_strColor);
     if (m_strOutline)

@@ -9,9 +9,9 @@
 namespace
 {
 
-// All that end a process without a dump of its memory, and SIGQUIT, which users send to stop one.
-const std::array<int, 12> StopSignals = {SIGHUP,  SIGINT,  SIGQUIT, SIGTERM, SIGALRM, SIGVTALRM,
-                                         SIGPROF, SIGUSR1, SIGUSR2, SIGXCPU, SIGIO,   SIGPWR};
+// All that end a process, except those that report a fault of the program.
+const std::array<int, 13> StopSignals = {SIGHUP,  SIGINT,  SIGQUIT, SIGTERM, SIGALRM, SIGVTALRM, SIGPROF,
+                                         SIGUSR1, SIGUSR2, SIGXCPU, SIGIO,   SIGPWR,  SIGSTKFLT};
 
 volatile std::sig_atomic_t g_bRequested = 0;
 

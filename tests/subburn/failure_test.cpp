@@ -223,7 +223,7 @@ TEST_F(FailureTest, SignalsThatEndAProcessLeaveNothing)
     const std::string strInput = Clip(
         "in.mkv", {"-f", "lavfi", "-i", "testsrc2=s=640x360:r=25:d=20", "-c:v", "libx264", "-preset", "ultrafast"});
     for (int nSignal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGALRM, SIGVTALRM, SIGPROF, SIGUSR1, SIGUSR2, SIGXCPU, SIGIO,
-                        SIGPWR, SIGRTMIN, SIGRTMAX}) {
+                        SIGPWR, SIGSTKFLT, SIGRTMIN, SIGRTMAX}) {
         // Who runs the tests may have had signals ignored.
         ChildProcess process({"env", "--default-signal", SUBBURN_PROGRAM, "--subtitles", m_strSubtitles, "--preset",
                               "veryslow", strInput, File("out.mp4")});

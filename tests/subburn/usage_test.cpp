@@ -69,7 +69,7 @@ TEST_F(SubburnTest, NumbersAreRefusedAsTheyAreWritten)
         return "subburn: " + strOption + ": \"" + strValue + "\" is not " + strWanted + "\n";
     };
     const std::pair<std::string, std::string> Ranges[] = {{"--track", "from 0 to 2147483647"},
-                                                          {"--size", "from 1 to 10000"},
+                                                          {"--size", "from 1 to 4096"},
                                                           {"--opacity", "from 0 to 255"},
                                                           {"--position", "from 0 to 100"}};
     for (const auto &[strOption, strRange] : Ranges) {
