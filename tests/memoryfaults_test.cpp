@@ -110,10 +110,12 @@ protected:
 TEST_F(MemoryFaultsTest, FileIsOpenedWholeOrNotAtAll)
 {
     for (const File &file : m_listFiles) {
-        std::set<int> setExpected = {Refused};
-        if (&file == &m_listFiles.back())
-            setExpected.insert(Shown); // the canvas is made when it is needed
-        EXPECT_EQ(ResultsOf(file, IsContainer(file) ? Own : Every, {Call::Open}), setExpected) << file.strName;
+        std::set<int> setResults = ResultsOf(file, IsContainer(file) ? Own : Every, {Call::Open});
+        // Watching for the end of the process may need memory, and nothing else needs that. An index's canvas is made when it
+        // is needed.
+        if (!IsContainer(file))
+            setResults.erase(Shown);
+        EXPECT_EQ(setResults, std::set<int>{Refused}) << file.strName;
     }
 }
 
