@@ -22,9 +22,9 @@ constexpr double GreatestSize = 512; // pixels; longer edges may not fit QPainte
 bool IsDrawnAsPath(double pixelSize)
 {
     // Font engines make no images beyond this size. Qt may be told another one, but draws nothing in between.
-    constexpr double GreatestImage = 64;
+    constexpr qint64 GreatestImage = 64;
     static const qint64 asked = std::abs(qint64{qEnvironmentVariableIntValue("QT_MAX_CACHED_GLYPH_SIZE")});
-    static const double greatest = asked > 0 ? std::min<double>(asked, GreatestImage) : GreatestImage;
+    static const int greatest = static_cast<int>(asked > 0 ? std::min(asked, GreatestImage) : GreatestImage);
     return pixelSize > greatest;
 }
 

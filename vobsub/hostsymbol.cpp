@@ -20,7 +20,7 @@ bool IsInProgram(const void *address)
 
 } // namespace
 
-void *HostObject(const char *name, void *own)
+void *HostObject(const char *name, void *own) noexcept
 {
     // RTLD_DEFAULT would find the library's own first, since it is linked with -Bsymbolic.
     void *program = dlopen(nullptr, RTLD_LAZY);

@@ -10,4 +10,4 @@
  * @param name  as the linker knows it.
  * @param own   the library's object of that name.
  */
-void *HostObject(const char *name, void *own);
+void *HostObject(const char *name, void *own) noexcept;
