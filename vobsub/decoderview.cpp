@@ -20,7 +20,7 @@ namespace
 {
 
 template <typename Object>
-Object &Shown(const char *name, Object &own)
+Object &Shown(const char *name, Object &own) noexcept
 {
     return *static_cast<Object *>(HostObject(name, &own));
 }
