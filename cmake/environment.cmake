@@ -8,9 +8,12 @@ set(fonts
 
 file(MAKE_DIRECTORY
   ${PROJECT_BINARY_DIR}/environment/cache ${PROJECT_BINARY_DIR}/environment/fonts ${PROJECT_BINARY_DIR}/environment/home)
-foreach(name run fonts.conf)
-  configure_file(cmake/environment/${name} environment/${name} COPYONLY)
-endforeach()
+configure_file(cmake/environment/run environment/run COPYONLY)
+# The whole path, since fontconfig leaks memory for each relative one.
+set(fonts_folder ${PROJECT_BINARY_DIR}/environment/fonts)
+string(REPLACE "&" "&amp;" fonts_folder "${fonts_folder}")
+string(REPLACE "<" "&lt;" fonts_folder "${fonts_folder}")
+configure_file(cmake/environment/fonts.conf environment/fonts.conf @ONLY)
 file(GLOB_RECURSE installed /usr/share/fonts/*.ttf /usr/share/fonts/*.ttc /usr/local/share/fonts/*.ttf /usr/local/share/fonts/*.ttc)
 foreach(font ${fonts})
   set(link ${PROJECT_BINARY_DIR}/environment/fonts/${font})
