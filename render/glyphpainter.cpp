@@ -69,7 +69,7 @@ bool GlyphPainter::PlaceRun(const GlyphRun &run, const QSize &frame, std::vector
         if (!IsNear(place, reach, frame))
             continue;
         if (!isPath)
-            place = {(place.nX & ~63) + run.SubPixelOf(place), RoundToPixel(place.nY) << 6};
+            place = {(place.nX & ~63) + run.SubPixelOf(place), RoundToPixel(place.nY) * 64};
         const GlyphShape *shape = Shape(run, font, run.Glyphs()[i], place);
         if (!shape)
             return false;

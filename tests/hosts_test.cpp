@@ -88,11 +88,13 @@ TEST(Hosts, ThreadOfTheFirstRendererThatGoesBeforeTheLast)
         ExpectWorks(Environments[0], kind, "threadgoes");
 }
 
+#ifndef SANITIZED // which need descriptors for their own checks
 TEST(Hosts, FirstHandleWithoutFileDescriptors)
 {
     for (const char *kind : {"none", "core"})
         ExpectWorks(Environments[0], kind, "descriptors");
 }
+#endif
 
 TEST(Hosts, WritesNoWarningsAboutFonts)
 {
