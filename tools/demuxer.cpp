@@ -41,10 +41,11 @@ void CheckRead(int nResult, const std::string &strFile)
 
 DemuxerPtr OpenDemuxer(const std::string &strFile)
 {
+    const std::string strUrl = UrlOf(strFile);
     AVFormatContext *pFormat = Checked(avformat_alloc_context());
     pFormat->interrupt_callback = Interrupt::Callback();
     // Frees the context when it fails.
-    CheckRead(avformat_open_input(&pFormat, UrlOf(strFile).c_str(), nullptr, nullptr), strFile);
+    CheckRead(avformat_open_input(&pFormat, strUrl.c_str(), nullptr, nullptr), strFile);
     DemuxerPtr pOpened(pFormat);
     CheckRead(avformat_find_stream_info(pFormat, nullptr), strFile);
     return pOpened;
