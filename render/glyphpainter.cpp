@@ -1,6 +1,7 @@
 #include "render/glyphpainter.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace
 {
@@ -134,26 +135,33 @@ TextInk GlyphPainter::Compose(const std::vector<PlacedGlyph> &glyphs, const QSiz
         return ink;
     ink.text = ink.outline = MakeMask(left, top, right - left, bottom - top);
 
-    std::vector<PlacedGlyph> odd;
+    std::vector<std::pair<PlacedGlyph, OddPlaces>> listOdd;
     for (const PlacedGlyph &glyph : glyphs) {
         const BitMask &mask = glyph.pShape->Mask();
         const int first = glyph.nY + mask.nTop;
         if (first - OutlineRadius >= frame.height() || first + mask.nRows + OutlineRadius <= 0)
             continue;
-        if (glyph.pShape->IsSameAround(glyph.nX, glyph.nY, frame.height()))
+        const OddPlaces odd = glyph.pShape->FindOddPlaces(glyph.nX, glyph.nY, frame.height());
+        if (odd.none())
             AddMask(ink.text, mask, glyph.nX, glyph.nY);
         else
-            odd.push_back(glyph);
+            listOdd.emplace_back(glyph, odd);
     }
     AddDisc(ink.outline, ink.text);
-    for (const PlacedGlyph &glyph : odd)
-        AddOddGlyph(ink, glyph, frame.height() - 1);
+    for (const auto &[glyph, odd] : listOdd)
+        AddOddGlyph(ink, glyph, odd, frame.height() - 1);
     return ink;
 }
 
-void GlyphPainter::AddOddGlyph(TextInk &ink, const PlacedGlyph &glyph, int lastRow)
+void GlyphPainter::AddOddGlyph(TextInk &ink, const PlacedGlyph &glyph, const OddPlaces &odd, int lastRow)
 {
-    for (const Offset &offset : OutlineOffsets)
-        AddMask(ink.outline, glyph.pShape->FillAt(glyph.nX + offset.nX, glyph.nY + offset.nY, lastRow, m_filler), 0, 0);
-    AddMask(ink.text, glyph.pShape->FillAt(glyph.nX, glyph.nY, lastRow, m_filler), 0, 0);
+    const auto add = [&](BitMask &to, int x, int y, bool isOdd) {
+        if (isOdd)
+            AddMask(to, glyph.pShape->FillAt(x, y, lastRow, m_filler), 0, 0);
+        else
+            AddMask(to, glyph.pShape->Mask(), x, y);
+    };
+    for (std::size_t i = 0; i < OutlineOffsets.size(); ++i)
+        add(ink.outline, glyph.nX + OutlineOffsets[i].nX, glyph.nY + OutlineOffsets[i].nY, odd[i]);
+    add(ink.text, glyph.nX, glyph.nY, odd[OutlineOffsets.size()]);
 }

@@ -3,7 +3,7 @@
 #include "render/textink.h"
 
 #include <algorithm>
-#include <cmath>
+#include <array>
 #include <limits>
 #include <set>
 
@@ -28,6 +28,8 @@ FixedPoint Rounding(const Corner &corner, unsigned choice, FixedPoint moved)
 
 bool CrossesSameColumns(FixedPoint a1, FixedPoint a2, FixedPoint b1, FixedPoint b2)
 {
+    if (a1 == b1 && a2 == b2)
+        return true;
     PolygonEdge a = {};
     PolygonEdge b = {};
     const bool hasA = MakeEdge(a1, a2, -AllRows, AllRows, a);
@@ -44,15 +46,21 @@ bool CrossesSameColumns(FixedPoint a1, FixedPoint a2, FixedPoint b1, FixedPoint 
     return true;
 }
 
+/** Which coordinates of a corner may be rounded otherwise, as Rounding() counts them. */
+unsigned Doubts(const Corner &corner)
+{
+    return (corner.point.nX != corner.other.nX ? 1U : 0U) | (corner.point.nY != corner.other.nY ? 2U : 0U);
+}
+
 /** Whether the edge's columns depend on how its ends are rounded. */
 bool IsDelicate(const Corner &from, const Corner &to, FixedPoint moved)
 {
-    if (from.point == from.other && to.point == to.other)
-        return false;
-    for (unsigned choice = 1; choice < 16; ++choice)
+    const unsigned doubts = Doubts(from) | Doubts(to) << 2;
+    for (unsigned choice = doubts; choice != 0; choice = (choice - 1) & doubts) {
         if (!CrossesSameColumns(Rounding(from, 0, moved), Rounding(to, 0, moved), Rounding(from, choice, moved),
                                 Rounding(to, choice >> 2, moved)))
             return true;
+    }
     return false;
 }
 
@@ -105,42 +113,50 @@ QPointF GlyphShape::Origin(int x, int y) const
     return {x + m_fraction.nX / 64.0, y + m_fraction.nY / 64.0};
 }
 
-std::vector<FixedPoint> GlyphShape::RelativeCorners(int curve, int x, int y) const
+OddPlaces GlyphShape::FindOddPlaces(int x, int y, int frameHeight) const
 {
-    std::vector<FixedPoint> corners = m_pOutline->FlattenCurve(curve, Origin(x, y));
-    for (FixedPoint &corner : corners)
-        corner = Moved(corner, {-64 * x, -64 * y});
-    return corners;
-}
-
-bool GlyphShape::IsSameAround(int x, int y, int frameHeight) const
-{
+    OddPlaces odd;
     if (!m_pOutline)
-        return true;
+        return odd;
     // Qt cuts the sides at the frame's first and last row before it rounds.
     const int first = y + m_mask.nTop;
     if (first < OutlineRadius || first + m_mask.nRows + OutlineRadius > frameHeight)
-        return false;
-    return std::all_of(m_listDelicate.begin(), m_listDelicate.end(),
-                       [&](const DelicateCurve &curve) { return IsSameAround(curve, x, y); });
+        return odd.set();
+    for (const DelicateCurve &curve : m_listDelicate)
+        odd |= FindOddPlaces(curve, x, y);
+    return odd;
 }
 
-bool GlyphShape::IsSameAround(const DelicateCurve &curve, int x, int y) const
+OddPlaces GlyphShape::FindOddPlaces(const DelicateCurve &curve, int x, int y) const
 {
+    OddPlaces odd;
+    if (m_pOutline->UnsureCurves().count(curve.nCurve) > 0)
+        return odd.set();
+    // A curve divided alike has columns that do not depend on its row, and rows that do not depend on its column.
+    std::array<std::vector<FixedPoint>, 2 * OutlineRadius + 1> moved;
+    for (int distance = -OutlineRadius; distance <= OutlineRadius; ++distance) {
+        std::vector<FixedPoint> &corners = moved[distance + OutlineRadius];
+        corners = m_pOutline->FlattenCurve(curve.nCurve, Origin(x + distance, y + distance));
+        for (FixedPoint &corner : corners)
+            corner = Moved(corner, {-64 * (x + distance), -64 * (y + distance)});
+    }
+    const std::vector<FixedPoint> &known = curve.listCorners;
     const auto isSameAt = [&](Offset offset) {
-        const std::vector<FixedPoint> corners = RelativeCorners(curve.nCurve, x + offset.nX, y + offset.nY);
-        const std::vector<FixedPoint> &known = curve.listCorners;
-        if (corners.size() + 2 != std::max<std::size_t>(known.size(), 2))
-            return false;
-        for (std::size_t i = 0; i + 1 < known.size(); ++i) {
-            const FixedPoint from = i == 0 ? known[0] : corners[i - 1];
-            const FixedPoint to = i + 2 == known.size() ? known[i + 1] : corners[i];
-            if (!CrossesSameColumns(from, to, known[i], known[i + 1]))
+        FixedPoint from = known.front();
+        for (std::size_t i = 1; i < known.size(); ++i) {
+            const FixedPoint to = i + 1 == known.size() ? known[i]
+                                                        : FixedPoint{moved[offset.nX + OutlineRadius][i - 1].nX,
+                                                                     moved[offset.nY + OutlineRadius][i - 1].nY};
+            if (!CrossesSameColumns(from, to, known[i - 1], known[i]))
                 return false;
+            from = to;
         }
         return true;
     };
-    return isSameAt({0, 0}) && std::all_of(OutlineOffsets.begin(), OutlineOffsets.end(), isSameAt);
+    for (std::size_t i = 0; i < OutlineOffsets.size(); ++i)
+        odd[i] = !isSameAt(OutlineOffsets[i]);
+    odd[OutlineOffsets.size()] = !isSameAt({0, 0});
+    return odd;
 }
 
 BitMask GlyphShape::FillAt(int x, int y, int lastRow, PolygonFiller &filler) const

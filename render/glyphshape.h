@@ -2,13 +2,18 @@
 
 #include "render/glyphoutline.h"
 #include "render/polygonfiller.h"
+#include "render/textink.h"
 
+#include <bitset>
 #include <utility>
 #include <vector>
 
+/** Places where a mask is not valid: by the number of the outline's offset, and last the glyph's own. */
+using OddPlaces = std::bitset<OutlineOffsets.size() + 1>;
+
 /**
- * Cached bitmap of one glyph at one subpixel position. Of a filled outline it is valid at a frame position only if
- * IsSameAround() says so: rounding (see GlyphOutline) may change pixels.
+ * Cached bitmap of one glyph at one subpixel position. Of a filled outline it is not valid at all positions of a frame:
+ * rounding (see GlyphOutline) may change pixels.
  */
 class GlyphShape
 {
@@ -28,8 +33,8 @@ public:
     /** 1 or -1: the direction of its contours. 0: both, so that it may rub out what it overlaps. */
     int Direction() const { return m_nDirection; }
 
-    /** Whether the pixels are those of Mask() at a pixel and at all places of the outline round it. */
-    bool IsSameAround(int x, int y, int frameHeight) const;
+    /** Where, of a pixel and the places of the outline round it, the pixels are not those of Mask(). */
+    OddPlaces FindOddPlaces(int x, int y, int frameHeight) const;
 
     /** The pixels of a filled outline at a place, whatever the rounding there, in whole pixels of the frame. */
     BitMask FillAt(int x, int y, int lastRow, PolygonFiller &filler) const;
@@ -41,11 +46,9 @@ private:
         std::vector<FixedPoint> listCorners;
     };
 
-    bool IsSameAround(const DelicateCurve &curve, int x, int y) const;
-
+    OddPlaces FindOddPlaces(const DelicateCurve &curve, int x, int y) const;
     QPointF Origin(int x, int y) const;
     void FindDelicateCurves();
-    std::vector<FixedPoint> RelativeCorners(int curve, int x, int y) const;
 
     const GlyphOutline *m_pOutline = nullptr; ///< null for an image
     FixedPoint m_fraction = {0, 0};
