@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 #include <private/qfontengine_p.h>
 #include <private/qtextengine_p.h>
 #include <tuple>
@@ -18,14 +19,14 @@ namespace
 
 constexpr double GreatestSize = 512; // pixels; longer edges may not fit QPainter's 16.16 coordinates
 
-/** Whether QPainter fills a glyph's outline instead of copying an image of it. */
-bool IsDrawnAsPath(double pixelSize)
+/** Pixels; font engines make no images of larger glyphs. */
+constexpr int GreatestImage = 64;
+
+/** The greatest size up to which QPainter asks for an image of a glyph instead of filling its outline. */
+int GreatestAskedFor()
 {
-    // Font engines make no images beyond this size. Qt may be told another one, but draws nothing in between.
-    constexpr qint64 GreatestImage = 64;
-    static const qint64 asked = std::abs(qint64{qEnvironmentVariableIntValue("QT_MAX_CACHED_GLYPH_SIZE")});
-    static const int greatest = static_cast<int>(asked > 0 ? std::min(asked, GreatestImage) : GreatestImage);
-    return pixelSize > greatest;
+    static const qint64 set = std::abs(qint64{qEnvironmentVariableIntValue("QT_MAX_CACHED_GLYPH_SIZE")});
+    return set > 0 ? static_cast<int>(std::min<qint64>(set, std::numeric_limits<int>::max())) : GreatestImage;
 }
 
 class RecordingEngine : public QPaintEngine
@@ -145,6 +146,11 @@ struct GlyphRun::Item {
         pFont->ref.ref();
     }
 
+    void Place(const QPointF &position, QVarLengthArray<glyph_t> &glyphs, QVarLengthArray<QFixedPoint> &places) const
+    {
+        pFont->getGlyphPositions(layout, QTransform::fromTranslate(position.x(), position.y()), flags, glyphs, places);
+    }
+
     std::unique_ptr<QFontEngine, ReleaseFont> pFont;
     QTextItem::RenderFlags flags;
     std::vector<char> listMemory; ///< of layout
@@ -160,8 +166,7 @@ GlyphRun::GlyphRun(const QPointF &position, const QTextItem &item) :
 {
     QVarLengthArray<glyph_t> glyphs;
     QVarLengthArray<QFixedPoint> places;
-    m_pItem->pFont->getGlyphPositions(m_pItem->layout, QTransform::fromTranslate(position.x(), position.y()),
-                                      m_pItem->flags, glyphs, places);
+    m_pItem->Place(position, glyphs, places);
     m_listGlyphs.assign(glyphs.begin(), glyphs.end());
     m_listPlaces.reserve(m_listGlyphs.size());
     for (const QFixedPoint &place : places)
@@ -196,7 +201,8 @@ GlyphSource GlyphRun::Source() const
     if (font.type() != QFontEngine::Freetype || font.glyphFormat == QFontEngine::Format_ARGB ||
         font.fontDef.pixelSize > GreatestSize)
         return GlyphSource::Unknown;
-    return IsDrawnAsPath(font.fontDef.pixelSize) ? GlyphSource::Path : GlyphSource::Image;
+    return font.fontDef.pixelSize > std::min(GreatestImage, GreatestAskedFor()) ? GlyphSource::Path
+                                                                                : GlyphSource::Image;
 }
 
 bool GlyphRun::IsRightToLeft() const
@@ -264,7 +270,20 @@ void GlyphRun::Draw(QPainter &painter, const QPoint &offset) const
 {
     if (m_nLowest + offset.y() < -Reach() || m_nHighest + offset.y() > painter.device()->height() + Reach())
         return;
-    DrawItem(painter, m_position + offset, *m_pItem->pFont, m_pItem->layout, m_pItem->flags);
+    QFontEngine &font = *m_pItem->pFont;
+    const double size = font.fontDef.pixelSize;
+    if (size <= GreatestImage || size > GreatestAskedFor() || font.glyphFormat == QFontEngine::Format_ARGB) {
+        DrawItem(painter, m_position + offset, font, m_pItem->layout, m_pItem->flags);
+        return;
+    }
+    // QPainter would draw nothing.
+    QVarLengthArray<glyph_t> glyphs;
+    QVarLengthArray<QFixedPoint> places;
+    m_pItem->Place(m_position + offset, glyphs, places);
+    QPainterPath path;
+    path.setFillRule(Qt::WindingFill);
+    font.addGlyphsToPath(glyphs.data(), places.data(), glyphs.size(), &path, m_pItem->flags);
+    painter.fillPath(path, painter.pen().brush());
 }
 
 RecordedText::RecordedText(const QFont &font, const QRectF &box, int flags, const QString &text) :
