@@ -1,11 +1,43 @@
+// Bit masks: cutting, adding and spreading them, each against the same work done pixel by pixel.
 #include "render/textink.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <random>
+#include <set>
+#include <utility>
+
 namespace
 {
 
-constexpr std::uint64_t All = ~std::uint64_t{0};
+using Pixels = std::set<std::pair<int, int>>; ///< row, column
+
+Pixels PixelsOf(const BitMask &mask)
+{
+    Pixels pixels;
+    for (int row = 0; row < mask.nRows; ++row)
+        for (int column = 0; column < 64 * mask.nWords; ++column)
+            if (mask.Row(row)[column / 64] >> (column % 64) & 1)
+                pixels.insert({mask.nTop + row, mask.nLeft + column});
+    return pixels;
+}
+
+BitMask MaskOf(const Pixels &pixels, int left, int top, int columns, int rows)
+{
+    BitMask mask = MakeMask(left, top, columns, rows);
+    for (const auto &[row, column] : pixels)
+        mask.Row(row - top)[(column - left) / 64] |= std::uint64_t{1} << ((column - left) % 64);
+    return mask;
+}
+
+Pixels SomePixels(std::mt19937 &random, int left, int top, int columns, int rows)
+{
+    Pixels pixels;
+    for (int n = 1 + static_cast<int>(random() % 6); n > 0; --n)
+        pixels.insert({top + static_cast<int>(random() % rows), left + static_cast<int>(random() % columns)});
+    return pixels;
+}
 
 } // namespace
 
@@ -20,28 +52,68 @@ TEST(BitRow, BitsComeOfTwoWords)
     EXPECT_EQ(BitsFrom(row, 127), 0U);
 }
 
-TEST(TextInk, RowsBesideTheMaskAreLost)
+TEST(Cropped, IsTheSmallestBoxOfAllPixels)
 {
-    BitMask mask = MakeMask(0, 0, 64, 3);
-    for (int row = 0; row < 3; ++row)
-        mask.Row(row)[0] = std::uint64_t{1} << row;
-    for (const int dy : {-3, -2, -1, 0, 1, 2, 3}) {
-        BitMask to = MakeMask(0, 0, 64, 3);
-        AddMask(to, mask, 0, dy);
-        for (int row = 0; row < 3; ++row) {
-            const bool isThere = row - dy >= 0 && row - dy < 3;
-            EXPECT_EQ(to.Row(row)[0], isThere ? std::uint64_t{1} << (row - dy) : 0) << dy << " " << row;
+    std::mt19937 random(1);
+    for (int n = 0; n < 2000; ++n) {
+        const int columns = 1 + static_cast<int>(random() % 200);
+        const int rows = 1 + static_cast<int>(random() % 9);
+        const Pixels pixels = SomePixels(random, -7, 3, columns, rows);
+        const BitMask cropped = Cropped(MaskOf(pixels, -7, 3, columns, rows));
+        int left = 1000;
+        int right = -1000;
+        for (const auto &[row, column] : pixels) {
+            left = std::min(left, column);
+            right = std::max(right, column);
         }
+        EXPECT_EQ(PixelsOf(cropped), pixels);
+        EXPECT_EQ(cropped.nTop, pixels.begin()->first);
+        EXPECT_EQ(cropped.nRows, pixels.rbegin()->first - pixels.begin()->first + 1);
+        EXPECT_EQ(cropped.nLeft, left);
+        EXPECT_EQ(cropped.nColumns, right - left + 1);
+        EXPECT_EQ(cropped.nWords, (cropped.nColumns + 63) / 64);
     }
 }
 
-TEST(TextInk, MaskMovesAcrossWords)
+TEST(Cropped, IsEmptyWithoutPixels)
 {
-    BitMask mask = MakeMask(0, 0, 64, 1);
-    mask.Row(0)[0] = All;
-    BitMask to = MakeMask(0, 0, 192, 1);
-    AddMask(to, mask, 60, 0);
-    EXPECT_EQ(to.Row(0)[0], All << 60);
-    EXPECT_EQ(to.Row(0)[1], All >> 4);
-    EXPECT_EQ(to.Row(0)[2], 0U);
+    const BitMask cropped = Cropped(MakeMask(4, 5, 100, 3));
+    EXPECT_EQ(cropped.nRows, 0);
+    EXPECT_EQ(cropped.nColumns, 0);
+    EXPECT_TRUE(cropped.listWords.empty());
+}
+
+TEST(AddMask, MovesAndClipsRows)
+{
+    std::mt19937 random(2);
+    for (int n = 0; n < 2000; ++n) {
+        const Pixels before = SomePixels(random, 10, 0, 300, 8);
+        const Pixels added = SomePixels(random, 0, 0, 100, 4);
+        const int dx = 10 + static_cast<int>(random() % 137);
+        const int dy = static_cast<int>(random() % 14) - 5;
+        BitMask mask = MaskOf(before, 10, 0, 300, 8);
+        AddMask(mask, MaskOf(added, 0, 0, 100, 4), dx, dy);
+        Pixels expected = before;
+        for (const auto &[row, column] : added)
+            if (row + dy >= 0 && row + dy < 8)
+                expected.insert({row + dy, column + dx});
+        EXPECT_EQ(PixelsOf(mask), expected);
+    }
+}
+
+TEST(AddDisc, AddsAllOffsetsOfEachPixel)
+{
+    std::mt19937 random(3);
+    for (int n = 0; n < 2000; ++n) {
+        const Pixels pixels = SomePixels(random, OutlineRadius, OutlineRadius, 180, 6);
+        const int columns = 180 + 2 * OutlineRadius;
+        const int rows = 6 + 2 * OutlineRadius;
+        BitMask outline = MakeMask(0, 0, columns, rows);
+        AddDisc(outline, MaskOf(pixels, 0, 0, columns, rows));
+        Pixels expected = pixels; // may be in it or not, and is
+        for (const auto &[row, column] : pixels)
+            for (const Offset &offset : OutlineOffsets)
+                expected.insert({row + offset.nY, column + offset.nX});
+        EXPECT_EQ(PixelsOf(outline), expected);
+    }
 }
