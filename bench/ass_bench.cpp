@@ -6,17 +6,20 @@
 #include "listblender.h"
 #include "randomtimes.h"
 
+#include <fstream>
+#include <iterator>
+
 namespace
 {
 
 class AssTextHost
 {
 public:
-    explicit AssTextHost(const benchmark::State &state) :
+    explicit AssTextHost(const benchmark::State &state, CueScript script = CueScript::Latin) :
         m_nWidth(Argument(state, 0)),
         m_nHeight(Argument(state, 1)),
         m_ring(FrameRing::Of(m_nWidth, m_nHeight)),
-        m_ass(m_nWidth, m_nHeight, AssFile(FilmCues, m_nWidth, m_nHeight))
+        m_ass(m_nWidth, m_nHeight, AssFile(FilmCues, m_nWidth, m_nHeight, script))
     {
     }
 
@@ -77,7 +80,7 @@ void AssChange(benchmark::State &state)
 {
     if (CannotRun(state))
         return;
-    AssTextHost host(state);
+    AssTextHost host(state, Script(state));
     host.ProcessList(CueDistance);
     MeasureChanges(state, [&](int n) { host.ProcessList(CueDistance * (2 + n)); });
 }
@@ -108,11 +111,22 @@ void AssOpen(benchmark::State &state)
         ass.Open(file);
 }
 
+/** From memory. */
+void AssRead(benchmark::State &state)
+{
+    std::ifstream file(AssFile(Argument(state, 0)), std::ios::binary);
+    const std::string script((std::istreambuf_iterator<char>(file)), {});
+    AssHost ass(1920, 1080, AssFile(1));
+    for ([[maybe_unused]] auto _ : state)
+        ass.Read(script);
+}
+
 BENCHMARK(AssSteadyList)->Apply(Sizes);
 BENCHMARK(AssSteadyMerged)->Apply(Sizes);
-BENCHMARK(AssChange)->Apply(Changes);
-BENCHMARK(AssNothingDue)->Apply(Sizes);
+BENCHMARK(AssChange)->Apply(ScriptChanges);
+BENCHMARK(AssNothingDue)->Args({1920, 1080})->Unit(benchmark::kMicrosecond);
 BENCHMARK(AssLookup)->Arg(FilmCues)->Arg(ManyCues)->Unit(benchmark::kMicrosecond);
+BENCHMARK(AssRead)->Arg(FilmCues)->Unit(benchmark::kMicrosecond);
 BENCHMARK(AssOpen)->Arg(FilmCues)->Arg(ManyCues)->Unit(benchmark::kMicrosecond);
 
 } // namespace

@@ -38,6 +38,12 @@ public:
         m_track = ass_read_file(m_library, file.data(), nullptr);
     }
 
+    void Read(std::string script) // cppcheck-suppress passedByValue
+    {
+        Close();
+        m_track = ass_read_memory(m_library, script.data(), script.size(), nullptr);
+    }
+
     /** @param change  becomes 0 when the list is as before. */
     const ASS_Image *Images(long ms, int *change = nullptr)
     {

@@ -9,18 +9,56 @@
 namespace
 {
 
-std::string Word(int n)
+using Words = std::array<const char *, 16>;
+
+constexpr Words LatinWords = {"light", "hills", "quiet", "dusk",  "river", "stone", "never", "house",
+                              "again", "could", "green", "maybe", "bread", "kings", "found", "jumps"};
+constexpr Words ArabicWords = {"النور", "التلال", "هادئ", "الغسق", "النهر", "حجر",  "أبدا", "المنزل",
+                               "مرة",   "يمكن",   "أخضر", "ربما",  "الخبز", "ملوك", "وجدت", "يقفز"};
+constexpr Words DevanagariWords = {"प्रकाश", "पहाड़ियाँ", "शान्त", "सन्ध्या", "नदी",  "पत्थर",  "कभी",  "घर",
+                                   "फिर",   "क्षत्रिय",  "हरित", "सम्भव",  "रोटी", "राजाओं", "मिला", "कूदता"};
+
+std::string Word(const Words &words, int n)
 {
-    static const std::array<const char *, 16> words = {"light", "hills", "quiet", "dusk",  "river", "stone",
-                                                       "never", "house", "again", "could", "green", "maybe",
-                                                       "bread", "kings", "found", "jumps"};
     return words[n % words.size()];
 }
 
-std::string CueText(int cue, const char *lineBreak)
+/** A line of so many words, another one for each number. */
+std::string Line(const Words &words, int count, int number)
 {
-    return "The " + Word(cue) + ", a " + Word(cue / 16) + lineBreak + "may be " + Word(cue * 7) + ' ' +
-           std::to_string(cue) + '.';
+    std::string text;
+    for (; count > 0; --count, number = number / 2 + 5 * number)
+        text += Word(words, number) + ' ';
+    return text;
+}
+
+/** As Line(), of any of 3,000 ideographs. */
+std::string IdeographLine(int count, unsigned number)
+{
+    std::string text;
+    for (unsigned random = number; count > 0; --count) {
+        random = random * 1664525 + 1013904223;
+        const unsigned character = 0x4E00 + (random >> 16) % 3000;
+        text += static_cast<char>(0xE0 | character >> 12);
+        text += static_cast<char>(0x80 | (character >> 6 & 0x3F));
+        text += static_cast<char>(0x80 | (character & 0x3F));
+    }
+    return text;
+}
+
+std::string CueText(int cue, const char *lineBreak, CueScript script)
+{
+    switch (script) {
+    case CueScript::Cjk:
+        return IdeographLine(20, 2 * cue) + lineBreak + IdeographLine(20, 2 * cue + 1);
+    case CueScript::Arabic:
+        return Line(ArabicWords, 7, cue) + lineBreak + Line(ArabicWords, 6, cue / 16) + std::to_string(cue);
+    case CueScript::Devanagari:
+        return Line(DevanagariWords, 6, cue) + lineBreak + Line(DevanagariWords, 5, cue / 16) + std::to_string(cue);
+    default:
+        return "The " + Word(LatinWords, cue) + ", a " + Word(LatinWords, cue / 16) + lineBreak + "may be " +
+               Word(LatinWords, cue * 7) + ' ' + std::to_string(cue) + '.';
+    }
 }
 
 std::string Stamp(const char *format, long ms, long fraction)
@@ -40,18 +78,18 @@ std::string AssStamp(long ms)
     return Stamp("%ld:%02ld:%02ld.%02ld", ms, ms % 1000 / 10);
 }
 
-std::string Srt(int count)
+std::string Srt(int count, CueScript script)
 {
     std::string text;
     for (int i = 1; i <= count; ++i) {
         const long start = CueDistance * i;
         text += std::to_string(i) + '\n' + SrtStamp(start) + " --> " + SrtStamp(start + CueDuration) + '\n' +
-                CueText(i, "\n") + "\n\n";
+                CueText(i, "\n", script) + "\n\n";
     }
     return text;
 }
 
-std::string Ass(int count, int width, int height)
+std::string Ass(int count, int width, int height, CueScript script)
 {
     // A script's font size is that of a line; of DejaVu Sans that is 1.164 of the pixel size.
     const int size = height * 1164 / 14000;
@@ -69,7 +107,7 @@ std::string Ass(int count, int width, int height)
     for (int i = 1; i <= count; ++i) {
         const long start = CueDistance * i;
         text += "Dialogue: 0," + AssStamp(start) + ',' + AssStamp(start + CueDuration) + ",Default,,0,0,0,," + place +
-                CueText(i, "\\N") + '\n';
+                CueText(i, "\\N", script) + '\n';
     }
     return text;
 }
@@ -89,13 +127,15 @@ std::string File(const std::string &name, Make make)
 
 } // namespace
 
-std::string SrtFile(int count)
+std::string SrtFile(int count, CueScript script)
 {
-    return File(std::to_string(count) + ".srt", [=] { return Srt(count); });
+    const std::string number = std::to_string(static_cast<int>(script));
+    return File(std::to_string(count) + '-' + number + ".srt", [=] { return Srt(count, script); });
 }
 
-std::string AssFile(int count, int width, int height)
+std::string AssFile(int count, int width, int height, CueScript script)
 {
-    return File(std::to_string(count) + '-' + std::to_string(height) + ".ass",
-                [=] { return Ass(count, width, height); });
+    const std::string number = std::to_string(static_cast<int>(script));
+    return File(std::to_string(count) + '-' + std::to_string(height) + '-' + number + ".ass",
+                [=] { return Ass(count, width, height, script); });
 }

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "cues.h"
 #include "framering.h"
 #include "libsubtitle.h"
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -131,16 +133,28 @@ void MeasureChanges(benchmark::State &state, Change change)
 }
 
 /** Frame sizes to measure at. */
+constexpr std::array<std::array<int, 2>, 4> FrameSizes = {{{854, 480}, {1280, 720}, {1920, 1080}, {3840, 2160}}};
+
 inline void Sizes(benchmark::internal::Benchmark *benchmark)
 {
-    benchmark->Args({1920, 1080})->Args({3840, 2160})->Unit(benchmark::kMicrosecond);
+    for (const auto &[width, height] : FrameSizes)
+        benchmark->Args({width, height});
+    benchmark->Unit(benchmark::kMicrosecond);
 }
 
 constexpr int ChangeCount = 200;
 
-inline void Changes(benchmark::internal::Benchmark *benchmark)
+/** Changes of cue, by size and script. */
+inline void ScriptChanges(benchmark::internal::Benchmark *benchmark)
 {
-    benchmark->Args({854, 480})->Args({1280, 720});
-    Sizes(benchmark);
-    benchmark->Iterations(ChangeCount)->UseManualTime();
+    for (const CueScript script : {CueScript::Latin, CueScript::Cjk, CueScript::Arabic, CueScript::Devanagari}) {
+        for (const auto &[width, height] : FrameSizes)
+            benchmark->Args({width, height, static_cast<int>(script)});
+    }
+    benchmark->Unit(benchmark::kMicrosecond)->Iterations(ChangeCount)->UseManualTime();
+}
+
+inline CueScript Script(const benchmark::State &state)
+{
+    return static_cast<CueScript>(Argument(state, 2));
 }

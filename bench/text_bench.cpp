@@ -12,7 +12,8 @@ constexpr int SteadyCue = 1;
 class TextHost : public Host
 {
 public:
-    explicit TextHost(const benchmark::State &state) : Host(Argument(state, 0), Argument(state, 1), SrtFile(FilmCues))
+    explicit TextHost(const benchmark::State &state, CueScript script = CueScript::Latin) :
+        Host(Argument(state, 0), Argument(state, 1), SrtFile(FilmCues, script))
     {
     }
 };
@@ -35,7 +36,7 @@ void SteadyText(benchmark::State &state)
 
 void TextChange(benchmark::State &state)
 {
-    TextHost host(state);
+    TextHost host(state, Script(state));
     host.Process(CueDistance);
     MeasureChanges(state, [&](int n) { host.Process(CueDistance * (2 + n)); });
 }
@@ -49,14 +50,16 @@ void NothingDue(benchmark::State &state)
 
 void SizesAndOpacities(benchmark::internal::Benchmark *benchmark)
 {
-    for (const int opacity : {255, 128})
-        benchmark->Args({1920, 1080, opacity})->Args({3840, 2160, opacity});
+    for (const int opacity : {255, 128}) {
+        for (const auto &[width, height] : FrameSizes)
+            benchmark->Args({width, height, opacity});
+    }
     benchmark->Unit(benchmark::kMicrosecond);
 }
 
 BENCHMARK(MemcpyOfText)->Apply(Sizes);
 BENCHMARK(SteadyText)->Apply(SizesAndOpacities);
-BENCHMARK(TextChange)->Apply(Changes);
-BENCHMARK(NothingDue)->Apply(Sizes);
+BENCHMARK(TextChange)->Apply(ScriptChanges);
+BENCHMARK(NothingDue)->Args({1920, 1080})->Unit(benchmark::kMicrosecond);
 
 } // namespace

@@ -34,6 +34,19 @@ void MemcpyOfPicture(benchmark::State &state)
     MeasureFloor(state, host, PictureDistance + 1);
 }
 
+void MemcpyOfFrame(benchmark::State &state)
+{
+    constexpr std::size_t Frames = 16;
+    const std::size_t bytes = static_cast<std::size_t>(Argument(state, 0)) * Argument(state, 1) * 3;
+    const std::vector<std::uint8_t> pixels(bytes, 200);
+    std::vector<std::uint8_t> frames(Frames * bytes);
+    std::size_t n = 0;
+    for ([[maybe_unused]] auto _ : state) {
+        std::memcpy(frames.data() + n++ % Frames * bytes, pixels.data(), bytes);
+        benchmark::ClobberMemory();
+    }
+}
+
 void SteadyPicture(benchmark::State &state)
 {
     PictureHost host(state);
@@ -49,9 +62,16 @@ void PictureChange(benchmark::State &state)
     MeasureChanges(state, [&](int n) { host.Process(PictureDistance * (1 + n % PictureCount) + 1); });
 }
 
+void PictureSizes(benchmark::internal::Benchmark *benchmark)
+{
+    benchmark->Args({CanvasWidth, CanvasHeight});
+    Sizes(benchmark);
+}
+
 BENCHMARK(DecodeUnit)->Unit(benchmark::kMicrosecond);
-BENCHMARK(MemcpyOfPicture)->Apply(Sizes);
-BENCHMARK(SteadyPicture)->Apply(Sizes);
-BENCHMARK(PictureChange)->Apply(Changes);
+BENCHMARK(MemcpyOfPicture)->Apply(PictureSizes);
+BENCHMARK(MemcpyOfFrame)->Args({CanvasWidth, CanvasHeight})->Args({1920, 1080})->Unit(benchmark::kMicrosecond);
+BENCHMARK(SteadyPicture)->Apply(PictureSizes);
+BENCHMARK(PictureChange)->Apply(PictureSizes)->Iterations(ChangeCount)->UseManualTime();
 
 } // namespace

@@ -4,7 +4,7 @@ set(SUBTITLE_RUN ${PROJECT_BINARY_DIR}/environment/run)
 set(fonts
   DejaVuSans.ttf DejaVuSans-Bold.ttf DejaVuSansMono.ttf DejaVuSansMono-Bold.ttf DejaVuSerif.ttf DejaVuSerif-Bold.ttf
   NotoSansCJK-Regular.ttc NotoSansCJK-Bold.ttc NotoSerifCJK-Regular.ttc NotoSerifCJK-Bold.ttc
-  NotoColorEmoji.ttf)
+  NotoColorEmoji.ttf Lohit-Devanagari.ttf)
 
 file(MAKE_DIRECTORY
   ${PROJECT_BINARY_DIR}/environment/cache ${PROJECT_BINARY_DIR}/environment/fonts ${PROJECT_BINARY_DIR}/environment/home)
@@ -32,6 +32,6 @@ endforeach()
 if(missing AND (SUBTITLE_TESTS OR SUBTITLE_BENCH))
   list(JOIN missing " " missing)
   message(FATAL_ERROR "Fonts that tests and benchmarks need are not below /usr/share/fonts: ${missing}\n"
-    "Debian has them in fonts-dejavu-core, fonts-noto-cjk and fonts-noto-color-emoji. "
+    "Debian has them in fonts-dejavu-core, fonts-noto-cjk, fonts-noto-color-emoji and fonts-lohit-deva. "
     "Without them: -DSUBTITLE_TESTS=OFF -DSUBTITLE_BENCH=OFF")
 endif()

@@ -75,33 +75,45 @@ def size(number):
     return f"{number / 1e6:.2f} MB"
 
 
+SIZES = [("480p", "854/480"), ("720p", "1280/720"), ("1080p", "1920/1080"), ("2160p", "3840/2160")]
+
+
 def steady_rows(t):
     rows = []
-    for label, args in (("1080p", "1920/1080"), ("2160p", "3840/2160")):
+    for label, args in SIZES:
         floor = t(f"MemcpyOfText/{args}")
         rows.append(Row(f"steady frame, {label}, opaque", t(f"SteadyText/{args}/255"),
                         [("floor", floor), ("libass merged", t(f"AssSteadyMerged/{args}")),
                          ("libass list", t(f"AssSteadyList/{args}")),
                          ("FFmpeg's filter", t(f"FilterSteadyText/{args}"))],
                         "at most 1.0 × floor", [(floor, 1)]))
-    floor = t("MemcpyOfText/1920/1080")
-    rows.append(Row("steady frame, 1080p, opacity 128", t("SteadyText/1920/1080/128"), [("floor", floor)],
-                    "at most 2 × floor", [(floor, 2)]))
-    floor = t("MemcpyOfPicture/1920/1080")
-    rows.append(Row("steady frame, bitmap of 720x576 at 1080p", t("SteadyPicture/1920/1080"),
-                    [("floor", floor), ("FFmpeg's overlay", t("FilterSteadyPicture/1920/1080"))],
-                    "at most 2 × floor", [(floor, 2)]))
+        rows.append(Row(f"steady frame, {label}, opacity 128", t(f"SteadyText/{args}/128"), [("floor", floor)],
+                        "at most 1.5 × floor", [(floor, 1.5)]))
+    for label, args in [("720x576", "720/576"), *SIZES[2:]]:
+        floor = t(f"MemcpyOfPicture/{args}")
+        rows.append(Row(f"steady frame, bitmap of 720x576 at {label}", t(f"SteadyPicture/{args}"),
+                        [("floor", floor), ("FFmpeg's overlay", t(f"FilterSteadyPicture/{args}"))],
+                        "at most 1.5 × floor", [(floor, 1.5)]))
     return rows
 
 
 def change_rows(t):
     rows = []
-    for label, args in (("480p", "854/480"), ("720p", "1280/720"), ("1080p", "1920/1080"), ("2160p", "3840/2160")):
+    for label, args in SIZES:
         for kind, counter, goal, factor in (("mean", "", "at most 0.5 × libass", 0.5),
                                             ("worst", " worst_us", "below libass", 1)):
-            peer = t(f"AssChange/{args}{counter}")
-            rows.append(Row(f"frame on which the cue changes, {label}, {kind} of 200", t(f"TextChange/{args}{counter}"),
-                            [("libass list", peer)], goal, [(peer, factor)]))
+            peer = t(f"AssChange/{args}/0{counter}")
+            rows.append(Row(f"frame on which the cue changes, {label}, {kind} of 200",
+                            t(f"TextChange/{args}/0{counter}"), [("libass list", peer)], goal, [(peer, factor)]))
+    for script, name in (("1", "Chinese"), ("2", "Arabic"), ("3", "Hindi")):
+        for label, args in SIZES:
+            peer = t(f"AssChange/{args}/{script}")
+            rows.append(Row(f"the same, two long lines of {name}, {label}, mean of 200",
+                            t(f"TextChange/{args}/{script}"), [("libass list", peer)], "below libass", [(peer, 1)]))
+    for label, args, goal in (("720x576", "720/576", 400), ("1080p", "1920/1080", 1200)):
+        rows.append(Row(f"frame on which a bitmap of 720x576 changes, {label}, mean of 200", t(f"PictureChange/{args}"),
+                        [("memcpy of the frame", t(f"MemcpyOfFrame/{args}"))], f"at most {goal / 1000} ms",
+                        [(goal, 1)]))
     peer = t("AssNothingDue/1920/1080")
     rows.append(Row("nothing due", t("NothingDue/1920/1080"), [("libass", peer)], "at most 0.5 × libass", [(peer, 0.5)]))
     return rows
@@ -118,14 +130,16 @@ def file_rows(t):
                         [("libass, the same as ASS", peer), ("FFmpeg, demux and decode", t(f"FfmpegOpenSrt/{cues}"))],
                         "below libass", [(peer, 1)]))
         rows.append(Row(f"open {label} cues, ASS", t(f"OpenAss/{cues}"), [("libass", peer)], "below libass", [(peer, 1)]))
+    peer = t("AssRead/1500")
+    rows.append(Row("open 1,500 cues, SRT, on a new handle", t("OpenOnNewHandle/1500/manual_time"),
+                    [("libass, the same as ASS in memory", peer)], "below libass", [(peer, 1)]))
     return rows
 
 
 def process_rows(t):
-    later = t("library later")
+    peer = t("libass first")
     rows = [Row("first text of the process, file open", t("library first"),
-                [("libass", t("libass first")), ("a later change of cue", later)],
-                "at most 2 × a later change", [(later, 2)])]
+                [("libass", peer), ("a later change of cue", t("library later"))], "below libass", [(peer, 1)])]
     peer = t("libass start")
     rows.append(Row("fresh process: create, open 200 cues, first frame with text", t("library start"),
                     [("libass", peer)], "below libass", [(peer, 1)]))

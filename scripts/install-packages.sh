@@ -11,7 +11,8 @@ packages="cmake ninja-build ccache g++ clang clang-format clang-tidy cppcheck li
     bash-completion mandoc zsh
     libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
     gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good
-    fontconfig fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji ffmpeg mkvtoolnix dvdauthor locales git $*"
+    fontconfig fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji fonts-lohit-deva
+    ffmpeg mkvtoolnix dvdauthor locales git $*"
 
 missing=
 for package in $packages; do

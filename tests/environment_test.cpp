@@ -50,9 +50,9 @@ TEST(Environment, FontsAreThoseThatTestsName)
     std::vector<std::string> listFiles = SortedLines(outcome.strOut);
     listFiles.erase(std::unique(listFiles.begin(), listFiles.end()), listFiles.end()); // a collection has several fonts
     const std::vector<std::string> listExpected = {
-        "DejaVuSans-Bold.ttf",     "DejaVuSans.ttf",        "DejaVuSansMono-Bold.ttf",  "DejaVuSansMono.ttf",
-        "DejaVuSerif-Bold.ttf",    "DejaVuSerif.ttf",       "NotoColorEmoji.ttf",       "NotoSansCJK-Bold.ttc",
-        "NotoSansCJK-Regular.ttc", "NotoSerifCJK-Bold.ttc", "NotoSerifCJK-Regular.ttc",
+        "DejaVuSans-Bold.ttf",  "DejaVuSans.ttf",          "DejaVuSansMono-Bold.ttf", "DejaVuSansMono.ttf",
+        "DejaVuSerif-Bold.ttf", "DejaVuSerif.ttf",         "Lohit-Devanagari.ttf",    "NotoColorEmoji.ttf",
+        "NotoSansCJK-Bold.ttc", "NotoSansCJK-Regular.ttc", "NotoSerifCJK-Bold.ttc",   "NotoSerifCJK-Regular.ttc",
     };
     EXPECT_EQ(listFiles, listExpected);
 }
