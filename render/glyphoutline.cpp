@@ -113,16 +113,18 @@ void GlyphOutline::AddCurve(QPointF from, QPointF first, QPointF second, QPointF
     m_listCurves.push_back(m_listElements.back());
 }
 
-QPolygonF GlyphOutline::Points(const Element &element, QPointF origin)
+void GlyphOutline::AddCorners(const Element &element, QPointF origin, int curve, std::vector<Corner> &corners)
 {
     const QPointF start = element.start + origin;
     const QPointF end = element.end + origin;
     const QPointF control = element.control + origin;
+    QPolygonF points = {{end}};
     if (element.kind == Kind::Quadratic)
-        return Flattened(start, FirstControl(start, control), SecondControl(control, end), end);
-    if (element.kind == Kind::Cubic)
-        return Flattened(start, control, element.second + origin, end);
-    return {{end}};
+        points = Flattened(start, FirstControl(start, control), SecondControl(control, end), end);
+    else if (element.kind == Kind::Cubic)
+        points = Flattened(start, control, element.second + origin, end);
+    for (int i = 0; i < points.size(); ++i)
+        corners.push_back(MakeCorner(points[i], i + 1 < points.size() ? curve : -1));
 }
 
 std::vector<GlyphOutline::Corner> GlyphOutline::Flatten(QPointF origin) const
@@ -141,20 +143,16 @@ std::vector<GlyphOutline::Corner> GlyphOutline::Flatten(QPointF origin) const
             close();
             start = element.end;
         }
-        const QPolygonF points = Points(element, origin);
-        for (int i = 0; i < points.size(); ++i)
-            corners.push_back(MakeCorner(points[i], i + 1 < points.size() ? curve : -1));
+        AddCorners(element, origin, curve, corners);
         curve += element.kind == Kind::Quadratic || element.kind == Kind::Cubic;
     }
     close();
     return corners;
 }
 
-std::vector<FixedPoint> GlyphOutline::FlattenCurve(int curve, QPointF origin) const
+std::vector<GlyphOutline::Corner> GlyphOutline::FlattenCurve(int curve, QPointF origin) const
 {
-    const QPolygonF points = Points(m_listCurves[curve], origin);
-    std::vector<FixedPoint> corners;
-    for (int i = 0; i + 1 < points.size(); ++i)
-        corners.push_back(ToFixed(points[i]));
+    std::vector<Corner> corners = {MakeCorner(m_listCurves[curve].start + origin, -1)};
+    AddCorners(m_listCurves[curve], origin, curve, corners);
     return corners;
 }

@@ -39,8 +39,8 @@ public:
     /** @param origin  the glyph's position. */
     std::vector<Corner> Flatten(QPointF origin) const;
 
-    /** The corners within one curve, in the order and number in which Flatten() has them. */
-    std::vector<FixedPoint> FlattenCurve(int curve, QPointF origin) const;
+    /** The corners of one curve, with both ends, as Flatten() has them. */
+    std::vector<Corner> FlattenCurve(int curve, QPointF origin) const;
 
 private:
     enum class Kind { Move, Line, Quadratic, Cubic };
@@ -53,8 +53,8 @@ private:
     };
 
     void AddCurve(QPointF from, QPointF first, QPointF second, QPointF end);
-    /** All but the first. */
-    static QPolygonF Points(const Element &element, QPointF origin);
+    /** All but the first. @param curve  its number, where it is one */
+    static void AddCorners(const Element &element, QPointF origin, int curve, std::vector<Corner> &corners);
 
     std::vector<Element> m_listElements;
     std::vector<Element> m_listCurves; ///< those of the elements that are curves

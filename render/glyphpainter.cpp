@@ -135,33 +135,37 @@ TextInk GlyphPainter::Compose(const std::vector<PlacedGlyph> &glyphs, const QSiz
         return ink;
     ink.text = ink.outline = MakeMask(left, top, right - left, bottom - top);
 
-    std::vector<std::pair<PlacedGlyph, OddPlaces>> listOdd;
+    std::vector<std::pair<PlacedGlyph, GlyphFit>> listOdd;
     for (const PlacedGlyph &glyph : glyphs) {
         const BitMask &mask = glyph.pShape->Mask();
         const int first = glyph.nY + mask.nTop;
         if (first - OutlineRadius >= frame.height() || first + mask.nRows + OutlineRadius <= 0)
             continue;
-        const OddPlaces odd = glyph.pShape->FindOddPlaces(glyph.nX, glyph.nY, frame.height());
-        if (odd.none())
+        const GlyphFit fit = glyph.pShape->FindFit(glyph.nX, glyph.nY, frame.height());
+        if (fit.odd.any())
+            listOdd.emplace_back(glyph, fit);
+        else if (fit.bMask)
             AddMask(ink.text, mask, glyph.nX, glyph.nY);
         else
-            listOdd.emplace_back(glyph, odd);
+            AddMask(ink.text, glyph.pShape->FillAt(glyph.nX, glyph.nY, m_filler), 0, 0);
     }
     AddDisc(ink.outline, ink.text);
-    for (const auto &[glyph, odd] : listOdd)
-        AddOddGlyph(ink, glyph, odd, frame.height() - 1);
+    for (const auto &[glyph, fit] : listOdd)
+        AddOddGlyph(ink, glyph, fit, frame.height());
     return ink;
 }
 
-void GlyphPainter::AddOddGlyph(TextInk &ink, const PlacedGlyph &glyph, const OddPlaces &odd, int lastRow)
+void GlyphPainter::AddOddGlyph(TextInk &ink, const PlacedGlyph &glyph, const GlyphFit &fit, int frameHeight)
 {
-    const auto add = [&](BitMask &to, int x, int y, bool isOdd) {
+    const GlyphShape &shape = *glyph.pShape;
+    const BitMask usual = shape.FillAt(glyph.nX, glyph.nY, m_filler);
+    const auto add = [&](BitMask &to, Offset offset, bool isOdd) {
         if (isOdd)
-            AddMask(to, glyph.pShape->FillAt(x, y, lastRow, m_filler), 0, 0);
+            AddMask(to, shape.FillAt(glyph.nX + offset.nX, glyph.nY + offset.nY, frameHeight, m_filler), 0, 0);
         else
-            AddMask(to, glyph.pShape->Mask(), x, y);
+            AddMask(to, usual, offset.nX, offset.nY);
     };
     for (std::size_t i = 0; i < OutlineOffsets.size(); ++i)
-        add(ink.outline, glyph.nX + OutlineOffsets[i].nX, glyph.nY + OutlineOffsets[i].nY, odd[i]);
-    add(ink.text, glyph.nX, glyph.nY, odd[OutlineOffsets.size()]);
+        add(ink.outline, OutlineOffsets[i], fit.odd[i]);
+    add(ink.text, {0, 0}, fit.odd[OutlineOffsets.size()]);
 }

@@ -43,7 +43,7 @@ private:
     const GlyphShape *Shape(const GlyphRun &run, Font &font, std::uint32_t glyph, FixedPoint place);
     GlyphShape FillShape(const GlyphRun &run, Font &font, std::uint32_t glyph, FixedPoint place);
     TextInk Compose(const std::vector<PlacedGlyph> &glyphs, const QSize &frame);
-    void AddOddGlyph(TextInk &ink, const PlacedGlyph &glyph, const OddPlaces &odd, int lastRow);
+    void AddOddGlyph(TextInk &ink, const PlacedGlyph &glyph, const GlyphFit &fit, int frameHeight);
 
     std::list<Font> m_listFonts;
     std::size_t m_nKilobytes = 0; ///< of all shapes, about

@@ -10,8 +10,6 @@
 namespace
 {
 
-constexpr int AllRows = std::numeric_limits<int>::max() / 2;
-
 using Corner = GlyphOutline::Corner;
 
 FixedPoint Moved(FixedPoint point, FixedPoint by)
@@ -26,21 +24,37 @@ FixedPoint Rounding(const Corner &corner, unsigned choice, FixedPoint moved)
                  moved);
 }
 
-bool CrossesSameColumns(FixedPoint a1, FixedPoint a2, FixedPoint b1, FixedPoint b2)
+/** Rows of a frame, relative to a glyph's place. */
+struct Rows {
+    int nFirst;
+    int nLast;
+};
+
+constexpr Rows AllRows = {std::numeric_limits<int>::min() / 2, std::numeric_limits<int>::max() / 2};
+
+Rows RowsOfFrame(int height, int y)
 {
-    if (a1 == b1 && a2 == b2)
+    return {-y, height - 1 - y};
+}
+
+/** Whether a side that is cut off at the ends of some rows crosses these in the same columns as another one, uncut. */
+bool CrossesSameColumns(FixedPoint a1, FixedPoint a2, const Rows &rows, FixedPoint b1, FixedPoint b2)
+{
+    const auto [top1, bottom1] = std::minmax({a1.nY >> 6, a2.nY >> 6});
+    if (a1 == b1 && a2 == b2 && top1 >= rows.nFirst && bottom1 < rows.nLast)
         return true;
     PolygonEdge a = {};
     PolygonEdge b = {};
-    const bool hasA = MakeEdge(a1, a2, -AllRows, AllRows, a);
-    const bool hasB = MakeEdge(b1, b2, -AllRows, AllRows, b);
-    if (hasA != hasB)
+    const bool hasA = MakeEdge(a1, a2, rows.nFirst, rows.nLast, a);
+    bool hasB = MakeEdge(b1, b2, AllRows.nFirst, AllRows.nLast, b);
+    const int top = std::max(b.nTop, rows.nFirst);
+    const int bottom = std::min(b.nBottom, rows.nLast);
+    hasB = hasB && top <= bottom;
+    if (!hasA || !hasB)
+        return hasA == hasB;
+    if (a.nTop != top || a.nBottom != bottom || a.nWinding != b.nWinding)
         return false;
-    if (!hasA)
-        return true;
-    if (a.nTop != b.nTop || a.nBottom != b.nBottom || a.nWinding != b.nWinding)
-        return false;
-    for (int row = a.nTop; row <= a.nBottom; ++row)
+    for (int row = top; row <= bottom; ++row)
         if (a.Column(row) != b.Column(row))
             return false;
     return true;
@@ -57,21 +71,94 @@ bool IsDelicate(const Corner &from, const Corner &to, FixedPoint moved)
 {
     const unsigned doubts = Doubts(from) | Doubts(to) << 2;
     for (unsigned choice = doubts; choice != 0; choice = (choice - 1) & doubts) {
-        if (!CrossesSameColumns(Rounding(from, 0, moved), Rounding(to, 0, moved), Rounding(from, choice, moved),
-                                Rounding(to, choice >> 2, moved)))
+        if (!CrossesSameColumns(Rounding(from, choice, moved), Rounding(to, choice >> 2, moved), AllRows,
+                                Rounding(from, 0, moved), Rounding(to, 0, moved)))
             return true;
     }
     return false;
 }
 
-void AddEdges(const std::vector<Corner> &corners, FixedPoint moved, int firstRow, int lastRow, PolygonFiller &filler)
+void AddEdges(const std::vector<Corner> &corners, FixedPoint moved, const Rows &rows, PolygonFiller &filler)
 {
     for (std::size_t i = 1; i < corners.size(); ++i) {
         PolygonEdge edge = {};
         if (!corners[i - 1].bLast &&
-            MakeEdge(Moved(corners[i - 1].point, moved), Moved(corners[i].point, moved), firstRow, lastRow, edge))
+            MakeEdge(Moved(corners[i - 1].point, moved), Moved(corners[i].point, moved), rows.nFirst, rows.nLast, edge))
             filler.Add(edge);
     }
+}
+
+/** Corners at a glyph's place and at those round it, all relative to their place. */
+class CornersAround
+{
+public:
+    /**
+     * @param flatten   gives the corners for an offset.
+     * @param isUnsure  they may be others, or as many others, from place to place. Otherwise a corner's column does not
+     *                  depend on its row, nor the row on the column.
+     */
+    template <typename Flatten>
+    CornersAround(Flatten flatten, bool isUnsure) : m_bUnsure(isUnsure)
+    {
+        for (int y = 0; y < Side; ++y) {
+            for (int x = 0; x < Side; ++x) {
+                if (isUnsure || x == y)
+                    m_listCorners[y * Side + x] = flatten(x - OutlineRadius, y - OutlineRadius);
+            }
+        }
+    }
+
+    /** The corners at the place itself. */
+    const std::vector<Corner> &Here() const { return Corners({0, 0}); }
+
+    FixedPoint At(std::size_t i, Offset offset) const
+    {
+        if (m_bUnsure)
+            return Corners(offset)[i].point;
+        return {Corners({offset.nX, offset.nX})[i].point.nX, Corners({offset.nY, offset.nY})[i].point.nY};
+    }
+
+    /** Whether the pixels at an offset are those at the place itself, as far as they lie in some rows. */
+    bool IsSameAt(Offset offset, const Rows &rows) const
+    {
+        const std::vector<Corner> &here = Here();
+        if (m_bUnsure && Corners(offset).size() != here.size())
+            return false;
+        for (std::size_t i = 1; i < here.size(); ++i) {
+            if (!here[i - 1].bLast &&
+                !CrossesSameColumns(At(i - 1, offset), At(i, offset), rows, here[i - 1].point, here[i].point))
+                return false;
+        }
+        return true;
+    }
+
+private:
+    static constexpr int Side = 2 * OutlineRadius + 1;
+
+    const std::vector<Corner> &Corners(Offset offset) const
+    {
+        return m_listCorners[(offset.nY + OutlineRadius) * Side + offset.nX + OutlineRadius];
+    }
+
+    std::array<std::vector<Corner>, Side * Side> m_listCorners;
+    bool m_bUnsure;
+};
+
+bool IsSameShape(const std::vector<Corner> &a, const std::vector<Corner> &b)
+{
+    if (a.size() != b.size())
+        return false;
+    for (std::size_t i = 1; i < a.size(); ++i)
+        if (!CrossesSameColumns(a[i - 1].point, a[i].point, AllRows, b[i - 1].point, b[i].point))
+            return false;
+    return true;
+}
+
+std::vector<Corner> Moved(std::vector<Corner> corners, FixedPoint by)
+{
+    for (Corner &corner : corners)
+        corner.point = Moved(corner.point, by);
+    return corners;
 }
 
 } // namespace
@@ -79,7 +166,7 @@ void AddEdges(const std::vector<Corner> &corners, FixedPoint moved, int firstRow
 GlyphShape::GlyphShape(const GlyphOutline &outline, FixedPoint fraction, PolygonFiller &filler) :
     m_pOutline(&outline), m_fraction(fraction)
 {
-    AddEdges(m_pOutline->Corners(), m_fraction, -AllRows, AllRows, filler);
+    AddEdges(m_pOutline->Corners(), m_fraction, AllRows, filler);
     m_mask = filler.Fill();
     m_nDirection = !filler.IsOneSided() ? 0 : filler.IsPositive() ? 1 : -1;
     FindDelicateCurves();
@@ -93,19 +180,8 @@ void GlyphShape::FindDelicateCurves()
         if (!corners[i - 1].bLast && IsDelicate(corners[i - 1], corners[i], m_fraction))
             delicate.insert(std::max(corners[i - 1].nCurve, corners[i].nCurve));
     }
-    for (const int curve : delicate) {
-        DelicateCurve item = {curve, {}};
-        for (std::size_t i = 1; i + 1 < corners.size(); ++i) {
-            if (corners[i].nCurve != curve)
-                continue;
-            if (item.listCorners.empty())
-                item.listCorners.push_back(Moved(corners[i - 1].point, m_fraction));
-            item.listCorners.push_back(Moved(corners[i].point, m_fraction));
-            if (corners[i + 1].nCurve != curve)
-                item.listCorners.push_back(Moved(corners[i + 1].point, m_fraction));
-        }
-        m_listDelicate.push_back(item);
-    }
+    for (const int curve : delicate)
+        m_listDelicate.push_back({curve, Moved(m_pOutline->FlattenCurve(curve, {0, 0}), m_fraction)});
 }
 
 QPointF GlyphShape::Origin(int x, int y) const
@@ -113,54 +189,48 @@ QPointF GlyphShape::Origin(int x, int y) const
     return {x + m_fraction.nX / 64.0, y + m_fraction.nY / 64.0};
 }
 
-OddPlaces GlyphShape::FindOddPlaces(int x, int y, int frameHeight) const
+GlyphFit GlyphShape::FindFit(int x, int y, int frameHeight) const
 {
-    OddPlaces odd;
+    GlyphFit fit;
     if (!m_pOutline)
-        return odd;
-    // Qt cuts the sides at the frame's first and last row before it rounds.
+        return fit;
+    const auto compare = [&](const CornersAround &corners) {
+        for (std::size_t i = 0; i < fit.odd.size(); ++i) {
+            const Offset offset = i < OutlineOffsets.size() ? OutlineOffsets[i] : Offset{0, 0};
+            if (!fit.odd[i])
+                fit.odd[i] = !corners.IsSameAt(offset, RowsOfFrame(frameHeight, y + offset.nY));
+        }
+    };
+    const auto around = [&](auto flatten, bool isUnsure) {
+        return CornersAround(
+            [&](int dx, int dy) {
+                return Moved(flatten(Origin(x + dx, y + dy)), {-64 * (x + dx), -64 * (y + dy)});
+            },
+            isUnsure);
+    };
+    const std::set<int> &unsure = m_pOutline->UnsureCurves();
+    for (const DelicateCurve &curve : m_listDelicate) {
+        const CornersAround corners =
+            around([&](QPointF origin) { return m_pOutline->FlattenCurve(curve.nCurve, origin); },
+                   unsure.count(curve.nCurve) > 0);
+        fit.bMask = fit.bMask && IsSameShape(corners.Here(), curve.listCorners);
+        compare(corners);
+    }
+    // QPainter cuts the sides at the frame's first and last row before it rounds.
     const int first = y + m_mask.nTop;
     if (first < OutlineRadius || first + m_mask.nRows + OutlineRadius > frameHeight)
-        return odd.set();
-    for (const DelicateCurve &curve : m_listDelicate)
-        odd |= FindOddPlaces(curve, x, y);
-    return odd;
+        compare(around([&](QPointF origin) { return m_pOutline->Flatten(origin); }, !unsure.empty()));
+    return fit;
 }
 
-OddPlaces GlyphShape::FindOddPlaces(const DelicateCurve &curve, int x, int y) const
+BitMask GlyphShape::FillAt(int x, int y, PolygonFiller &filler) const
 {
-    OddPlaces odd;
-    if (m_pOutline->UnsureCurves().count(curve.nCurve) > 0)
-        return odd.set();
-    // A curve divided alike has columns that do not depend on its row, and rows that do not depend on its column.
-    std::array<std::vector<FixedPoint>, 2 * OutlineRadius + 1> moved;
-    for (int distance = -OutlineRadius; distance <= OutlineRadius; ++distance) {
-        std::vector<FixedPoint> &corners = moved[distance + OutlineRadius];
-        corners = m_pOutline->FlattenCurve(curve.nCurve, Origin(x + distance, y + distance));
-        for (FixedPoint &corner : corners)
-            corner = Moved(corner, {-64 * (x + distance), -64 * (y + distance)});
-    }
-    const std::vector<FixedPoint> &known = curve.listCorners;
-    const auto isSameAt = [&](Offset offset) {
-        FixedPoint from = known.front();
-        for (std::size_t i = 1; i < known.size(); ++i) {
-            const FixedPoint to = i + 1 == known.size() ? known[i]
-                                                        : FixedPoint{moved[offset.nX + OutlineRadius][i - 1].nX,
-                                                                     moved[offset.nY + OutlineRadius][i - 1].nY};
-            if (!CrossesSameColumns(from, to, known[i - 1], known[i]))
-                return false;
-            from = to;
-        }
-        return true;
-    };
-    for (std::size_t i = 0; i < OutlineOffsets.size(); ++i)
-        odd[i] = !isSameAt(OutlineOffsets[i]);
-    odd[OutlineOffsets.size()] = !isSameAt({0, 0});
-    return odd;
+    AddEdges(m_pOutline->Flatten(Origin(x, y)), {0, 0}, AllRows, filler);
+    return filler.Fill();
 }
 
-BitMask GlyphShape::FillAt(int x, int y, int lastRow, PolygonFiller &filler) const
+BitMask GlyphShape::FillAt(int x, int y, int frameHeight, PolygonFiller &filler) const
 {
-    AddEdges(m_pOutline->Flatten(Origin(x, y)), {0, 0}, 0, lastRow, filler);
+    AddEdges(m_pOutline->Flatten(Origin(x, y)), {0, 0}, RowsOfFrame(frameHeight, 0), filler);
     return filler.Fill();
 }

@@ -8,8 +8,13 @@
 #include <utility>
 #include <vector>
 
-/** Places where a mask is not valid: by the number of the outline's offset, and last the glyph's own. */
-using OddPlaces = std::bitset<OutlineOffsets.size() + 1>;
+/** How a glyph's pixels at a place and at those of the outline round it compare with each other and with a mask. */
+struct GlyphFit {
+    bool bMask = true; ///< at the place itself they are the mask's
+    /** Where they are not those of the place itself: by the number of the outline's offset, and last where rows of the
+     *  place itself are cut off by the frame. */
+    std::bitset<OutlineOffsets.size() + 1> odd;
+};
 
 /**
  * Cached bitmap of one glyph at one subpixel position. Of a filled outline it is not valid at all positions of a frame:
@@ -33,20 +38,23 @@ public:
     /** 1 or -1: the direction of its contours. 0: both, so that it may rub out what it overlaps. */
     int Direction() const { return m_nDirection; }
 
-    /** Where, of a pixel and the places of the outline round it, the pixels are not those of Mask(). */
-    OddPlaces FindOddPlaces(int x, int y, int frameHeight) const;
+    /** @param x, y  a whole pixel of the frame. */
+    GlyphFit FindFit(int x, int y, int frameHeight) const;
 
     /** The pixels of a filled outline at a place, whatever the rounding there, in whole pixels of the frame. */
-    BitMask FillAt(int x, int y, int lastRow, PolygonFiller &filler) const;
+    BitMask FillAt(int x, int y, PolygonFiller &filler) const;
+    /** Those in the frame's rows. */
+    BitMask FillAt(int x, int y, int frameHeight, PolygonFiller &filler) const;
 
 private:
-    /** A curve whose pixels may depend on the rounding, and its corners as in Mask(), with both ends. */
+    using Corners = std::vector<GlyphOutline::Corner>;
+
+    /** A curve whose pixels may depend on the rounding, and its corners as in Mask(). */
     struct DelicateCurve {
         int nCurve;
-        std::vector<FixedPoint> listCorners;
+        Corners listCorners;
     };
 
-    OddPlaces FindOddPlaces(const DelicateCurve &curve, int x, int y) const;
     QPointF Origin(int x, int y) const;
     void FindDelicateCurves();
 

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 namespace
 {
 
@@ -35,10 +37,18 @@ double DividingScale()
     return above;
 }
 
-GlyphShape Shape(const GlyphOutline &outline)
+/** Some rows of a mask that is moved. */
+BitMask Part(const BitMask &mask, FixedPoint move, int firstRow, int rows)
 {
-    PolygonFiller filler;
-    return {outline, {0, 0}, filler};
+    BitMask part = MakeMask(mask.nLeft + move.nX, firstRow, mask.nColumns + 64, rows);
+    AddMask(part, mask, move.nX, move.nY);
+    return Cropped(part);
+}
+
+bool IsSame(const BitMask &a, const BitMask &b)
+{
+    return a.nLeft == b.nLeft && a.nTop == b.nTop && a.nColumns == b.nColumns && a.nRows == b.nRows &&
+           a.listWords == b.listWords;
 }
 
 } // namespace
@@ -52,40 +62,43 @@ TEST(GlyphOutline, CurveAtTheEdgeOfADivisionIsUnsure)
     EXPECT_EQ(GlyphOutline(Bow(scale * 0.999)).UnsureCurves(), std::set<int>{});
 }
 
-TEST(GlyphShape, IsOddEverywhereWithAnUnsureCurve)
+TEST(GlyphShape, FitsAsItSays)
 {
+    constexpr int Height = 120;
+    std::mt19937 random(1);
     const double scale = DividingScale();
-    const GlyphOutline unsure(Bow(scale));
-    EXPECT_TRUE(Shape(unsure).FindOddPlaces(50, 50, 1000).all());
-    const GlyphOutline sure(Bow(scale * 1.001));
-    EXPECT_TRUE(Shape(sure).FindOddPlaces(50, 50, 1000).none());
+    int odd = 0;
+    int unlikeMask = 0;
+    for (int n = 0; n < 3000; ++n) {
+        const GlyphOutline outline(Bow(n % 3 == 0 ? scale : 0.4 + static_cast<double>(random() % 1000) / 700));
+        PolygonFiller filler;
+        const GlyphShape shape(outline, {static_cast<int>(random() % 64), static_cast<int>(random() % 64)}, filler);
+        const int x = static_cast<int>(random() % 16000);
+        const int y = static_cast<int>(random() % (Height + 80)) - 40;
+        const GlyphFit fit = shape.FindFit(x, y, Height);
+        const BitMask here = shape.FillAt(x, y, filler);
+        if (fit.bMask) {
+            ASSERT_TRUE(IsSame(Part(here, {0, 0}, y - 200, 400), Part(shape.Mask(), {x, y}, y - 200, 400)));
+        }
+        for (std::size_t i = 0; i < fit.odd.size(); ++i) {
+            const Offset offset = i < OutlineOffsets.size() ? OutlineOffsets[i] : Offset{0, 0};
+            if (!fit.odd[i]) {
+                ASSERT_TRUE(IsSame(Part(shape.FillAt(x + offset.nX, y + offset.nY, Height, filler), {0, 0}, 0, Height),
+                                   Part(here, {offset.nX, offset.nY}, 0, Height)));
+            }
+        }
+        odd += fit.odd.any();
+        unlikeMask += !fit.bMask;
+    }
+    EXPECT_GT(odd, 0);
+    EXPECT_LT(odd, 300);
+    EXPECT_GT(unlikeMask, 0);
+    EXPECT_LT(unlikeMask, 600);
 }
 
-TEST(GlyphShape, IsOddEverywhereNextToTheFirstAndLastRow)
+TEST(GlyphShape, OfAnImageFitsEverywhere)
 {
-    const GlyphOutline outline(Bow(1));
-    const GlyphShape shape = Shape(outline);
-    const int top = shape.Mask().nTop;
-    const int bottom = top + shape.Mask().nRows;
-    EXPECT_TRUE(shape.FindOddPlaces(0, OutlineRadius - top, 1000).none());
-    EXPECT_TRUE(shape.FindOddPlaces(0, OutlineRadius - top - 1, 1000).all());
-    EXPECT_TRUE(shape.FindOddPlaces(0, 1000 - OutlineRadius - bottom, 1000).none());
-    EXPECT_TRUE(shape.FindOddPlaces(0, 1000 - OutlineRadius - bottom + 1, 1000).all());
-}
-
-TEST(GlyphShape, OfAnImageIsNowhereOdd)
-{
-    const GlyphShape shape(MakeMask(0, 0, 5, 5));
-    EXPECT_TRUE(shape.FindOddPlaces(0, 0, 5).none());
-}
-
-TEST(GlyphShape, FillsAsItsMaskWhereItIsNotOdd)
-{
-    const GlyphOutline outline(Bow(1));
-    const GlyphShape shape = Shape(outline);
-    PolygonFiller filler;
-    const BitMask filled = shape.FillAt(30, 40, 999, filler);
-    EXPECT_EQ(filled.nLeft, shape.Mask().nLeft + 30);
-    EXPECT_EQ(filled.nTop, shape.Mask().nTop + 40);
-    EXPECT_EQ(filled.listWords, shape.Mask().listWords);
+    const GlyphFit fit = GlyphShape(MakeMask(0, 0, 5, 5)).FindFit(0, 0, 5);
+    EXPECT_TRUE(fit.bMask);
+    EXPECT_TRUE(fit.odd.none());
 }
