@@ -1,5 +1,7 @@
 #include "render/compositor.h"
 
+#include <QtEndian>
+
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -37,18 +39,23 @@ void KeepColumns(std::vector<std::uint64_t> &row, int left, int from, int to)
     }
 }
 
+/** Bytes blue, green, red and alpha as one word, alpha in the highest byte. */
+std::uint32_t Word(const std::uint8_t *pixel)
+{
+    return qFromLittleEndian<std::uint32_t>(pixel);
+}
+
 /** The first column from @p column on whose pixel is not transparent; @p end when there is none. */
 int SkipTransparent(const std::uint8_t *pixels, int column, int end)
 {
     // A bitmap is as large as the frame, and nearly all of it is transparent.
     constexpr int Block = 8;
-    while (column + Block <= end) {
-        std::uint8_t alpha = 0;
+    for (; column + Block <= end; column += Block) {
+        std::uint32_t any = 0;
         for (int i = 0; i < Block; ++i)
-            alpha |= pixels[4 * (column + i) + 3];
-        if (alpha)
+            any |= Word(pixels + std::ptrdiff_t{4} * (column + i));
+        if (any >> 24)
             break;
-        column += Block;
     }
     while (column < end && pixels[4 * static_cast<std::ptrdiff_t>(column) + 3] == 0)
         ++column;
@@ -111,33 +118,40 @@ void Compositor::FindBlocks(const QImage &image)
     const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(m_nFrameWidth) * 4;
     if (visible.isEmpty() || image.depth() != 32 || image.sizeInBytes() < (visible.bottom() + 1) * stride)
         return;
-    const std::uint8_t *key = image.constBits();
+    const std::uint32_t key = Word(image.constBits());
+    const int end = visible.right() + 1;
     for (int row = visible.top(); row <= visible.bottom(); ++row) {
         const std::uint8_t *pixels = image.constBits() + row * stride;
-        const int end = visible.right() + 1;
-        for (int column = visible.left(); column < end; ++column) {
-            column = SkipTransparent(pixels, column, end);
-            const std::uint8_t *pixel = pixels + static_cast<std::ptrdiff_t>(column) * 4;
-            // The key's own alpha is not compared.
-            if (column < end && std::memcmp(pixel, key, 3) != 0)
-                AppendPixel(row, column, pixel);
+        int column = SkipTransparent(pixels, visible.left(), end);
+        while (column < end) {
+            const bool isShown = AppendBlock(row, column, pixels, end, key);
+            column = SkipTransparent(pixels, column + (isShown ? BlockPixels : 1), end);
         }
     }
 }
 
-void Compositor::AppendPixel(int row, int column, const std::uint8_t *pixel)
+bool Compositor::AppendBlock(int row, int column, const std::uint8_t *pixels, int end, std::uint32_t key)
 {
-    if (m_listPicture.empty() || m_listPicture.back().nRow != row ||
-        m_listPicture.back().nColumn + BlockPixels <= column) {
-        // In this order: no block is ever without its alphas, whatever fails.
-        m_listAlphas.resize(m_listAlphas.size() + BlockPixels);
-        m_listPicture.push_back({row, column, {}, {}});
+    // The key's own alpha is not compared.
+    const auto shown = [&](int place) {
+        const std::uint32_t pixel = Word(pixels + std::ptrdiff_t{4} * place);
+        return pixel >> 24 != 0 && (pixel ^ key) << 8 != 0 ? pixel : 0;
+    };
+    if (shown(column) == 0)
+        return false;
+    PictureBlock block = {row, column, {}, {}};
+    std::array<std::uint8_t, BlockPixels> alphas = {};
+    for (int i = 0; i < std::min(BlockPixels, end - column); ++i) {
+        const std::uint32_t pixel = shown(column + i);
+        block.colors[3 * i] = static_cast<std::uint8_t>(pixel >> 16);
+        block.colors[3 * i + 1] = static_cast<std::uint8_t>(pixel >> 8);
+        block.colors[3 * i + 2] = static_cast<std::uint8_t>(pixel);
+        alphas[i] = static_cast<std::uint8_t>(pixel >> 24);
     }
-    PictureBlock &block = m_listPicture.back();
-    const std::size_t place = column - block.nColumn;
-    for (std::size_t i = 0; i < 3; ++i)
-        block.colors[3 * place + i] = pixel[2 - i];
-    m_listAlphas[m_listAlphas.size() - BlockPixels + place] = pixel[3];
+    // In this order: no block is ever without its alphas, whatever fails.
+    m_listAlphas.insert(m_listAlphas.end(), alphas.begin(), alphas.end());
+    m_listPicture.push_back(block);
+    return true;
 }
 
 void Compositor::SetText(const TextInk &ink, QRgb textColor, QRgb outlineColor, const QRect &rect, int frameWidth,

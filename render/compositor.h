@@ -48,7 +48,8 @@ public:
 private:
     void Clear(int frameWidth, int frameHeight);
     void FindBlocks(const QImage &image);
-    void AppendPixel(int row, int column, const std::uint8_t *pixel);
+    /** Appends the block that starts at a column of a row up to @p end; false where that pixel does not show. */
+    bool AppendBlock(int row, int column, const std::uint8_t *pixels, int end, std::uint32_t key);
     void AppendTextRow(int row, int left, const std::vector<std::uint64_t> &isText,
                        const std::vector<std::uint64_t> &shown);
     void PrepareWeights(int opacity);
