@@ -139,15 +139,15 @@ bool Compositor::AppendBlock(int row, int column, const std::uint8_t *pixels, in
     };
     if (shown(column) == 0)
         return false;
-    PictureBlock block = {row, column, {}, {}};
+    std::array<std::uint8_t, BlockBytes + 1> colors = {}; // each pixel's word has one byte more than its colour
     std::array<std::uint8_t, BlockPixels> alphas = {};
     for (int i = 0; i < std::min(BlockPixels, end - column); ++i) {
         const std::uint32_t pixel = shown(column + i);
-        block.colors[3 * i] = static_cast<std::uint8_t>(pixel >> 16);
-        block.colors[3 * i + 1] = static_cast<std::uint8_t>(pixel >> 8);
-        block.colors[3 * i + 2] = static_cast<std::uint8_t>(pixel);
+        qToLittleEndian(qbswap(pixel) >> 8, colors.data() + std::ptrdiff_t{3} * i);
         alphas[i] = static_cast<std::uint8_t>(pixel >> 24);
     }
+    PictureBlock block = {row, column, {}, {}};
+    std::copy_n(colors.begin(), BlockBytes, block.colors.begin());
     // In this order: no block is ever without its alphas, whatever fails.
     m_listAlphas.insert(m_listAlphas.end(), alphas.begin(), alphas.end());
     m_listPicture.push_back(block);

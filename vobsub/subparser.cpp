@@ -295,12 +295,16 @@ bool SubParser::ScaleCanvas()
            scale(planes.plane[3], m_pImageBuffer + m_nImageBuffer / 2, m_rowsAlpha);
 }
 
-/** Makes the image transparent black, or keeps it and clears it where nobody else holds it; false without memory. */
+/** Makes the image transparent black but for the rows with luma, in which it may have any pixels; false without memory. */
 bool SubParser::ClearImage()
 {
     const std::size_t width = m_nVideoWidth;
     if (m_image.isDetached() && m_image.size() == QSize(m_nVideoWidth, m_nVideoHeight)) {
-        std::memset(m_image.scanLine(m_rowsImage.nFirst), 0, m_rowsImage.nCount * width * 4);
+        // Nobody else holds it.
+        for (int row = m_rowsImage.nFirst; row < m_rowsImage.End(); ++row) {
+            if (!m_rowsLuma.Contains(row))
+                std::memset(m_image.scanLine(row), 0, width * 4);
+        }
         return true;
     }
     void *bytes = std::calloc(width * m_nVideoHeight, 4);
@@ -318,13 +322,16 @@ QImage SubParser::MakeImage()
     if (!ClearImage())
         return QImage();
     m_rowsImage = m_rowsLuma;
+    const int width = m_nVideoWidth; // a copy that the compiler knows the pixels not to change
     for (int row = m_rowsLuma.nFirst; row < m_rowsLuma.End(); ++row) {
         auto *pixels = reinterpret_cast<std::uint32_t *>(m_image.scanLine(row));
-        const unsigned char *luma = m_pImageBuffer + static_cast<std::size_t>(row) * m_nVideoWidth;
+        const unsigned char *luma = m_pImageBuffer + static_cast<std::size_t>(row) * width;
         const unsigned char *alpha = luma + m_nImageBuffer / 2;
-        const bool hasAlpha = m_rowsAlpha.Contains(row);
-        for (int i = 0; i < m_nVideoWidth; ++i)
-            pixels[i] = luma[i] * std::uint32_t{0x010101} | (hasAlpha ? std::uint32_t{alpha[i]} << 24 : 0);
+        const std::uint32_t alphaMask = m_rowsAlpha.Contains(row) ? 0xFF000000 : 0;
+        for (int i = 0; i < width; ++i) {
+            const std::uint32_t grey = luma[i];
+            pixels[i] = grey | grey << 8 | grey << 16 | (std::uint32_t{alpha[i]} << 24 & alphaMask);
+        }
     }
     return m_image;
 }
