@@ -103,7 +103,7 @@ public:
         for (int y = 0; y < Side; ++y) {
             for (int x = 0; x < Side; ++x) {
                 if (isUnsure || x == y)
-                    m_listCorners[y * Side + x] = flatten(x - OutlineRadius, y - OutlineRadius);
+                    m_listCorners[std::size_t{Side} * y + x] = flatten(x - OutlineRadius, y - OutlineRadius);
             }
         }
     }
@@ -137,10 +137,10 @@ private:
 
     const std::vector<Corner> &Corners(Offset offset) const
     {
-        return m_listCorners[(offset.nY + OutlineRadius) * Side + offset.nX + OutlineRadius];
+        return m_listCorners[std::size_t{Side} * (offset.nY + OutlineRadius) + (offset.nX + OutlineRadius)];
     }
 
-    std::array<std::vector<Corner>, Side * Side> m_listCorners;
+    std::array<std::vector<Corner>, std::size_t{Side} * Side> m_listCorners;
     bool m_bUnsure;
 };
 
