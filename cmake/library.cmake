@@ -13,7 +13,6 @@ add_library(subtitle_objects OBJECT
   parsers/srtparser.cpp
   render/blendkernel.cpp
   render/compositor.cpp
-  render/fonthost.cpp
   render/glyphoutline.cpp
   render/glyphpainter.cpp
   render/glyphshape.cpp

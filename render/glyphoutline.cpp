@@ -1,7 +1,8 @@
 #include "render/glyphoutline.h"
 
+#include "render/recordedtext.h"
+
 #include <cmath>
-#include <private/qbezier_p.h>
 
 namespace
 {
@@ -27,15 +28,6 @@ double RoundTo64th(double value)
     return std::round(value * 64) / 64;
 }
 
-/** The flattened points, all but the first. */
-QPolygonF Flattened(QPointF start, QPointF first, QPointF second, QPointF end)
-{
-    constexpr double FlatEnough = 0.25; // Qt's threshold for paths that are not scaled
-    QPolygonF points;
-    QBezier::fromPoints(start, first, second, end).addToPolygon(&points, FlatEnough);
-    return points;
-}
-
 /**
  * Whether a curve is divided the same in every place. Decisions that errors of doubles could change come out differently
  * when the curve is a little larger or smaller.
@@ -44,9 +36,9 @@ bool IsSurelyDivided(QPointF start, QPointF first, QPointF second, QPointF end)
 {
     constexpr double Little = 1e-6;    // far above the errors of doubles
     constexpr double SamePoint = 1e-2; // pixels; far above what that moves points by, far below what a division does
-    const QPolygonF points = Flattened(start, first, second, end);
+    const QPolygonF points = CurvePoints(start, first, second, end);
     for (const double scale : {1 - Little, 1 + Little}) {
-        const QPolygonF scaled = Flattened(start * scale, first * scale, second * scale, end * scale);
+        const QPolygonF scaled = CurvePoints(start * scale, first * scale, second * scale, end * scale);
         if (scaled.size() != points.size())
             return false;
         for (int i = 0; i < points.size(); ++i) {
@@ -120,9 +112,9 @@ void GlyphOutline::AddCorners(const Element &element, QPointF origin, int curve,
     const QPointF control = element.control + origin;
     QPolygonF points = {{end}};
     if (element.kind == Kind::Quadratic)
-        points = Flattened(start, FirstControl(start, control), SecondControl(control, end), end);
+        points = CurvePoints(start, FirstControl(start, control), SecondControl(control, end), end);
     else if (element.kind == Kind::Cubic)
-        points = Flattened(start, control, element.second + origin, end);
+        points = CurvePoints(start, control, element.second + origin, end);
     for (int i = 0; i < points.size(); ++i)
         corners.push_back(MakeCorner(points[i], i + 1 < points.size() ? curve : -1));
 }

@@ -1,13 +1,14 @@
 #include "render/qtruntime.h"
 
-#include "render/fonthost.h"
 #include "render/idledispatcher.h"
 #include "render/messagesilencer.h"
 
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
+#include <QScopedPointer>
 #include <QTextCodec>
 #include <QThread>
+#include <QtFontDatabaseSupport/private/qgenericunixfontdatabase_p.h>
 #include <QtGui/private/qguiapplication_p.h>
 #include <array>
 #include <clocale>
@@ -15,6 +16,9 @@
 #include <langinfo.h>
 #include <memory>
 #include <mutex>
+#include <qpa/qplatformbackingstore.h>
+#include <qpa/qplatformintegration.h>
+#include <qpa/qplatformwindow.h>
 #include <stdexcept>
 #include <string>
 #include <unistd.h>
@@ -23,6 +27,49 @@ QCoreApplication *qtApp = nullptr;
 
 namespace
 {
+
+/**
+ * A platform integration whose only service is the font database: no plugin file, no display, no screen. It lets text
+ * be painted into images in a process that has no QGuiApplication.
+ */
+class FontIntegration : public QPlatformIntegration
+{
+public:
+    QPlatformFontDatabase *fontDatabase() const override { return m_pFontDatabase.data(); }
+    QPlatformWindow *createPlatformWindow(QWindow * /*window*/) const override { return nullptr; }
+    QPlatformBackingStore *createPlatformBackingStore(QWindow * /*window*/) const override { return nullptr; }
+    QAbstractEventDispatcher *createEventDispatcher() const override { return nullptr; }
+
+private:
+    QScopedPointer<QPlatformFontDatabase> m_pFontDatabase{new QGenericUnixFontDatabase};
+};
+
+// Qt keeps referring to the arguments.
+int argumentCount = 1;
+char applicationName[] = "dummy.exe";
+char *arguments[] = {applicationName, nullptr};
+
+QGuiApplicationPrivate *CreateRecord()
+{
+    // The record owns the integration.
+    QGuiApplicationPrivate::platform_integration = new FontIntegration;
+    auto *record = new QGuiApplicationPrivate(argumentCount, arguments, QCoreApplication::ApplicationFlags);
+    // The thread belongs to the host: its pending events and its thread-local data are not this object's to clear.
+    record->threadData_clean = true;
+    return record;
+}
+
+/**
+ * Stands in for a QGuiApplication where Qt looks for one while it paints text, without being an application object, and
+ * gives it fonts. While it lives, no QGuiApplication can be made. Its end drops all fonts and font caches, and marks any
+ * application object as closing.
+ */
+class FontHost : public QObject
+{
+public:
+    /** Takes the places of QGuiApplicationPrivate::instance() and of its platform integration, which must be free. */
+    FontHost() : QObject(*CreateRecord(), nullptr) {}
+};
 
 /** Null where the host's own QGuiApplication does its work. */
 FontHost *fontHost = nullptr;
@@ -103,10 +150,6 @@ void SetLocaleCodec()
 
 QCoreApplication *CreateApplication()
 {
-    // Qt keeps referring to the arguments.
-    static int argumentCount = 1;
-    static char name[] = "dummy.exe";
-    static char *arguments[] = {name, nullptr};
     const LocaleKeeper keeper;
     const MessageSilencer silencer;
     AvoidMainLoop();

@@ -10,6 +10,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <private/qbezier_p.h>
 #include <private/qfontengine_p.h>
 #include <private/qtextengine_p.h>
 #include <tuple>
@@ -284,6 +285,14 @@ void GlyphRun::Draw(QPainter &painter, const QPoint &offset) const
     path.setFillRule(Qt::WindingFill);
     font.addGlyphsToPath(glyphs.data(), places.data(), glyphs.size(), &path, m_pItem->flags);
     painter.fillPath(path, painter.pen().brush());
+}
+
+QPolygonF CurvePoints(QPointF start, QPointF first, QPointF second, QPointF end)
+{
+    constexpr double FlatEnough = 0.25; // Qt's threshold for paths that are not scaled
+    QPolygonF points;
+    QBezier::fromPoints(start, first, second, end).addToPolygon(&points, FlatEnough);
+    return points;
 }
 
 RecordedText::RecordedText(const QFont &font, const QRectF &box, int flags, const QString &text) :

@@ -6,6 +6,7 @@
 #include <QPainterPath>
 #include <QPoint>
 #include <QPointF>
+#include <QPolygonF>
 #include <QRectF>
 #include <QString>
 
@@ -42,6 +43,9 @@ struct FontKey {
 
     bool operator==(const FontKey &other) const;
 };
+
+/** The points, all but the first, that QPainter makes of a cubic curve. */
+QPolygonF CurvePoints(QPointF start, QPointF first, QPointF second, QPointF end);
 
 /** Glyphs of one font in a row, at their places in a laid out text. */
 class GlyphRun
