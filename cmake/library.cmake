@@ -25,6 +25,7 @@ add_library(subtitle_objects OBJECT
   render/textbitmap.cpp
   render/textink.cpp
   render/textpainter.cpp
+  render/vectorkernel.cpp
   render/videosubtitle.cpp
   textio/regularfile.cpp
   textio/textreader.cpp
@@ -47,7 +48,7 @@ target_compile_definitions(subtitle_objects PUBLIC QT_NO_CAST_FROM_ASCII QT_NO_C
 target_compile_definitions(subtitle_objects PRIVATE _FILE_OFFSET_BITS=64)
 target_link_libraries(subtitle_objects
   PUBLIC Qt5::Core Qt5::Gui PkgConfig::FFMPEG
-  PRIVATE Qt5::FontDatabaseSupportPrivate)
+  PRIVATE Qt5::FontDatabaseSupportPrivate hwy::hwy)
 subtitle_harden(subtitle_objects)
 
 set(exports ${PROJECT_SOURCE_DIR}/api/libsubtitle.map)

@@ -66,5 +66,5 @@ struct BlendKernel {
 /** For any processor. */
 const BlendKernel &PortableKernel();
 
-/** For this processor, the fastest that it can run. */
+/** For this processor: the one of its best instruction set, or the portable one where there are no vectors. */
 const BlendKernel &BestKernel();

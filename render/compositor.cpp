@@ -234,13 +234,12 @@ void Compositor::Blend(std::uint8_t *frame, std::ptrdiff_t linesize, const Place
     if (weight == NoWeight)
         return;
     PrepareWeights(opacity);
-    const BlendKernel &kernel = BestKernel();
     const BlendTarget target = {frame, linesize, m_nFrameWidth, placement.nOffset};
     const auto [ink, inkCount] = InFrame(m_listInk, placement.nOffset, m_nFrameHeight);
     if (weight == 255)
-        kernel.Write(target, ink, inkCount, m_inkColors);
+        m_pKernel->Write(target, ink, inkCount, m_inkColors);
     else
-        kernel.Mix(target, ink, inkCount, m_inkColors, weight);
+        m_pKernel->Mix(target, ink, inkCount, m_inkColors, weight);
     const auto [picture, pictureCount] = InFrame(m_listPicture, placement.nOffset, m_nFrameHeight);
-    kernel.MixPicture(target, picture, pictureCount, Untouched(opacity));
+    m_pKernel->MixPicture(target, picture, pictureCount, Untouched(opacity));
 }

@@ -54,6 +54,7 @@ private:
                        const std::vector<std::uint64_t> &shown);
     void PrepareWeights(int opacity);
 
+    const BlendKernel *m_pKernel = &BestKernel(); ///< chosen ahead: asking the processor takes a while
     qint64 m_nImageKey = 0;
     QRect m_rect;
     int m_nFrameWidth = 0;

@@ -1,10 +1,14 @@
 #include "render/blendkernel.h"
 
 #include <gtest/gtest.h>
+#include <hwy/targets.h>
 
 #include <algorithm>
 #include <cstdint>
+#include <ostream>
 #include <random>
+#include <set>
+#include <string>
 #include <vector>
 
 namespace
@@ -31,7 +35,31 @@ struct Frame {
     BlendTarget Target(int offset = 0) { return {listBytes.data() + nPadding, nWidth * 3 + nPadding, nWidth, offset}; }
 };
 
-class BlendKernelTest : public testing::TestWithParam<const BlendKernel *>
+struct NamedKernel {
+    std::string strName;
+    const BlendKernel *pKernel;
+};
+
+void PrintTo(const NamedKernel &kernel, std::ostream *out)
+{
+    *out << kernel.strName;
+}
+
+/** The portable one, and that of each instruction set that this processor has, the best first. */
+std::vector<NamedKernel> AllKernels()
+{
+    std::vector<NamedKernel> kernels = {{"Portable", &PortableKernel()}};
+    for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) {
+        if (target == HWY_SCALAR || target == HWY_EMU128)
+            continue;
+        hwy::SetSupportedTargetsForTest(target);
+        kernels.push_back({hwy::TargetName(target), &BestKernel()});
+    }
+    hwy::SetSupportedTargetsForTest(0);
+    return kernels;
+}
+
+class BlendKernelTest : public testing::TestWithParam<NamedKernel>
 {
 protected:
     std::vector<std::uint8_t> RandomBytes(std::size_t count)
@@ -119,12 +147,12 @@ TEST_P(BlendKernelTest, InkAtEveryWidthAndAlignment)
             Frame expected = frame;
             const std::vector<InkBlock> blocks = RandomInk(width);
             DrawPlainly(expected.Target(), blocks, 255);
-            GetParam()->Write(frame.Target(), blocks.data(), blocks.size(), Colors);
+            GetParam().pKernel->Write(frame.Target(), blocks.data(), blocks.size(), Colors);
             ASSERT_EQ(frame.listBytes, expected.listBytes) << "written, width " << width << ", padding " << padding;
 
             const int weight = static_cast<int>(m_random() % 256);
             DrawPlainly(expected.Target(), blocks, weight);
-            GetParam()->Mix(frame.Target(), blocks.data(), blocks.size(), Colors, weight);
+            GetParam().pKernel->Mix(frame.Target(), blocks.data(), blocks.size(), Colors, weight);
             ASSERT_EQ(frame.listBytes, expected.listBytes)
                 << "mixed, width " << width << ", padding " << padding << ", weight " << weight;
         }
@@ -140,7 +168,7 @@ TEST_P(BlendKernelTest, PicturesAtEveryWidthAndAlignment)
             Frame expected = frame;
             const std::vector<PictureBlock> blocks = RandomPicture(width, untouched);
             DrawPlainly(expected.Target(), blocks, untouched);
-            GetParam()->MixPicture(frame.Target(), blocks.data(), blocks.size(), untouched);
+            GetParam().pKernel->MixPicture(frame.Target(), blocks.data(), blocks.size(), untouched);
             ASSERT_EQ(frame.listBytes, expected.listBytes) << "width " << width << ", padding " << padding;
         }
     }
@@ -150,9 +178,9 @@ TEST_P(BlendKernelTest, NoBlocks)
 {
     Frame frame = RandomFrame(20, 0);
     const Frame before = frame;
-    GetParam()->Write(frame.Target(), nullptr, 0, Colors);
-    GetParam()->Mix(frame.Target(), nullptr, 0, Colors, 128);
-    GetParam()->MixPicture(frame.Target(), nullptr, 0, 255);
+    GetParam().pKernel->Write(frame.Target(), nullptr, 0, Colors);
+    GetParam().pKernel->Mix(frame.Target(), nullptr, 0, Colors, 128);
+    GetParam().pKernel->MixPicture(frame.Target(), nullptr, 0, 255);
     EXPECT_EQ(frame.listBytes, before.listBytes);
 }
 
@@ -162,7 +190,7 @@ TEST_P(BlendKernelTest, RowsAreCountedFromTheOffset)
     Frame expected = frame;
     const std::vector<InkBlock> blocks = {{-40, 3, 5, 7}, {-39, 4, 5, 7}};
     DrawPlainly(expected.Target(41), blocks, 255);
-    GetParam()->Write(frame.Target(41), blocks.data(), blocks.size(), Colors);
+    GetParam().pKernel->Write(frame.Target(41), blocks.data(), blocks.size(), Colors);
     EXPECT_EQ(frame.listBytes, expected.listBytes);
 }
 
@@ -184,7 +212,7 @@ TEST_P(BlendKernelTest, EveryWeightColourAndOldByte)
             Frame frame = {Width, 0, std::vector<std::uint8_t>(3 * Width, static_cast<std::uint8_t>(old))};
             Frame expected = frame;
             DrawPlainly(expected.Target(), blocks, untouched);
-            GetParam()->MixPicture(frame.Target(), blocks.data(), blocks.size(), untouched);
+            GetParam().pKernel->MixPicture(frame.Target(), blocks.data(), blocks.size(), untouched);
             ASSERT_EQ(frame.listBytes, expected.listBytes) << weight << " " << old;
         }
     }
@@ -202,10 +230,20 @@ TEST_P(BlendKernelTest, EveryWeightOfInkAndOldByte)
             frame.listBytes[i] = static_cast<std::uint8_t>(i % 3 == 0 ? i / 3 : 255 - i / 3);
         Frame expected = frame;
         DrawPlainly(expected.Target(), blocks, weight);
-        GetParam()->Mix(frame.Target(), blocks.data(), blocks.size(), Colors, weight);
+        GetParam().pKernel->Mix(frame.Target(), blocks.data(), blocks.size(), Colors, weight);
         ASSERT_EQ(frame.listBytes, expected.listBytes) << weight;
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Kernels, BlendKernelTest, testing::Values(&PortableKernel(), &BestKernel()),
-                         [](const auto &info) { return info.index == 0 ? "Portable" : "Best"; });
+TEST(BlendKernelChoice, EachInstructionSetHasItsOwnKernelAndTheBestIsTaken)
+{
+    const std::vector<NamedKernel> all = AllKernels();
+    std::set<const BlendKernel *> distinct;
+    for (const NamedKernel &kernel : all)
+        distinct.insert(kernel.pKernel);
+    EXPECT_EQ(distinct.size(), all.size());
+    EXPECT_EQ(&BestKernel(), all[all.size() > 1 ? 1 : 0].pKernel);
+}
+
+INSTANTIATE_TEST_SUITE_P(Kernels, BlendKernelTest, testing::ValuesIn(AllKernels()),
+                         [](const auto &info) { return info.param.strName; });
