@@ -35,6 +35,7 @@ expect() {
 version=$(dpkg-parsechangelog -l build-packages/debian/changelog.Debian -S Version)
 expect libsubtitle1 Multi-Arch same
 expect libsubtitle1 Depends 'libqt5gui5 '
+expect libsubtitle1 Depends 'libhwy1 '
 expect libsubtitle-dev Multi-Arch same
 expect libsubtitle-dev Depends "libsubtitle1 (= $version)"
 expect subburn Multi-Arch foreign
