@@ -70,13 +70,13 @@ std::array<std::uint8_t, 3> Bytes(QRgb color)
 
 /** Those of the blocks that lie within a frame's rows. */
 template <typename Block>
-std::pair<const Block *, std::size_t> InFrame(const std::vector<Block> &blocks, int offset, int rows)
+std::pair<const Block *, std::size_t> InFrame(const Block *blocks, std::size_t count, int offset, int rows)
 {
     const auto isAbove = [](const Block &block, std::int64_t row) { return block.nRow < row; };
     const std::int64_t top = -std::int64_t{offset};
-    const auto begin = std::lower_bound(blocks.begin(), blocks.end(), top, isAbove);
-    const auto end = std::lower_bound(begin, blocks.end(), top + rows, isAbove);
-    return {blocks.data() + (begin - blocks.begin()), static_cast<std::size_t>(end - begin)};
+    const Block *begin = std::lower_bound(blocks, blocks + count, top, isAbove);
+    const Block *end = std::lower_bound(begin, blocks + count, top + rows, isAbove);
+    return {begin, static_cast<std::size_t>(end - begin)};
 }
 
 bool IsSet(const BitMask &mask, int row, int column)
@@ -104,7 +104,7 @@ void Compositor::Clear(int frameWidth, int frameHeight)
     m_nFrameWidth = frameWidth;
     m_nFrameHeight = frameHeight;
     m_nImageKey = -1;
-    m_listInk.clear();
+    m_nInk = 0;
     m_listPicture.clear();
     m_listAlphas.clear();
     m_nPreparedOpacity = -1;
@@ -166,7 +166,11 @@ void Compositor::SetText(const TextInk &ink, QRgb textColor, QRgb outlineColor, 
     const bool showsOutline = (outlineColor ^ corner) & 0xFFFFFF;
     m_inkColors = {Bytes(textColor), Bytes(outlineColor)};
 
-    m_listRow.resize(64 * static_cast<std::size_t>(ink.text.nWords) / BlockPixels + 1);
+    const std::size_t room = (64 * static_cast<std::size_t>(ink.text.nWords) / BlockPixels + 1) * ink.text.nRows;
+    if (m_nInkRoom < room) {
+        m_pInk.reset(new InkBlock[room]); // without a value, which would cost as much as the blocks' own
+        m_nInkRoom = room;
+    }
     // One zero word of padding: BitsFrom() reads one word past the last.
     std::vector<std::uint64_t> shown(ink.text.nWords + 1);
     std::vector<std::uint64_t> isText(ink.text.nWords + 1);
@@ -188,7 +192,7 @@ void Compositor::AppendTextRow(int row, int left, const std::vector<std::uint64_
     constexpr std::uint64_t OfBlock = (1U << BlockPixels) - 1;
     constexpr int LastPlace = 64 - BlockPixels;
     const int columns = 64 * (static_cast<int>(shown.size()) - 1);
-    InkBlock *end = m_listRow.data();
+    InkBlock *end = m_pInk.get() + m_nInk;
     for (int column = 0; column < columns;) {
         std::uint64_t bits = BitsFrom(shown.data(), column);
         const std::uint64_t text = BitsFrom(isText.data(), column);
@@ -206,7 +210,7 @@ void Compositor::AppendTextRow(int row, int left, const std::vector<std::uint64_
         }
         column += bits ? place : 64;
     }
-    m_listInk.insert(m_listInk.end(), m_listRow.data(), end);
+    m_nInk = end - m_pInk.get();
 }
 
 void Compositor::PrepareWeights(int opacity)
@@ -235,11 +239,12 @@ void Compositor::Blend(std::uint8_t *frame, std::ptrdiff_t linesize, const Place
         return;
     PrepareWeights(opacity);
     const BlendTarget target = {frame, linesize, m_nFrameWidth, placement.nOffset};
-    const auto [ink, inkCount] = InFrame(m_listInk, placement.nOffset, m_nFrameHeight);
+    const auto [ink, inkCount] = InFrame(m_pInk.get(), m_nInk, placement.nOffset, m_nFrameHeight);
     if (weight == 255)
         m_pKernel->Write(target, ink, inkCount, m_inkColors);
     else
         m_pKernel->Mix(target, ink, inkCount, m_inkColors, weight);
-    const auto [picture, pictureCount] = InFrame(m_listPicture, placement.nOffset, m_nFrameHeight);
+    const auto [picture, pictureCount] =
+        InFrame(m_listPicture.data(), m_listPicture.size(), placement.nOffset, m_nFrameHeight);
     m_pKernel->MixPicture(target, picture, pictureCount, Untouched(opacity));
 }

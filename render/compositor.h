@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 /** Where the rows of an image go, and how strongly. */
@@ -60,8 +61,9 @@ private:
     int m_nFrameWidth = 0;
     int m_nFrameHeight = 0;
     InkColors m_inkColors = {};
-    std::vector<InkBlock> m_listInk; ///< of text; from the top to the bottom, as pictures are
-    std::vector<InkBlock> m_listRow; ///< room for the blocks of one row
+    std::unique_ptr<InkBlock[]> m_pInk; ///< of text; from the top to the bottom, as pictures are
+    std::size_t m_nInk = 0;
+    std::size_t m_nInkRoom = 0;
     std::vector<PictureBlock> m_listPicture;
     std::vector<std::uint8_t> m_listAlphas; ///< of the picture's blocks, BlockPixels each; 0 for what does not show
     int m_nPreparedOpacity = -1;            ///< that the picture's weights are for

@@ -110,11 +110,13 @@ void GlyphOutline::AddCorners(const Element &element, QPointF origin, int curve,
     const QPointF start = element.start + origin;
     const QPointF end = element.end + origin;
     const QPointF control = element.control + origin;
-    QPolygonF points = {{end}};
+    QPolygonF points;
     if (element.kind == Kind::Quadratic)
         points = CurvePoints(start, FirstControl(start, control), SecondControl(control, end), end);
     else if (element.kind == Kind::Cubic)
         points = CurvePoints(start, control, element.second + origin, end);
+    else
+        corners.push_back(MakeCorner(end, -1));
     for (int i = 0; i < points.size(); ++i)
         corners.push_back(MakeCorner(points[i], i + 1 < points.size() ? curve : -1));
 }
@@ -122,6 +124,7 @@ void GlyphOutline::AddCorners(const Element &element, QPointF origin, int curve,
 std::vector<GlyphOutline::Corner> GlyphOutline::Flatten(QPointF origin) const
 {
     std::vector<Corner> corners;
+    corners.reserve(m_listCorners.size());
     int curve = 0;
     QPointF start;
     const auto close = [&] {
@@ -144,7 +147,9 @@ std::vector<GlyphOutline::Corner> GlyphOutline::Flatten(QPointF origin) const
 
 std::vector<GlyphOutline::Corner> GlyphOutline::FlattenCurve(int curve, QPointF origin) const
 {
-    std::vector<Corner> corners = {MakeCorner(m_listCurves[curve].start + origin, -1)};
+    std::vector<Corner> corners;
+    corners.reserve(16); // as many as few curves have
+    corners.push_back(MakeCorner(m_listCurves[curve].start + origin, -1));
     AddCorners(m_listCurves[curve], origin, curve, corners);
     return corners;
 }

@@ -291,6 +291,7 @@ QPolygonF CurvePoints(QPointF start, QPointF first, QPointF second, QPointF end)
 {
     constexpr double FlatEnough = 0.25; // Qt's threshold for paths that are not scaled
     QPolygonF points;
+    points.reserve(16); // as many as few curves have
     QBezier::fromPoints(start, first, second, end).addToPolygon(&points, FlatEnough);
     return points;
 }
