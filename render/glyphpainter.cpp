@@ -99,7 +99,7 @@ const GlyphShape *GlyphPainter::Shape(const GlyphRun &run, Font &font, std::uint
     std::optional<GlyphShape> &shape = font.mapShapes[key];
     if (font.source == GlyphSource::Path)
         shape.emplace(FillShape(run, font, glyph, place));
-    else if (std::optional<BitMask> mask = run.DrawGlyph(glyph, place))
+    else if (std::optional<BitMask> mask = run.Image(glyph, place))
         shape.emplace(std::move(*mask));
     m_nKilobytes += 1 + (shape ? shape->Mask().listWords.size() / 128 : 0);
     return shape ? &*shape : nullptr;

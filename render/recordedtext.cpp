@@ -4,7 +4,6 @@
 #include <QPaintDevice>
 #include <QPaintEngine>
 #include <QPainter>
-#include <QtEndian>
 
 #include <algorithm>
 #include <cmath>
@@ -110,25 +109,6 @@ QGlyphLayout CopyLayout(const QGlyphLayout &from, std::vector<char> &memory)
     return copy;
 }
 
-void DrawItem(QPainter &painter, const QPointF &position, QFontEngine &font, const QGlyphLayout &layout,
-              QTextItem::RenderFlags flags)
-{
-    QTextItemInt item;
-    item.flags = flags;
-    item.glyphs = layout;
-    item.fontEngine = &font;
-    painter.drawTextItem(position, item);
-}
-
-/** A one-bit image's pixels. Its width must be a multiple of 64. */
-BitMask ReadBits(const QImage &image, int left, int top)
-{
-    BitMask mask = MakeMask(left, top, image.width(), image.height());
-    for (int row = 0; row < mask.nRows; ++row)
-        qFromLittleEndian<std::uint64_t>(image.constScanLine(row), mask.nWords, mask.Row(row));
-    return mask;
-}
-
 } // namespace
 
 bool FontKey::operator==(const FontKey &other) const
@@ -231,32 +211,28 @@ int GlyphRun::SubPixelOf(FixedPoint place) const
     return m_pItem->pFont->subPixelPositionForX(QFixed::fromFixed(place.nX)).value();
 }
 
-std::optional<BitMask> GlyphRun::DrawGlyph(std::uint32_t glyph, FixedPoint place) const
+std::optional<BitMask> GlyphRun::Image(std::uint32_t glyph, FixedPoint place) const
 {
-    constexpr int Margin = 2;
-    QFontEngine &font = *m_pItem->pFont;
-    const glyph_metrics_t box = font.boundingBox(glyph);
-    const int left = box.x.floor().toInt() - Margin;
-    const int top = box.y.floor().toInt() - Margin;
-    const int width = (box.x + box.width).ceil().toInt() + 1 + Margin - left;
-    const int height = (box.y + box.height).ceil().toInt() + Margin - top;
-    if (std::max(width, height) > 2 * Reach() + 2 * Margin + 1)
+    const QFontEngine::Glyph *image =
+        m_pItem->pFont->glyphData(glyph, QFixed::fromFixed(SubPixelOf(place)), QFontEngine::Format_A8, QTransform());
+    if (!image || !image->data)
+        return BitMask();
+    const bool isMono = image->format == QFontEngine::Format_Mono;
+    if (!isMono && image->format != QFontEngine::Format_A8)
         return std::nullopt;
-    QImage canvas((width + 63) / 64 * 64, height, QImage::Format_MonoLSB);
-    canvas.setColorTable({qRgb(255, 255, 255), qRgb(0, 0, 0)});
-    canvas.fill(0);
-    QPainter painter(&canvas);
-    painter.setPen(Qt::black);
-    std::vector<char> memory(QGlyphLayout::SpaceNeeded);
-    QGlyphLayout layout(memory.data(), 1);
-    layout.glyphs[0] = glyph;
-    DrawItem(painter, QPointF(-left + (place.nX & 63) / 64.0, -top), font, layout, {});
-    painter.end();
-    const BitMask ink = Cropped(ReadBits(canvas, left, top));
-    if (ink.nRows > 0 && (ink.nLeft <= left || ink.nTop <= top || ink.nLeft + ink.nColumns >= left + canvas.width() ||
-                          ink.nTop + ink.nRows >= top + height))
-        return std::nullopt;
-    return ink;
+    BitMask mask = MakeMask(image->x, -image->y, image->width, image->height);
+    const int stride = isMono ? (image->width + 31) / 32 * 4 : (image->width + 3) / 4 * 4; // as QPainter has it
+    for (int row = 0; row < mask.nRows; ++row) {
+        const uchar *bytes = image->data + static_cast<std::ptrdiff_t>(row) * stride;
+        for (int column = 0; column < mask.nColumns; ++column) {
+            const int alpha = isMono ? bytes[column / 8] & 0x80 >> (column % 8) : bytes[column];
+            if (alpha != 0)
+                mask.Row(row)[column / 64] |= std::uint64_t{1} << (column % 64);
+            if (!isMono && alpha != 0 && alpha != 255)
+                return std::nullopt;
+        }
+    }
+    return mask;
 }
 
 QPainterPath GlyphRun::Path(std::uint32_t glyph) const
@@ -274,7 +250,11 @@ void GlyphRun::Draw(QPainter &painter, const QPoint &offset) const
     QFontEngine &font = *m_pItem->pFont;
     const double size = font.fontDef.pixelSize;
     if (size <= GreatestImage || size > GreatestAskedFor() || font.glyphFormat == QFontEngine::Format_ARGB) {
-        DrawItem(painter, m_position + offset, font, m_pItem->layout, m_pItem->flags);
+        QTextItemInt item;
+        item.flags = m_pItem->flags;
+        item.glyphs = m_pItem->layout;
+        item.fontEngine = &font;
+        painter.drawTextItem(m_position + offset, item);
         return;
     }
     // QPainter would draw nothing.

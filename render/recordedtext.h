@@ -77,11 +77,10 @@ public:
     int SubPixelOf(FixedPoint place) const;
 
     /**
-     * Pixels of a glyph image, relative to the pixel that its origin lies in. None if the glyph exceeds the bounding box
-     * that its font gives.
+     * Pixels of a glyph image, relative to the pixel that its origin lies in. None if they have more than two shades.
      * @param place  only the fraction of a pixel in x counts.
      */
-    std::optional<BitMask> DrawGlyph(std::uint32_t glyph, FixedPoint place) const;
+    std::optional<BitMask> Image(std::uint32_t glyph, FixedPoint place) const;
 
     /** A glyph's outline with its origin at (0, 0). */
     QPainterPath Path(std::uint32_t glyph) const;

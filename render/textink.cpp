@@ -25,40 +25,6 @@ BitMask MakeMask(int left, int top, int columns, int rows)
     return mask;
 }
 
-BitMask Cropped(const BitMask &mask)
-{
-    // One zero word of padding: BitsFrom() reads one word past the last.
-    std::vector<std::uint64_t> columns(mask.nWords + 1);
-    int top = mask.nRows;
-    int bottom = 0;
-    for (int row = 0; row < mask.nRows; ++row) {
-        std::uint64_t any = 0;
-        for (int word = 0; word < mask.nWords; ++word) {
-            columns[word] |= mask.Row(row)[word];
-            any |= mask.Row(row)[word];
-        }
-        if (any) {
-            top = std::min(top, row);
-            bottom = row + 1;
-        }
-    }
-    if (top >= bottom)
-        return {};
-    int left = 0;
-    while (!(columns[left / 64] >> (left % 64) & 1))
-        ++left;
-    int right = 64 * mask.nWords;
-    while (!(columns[(right - 1) / 64] >> ((right - 1) % 64) & 1))
-        --right;
-    BitMask cropped = MakeMask(mask.nLeft + left, mask.nTop + top, right - left, bottom - top);
-    for (int row = 0; row < cropped.nRows; ++row) {
-        std::copy_n(mask.Row(top + row), mask.nWords, columns.begin());
-        for (int word = 0; word < cropped.nWords; ++word)
-            cropped.Row(row)[word] = BitsFrom(columns.data(), left + 64 * word);
-    }
-    return cropped;
-}
-
 void AddMask(BitMask &to, const BitMask &mask, int dx, int dy)
 {
     const int left = mask.nLeft + dx - to.nLeft;

@@ -39,9 +39,6 @@ inline int RoundToPixel(int fixed)
 /** An empty mask. */
 BitMask MakeMask(int left, int top, int columns, int rows);
 
-/** The smallest part of a mask that has all its pixels. */
-BitMask Cropped(const BitMask &mask);
-
 /** ORs a mask, moved, into another. Rows outside the target are clipped. All columns must lie inside it. */
 void AddMask(BitMask &to, const BitMask &mask, int dx, int dy);
 

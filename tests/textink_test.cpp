@@ -1,4 +1,4 @@
-// Bit masks: cutting, adding and spreading them, each against the same work done pixel by pixel.
+// Bit masks: adding and spreading them, each against the same work done pixel by pixel.
 #include "render/textink.h"
 
 #include <gtest/gtest.h>
@@ -50,37 +50,6 @@ TEST(BitRow, BitsComeOfTwoWords)
     EXPECT_EQ(BitsFrom(row, 64), row[1]);
     EXPECT_EQ(BitsFrom(row, 66), 1U);
     EXPECT_EQ(BitsFrom(row, 127), 0U);
-}
-
-TEST(Cropped, IsTheSmallestBoxOfAllPixels)
-{
-    std::mt19937 random(1);
-    for (int n = 0; n < 2000; ++n) {
-        const int columns = 1 + static_cast<int>(random() % 200);
-        const int rows = 1 + static_cast<int>(random() % 9);
-        const Pixels pixels = SomePixels(random, -7, 3, columns, rows);
-        const BitMask cropped = Cropped(MaskOf(pixels, -7, 3, columns, rows));
-        int left = 1000;
-        int right = -1000;
-        for (const auto &[row, column] : pixels) {
-            left = std::min(left, column);
-            right = std::max(right, column);
-        }
-        EXPECT_EQ(PixelsOf(cropped), pixels);
-        EXPECT_EQ(cropped.nTop, pixels.begin()->first);
-        EXPECT_EQ(cropped.nRows, pixels.rbegin()->first - pixels.begin()->first + 1);
-        EXPECT_EQ(cropped.nLeft, left);
-        EXPECT_EQ(cropped.nColumns, right - left + 1);
-        EXPECT_EQ(cropped.nWords, (cropped.nColumns + 63) / 64);
-    }
-}
-
-TEST(Cropped, IsEmptyWithoutPixels)
-{
-    const BitMask cropped = Cropped(MakeMask(4, 5, 100, 3));
-    EXPECT_EQ(cropped.nRows, 0);
-    EXPECT_EQ(cropped.nColumns, 0);
-    EXPECT_TRUE(cropped.listWords.empty());
 }
 
 TEST(AddMask, MovesAndClipsRows)
