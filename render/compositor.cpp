@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <tuple>
 #include <utility>
 
 namespace
@@ -108,6 +109,7 @@ void Compositor::Clear(int frameWidth, int frameHeight)
     m_listPicture.clear();
     m_listAlphas.clear();
     m_nPreparedOpacity = -1;
+    ++m_nVersion;
 }
 
 void Compositor::FindBlocks(const QImage &image)
@@ -231,20 +233,40 @@ void Compositor::PrepareWeights(int opacity)
     }
 }
 
+ShownSubtitle Compositor::Shown(const Placement &placement)
+{
+    if (placement.nOffset != m_shownPlacement.nOffset || placement.nAlpha != m_shownPlacement.nAlpha) {
+        m_shownPlacement = placement;
+        ++m_nVersion;
+    }
+    ShownSubtitle shown = {};
+    shown.nOffset = placement.nOffset;
+    shown.nFrameWidth = m_nFrameWidth;
+    shown.nFrameHeight = m_nFrameHeight;
+    const int weight = Weight(255, placement.nAlpha);
+    if (weight == NoWeight)
+        return shown;
+    PrepareWeights(placement.nAlpha);
+    shown.inkColors = m_inkColors;
+    shown.nInkWeight = weight;
+    shown.nUntouched = Untouched(placement.nAlpha);
+    std::tie(shown.pInk, shown.nInkCount) = InFrame(m_pInk.get(), m_nInk, placement.nOffset, m_nFrameHeight);
+    std::tie(shown.pPicture, shown.nPictureCount) =
+        InFrame(m_listPicture.data(), m_listPicture.size(), placement.nOffset, m_nFrameHeight);
+    if (shown.nInkCount > 0 || shown.nPictureCount > 0)
+        shown.nVersion = m_nVersion;
+    return shown;
+}
+
 void Compositor::Blend(std::uint8_t *frame, std::ptrdiff_t linesize, const Placement &placement)
 {
-    const int opacity = placement.nAlpha;
-    const int weight = Weight(255, opacity);
-    if (weight == NoWeight)
+    const ShownSubtitle shown = Shown(placement);
+    if (shown.nVersion == 0)
         return;
-    PrepareWeights(opacity);
     const BlendTarget target = {frame, linesize, m_nFrameWidth, placement.nOffset};
-    const auto [ink, inkCount] = InFrame(m_pInk.get(), m_nInk, placement.nOffset, m_nFrameHeight);
-    if (weight == 255)
-        m_pKernel->Write(target, ink, inkCount, m_inkColors);
+    if (shown.nInkWeight == 255)
+        m_pKernel->Write(target, shown.pInk, shown.nInkCount, shown.inkColors);
     else
-        m_pKernel->Mix(target, ink, inkCount, m_inkColors, weight);
-    const auto [picture, pictureCount] =
-        InFrame(m_listPicture.data(), m_listPicture.size(), placement.nOffset, m_nFrameHeight);
-    m_pKernel->MixPicture(target, picture, pictureCount, Untouched(opacity));
+        m_pKernel->Mix(target, shown.pInk, shown.nInkCount, shown.inkColors, shown.nInkWeight);
+    m_pKernel->MixPicture(target, shown.pPicture, shown.nPictureCount, shown.nUntouched);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "render/blendkernel.h"
+#include "render/shownsubtitle.h"
 #include "render/textink.h"
 
 #include <QImage>
@@ -46,6 +47,9 @@ public:
      */
     void Blend(std::uint8_t *frame, std::ptrdiff_t linesize, const Placement &placement);
 
+    /** What was set, as a frame gets it; valid until anything is set or shown anew. Allocates nothing. */
+    ShownSubtitle Shown(const Placement &placement);
+
 private:
     void Clear(int frameWidth, int frameHeight);
     void FindBlocks(const QImage &image);
@@ -67,4 +71,6 @@ private:
     std::vector<PictureBlock> m_listPicture;
     std::vector<std::uint8_t> m_listAlphas; ///< of the picture's blocks, BlockPixels each; 0 for what does not show
     int m_nPreparedOpacity = -1;            ///< that the picture's weights are for
+    std::uint64_t m_nVersion = 0;
+    Placement m_shownPlacement = {0, 0}; ///< that m_nVersion is for
 };

@@ -225,23 +225,46 @@ int VideoSubtitle::ProcessFrame(AVPicture *frame)
     return !m_strSubtitle.isEmpty() && m_pImage && frame ? DrawSubSurface(frame) : 0;
 }
 
+int VideoSubtitle::VisitShown(ShownVisitor &visitor)
+{
+    const ScopedLock lock(m_mutex);
+    ShownSubtitle shown = {};
+    if (!m_strSubtitle.isEmpty() && m_pImage) {
+        if (!EnsureBuilt())
+            return -1;
+        LookUpImage();
+        shown = m_compositor.Shown(CurrentPlacement());
+    }
+    shown.nFrameWidth = m_nVideoWidth;
+    shown.nFrameHeight = m_nVideoHeight;
+    visitor.Visit(shown);
+    return 0;
+}
+
 int VideoSubtitle::DrawSubSurface(AVPicture *frame)
 {
-    if (m_bDirty) {
-        const QtUse use;
-        if (!use)
-            return -1;
-        // In this order, so that a font that is set meanwhile is not forgotten.
-        m_bDirty = 0;
-        try {
-            Rebuild();
-        } catch (...) {
-            m_bDirty = 1;
-            throw;
-        }
-    }
+    if (!EnsureBuilt())
+        return -1;
     ProcessWatermarkFrame(frame);
     return 0;
+}
+
+bool VideoSubtitle::EnsureBuilt()
+{
+    if (!m_bDirty)
+        return true;
+    const QtUse use;
+    if (!use)
+        return false;
+    // In this order, so that a font that is set meanwhile is not forgotten.
+    m_bDirty = 0;
+    try {
+        Rebuild();
+    } catch (...) {
+        m_bDirty = 1;
+        throw;
+    }
+    return true;
 }
 
 void VideoSubtitle::Rebuild()
@@ -266,13 +289,22 @@ void VideoSubtitle::ProcessWatermarkFrame(AVPicture *frame)
 {
     if (!frame->data[0])
         return;
+    LookUpImage();
+    m_compositor.Blend(frame->data[0], frame->linesize[0], CurrentPlacement());
+}
+
+void VideoSubtitle::LookUpImage()
+{
     if (!m_bInk)
         m_compositor.SetImage(*m_pImage,
                               QRect(m_nSubX, m_nSubY, m_nSubWidth, m_nSubHeight) &
                                   QRect(m_nSubX, m_rowsVisible.nFirst, m_nSubWidth, m_rowsVisible.nCount),
                               m_nVideoWidth, m_nVideoHeight);
-    m_compositor.Blend(frame->data[0], frame->linesize[0],
-                       {FrameOffset(m_nVideoHeight, m_nLogoPos, m_nAnchorOffset), m_nAlpha});
+}
+
+Placement VideoSubtitle::CurrentPlacement() const
+{
+    return {FrameOffset(m_nVideoHeight, m_nLogoPos, m_nAnchorOffset), m_nAlpha};
 }
 
 QFont VideoSubtitle::Font() const

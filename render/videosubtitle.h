@@ -17,8 +17,8 @@
 /**
  * The renderer behind a handle; libsubtitle.h says what each operation means to a host.
  *
- * SetSubFontColor(), SetAlpah(), SetLogoPos(), SetSubtitleFile(), SetTimeStamp() and ProcessFrame() wait for each
- * other. SetFontParam() and SetSubOutlineColor() may be called meanwhile and do not wait. Nothing else may overlap.
+ * SetSubFontColor(), SetAlpah(), SetLogoPos(), SetSubtitleFile(), SetTimeStamp(), ProcessFrame() and VisitShown() wait
+ * for each other. SetFontParam() and SetSubOutlineColor() may be called meanwhile and do not wait. Nothing else may overlap.
  *
  * While the process ends, everything that would paint, read or set a font returns -1, and there are no new renderers.
  *
@@ -53,6 +53,11 @@ public:
     int SetTimeStamp(long ms);
 
     int ProcessFrame(AVPicture *frame);
+    /**
+     * Calls @p visitor once with the pixels that ProcessFrame() would draw now, holding the lock; what it throws comes
+     * out. When the image cannot be built, -1 or an exception as from ProcessFrame(), and it is not called.
+     */
+    int VisitShown(ShownVisitor &visitor);
     /** Rebuilds the image if anything changed, then blends it. The caller holds the lock. */
     int DrawSubSurface(AVPicture *frame);
     /** Blends the current image. The caller holds the lock. */
@@ -71,6 +76,11 @@ private:
     Q_DECL_HIDDEN int OpenFile(const QString &path, int track);
     /** Makes the image of the current subtitle. */
     Q_DECL_HIDDEN void Rebuild();
+    /** The same if anything changed. False where the process ends. */
+    Q_DECL_HIDDEN bool EnsureBuilt();
+    /** Gives the compositor the current image, unless it has the text's ink. */
+    Q_DECL_HIDDEN void LookUpImage();
+    Q_DECL_HIDDEN Placement CurrentPlacement() const;
     /** False without memory. */
     Q_DECL_HIDDEN bool MakeBitmap(const char *utf8, AVPicture &out);
 
