@@ -12,8 +12,9 @@ struct BlendInput {
     int offset;                ///< frame row of the image's row 0
 };
 
-/** Blends pixel by pixel as the formulas stand, with plain divisions. */
-inline void BlendPlainly(std::uint8_t *frame, int linesize, BlendInput in)
+/** Calls @p call(row, column, source, k) for each pixel that is drawn, in the frame's coordinates. */
+template <typename Call>
+void ForPlainPixels(BlendInput in, Call call)
 {
     const std::uint8_t k0 = in.image[0];
     const std::uint8_t k1 = in.image[1];
@@ -37,20 +38,27 @@ inline void BlendPlainly(std::uint8_t *frame, int linesize, BlendInput in)
             continue;
         const std::uint8_t *s =
             in.image + static_cast<std::ptrdiff_t>(r) * in.W * 4 + static_cast<std::ptrdiff_t>(in.x) * 4;
-        std::uint8_t *d = frame + static_cast<std::ptrdiff_t>(f) * linesize + static_cast<std::ptrdiff_t>(in.x) * 3;
-        for (int i = 0; i < in.w; ++i, s += 4, d += 3) {
+        for (int i = 0; i < in.w; ++i, s += 4) {
             const int a = (s[3] * in.A) / 255;
             if (a == 0)
                 continue;
             if (s[0] == k0 && s[1] == k1 && s[2] == k2)
                 continue;
-            const int k = (in.A * a) / 255;
-            const int d0 = (k * s[2] + (255 - k) * d[2]) / 255;
-            const int d1 = (k * s[1] + (255 - k) * d[1]) / 255;
-            const int d2 = (k * s[0] + (255 - k) * d[0]) / 255;
-            d[0] = static_cast<std::uint8_t>(d0);
-            d[1] = static_cast<std::uint8_t>(d1);
-            d[2] = static_cast<std::uint8_t>(d2);
+            call(f, in.x + i, s, (in.A * a) / 255);
         }
     }
+}
+
+/** Blends pixel by pixel as the formulas stand, with plain divisions. */
+inline void BlendPlainly(std::uint8_t *frame, int linesize, const BlendInput &in)
+{
+    ForPlainPixels(in, [&](int row, int column, const std::uint8_t *s, int k) {
+        std::uint8_t *d = frame + static_cast<std::ptrdiff_t>(row) * linesize + static_cast<std::ptrdiff_t>(column) * 3;
+        const int d0 = (k * s[2] + (255 - k) * d[2]) / 255;
+        const int d1 = (k * s[1] + (255 - k) * d[1]) / 255;
+        const int d2 = (k * s[0] + (255 - k) * d[0]) / 255;
+        d[0] = static_cast<std::uint8_t>(d0);
+        d[1] = static_cast<std::uint8_t>(d1);
+        d[2] = static_cast<std::uint8_t>(d2);
+    });
 }

@@ -1,0 +1,40 @@
+# The library that burns into the frames of decoders, compiled once as the other is (library.cmake).
+add_library(subtitleframe_objects OBJECT
+  frames/avframereader.cpp
+  frames/chromasite.cpp
+  frames/frameburner.cpp
+  frames/framecolors.cpp
+  frames/hdrcolor.cpp
+  frames/libsubtitleframe.cpp
+  frames/mixedink.cpp
+  frames/opaqueink.cpp
+  frames/pixelformat.cpp
+  frames/pixelmap.cpp
+  frames/samplekernel.cpp
+  frames/samplerows.cpp)
+target_include_directories(subtitleframe_objects PUBLIC ${PROJECT_SOURCE_DIR})
+target_compile_definitions(subtitleframe_objects PUBLIC QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
+# It only calls what has Qt's types in its header, and needs nothing of Qt itself.
+target_compile_definitions(subtitleframe_objects PRIVATE QT_NO_VERSION_TAGGING)
+target_link_libraries(subtitleframe_objects PUBLIC Qt5::Core Qt5::Gui PkgConfig::FFMPEG)
+subtitle_harden(subtitleframe_objects)
+
+set(frame_exports ${PROJECT_SOURCE_DIR}/frames/libsubtitleframe.map)
+add_library(subtitleframe SHARED)
+target_link_libraries(subtitleframe PRIVATE subtitleframe_objects PUBLIC subtitle)
+add_library(subtitle::subtitleframe ALIAS subtitleframe)
+target_include_directories(subtitleframe INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/frames>)
+set_target_properties(subtitleframe PROPERTIES
+  VERSION ${PROJECT_VERSION}
+  SOVERSION ${PROJECT_VERSION_MAJOR}
+  INSTALL_RPATH $ORIGIN
+  LINK_DEPENDS ${frame_exports})
+target_link_options(subtitleframe PRIVATE
+  LINKER:--version-script=${frame_exports} LINKER:-Bsymbolic LINKER:--as-needed)
+subtitle_harden(subtitleframe)
+if(NOT SUBTITLE_SANITIZE)
+  target_link_options(subtitleframe PRIVATE LINKER:--no-undefined)
+endif()
+
+add_library(subtitleframe_static STATIC)
+target_link_libraries(subtitleframe_static PUBLIC subtitleframe_objects)

@@ -1,0 +1,190 @@
+#include "frames/frameburner.h"
+
+#include "render/videosubtitle.h"
+
+extern "C" {
+#include <libavutil/pixfmt.h>
+}
+
+#include <cfenv>
+#include <cstdlib>
+
+namespace
+{
+
+/** The default floating-point environment, whatever the host's rounds to or traps. */
+class DefaultFloats
+{
+public:
+    DefaultFloats()
+    {
+        std::fegetenv(&m_environment);
+        std::fesetenv(FE_DFL_ENV);
+    }
+    ~DefaultFloats() { std::fesetenv(&m_environment); }
+    DefaultFloats(const DefaultFloats &) = delete;
+    DefaultFloats &operator=(const DefaultFloats &) = delete;
+
+private:
+    std::fenv_t m_environment;
+};
+
+/** False for a location that is not known. */
+bool FindSites(int location, bool isJpeg, ChromaAxis::Site &column, ChromaAxis::Site &row)
+{
+    using Site = ChromaAxis::Site;
+    if (location == AVCHROMA_LOC_UNSPECIFIED)
+        location = isJpeg ? AVCHROMA_LOC_CENTER : AVCHROMA_LOC_LEFT;
+    switch (location) {
+    case AVCHROMA_LOC_LEFT:
+        column = Site::First;
+        row = Site::Between;
+        return true;
+    case AVCHROMA_LOC_CENTER:
+        column = row = Site::Between;
+        return true;
+    case AVCHROMA_LOC_TOPLEFT:
+        column = row = Site::First;
+        return true;
+    case AVCHROMA_LOC_TOP:
+        column = Site::Between;
+        row = Site::First;
+        return true;
+    case AVCHROMA_LOC_BOTTOMLEFT:
+        column = Site::First;
+        row = Site::Second;
+        return true;
+    case AVCHROMA_LOC_BOTTOM:
+        column = Site::Between;
+        row = Site::Second;
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool IsSameDescription(const SubtitleFrame &a, const SubtitleFrame &b)
+{
+    return a.width == b.width && a.height == b.height && a.format == b.format && a.colorspace == b.colorspace &&
+           a.color_range == b.color_range && a.color_primaries == b.color_primaries && a.color_trc == b.color_trc &&
+           a.chroma_location == b.chroma_location && (a.interlaced != 0) == (b.interlaced != 0) &&
+           a.orientation == b.orientation;
+}
+
+bool HasPlanes(const SubtitleFrame &frame, const FrameLayout &layout)
+{
+    for (int i = 0; i < layout.format.nPlanes; ++i) {
+        const std::ptrdiff_t linesize = frame.linesize[i];
+        if (!frame.data[i] || std::abs(linesize) < layout.format.RowBytes(i, layout.nWidth))
+            return false;
+    }
+    return true;
+}
+
+bool IsSizeOf(const SubtitleFrame &frame, int width, int height)
+{
+    const bool isTransposed = frame.orientation & SUBTITLE_ORIENTATION_TRANSPOSED;
+    return frame.width == (isTransposed ? height : width) && frame.height == (isTransposed ? width : height);
+}
+
+} // namespace
+
+class FrameBurner::Visitor : public ShownVisitor
+{
+public:
+    Visitor(FrameBurner &burner, const SubtitleFrame &frame, Preparer *preparer) :
+        m_burner(burner), m_frame(frame), m_pPreparer(preparer)
+    {
+    }
+    void Visit(const ShownSubtitle &shown) override { m_nResult = m_burner.BurnShown(shown, m_frame, m_pPreparer); }
+    int Result() const { return m_nResult; }
+
+private:
+    FrameBurner &m_burner;
+    const SubtitleFrame &m_frame;
+    Preparer *m_pPreparer;
+    int m_nResult = -1;
+};
+
+int FrameBurner::SetWhite(double level)
+{
+    if (!(level >= 1 && level <= 10000))
+        return -1;
+    m_dWhite = level;
+    return 0;
+}
+
+int FrameBurner::Burn(const SubtitleFrame &frame, Preparer *preparer)
+{
+    Visitor visitor(*this, frame, preparer);
+    return m_renderer.VisitShown(visitor) == 0 ? visitor.Result() : -1;
+}
+
+int FrameBurner::BurnShown(const ShownSubtitle &shown, SubtitleFrame frame, Preparer *preparer)
+{
+    if (frame.width < 1 || frame.height < 1 || !IsSizeOf(frame, shown.nFrameWidth, shown.nFrameHeight) ||
+        !Describe(frame) || !HasPlanes(frame, m_layout))
+        return -1;
+    if (shown.nVersion == 0)
+        return 0;
+    if (shown.nVersion != m_nVersion)
+        Rebuild(shown);
+    if (preparer && !preparer->Prepare(frame))
+        return -1;
+    FramePlanes planes = {};
+    for (std::size_t i = 0; i < planes.size(); ++i)
+        planes[i] = {frame.data[i], frame.linesize[i]};
+    if (m_bOpaque)
+        m_opaqueInk.Draw(planes);
+    else
+        m_mixedInk.Draw(planes);
+    return 0;
+}
+
+bool FrameBurner::Describe(const SubtitleFrame &frame)
+{
+    const double white = m_dWhite;
+    if (m_bDescribed && white == m_dDescribedWhite && IsSameDescription(frame, m_description))
+        return true;
+    m_nVersion = 0;
+    m_bDescribed = DescribeAnew(frame, white);
+    return m_bDescribed;
+}
+
+bool FrameBurner::DescribeAnew(const SubtitleFrame &frame, double white)
+{
+    const DefaultFloats floats;
+    FrameLayout layout = {};
+    layout.nWidth = frame.width;
+    layout.nHeight = frame.height;
+    ChromaAxis::Site column = {};
+    ChromaAxis::Site row = {};
+    if (frame.orientation < 0 || frame.orientation > 7 || !FindPixelFormat(frame.format, layout.format) ||
+        !FindSites(frame.chroma_location, layout.format.bJpeg, column, row) ||
+        !m_colors.Set(layout.format, {frame.colorspace, frame.color_range, frame.color_primaries, frame.color_trc},
+                      frame.width, frame.height, white))
+        return false;
+    const Component &chroma = layout.format.components[1];
+    layout.columns = ChromaAxis(frame.width, chroma.nColumnsLog2, column, false);
+    layout.rows = ChromaAxis(frame.height, chroma.nRowsLog2, row, frame.interlaced != 0);
+    m_layout = layout;
+    m_description = frame;
+    m_dDescribedWhite = white;
+    return true;
+}
+
+void FrameBurner::Rebuild(const ShownSubtitle &shown)
+{
+    const DefaultFloats floats;
+    m_nVersion = 0;
+    m_map.Build(shown, Orientation(m_description.orientation, shown.nFrameWidth, shown.nFrameHeight));
+    m_listColors.clear();
+    for (const auto &color : m_map.Colors())
+        m_listColors.push_back(m_colors.Convert(color));
+    m_bOpaque = m_map.IsOpaque();
+    if (m_bOpaque)
+        m_opaqueInk.Build(m_map, m_layout, m_listColors);
+    else
+        m_mixedInk.Build(m_map, m_layout, m_colors, m_listColors);
+    m_nVersion = shown.nVersion;
+}

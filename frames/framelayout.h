@@ -1,0 +1,56 @@
+#pragma once
+
+#include "frames/chromasite.h"
+#include "frames/pixelformat.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+/** How the samples of a frame lie in its planes. */
+struct FrameLayout {
+    PixelFormat format;
+    int nWidth, nHeight;
+    ChromaAxis columns, rows; ///< of the chroma
+};
+
+/** A plane of a frame. */
+struct PlaneTarget {
+    std::uint8_t *pData; ///< its top row
+    std::ptrdiff_t nLinesize;
+
+    std::uint8_t *Row(int row) const { return pData + row * nLinesize; }
+};
+using FramePlanes = std::array<PlaneTarget, 4>;
+
+/** Neighbours in a row of a plane, and where what belongs to them is in the lists made for the plane. */
+struct Span {
+    int nRow;
+    int nFirst;
+    int nCount;
+    std::size_t nAt;
+};
+
+/**
+ * Calls @p call(first, end) for the runs of what is touched among @p count places. Runs that are at most @p gap places
+ * apart are one.
+ */
+template <typename IsTouched, typename Call>
+void ForRuns(int count, int gap, IsTouched isTouched, Call call)
+{
+    int first = -1;
+    int end = 0;
+    for (int i = 0; i < count; ++i) {
+        if (!isTouched(i))
+            continue;
+        if (first >= 0 && i - end > gap) {
+            call(first, end);
+            first = -1;
+        }
+        if (first < 0)
+            first = i;
+        end = i + 1;
+    }
+    if (first >= 0)
+        call(first, end);
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <array>
+
+using Rgb = std::array<double, 3>;
+
+/** Codes colours of sRGB for frames of a high dynamic range. */
+class HdrColor
+{
+public:
+    HdrColor() = default;
+
+    /**
+     * False for a transfer or for primaries that are not known.
+     * @param transfer  AVColorTransferCharacteristic, PQ or HLG
+     * @param primaries  AVColorPrimaries
+     * @param white  level of white in cd/m2
+     */
+    bool Set(int transfer, int primaries, double white);
+
+    /** @param color  R'G'B' of sRGB, 0 to 1. @return R'G'B' of the frame, 0 to 1. */
+    Rgb Code(const Rgb &color) const;
+
+private:
+    std::array<Rgb, 3> m_fromSrgb = {}; ///< linear sRGB to the linear primaries of the frame
+    bool m_bHlg = false;
+    double m_dWhite = 0;
+};

@@ -1,0 +1,70 @@
+#include "frames/libsubtitleframe.h"
+
+#include "frames/avframereader.h"
+#include "frames/frameburner.h"
+#include "frames/pixelformat.h"
+
+extern "C" {
+#include <libavutil/pixdesc.h>
+}
+
+#include <cxxabi.h>
+#include <memory>
+
+namespace
+{
+
+/** Calls, and returns @p failed where the call throws: callers need not be C++. */
+template <typename Result, typename Call>
+Result Guarded(Result failed, Call call)
+{
+    try {
+        return call();
+    } catch (const abi::__forced_unwind &) {
+        throw; // the end of a cancelled thread
+    } catch (...) {
+        return failed;
+    }
+}
+
+} // namespace
+
+int SubtitlePixelFormat(const char *name)
+{
+    const int number = name ? av_get_pix_fmt(name) : AV_PIX_FMT_NONE;
+    PixelFormat format;
+    return FindPixelFormat(number, format) ? number : -1;
+}
+
+void *CreateSubtitleBurner(void *handle)
+{
+    return Guarded(static_cast<void *>(nullptr), [&]() -> void * {
+        return handle ? std::make_unique<FrameBurner>(*static_cast<VideoSubtitle *>(handle)).release() : nullptr;
+    });
+}
+
+void DestroySubtitleBurner(void *burner)
+{
+    delete static_cast<FrameBurner *>(burner);
+}
+
+int SetSubtitleBurnerWhite(void *burner, double level)
+{
+    return burner ? static_cast<FrameBurner *>(burner)->SetWhite(level) : -1;
+}
+
+int BurnSubtitle(void *burner, const SubtitleFrame *frame)
+{
+    return burner && frame ? Guarded(-1, [&] { return static_cast<FrameBurner *>(burner)->Burn(*frame, nullptr); })
+                           : -1;
+}
+
+int BurnSubtitleAVFrame(void *burner, AVFrame *frame)
+{
+    if (!burner || !frame)
+        return -1;
+    return Guarded(-1, [&] {
+        AVFrameReader reader(*frame);
+        return reader ? static_cast<FrameBurner *>(burner)->Burn(reader.Frame(), &reader) : -1;
+    });
+}

@@ -1,0 +1,231 @@
+#include "frames/opaqueink.h"
+
+#include "frames/samplekernel.h"
+
+#include <algorithm>
+#include <climits>
+
+namespace
+{
+
+/** Bytes between two runs that are not worth a span of their own. */
+constexpr int MaxGap = 16;
+
+constexpr int MeanHalf = MeanWhole / 2;
+
+/** Does for components of a plane: @p call(i, component). */
+template <typename Call>
+void ForComponents(const PixelFormat &format, int plane, Call call)
+{
+    for (int i = 0; i < 4; ++i) {
+        if ((i < 3 ? i < format.nColors : format.bAlpha) && format.components[i].nPlane == plane)
+            call(i, format.components[i]);
+    }
+}
+
+} // namespace
+
+class OpaqueInk::Builder
+{
+public:
+    Builder(const PixelMap &map, const FrameLayout &layout, const std::vector<FrameColor> &colors) :
+        m_map(map), m_layout(layout), m_colors(colors)
+    {
+    }
+
+    void Build(Plane &plane, int number);
+
+private:
+    void FillRow(Plane &plane, int number, int row);
+    void MeanRow(Plane &plane, int number, int row);
+    void PutPixel(Plane &plane, std::size_t at, int number, const FrameColor &color) const;
+    bool MeanSample(const Taps &rows, const Taps &columns, int component, std::uint16_t &add, std::uint8_t &keep) const;
+    void AddMeans(int number, int row, int first, int last);
+    void AddSingles(int number, int row, int first, int last);
+
+    const PixelMap &m_map;
+    const FrameLayout &m_layout;
+    const std::vector<FrameColor> &m_colors;
+    int m_nUnit =
+        0; ///< elements of a pixel, or of a chroma sample and its pixels; 0 where the format has no such plane
+    std::vector<std::uint16_t> m_listAdd;
+    std::vector<std::uint8_t> m_listKeep;
+};
+
+void OpaqueInk::Builder::Build(Plane &plane, int number)
+{
+    plane.listSpans.clear();
+    plane.listKeep.clear();
+    plane.listValues.clear();
+    plane.listAdd.clear();
+    plane.bMeans = false;
+    plane.nElementBytes = m_layout.format.nElementBytes;
+    bool isLower = false;
+    m_nUnit = 0;
+    ForComponents(m_layout.format, number, [&](int, const Component &component) {
+        plane.bMeans |= component.nColumnsLog2 > 0;
+        isLower |= component.nRowsLog2 > 0;
+        plane.nShift = component.nShift;
+        m_nUnit = std::max(m_nUnit, component.nStep);
+    });
+    if (m_map.IsEmpty() || m_nUnit == 0)
+        return;
+    int first = m_map.Top();
+    int last = m_map.Bottom();
+    if (isLower)
+        m_layout.rows.ToSamples(first, last);
+    for (int row = first; row <= last; ++row) {
+        if (plane.bMeans)
+            MeanRow(plane, number, row);
+        else
+            FillRow(plane, number, row);
+    }
+}
+
+void OpaqueInk::Builder::FillRow(Plane &plane, int number, int row)
+{
+    const PixelMap::Row pixels = m_map.RowAt(row);
+    const int unit = m_nUnit * plane.nElementBytes;
+    const auto isCovered = [&](int i) { return m_map.At(pixels, pixels.nFirst + i).nColor != 0; };
+    ForRuns(pixels.nEnd - pixels.nFirst, MaxGap / unit, isCovered, [&](int from, int end) {
+        const std::size_t at = plane.listKeep.size();
+        const std::size_t bytes = std::size_t(end - from) * unit;
+        plane.listKeep.resize(at + bytes, 0xFF);
+        plane.listValues.resize(at + bytes, 0);
+        for (int i = from; i < end; ++i) {
+            if (const PixelMap::Pixel pixel = m_map.At(pixels, pixels.nFirst + i); pixel.nColor != 0)
+                PutPixel(plane, at + std::size_t(i - from) * unit, number, m_colors[pixel.nColor - 1]);
+        }
+        plane.listSpans.push_back({row, (pixels.nFirst + from) * unit, static_cast<int>(bytes), at});
+    });
+}
+
+void OpaqueInk::Builder::PutPixel(Plane &plane, std::size_t at, int number, const FrameColor &color) const
+{
+    ForComponents(m_layout.format, number, [&](int i, const Component &component) {
+        const std::uint32_t value = std::uint32_t(color.codes[i]) << component.nShift;
+        const std::uint32_t mask = std::uint32_t(component.Max()) << component.nShift;
+        // Samples that lie high in their element have nothing below them.
+        const std::uint32_t below = plane.nElementBytes == 2 ? (1U << component.nShift) - 1 : 0;
+        for (int byte = 0; byte < plane.nElementBytes; ++byte) {
+            const std::size_t to = at + std::size_t(component.nOffset) * plane.nElementBytes + byte;
+            plane.listKeep[to] &= static_cast<std::uint8_t>(~((mask | below) >> 8 * byte));
+            plane.listValues[to] |= static_cast<std::uint8_t>(value >> 8 * byte);
+        }
+    });
+}
+
+bool OpaqueInk::Builder::MeanSample(const Taps &rows, const Taps &columns, int component, std::uint16_t &add,
+                                    std::uint8_t &keep) const
+{
+    int covered = 0;
+    int sum = 0;
+    for (int r = 0; r < rows.nCount; ++r) {
+        const PixelMap::Row pixels = m_map.RowAt(rows.positions[r]);
+        for (int c = 0; c < columns.nCount; ++c) {
+            const PixelMap::Pixel pixel = m_map.At(pixels, columns.positions[c]);
+            if (pixel.nColor == 0)
+                continue;
+            const int weight = rows.weights[r] * columns.weights[c];
+            covered += weight;
+            sum += weight * m_colors[pixel.nColor - 1].codes[component];
+        }
+    }
+    add = static_cast<std::uint16_t>(sum + MeanHalf);
+    keep = static_cast<std::uint8_t>(MeanWhole - covered);
+    return covered > 0;
+}
+
+void OpaqueInk::Builder::MeanRow(Plane &plane, int number, int row)
+{
+    const bool isLower = m_layout.format.components[1].nRowsLog2 > 0;
+    const Taps rows = isLower ? m_layout.rows.At(row) : Taps{1, {row}, {Taps::Whole}};
+    int first = INT_MAX;
+    int last = -1;
+    for (int r = 0; r < rows.nCount; ++r) {
+        const PixelMap::Row pixels = m_map.RowAt(rows.positions[r]);
+        if (pixels.nFirst < pixels.nEnd) {
+            first = std::min(first, pixels.nFirst);
+            last = std::max(last, pixels.nEnd - 1);
+        }
+    }
+    if (last < 0)
+        return;
+    m_layout.columns.ToSamples(first, last);
+    const std::size_t count = std::size_t(last - first + 1) * m_nUnit;
+    m_listAdd.assign(count, MeanHalf);
+    m_listKeep.assign(count, MeanWhole);
+    AddMeans(number, row, first, last);
+    if (!isLower)
+        AddSingles(number, row, first, last);
+
+    const auto isTouched = [&](int unit) {
+        const auto at = m_listKeep.begin() + std::ptrdiff_t(unit) * m_nUnit;
+        return std::any_of(at, at + m_nUnit, [](std::uint8_t keep) { return keep != MeanWhole; });
+    };
+    const int gap = MaxGap / (m_nUnit * plane.nElementBytes);
+    ForRuns(last - first + 1, gap, isTouched, [&](int from, int end) {
+        const std::size_t at = plane.listKeep.size();
+        const std::ptrdiff_t begin = std::ptrdiff_t(from) * m_nUnit;
+        const int samples = (end - from) * m_nUnit;
+        plane.listKeep.insert(plane.listKeep.end(), &m_listKeep[begin], &m_listKeep[begin] + samples);
+        plane.listAdd.insert(plane.listAdd.end(), &m_listAdd[begin], &m_listAdd[begin] + samples);
+        plane.listSpans.push_back({row, (first + from) * m_nUnit, samples, at});
+    });
+}
+
+void OpaqueInk::Builder::AddMeans(int number, int row, int first, int last)
+{
+    ForComponents(m_layout.format, number, [&](int i, const Component &component) {
+        if (component.nColumnsLog2 == 0)
+            return;
+        const Taps rows = component.nRowsLog2 > 0 ? m_layout.rows.At(row) : Taps{1, {row}, {Taps::Whole}};
+        for (int sample = first; sample <= last; ++sample) {
+            const std::size_t at = std::size_t(sample - first) * m_nUnit + component.nOffset;
+            MeanSample(rows, m_layout.columns.At(sample), i, m_listAdd[at], m_listKeep[at]);
+        }
+    });
+}
+
+/** Those of packed formats, whose rows have all components. */
+void OpaqueInk::Builder::AddSingles(int number, int row, int first, int last)
+{
+    const PixelMap::Row pixels = m_map.RowAt(row);
+    ForComponents(m_layout.format, number, [&](int i, const Component &component) {
+        if (component.nColumnsLog2 > 0)
+            return;
+        const int end = std::min(2 * last + 2, m_layout.nWidth);
+        for (int column = 2 * first; column < end; ++column) {
+            const PixelMap::Pixel pixel = m_map.At(pixels, column);
+            if (pixel.nColor == 0)
+                continue;
+            const std::size_t at =
+                std::size_t(column) * component.nStep + component.nOffset - std::size_t(first) * m_nUnit;
+            m_listAdd[at] = static_cast<std::uint16_t>(m_colors[pixel.nColor - 1].codes[i] * MeanWhole);
+            m_listKeep[at] = 0;
+        }
+    });
+}
+
+void OpaqueInk::Build(const PixelMap &map, const FrameLayout &layout, const std::vector<FrameColor> &colors)
+{
+    Builder builder(map, layout, colors);
+    for (int i = 0; i < 4; ++i)
+        builder.Build(m_planes[i], i);
+}
+
+void OpaqueInk::Draw(const FramePlanes &planes) const
+{
+    const SampleKernel &kernel = PortableSampleKernel();
+    for (std::size_t i = 0; i < planes.size(); ++i) {
+        const Plane &plane = m_planes[i];
+        const Span *spans = plane.listSpans.data();
+        const std::size_t count = plane.listSpans.size();
+        if (!plane.bMeans)
+            kernel.Fill(planes[i], spans, count, plane.listValues.data(), plane.listKeep.data());
+        else if (plane.nElementBytes == 1)
+            kernel.Mean8(planes[i], spans, count, plane.listAdd.data(), plane.listKeep.data());
+        else
+            kernel.Mean16(planes[i], spans, count, plane.listAdd.data(), plane.listKeep.data(), plane.nShift);
+    }
+}

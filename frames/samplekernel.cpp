@@ -1,0 +1,87 @@
+#include "frames/samplekernel.h"
+
+#include "frames/framecolors.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace
+{
+
+void Fill(const PlaneTarget &plane, const Span *spans, std::size_t count, const std::uint8_t *values,
+          const std::uint8_t *keep)
+{
+    for (const Span *span = spans; span < spans + count; ++span) {
+        std::uint8_t *to = plane.Row(span->nRow) + span->nFirst;
+        for (int i = 0; i < span->nCount; ++i)
+            to[i] = static_cast<std::uint8_t>((to[i] & keep[span->nAt + i]) | values[span->nAt + i]);
+    }
+}
+
+template <typename Sample>
+void Mean(const PlaneTarget &plane, const Span *spans, std::size_t count, const std::uint16_t *add,
+          const std::uint8_t *keep, int shift)
+{
+    for (const Span *span = spans; span < spans + count; ++span) {
+        std::uint8_t *to = plane.Row(span->nRow) + span->nFirst * sizeof(Sample);
+        for (int i = 0; i < span->nCount; ++i, to += sizeof(Sample)) {
+            Sample sample;
+            std::memcpy(&sample, to, sizeof sample); // hosts' rows need not be aligned
+            const unsigned sum = add[span->nAt + i] + keep[span->nAt + i] * (unsigned{sample} >> shift);
+            sample = static_cast<Sample>(sum >> MeanShift << shift);
+            std::memcpy(to, &sample, sizeof sample);
+        }
+    }
+}
+
+void Mean8(const PlaneTarget &plane, const Span *spans, std::size_t count, const std::uint16_t *add,
+           const std::uint8_t *keep)
+{
+    Mean<std::uint8_t>(plane, spans, count, add, keep, 0);
+}
+
+inline std::int32_t Exchanged(const std::int32_t *weights, std::int32_t first, std::int32_t second)
+{
+    return (weights[0] * first + weights[1] * second) >> (ExchangeBits - FineBits);
+}
+
+inline std::int32_t Quotient(std::int32_t sum, const MixSettings &settings)
+{
+    return std::clamp((sum + settings.nBias) / settings.nDivisor, 0, settings.nMax);
+}
+
+void MixSingle(std::int32_t *samples, const std::int32_t *first, const std::int32_t *second, std::size_t count,
+               const MixLists &lists, const MixSettings &settings)
+{
+    constexpr std::int32_t Fine = 1 << FineBits;
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::int32_t old = samples[i] * Fine;
+        const std::int32_t exchanged =
+            old + Exchanged(settings.single, first[i] - settings.nMiddle, second[i] - settings.nMiddle);
+        samples[i] = Quotient(lists.pBase[i] + lists.pRest[i] * exchanged + lists.pKeep[i] * old, settings);
+    }
+}
+
+void MixPair(std::int32_t *first, std::int32_t *second, std::size_t count, const MixLists &lists,
+             const std::int32_t *secondBase, const MixSettings &settings)
+{
+    constexpr std::int32_t Fine = 1 << FineBits;
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::int32_t p = first[i] - settings.nMiddle;
+        const std::int32_t q = second[i] - settings.nMiddle;
+        const std::int32_t exchangedFirst = settings.nMiddle * Fine + Exchanged(settings.pair[0], p, q);
+        const std::int32_t exchangedSecond = settings.nMiddle * Fine + Exchanged(settings.pair[1], p, q);
+        const std::int32_t keep = lists.pKeep[i] * Fine;
+        first[i] = Quotient(lists.pBase[i] + lists.pRest[i] * exchangedFirst + keep * first[i], settings);
+        second[i] = Quotient(secondBase[i] + lists.pRest[i] * exchangedSecond + keep * second[i], settings);
+    }
+}
+
+constexpr SampleKernel Portable = {Fill, Mean8, Mean<std::uint16_t>, MixSingle, MixPair};
+
+} // namespace
+
+const SampleKernel &PortableSampleKernel()
+{
+    return Portable;
+}

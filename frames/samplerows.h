@@ -1,0 +1,33 @@
+#pragma once
+
+#include "frames/framelayout.h"
+
+#include <cstdint>
+
+/** Reads and writes samples of a component, as code values. */
+class SampleRow
+{
+public:
+    SampleRow(const FramePlanes &planes, const Component &component, int elementBytes, int row) :
+        m_component(component), m_nElementBytes(elementBytes), m_pRow(planes[component.nPlane].Row(row))
+    {
+    }
+
+    /** @param first  number of the first sample */
+    void Load(std::int32_t *samples, int first, int count) const;
+    void Store(const std::int32_t *samples, int first, int count) const;
+
+    /** The samples of pixels from number @p pixel on, of which two have one. */
+    void LoadDoubled(std::int32_t *samples, int pixel, int count) const;
+
+private:
+    std::uint8_t *At(int sample) const
+    {
+        return m_pRow +
+               (static_cast<std::ptrdiff_t>(sample) * m_component.nStep + m_component.nOffset) * m_nElementBytes;
+    }
+
+    const Component &m_component;
+    int m_nElementBytes;
+    std::uint8_t *m_pRow;
+};
