@@ -27,7 +27,6 @@ target_include_directories(subtitleframe INTERFACE $<BUILD_INTERFACE:${PROJECT_S
 set_target_properties(subtitleframe PROPERTIES
   VERSION ${PROJECT_VERSION}
   SOVERSION ${PROJECT_VERSION_MAJOR}
-  INSTALL_RPATH $ORIGIN
   LINK_DEPENDS ${frame_exports})
 target_link_options(subtitleframe PRIVATE
   LINKER:--version-script=${frame_exports} LINKER:-Bsymbolic LINKER:--as-needed)

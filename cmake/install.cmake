@@ -1,11 +1,16 @@
 # What `cmake --install` puts in place, in components: runtime, the library; development, what hosts are built with;
-# subburn; gstreamer, the element, where it is built; documents, which every package has in a form of its own.
+# frames and framesdevelopment, the same of the library for the frames of decoders; subburn; gstreamer, the element, where
+# it is built; documents, which every package has in a form of its own.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS subtitle EXPORT subtitleTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(FILES api/libsubtitle.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
+install(TARGETS subtitleframe EXPORT subtitleframeTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT frames NAMELINK_COMPONENT framesdevelopment
+  INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(FILES frames/libsubtitleframe.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT framesdevelopment)
 
 # The headers of the decoder have plain names, so hosts find them in a folder. The build folder has them there as well,
 # for those who take the library in as a subproject.
@@ -17,15 +22,21 @@ endforeach()
 target_include_directories(subtitle INTERFACE $<BUILD_INTERFACE:${PROJECT_BINARY_DIR}/include>)
 install(FILES ${decoder_headers} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/libsubtitle COMPONENT development)
 
-# find_package(subtitle)
-set(config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/subtitle)
-configure_package_config_file(cmake/subtitleConfig.cmake.in cmake/subtitleConfig.cmake
-  INSTALL_DESTINATION ${config_dir} NO_SET_AND_CHECK_MACRO)
-write_basic_package_version_file(${PROJECT_BINARY_DIR}/cmake/subtitleConfigVersion.cmake
-  COMPATIBILITY SameMajorVersion)
-install(FILES ${PROJECT_BINARY_DIR}/cmake/subtitleConfig.cmake ${PROJECT_BINARY_DIR}/cmake/subtitleConfigVersion.cmake
-  DESTINATION ${config_dir} COMPONENT development)
-install(EXPORT subtitleTargets NAMESPACE subtitle:: DESTINATION ${config_dir} COMPONENT development)
+# find_package(subtitle) and find_package(subtitleframe)
+foreach(package subtitle subtitleframe)
+  set(component development)
+  if(package STREQUAL subtitleframe)
+    set(component framesdevelopment)
+  endif()
+  set(config_dir ${CMAKE_INSTALL_LIBDIR}/cmake/${package})
+  configure_package_config_file(cmake/${package}Config.cmake.in cmake/${package}Config.cmake
+    INSTALL_DESTINATION ${config_dir} NO_SET_AND_CHECK_MACRO)
+  write_basic_package_version_file(${PROJECT_BINARY_DIR}/cmake/${package}ConfigVersion.cmake
+    COMPATIBILITY SameMajorVersion)
+  install(FILES ${PROJECT_BINARY_DIR}/cmake/${package}Config.cmake ${PROJECT_BINARY_DIR}/cmake/${package}ConfigVersion.cmake
+    DESTINATION ${config_dir} COMPONENT ${component})
+  install(EXPORT ${package}Targets NAMESPACE subtitle:: DESTINATION ${config_dir} COMPONENT ${component})
+endforeach()
 
 # pkg-config: from where the file lies to the prefix, so that the tree may be moved. It may not where the folder of
 # libraries was given in full.
@@ -44,6 +55,9 @@ endforeach()
 configure_file(cmake/libsubtitle.pc.in libsubtitle.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/libsubtitle.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+configure_file(cmake/libsubtitleframe.pc.in libsubtitleframe.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/libsubtitleframe.pc
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT framesdevelopment)
 
 # Debian keeps /usr/share/zsh/site-functions for what no package brings.
 set(zsh_functions site-functions)

@@ -22,7 +22,7 @@ prefix=$STAGE/all$(dirname "$BINDIR")
 work=$STAGE/work/$1
 rm -rf "$work"
 mkdir -p "$work"
-components=(runtime development subburn ${GSTREAMER:+gstreamer} documents)
+components=(runtime development frames framesdevelopment subburn ${GSTREAMER:+gstreamer} documents)
 text=Installed
 printf '1\n00:00:01,000 --> 00:00:02,000\n%s\n\n' $text >"$work/text.srt"
 
@@ -64,6 +64,19 @@ $LIBDIR/libsubtitle.so libsubtitle.so.1
 $LIBDIR/pkgconfig/libsubtitle.pc
 END
     )" "$(files_of development)"
+    equal "$LIBDIR/libsubtitleframe.so.1 libsubtitleframe.so.$version
+$LIBDIR/libsubtitleframe.so.$version" "$(files_of frames)"
+    equal "$(LC_ALL=C sort <<END
+$INCLUDEDIR/libsubtitleframe.h
+$LIBDIR/cmake/subtitleframe/subtitleframeConfig.cmake
+$LIBDIR/cmake/subtitleframe/subtitleframeConfigVersion.cmake
+$LIBDIR/cmake/subtitleframe/subtitleframeTargets-$(sed -n 's/^CMAKE_BUILD_TYPE:STRING=//p' "$BUILD/CMakeCache.txt" |
+        tr '[:upper:]' '[:lower:]').cmake
+$LIBDIR/cmake/subtitleframe/subtitleframeTargets.cmake
+$LIBDIR/libsubtitleframe.so libsubtitleframe.so.1
+$LIBDIR/pkgconfig/libsubtitleframe.pc
+END
+    )" "$(files_of framesdevelopment)"
     equal "$(LC_ALL=C sort <<END
 $BINDIR/subburn
 $DATADIR/bash-completion/completions/subburn
@@ -81,8 +94,8 @@ $DOCDIR/LICENSE" "$(files_of documents)"
 
 check_headers() {
     local header flags
-    eval "flags=($(pkg-config --cflags libsubtitle))"
-    for header in libsubtitle.h libsubtitle/subtitledecoder.h libsubtitle/psstream.h; do
+    eval "flags=($(pkg-config --cflags libsubtitleframe))"
+    for header in libsubtitle.h libsubtitleframe.h libsubtitle/subtitledecoder.h libsubtitle/psstream.h; do
         echo "#include <$header>" >"$work/header.c"
         cc -std=c99 -Wall -Wextra -Wpedantic -Werror -fsyntax-only "${flags[@]}" "$work/header.c"
         c++ -std=c++17 -Wall -Wextra -Wpedantic -Werror -fsyntax-only "${flags[@]}" -x c++ "$work/header.c"
@@ -116,6 +129,20 @@ check_find_package() {
     ! cmake -S "$work" -B "$work/refused" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null 2>"$work/log" ||
         fail "version 2.0 was found"
     grep -qF 'requested version "2.0"' "$work/log"
+}
+
+# A host that knows the other library through this one: by pkg-config, and by CMake.
+check_frames() {
+    local flags
+    eval "flags=($(pkg-config --cflags --libs libsubtitleframe))"
+    cc -std=c99 -Wall -Wextra -Wpedantic -Werror "$SOURCE/tests/install/frames/host.c" -o "$work/host" "${flags[@]}"
+    LD_LIBRARY_PATH=$STAGE/all$LIBDIR "$work/host" "$work/text.srt"
+    LD_LIBRARY_PATH=$STAGE/all$LIBDIR ldd "$work/host" | grep -qF "$STAGE/all$LIBDIR/libsubtitleframe.so.1" ||
+        fail "another library was taken"
+    cmake -S "$SOURCE/tests/install/frames" -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+        -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+    cmake --build "$work/build" >/dev/null
+    "$work/build/host" "$work/text.srt"
 }
 
 check_subburn() {
