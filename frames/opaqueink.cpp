@@ -36,11 +36,16 @@ public:
     void Build(Plane &plane, int number);
 
 private:
-    void FillRow(Plane &plane, int number, int row);
+    /** Of the pixels in a column that a chroma sample may have. */
+    struct Column {
+        int nCovered; ///< their weights
+        int nSum;     ///< code values by weight
+    };
+    void MakePatterns(const Plane &plane, int number);
+    void FillRow(Plane &plane, int row);
     void MeanRow(Plane &plane, int number, int row);
-    void PutPixel(Plane &plane, std::size_t at, int number, const FrameColor &color) const;
-    bool MeanSample(const Taps &rows, const Taps &columns, int component, std::uint16_t &add, std::uint8_t &keep) const;
-    void AddMeans(int number, int row, int first, int last);
+    void SumColumns(const Taps &rows, int first, int last);
+    void AddMeans(int number, const Taps &rows, int first, int last);
     void AddSingles(int number, int row, int first, int last);
 
     const PixelMap &m_map;
@@ -48,8 +53,12 @@ private:
     const std::vector<FrameColor> &m_colors;
     int m_nUnit =
         0; ///< elements of a pixel, or of a chroma sample and its pixels; 0 where the format has no such plane
+    std::vector<std::uint8_t> m_listPatterns;    ///< bytes of a pixel in each colour
+    std::vector<std::uint8_t> m_listKeepPattern; ///< bits of a pixel's bytes that are not a component's
     std::vector<std::uint16_t> m_listAdd;
     std::vector<std::uint8_t> m_listKeep;
+    std::vector<Column> m_listColumns;
+    std::vector<int> m_listCodes; ///< by color, of one component; 0 without
 };
 
 void OpaqueInk::Builder::Build(Plane &plane, int number)
@@ -70,6 +79,8 @@ void OpaqueInk::Builder::Build(Plane &plane, int number)
     });
     if (m_map.IsEmpty() || m_nUnit == 0)
         return;
+    if (!plane.bMeans)
+        MakePatterns(plane, number);
     int first = m_map.Top();
     int last = m_map.Bottom();
     if (isLower)
@@ -78,62 +89,51 @@ void OpaqueInk::Builder::Build(Plane &plane, int number)
         if (plane.bMeans)
             MeanRow(plane, number, row);
         else
-            FillRow(plane, number, row);
+            FillRow(plane, row);
     }
 }
 
-void OpaqueInk::Builder::FillRow(Plane &plane, int number, int row)
+void OpaqueInk::Builder::MakePatterns(const Plane &plane, int number)
+{
+    const std::size_t unit = static_cast<std::size_t>(m_nUnit) * plane.nElementBytes;
+    m_listPatterns.assign(m_colors.size() * unit, 0);
+    m_listKeepPattern.assign(unit, 0xFF);
+    ForComponents(m_layout.format, number, [&](int i, const Component &component) {
+        // Samples that lie high in their element have nothing below them.
+        const std::uint32_t below = plane.nElementBytes == 2 ? (1U << component.nShift) - 1 : 0;
+        const std::uint32_t mask = static_cast<std::uint32_t>(component.Max()) << component.nShift | below;
+        for (int byte = 0; byte < plane.nElementBytes; ++byte) {
+            const std::size_t at = static_cast<std::size_t>(component.nOffset) * plane.nElementBytes + byte;
+            m_listKeepPattern[at] &= static_cast<std::uint8_t>(~(mask >> 8 * byte));
+            for (std::size_t color = 0; color < m_colors.size(); ++color) {
+                const std::uint32_t value = static_cast<std::uint32_t>(m_colors[color].codes[i]) << component.nShift;
+                m_listPatterns[color * unit + at] |= static_cast<std::uint8_t>(value >> 8 * byte);
+            }
+        }
+    });
+}
+
+void OpaqueInk::Builder::FillRow(Plane &plane, int row)
 {
     const PixelMap::Row pixels = m_map.RowAt(row);
     const int unit = m_nUnit * plane.nElementBytes;
-    const auto isCovered = [&](int i) { return m_map.At(pixels, pixels.nFirst + i).nColor != 0; };
+    const PixelMap::Pixel *list = m_map.Pixels(pixels);
+    const auto isCovered = [list](int i) { return list[i].nColor != 0; };
     ForRuns(pixels.nEnd - pixels.nFirst, MaxGap / unit, isCovered, [&](int from, int end) {
         const std::size_t at = plane.listKeep.size();
-        const std::size_t bytes = std::size_t(end - from) * unit;
+        const std::size_t bytes = static_cast<std::size_t>(end - from) * unit;
         plane.listKeep.resize(at + bytes, 0xFF);
         plane.listValues.resize(at + bytes, 0);
-        for (int i = from; i < end; ++i) {
-            if (const PixelMap::Pixel pixel = m_map.At(pixels, pixels.nFirst + i); pixel.nColor != 0)
-                PutPixel(plane, at + std::size_t(i - from) * unit, number, m_colors[pixel.nColor - 1]);
+        std::uint8_t *keep = plane.listKeep.data() + at;
+        std::uint8_t *values = plane.listValues.data() + at;
+        for (int i = from; i < end; ++i, keep += unit, values += unit) {
+            if (list[i].nColor == 0)
+                continue;
+            std::copy_n(m_listKeepPattern.data(), unit, keep);
+            std::copy_n(&m_listPatterns[static_cast<std::size_t>(list[i].nColor - 1) * unit], unit, values);
         }
         plane.listSpans.push_back({row, (pixels.nFirst + from) * unit, static_cast<int>(bytes), at});
     });
-}
-
-void OpaqueInk::Builder::PutPixel(Plane &plane, std::size_t at, int number, const FrameColor &color) const
-{
-    ForComponents(m_layout.format, number, [&](int i, const Component &component) {
-        const std::uint32_t value = std::uint32_t(color.codes[i]) << component.nShift;
-        const std::uint32_t mask = std::uint32_t(component.Max()) << component.nShift;
-        // Samples that lie high in their element have nothing below them.
-        const std::uint32_t below = plane.nElementBytes == 2 ? (1U << component.nShift) - 1 : 0;
-        for (int byte = 0; byte < plane.nElementBytes; ++byte) {
-            const std::size_t to = at + std::size_t(component.nOffset) * plane.nElementBytes + byte;
-            plane.listKeep[to] &= static_cast<std::uint8_t>(~((mask | below) >> 8 * byte));
-            plane.listValues[to] |= static_cast<std::uint8_t>(value >> 8 * byte);
-        }
-    });
-}
-
-bool OpaqueInk::Builder::MeanSample(const Taps &rows, const Taps &columns, int component, std::uint16_t &add,
-                                    std::uint8_t &keep) const
-{
-    int covered = 0;
-    int sum = 0;
-    for (int r = 0; r < rows.nCount; ++r) {
-        const PixelMap::Row pixels = m_map.RowAt(rows.positions[r]);
-        for (int c = 0; c < columns.nCount; ++c) {
-            const PixelMap::Pixel pixel = m_map.At(pixels, columns.positions[c]);
-            if (pixel.nColor == 0)
-                continue;
-            const int weight = rows.weights[r] * columns.weights[c];
-            covered += weight;
-            sum += weight * m_colors[pixel.nColor - 1].codes[component];
-        }
-    }
-    add = static_cast<std::uint16_t>(sum + MeanHalf);
-    keep = static_cast<std::uint8_t>(MeanWhole - covered);
-    return covered > 0;
 }
 
 void OpaqueInk::Builder::MeanRow(Plane &plane, int number, int row)
@@ -152,21 +152,21 @@ void OpaqueInk::Builder::MeanRow(Plane &plane, int number, int row)
     if (last < 0)
         return;
     m_layout.columns.ToSamples(first, last);
-    const std::size_t count = std::size_t(last - first + 1) * m_nUnit;
+    const std::size_t count = static_cast<std::size_t>(last - first + 1) * m_nUnit;
     m_listAdd.assign(count, MeanHalf);
     m_listKeep.assign(count, MeanWhole);
-    AddMeans(number, row, first, last);
+    AddMeans(number, rows, first, last);
     if (!isLower)
         AddSingles(number, row, first, last);
 
     const auto isTouched = [&](int unit) {
-        const auto at = m_listKeep.begin() + std::ptrdiff_t(unit) * m_nUnit;
+        const auto at = m_listKeep.begin() + static_cast<std::ptrdiff_t>(unit) * m_nUnit;
         return std::any_of(at, at + m_nUnit, [](std::uint8_t keep) { return keep != MeanWhole; });
     };
     const int gap = MaxGap / (m_nUnit * plane.nElementBytes);
     ForRuns(last - first + 1, gap, isTouched, [&](int from, int end) {
         const std::size_t at = plane.listKeep.size();
-        const std::ptrdiff_t begin = std::ptrdiff_t(from) * m_nUnit;
+        const std::ptrdiff_t begin = static_cast<std::ptrdiff_t>(from) * m_nUnit;
         const int samples = (end - from) * m_nUnit;
         plane.listKeep.insert(plane.listKeep.end(), &m_listKeep[begin], &m_listKeep[begin] + samples);
         plane.listAdd.insert(plane.listAdd.end(), &m_listAdd[begin], &m_listAdd[begin] + samples);
@@ -174,15 +174,46 @@ void OpaqueInk::Builder::MeanRow(Plane &plane, int number, int row)
     });
 }
 
-void OpaqueInk::Builder::AddMeans(int number, int row, int first, int last)
+void OpaqueInk::Builder::SumColumns(const Taps &rows, int first, int last)
 {
+    m_listColumns.assign(last - first + 1, {0, 0});
+    for (int r = 0; r < rows.nCount; ++r) {
+        const PixelMap::Row pixels = m_map.RowAt(rows.positions[r]);
+        const PixelMap::Pixel *list = m_map.Pixels(pixels);
+        const int weight = rows.weights[r];
+        const int end = std::min(pixels.nEnd, last + 1);
+        for (int column = std::max(pixels.nFirst, first); column < end; ++column) {
+            const std::uint32_t color = list[column - pixels.nFirst].nColor;
+            Column &to = m_listColumns[column - first];
+            to.nCovered += color != 0 ? weight : 0;
+            to.nSum += weight * m_listCodes[color];
+        }
+    }
+}
+
+void OpaqueInk::Builder::AddMeans(int number, const Taps &rows, int first, int last)
+{
+    const int firstPixel = std::max(0, 2 * first - 1);
+    const int lastPixel = std::min(m_layout.nWidth - 1, 2 * last + 2);
+    m_listCodes.assign(m_colors.size() + 1, 0);
     ForComponents(m_layout.format, number, [&](int i, const Component &component) {
         if (component.nColumnsLog2 == 0)
             return;
-        const Taps rows = component.nRowsLog2 > 0 ? m_layout.rows.At(row) : Taps{1, {row}, {Taps::Whole}};
+        for (std::size_t color = 0; color < m_colors.size(); ++color)
+            m_listCodes[color + 1] = m_colors[color].codes[i];
+        SumColumns(rows, firstPixel, lastPixel);
         for (int sample = first; sample <= last; ++sample) {
-            const std::size_t at = std::size_t(sample - first) * m_nUnit + component.nOffset;
-            MeanSample(rows, m_layout.columns.At(sample), i, m_listAdd[at], m_listKeep[at]);
+            const Taps columns = m_layout.columns.At(sample);
+            int covered = 0;
+            int sum = 0;
+            for (int c = 0; c < columns.nCount; ++c) {
+                const Column &column = m_listColumns[columns.positions[c] - firstPixel];
+                covered += columns.weights[c] * column.nCovered;
+                sum += columns.weights[c] * column.nSum;
+            }
+            const std::size_t at = static_cast<std::size_t>(sample - first) * m_nUnit + component.nOffset;
+            m_listAdd[at] = static_cast<std::uint16_t>(sum + MeanHalf);
+            m_listKeep[at] = static_cast<std::uint8_t>(MeanWhole - covered);
         }
     });
 }
@@ -199,8 +230,8 @@ void OpaqueInk::Builder::AddSingles(int number, int row, int first, int last)
             const PixelMap::Pixel pixel = m_map.At(pixels, column);
             if (pixel.nColor == 0)
                 continue;
-            const std::size_t at =
-                std::size_t(column) * component.nStep + component.nOffset - std::size_t(first) * m_nUnit;
+            const std::size_t at = static_cast<std::size_t>(column) * component.nStep + component.nOffset -
+                                   static_cast<std::size_t>(first) * m_nUnit;
             m_listAdd[at] = static_cast<std::uint16_t>(m_colors[pixel.nColor - 1].codes[i] * MeanWhole);
             m_listKeep[at] = 0;
         }

@@ -42,6 +42,8 @@ public:
     int Bottom() const { return m_nTop + static_cast<int>(m_listRows.size()) - 1; }
     /** Of any row of the frame; empty where nothing is covered. */
     Row RowAt(int row) const { return row < Top() || row > Bottom() ? Row() : m_listRows[row - m_nTop]; }
+    /** Those of a row, from its first on. */
+    const Pixel *Pixels(const Row &row) const { return m_listPixels.data() + row.nAt; }
     Pixel At(const Row &row, int column) const
     {
         return column < row.nFirst || column >= row.nEnd ? Pixel{0, 0} : m_listPixels[row.nAt + column - row.nFirst];

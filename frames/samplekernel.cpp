@@ -8,13 +8,29 @@
 namespace
 {
 
+/** Hosts' rows need not be aligned. */
+template <typename Value>
+inline Value Load(const std::uint8_t *from)
+{
+    Value value;
+    std::memcpy(&value, from, sizeof value);
+    return value;
+}
+
 void Fill(const PlaneTarget &plane, const Span *spans, std::size_t count, const std::uint8_t *values,
           const std::uint8_t *keep)
 {
     for (const Span *span = spans; span < spans + count; ++span) {
         std::uint8_t *to = plane.Row(span->nRow) + span->nFirst;
-        for (int i = 0; i < span->nCount; ++i)
-            to[i] = static_cast<std::uint8_t>((to[i] & keep[span->nAt + i]) | values[span->nAt + i]);
+        std::size_t at = span->nAt;
+        const std::size_t end = at + span->nCount;
+        using Word = std::uint64_t;
+        for (; at + sizeof(Word) <= end; at += sizeof(Word), to += sizeof(Word)) {
+            const Word word = (Load<Word>(to) & Load<Word>(keep + at)) | Load<Word>(values + at);
+            std::memcpy(to, &word, sizeof word);
+        }
+        for (; at < end; ++at, ++to)
+            *to = static_cast<std::uint8_t>((*to & keep[at]) | values[at]);
     }
 }
 
@@ -25,10 +41,9 @@ void Mean(const PlaneTarget &plane, const Span *spans, std::size_t count, const 
     for (const Span *span = spans; span < spans + count; ++span) {
         std::uint8_t *to = plane.Row(span->nRow) + span->nFirst * sizeof(Sample);
         for (int i = 0; i < span->nCount; ++i, to += sizeof(Sample)) {
-            Sample sample;
-            std::memcpy(&sample, to, sizeof sample); // hosts' rows need not be aligned
-            const unsigned sum = add[span->nAt + i] + keep[span->nAt + i] * (unsigned{sample} >> shift);
-            sample = static_cast<Sample>(sum >> MeanShift << shift);
+            const unsigned old = Load<Sample>(to);
+            const unsigned sum = add[span->nAt + i] + keep[span->nAt + i] * (old >> shift);
+            const auto sample = static_cast<Sample>(sum >> MeanShift << shift);
             std::memcpy(to, &sample, sizeof sample);
         }
     }

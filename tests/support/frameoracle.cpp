@@ -46,10 +46,11 @@ Weights OfRows(int location, int sample, int pixels, int log2, bool isInterlaced
         return WeightsAt(2 * sample + (isOnFirst ? 0 : isOnSecond ? 1 : 0.5), pixels);
     const int field = sample % 2;
     const double between = field == 0 ? 0.25 : 0.75;
-    const double position = 2 * (sample / 2) + (isOnFirst ? 0 : isOnSecond ? 1 : between);
+    const int line = sample / 2 * 2;
+    const double position = line + (isOnFirst ? 0 : isOnSecond ? 1 : between);
     Weights weights;
-    for (const auto &[line, weight] : WeightsAt(position, (pixels + 1 - field) / 2))
-        weights[2 * line + field] += weight;
+    for (const auto &[ofField, weight] : WeightsAt(position, (pixels + 1 - field) / 2))
+        weights[2 * ofField + field] += weight;
     return weights;
 }
 
