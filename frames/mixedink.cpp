@@ -79,14 +79,14 @@ void MixedInk::BuildSettings(const FrameColors &colors)
         for (std::size_t j = 0; j < 2; ++j)
             settings.pair[i][j] = ExchangeWeight(m_exchange.matrix[i][j]);
     }
-    const auto divideBy = [&colors](MixSettings &to, int divisor, bool isColor) {
-        to.nDivisor = divisor << FineBits;
-        to.nBias = isColor && colors.IsAsRgb24() ? 0 : to.nDivisor / 2;
+    const auto divideBy = [&colors](MixSettings &to, std::int32_t divisor, bool isColor) {
+        to.nDivisor = divisor;
+        to.nBias = isColor && colors.IsAsRgb24() ? 0 : divisor / 2;
     };
     m_singleSettings = m_alphaSettings = m_pairSettings = settings;
-    divideBy(m_singleSettings, Opaque, true);
-    divideBy(m_pairSettings, Opaque * (AllTaps / m_nPairScale), true);
-    divideBy(m_alphaSettings, Opaque, false);
+    divideBy(m_singleSettings, PixelDivisor, true);
+    divideBy(m_pairSettings, format.IsSubsampled() ? MeanDivisor : PixelDivisor, true);
+    divideBy(m_alphaSettings, PixelDivisor, false);
     m_alphaSettings.nMax = format.components[3].Max();
     m_alphaSettings.single[0] = m_alphaSettings.single[1] = 0;
 }

@@ -31,6 +31,8 @@ public:
     Builder(const PixelMap &map, const FrameLayout &layout, const std::vector<FrameColor> &colors) :
         m_map(map), m_layout(layout), m_colors(colors)
     {
+        for (int sample = 0; layout.format.IsSubsampled() && sample < layout.columns.Samples(); ++sample)
+            m_listTaps.push_back(layout.columns.At(sample));
     }
 
     void Build(Plane &plane, int number);
@@ -51,8 +53,9 @@ private:
     const PixelMap &m_map;
     const FrameLayout &m_layout;
     const std::vector<FrameColor> &m_colors;
-    int m_nUnit =
-        0; ///< elements of a pixel, or of a chroma sample and its pixels; 0 where the format has no such plane
+    std::vector<Taps> m_listTaps; ///< of the chroma samples of a row
+    /** Elements of a pixel, or of a chroma sample and its pixels; 0 where the format has no such plane. */
+    int m_nUnit = 0;
     std::vector<std::uint8_t> m_listPatterns;    ///< bytes of a pixel in each colour
     std::vector<std::uint8_t> m_listKeepPattern; ///< bits of a pixel's bytes that are not a component's
     std::vector<std::uint16_t> m_listAdd;
@@ -203,7 +206,7 @@ void OpaqueInk::Builder::AddMeans(int number, const Taps &rows, int first, int l
             m_listCodes[color + 1] = m_colors[color].codes[i];
         SumColumns(rows, firstPixel, lastPixel);
         for (int sample = first; sample <= last; ++sample) {
-            const Taps columns = m_layout.columns.At(sample);
+            const Taps &columns = m_listTaps[sample];
             int covered = 0;
             int sum = 0;
             for (int c = 0; c < columns.nCount; ++c) {

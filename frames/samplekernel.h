@@ -1,5 +1,6 @@
 #pragma once
 
+#include "frames/framecolors.h"
 #include "frames/framelayout.h"
 
 #include <cstddef>
@@ -9,15 +10,19 @@
 constexpr int MeanShift = 4;
 constexpr int MeanWhole = 1 << MeanShift;
 
+/** What mixed samples are divided by: those of one pixel, and means. */
+constexpr std::int32_t PixelDivisor = 255 << FineBits;
+constexpr std::int32_t MeanDivisor = PixelDivisor << MeanShift;
+
 /** Numbers that a red and blue exchange brings into a mix, with ExchangeBits fractional bits. */
 constexpr int ExchangeBits = 14;
 struct MixSettings {
     std::int32_t single[2];  ///< weights of the pair in the single component
     std::int32_t pair[2][2]; ///< weights of the pair in itself
     std::int32_t nMiddle;    ///< of the pair
-    std::int32_t nDivisor;
-    std::int32_t nBias; ///< added before the division
-    std::int32_t nMax;  ///< largest code value
+    std::int32_t nDivisor;   ///< one of the two above
+    std::int32_t nBias;      ///< added before the division
+    std::int32_t nMax;       ///< largest code value
 };
 
 /** What is mixed into samples, of each one: new = (base + rest * exchanged + keep * old + bias) / divisor. */
