@@ -17,8 +17,8 @@ struct FrameColor {
 
 /**
  * What becomes of a pixel whose red and blue change places, in the frame's components. One of these is single (Y or
- * green) and two are a pair (Cb and Cr, or red and blue); the pair does not depend on the single one. With p and q the pair
- * less its middle, single += dSingle . (p, q) and the pair becomes dPair times (p, q).
+ * green) and two are a pair (Cb and Cr, or red and blue); the pair does not depend on the single one. With p and q the
+ * pair less its middle, single += dSingle . (p, q) and the pair becomes dPair times (p, q).
  */
 struct RedBlueExchange {
     int nSingle;                  ///< component

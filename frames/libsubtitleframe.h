@@ -15,26 +15,29 @@
  * What a frame gets
  *  The pixels that ProcessSubtitleFrame() would draw, and no others. Each is drawn as follows.
  *  - Opaque text (opacity 255): every sample that belongs to one pixel becomes the colour's own code value, rounded to
- *    nearest. A chroma sample that belongs to several pixels becomes their mean, rounded to nearest: covered pixels count
- *    with the text's code value, the others with what the sample was. The weights follow from the chroma position: along
- *    an axis on which the sample lies midway between two pixels these count 1/2 each; where it lies on a pixel, that counts
- *    1/2 and its two neighbours 1/4 each; in interlaced 4:2:0, where it lies a quarter away from one line of its field and
- *    three quarters from the next, these count 3/4 and 1/4. A neighbour beyond the frame's edge is the pixel at the edge.
- *  - Opacity below 255, and pictures: with k the weight of the pixel (the opacity counts twice, see SetSubtitleAlpah()),
- *    R, G, B the frame's pixel and r, g, b the subtitle's,
+ *    nearest. A chroma sample that belongs to several pixels becomes their mean, rounded to nearest: covered pixels
+ *    count with the text's code value, the others with what the sample was. The weights follow from the chroma
+ *    position: along an axis on which the sample lies midway between two pixels these count 1/2 each; where it lies on
+ *    a pixel, that counts 1/2 and its two neighbours 1/4 each; in interlaced 4:2:0, where it lies a quarter away from
+ *    one line of its field and three quarters from the next, these count 3/4 and 1/4. A neighbour beyond the frame's
+ *    edge is the pixel at the edge.
+ *  - Opacity below 255, and pictures: with k the weight of the pixel (the opacity counts twice, see
+ *    SetSubtitleAlpah()), R, G, B the frame's pixel and r, g, b the subtitle's,
  *        R' = (k r + (255 - k) B) / 255,   G' = (k g + (255 - k) G) / 255,   B' = (k b + (255 - k) R) / 255.
- *    Red and blue of what is below change places, as in RGB frames. In YUV the same is computed without leaving YUV, and
- *    a chroma sample of several pixels is the mean as above. Quotients are rounded to nearest and limited to what the
- *    samples hold, except in RGB formats of 8 bits, where they are truncated and equal those of ProcessSubtitleFrame().
- *  - Alpha, where the format has it: A' = (k max + (255 - k) A) / 255. Alpha is taken as straight, not premultiplied. The
- *    unused byte or bits of formats as rgb0 and x2rgb10 are not touched.
+ *    Red and blue of what is below change places, as in RGB frames. In YUV the same is computed without leaving YUV,
+ *    and a chroma sample of several pixels is the mean as above. Quotients are rounded to nearest and limited to what
+ *    the samples hold, except in RGB formats of 8 bits, where they are truncated and equal those of
+ *    ProcessSubtitleFrame().
+ *  - Alpha, where the format has it: A' = (k max + (255 - k) A) / 255. Alpha is taken as straight, not premultiplied.
+ *    The unused byte or bits of formats as rgb0 and x2rgb10 are not touched.
  *
  * Colours
- *  The subtitle's colours are full range R'G'B'. YUV code values are those of ITU-R BT.601, BT.709 and BT.2020 (sections on
- *  digital representation, for full range ITU-R BT.2100 and JFIF); a colour is converted in floating point and rounded once.
+ *  The subtitle's colours are full range R'G'B'. YUV code values are those of ITU-R BT.601, BT.709 and BT.2020
+ *  (sections on digital representation, for full range ITU-R BT.2100 and JFIF); a colour is converted in floating point
+ *  and rounded once.
  *  - PQ and HLG frames: the subtitle's colours are taken as sRGB (IEC 61966-2-1), made linear, converted to the frame's
- *    primaries, scaled so that white has the level of SetSubtitleBurnerWhite(), and coded as ITU-R BT.2100 says; for HLG
- *    as on a display of 1,000 cd/m2 (system gamma 1.2). All other transfers take the values as they are.
+ *    primaries, scaled so that white has the level of SetSubtitleBurnerWhite(), and coded as ITU-R BT.2100 says; for
+ *    HLG as on a display of 1,000 cd/m2 (system gamma 1.2). All other transfers take the values as they are.
  *
  * Formats, by FFmpeg's names
  *  yuv420p, yuv422p, yuv444p, also with 10 and 12 bits; yuvj420p, yuvj422p, yuvj444p; yuva420p, yuva422p, yuva444p;
@@ -42,8 +45,8 @@
  *  rgb0, bgr0, 0rgb, 0bgr, x2rgb10. Those of more than 8 bits in the byte order of the machine. Any other is refused.
  *
  * Results, lack of memory
- *  0 for "done", -1 for "refused", as in libsubtitle.h; nothing is thrown. A frame is either drawn completely or, with -1,
- *  not touched.
+ *  0 for "done", -1 for "refused", as in libsubtitle.h; nothing is thrown. A frame is either drawn completely or, with
+ *  -1, not touched.
  *
  * Threads
  *  A burner holds the lock of its handle while it draws, so BurnSubtitle(), BurnSubtitleAVFrame() and
@@ -67,8 +70,8 @@ extern "C" {
 struct AVFrame;
 
 /**
- * How the picture lies in the frame: the picture as it is shown results when the frame is transposed, if so, and what came
- * of that is then mirrored. Added up they make eight orientations.
+ * How the picture lies in the frame: the picture as it is shown results when the frame is transposed, if so, and what
+ * came of that is then mirrored. Added up they make eight orientations.
  */
 enum {
     SUBTITLE_ORIENTATION_UPRIGHT = 0,
@@ -78,8 +81,8 @@ enum {
 };
 
 /**
- * A frame: where it is and what its samples mean. Members named after FFmpeg's take the numbers of its enumerations; for
- * each of these, AVCOL_..._UNSPECIFIED and 0 say that the host does not know. Zero what is not known.
+ * A frame: where it is and what its samples mean. Members named after FFmpeg's take the numbers of its enumerations;
+ * for each of these, AVCOL_..._UNSPECIFIED and 0 say that the host does not know. Zero what is not known.
  */
 typedef struct SubtitleFrame {
     uint8_t *data[4]; /**< the top row of each plane that the format has */
@@ -91,8 +94,9 @@ typedef struct SubtitleFrame {
                               1280 columns or 577 rows on, else SMPTE170M. RGB formats do not look at it */
     int color_range; /**< AVColorRange. Unknown: full for yuvj and gray formats, else limited. RGB and yuvj formats do
                               not look at it and are full range */
-    int color_primaries; /**< AVColorPrimaries; looked at in PQ and HLG frames only. Unknown: BT2020. The primaries whose
-                              white is D65 are known: BT709, BT470BG, SMPTE170M, SMPTE240M, BT2020, SMPTE432, EBU3213 */
+    int color_primaries; /**< AVColorPrimaries; looked at in PQ and HLG frames only. Unknown: BT2020. Those
+                              whose white is D65 are known: BT709, BT470BG, SMPTE170M, SMPTE240M, BT2020, SMPTE432,
+                              EBU3213 */
     int color_trc;       /**< AVColorTransferCharacteristic; only SMPTE2084 (PQ) and ARIB_STD_B67 (HLG) matter */
     int chroma_location; /**< AVChromaLocation. Unknown: CENTER for yuvj formats, else LEFT */
     int interlaced;      /**< not 0: 4:2:0 chroma belongs to the fields, the frame's even lines and its odd ones */
@@ -138,27 +142,27 @@ int SetSubtitleBurnerWhite(void *burner, double level);
  * Draws the due subtitle into a frame; without one the frame is not touched.
  *
  * @param burner  the burner.
- * @param frame  the frame, which the host keeps; no pointer to it is kept. Its size is that of the handle, with width and
- *               height exchanged for a transposed orientation.
- * @return 0; -1, with the frame untouched: for null arguments and planes, for a format, colorspace or orientation that is
- *         not known, for a line size less than a row, for a frame of another size, and where ProcessSubtitleFrame()
- *         returns -1. A frame is refused, or not, whether or not a subtitle is due.
+ * @param frame  the frame, which the host keeps; no pointer to it is kept. Its size is that of the handle, with
+ *               width and height exchanged for a transposed orientation.
+ * @return 0; -1, with the frame untouched: for null arguments and planes, for a format, colorspace or orientation
+ *         that is not known, for a line size less than a row, for a frame of another size, and where
+ *         ProcessSubtitleFrame() returns -1. A frame is refused, or not, whether or not a subtitle is due.
  */
 int BurnSubtitle(void *burner, const SubtitleFrame *frame);
 
 /**
  * The same with a frame of FFmpeg's, from which everything is read: planes, size, format, colour members, whether it is
- * interlaced, and the orientation from its display matrix (AV_FRAME_DATA_DISPLAYMATRIX). The library must be built with
- * the major version of libavutil that the host uses.
+ * interlaced, and the orientation from its display matrix (AV_FRAME_DATA_DISPLAYMATRIX); its cropping is not looked at.
+ * The library must be built with the major version of libavutil that the host uses.
  *
  * A frame whose buffers are shared (av_frame_is_writable()), as decoders hand them out that still predict from them, is
- * made writable when a subtitle is drawn into it: its planes are then in new buffers, with the old ones' contents. Frames
- * without a subtitle, and frames without buffers of FFmpeg's, stay where they are.
+ * made writable when a subtitle is drawn into it: its planes are then in new buffers, with the old ones' contents.
+ * Frames without a subtitle, and frames without buffers of FFmpeg's, stay where they are.
  *
  * @param burner  the burner.
  * @param frame  the frame, in memory: frames of hardware are refused.
- * @return as BurnSubtitle(); -1 also for a display matrix that is none of the eight orientations, and without memory for
- *         new buffers.
+ * @return as BurnSubtitle(); -1 also for a display matrix that is none of the eight orientations, and without
+ *         memory for new buffers.
  */
 int BurnSubtitleAVFrame(void *burner, struct AVFrame *frame);
 

@@ -132,8 +132,11 @@ void OpaqueInk::Builder::FillRow(Plane &plane, int row)
         for (int i = from; i < end; ++i, keep += unit, values += unit) {
             if (list[i].nColor == 0)
                 continue;
-            std::copy_n(m_listKeepPattern.data(), unit, keep);
-            std::copy_n(&m_listPatterns[static_cast<std::size_t>(list[i].nColor - 1) * unit], unit, values);
+            const std::uint8_t *pattern = &m_listPatterns[static_cast<std::size_t>(list[i].nColor - 1) * unit];
+            for (int byte = 0; byte < unit; ++byte) { // too few for a call
+                keep[byte] = m_listKeepPattern[byte];
+                values[byte] = pattern[byte];
+            }
         }
         plane.listSpans.push_back({row, (pixels.nFirst + from) * unit, static_cast<int>(bytes), at});
     });

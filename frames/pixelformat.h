@@ -3,7 +3,7 @@
 #include <array>
 #include <cstddef>
 
-/** Where the samples of a colour or of the alpha are. An element is what a plane's rows are made of: 1, 2 or 4 bytes. */
+/** Where the samples of a colour or of the alpha are. A plane's rows are made of elements of 1, 2 or 4 bytes. */
 struct Component {
     int nPlane;
     int nOffset;                 ///< elements from the row's start to the first sample

@@ -1,10 +1,7 @@
 #include "frames/pixelmap.h"
 
-#include "frames/libsubtitleframe.h"
-
 #include <algorithm>
 #include <climits>
-#include <utility>
 
 namespace
 {
@@ -36,16 +33,6 @@ void ForPicture(const ShownSubtitle &shown, Call call)
 }
 
 } // namespace
-
-void Orientation::ToFrame(int &row, int &column) const
-{
-    if (m_nBits & SUBTITLE_ORIENTATION_MIRRORED)
-        column = m_nWidth - 1 - column;
-    if (m_nBits & SUBTITLE_ORIENTATION_UPSIDE_DOWN)
-        row = m_nHeight - 1 - row;
-    if (m_nBits & SUBTITLE_ORIENTATION_TRANSPOSED)
-        std::swap(row, column);
-}
 
 void PixelMap::Build(const ShownSubtitle &shown, const Orientation &orientation)
 {

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "frames/libsubtitleframe.h"
 #include "render/shownsubtitle.h"
 
 #include <array>
 #include <cstdint>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 /** How the picture lies in the frame: bits of SUBTITLE_ORIENTATION_. */
@@ -15,7 +17,15 @@ public:
     Orientation(int bits, int width, int height) : m_nBits(bits), m_nWidth(width), m_nHeight(height) {}
 
     /** From the picture as shown to the frame as stored. */
-    void ToFrame(int &row, int &column) const;
+    void ToFrame(int &row, int &column) const
+    {
+        if (m_nBits & SUBTITLE_ORIENTATION_MIRRORED)
+            column = m_nWidth - 1 - column;
+        if (m_nBits & SUBTITLE_ORIENTATION_UPSIDE_DOWN)
+            row = m_nHeight - 1 - row;
+        if (m_nBits & SUBTITLE_ORIENTATION_TRANSPOSED)
+            std::swap(row, column);
+    }
 
 private:
     int m_nBits, m_nWidth, m_nHeight;

@@ -33,8 +33,8 @@ struct MixLists {
 };
 
 /**
- * The arithmetic of burning, on flat lists. All kernels give the same bytes. Nothing in a row beside the spans is read or
- * written.
+ * The arithmetic of burning, on flat lists. All kernels give the same bytes. Nothing in a row beside the spans is read
+ * or written.
  */
 struct SampleKernel {
     /** Bytes become (old & keep) | value; the spans count bytes. */

@@ -14,8 +14,8 @@ extern "C" {
 #include <vector>
 
 /**
- * A frame of any format with random samples, and random guard bytes before, between and after the rows of each plane. Its
- * samples are reached one by one, with what FFmpeg says of the format.
+ * A frame of any format with random samples, and random guard bytes before, between and after the rows of each plane.
+ * Its samples are reached one by one, with what FFmpeg says of the format.
  */
 class PlaneFrame
 {
