@@ -51,30 +51,41 @@ macro(subtitle_package name component section multi_arch)
   list(JOIN lines "\n" CPACK_DEBIAN_${package}_DESCRIPTION)
 endmacro()
 
-subtitle_package(${library} runtime libs same)
-set(CPACK_DEBIAN_${package}_PACKAGE_RECOMMENDS fonts-dejavu-core)
 # Of its own CPack adds scripts that call ldconfig, where Debian has the trigger. It does not where it is told of such
 # scripts; of files that are not there it only warns.
-set(CPACK_DEBIAN_${package}_PACKAGE_CONTROL_EXTRA
+set(ldconfig_trigger
   ${PROJECT_SOURCE_DIR}/cmake/debian/triggers
   ${PROJECT_SOURCE_DIR}/cmake/debian/none/postinst
   ${PROJECT_SOURCE_DIR}/cmake/debian/none/postrm)
+# Nothing else finds out where the library is that others are linked with.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
+
+subtitle_package(${library} runtime libs same)
+set(CPACK_DEBIAN_${package}_PACKAGE_RECOMMENDS fonts-dejavu-core)
+set(CPACK_DEBIAN_${package}_PACKAGE_CONTROL_EXTRA ${ldconfig_trigger})
 
 subtitle_package(libsubtitle-dev development libdevel same)
 set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_library}")
+
+set(frame_library libsubtitleframe${PROJECT_VERSION_MAJOR})
+subtitle_package(${frame_library} frames libs same)
+set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_library}")
+set(CPACK_DEBIAN_${package}_PACKAGE_CONTROL_EXTRA ${ldconfig_trigger})
+
+subtitle_package(libsubtitleframe-dev framesdevelopment libdevel same)
+set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${frame_library} (= ${PROJECT_VERSION}-${release}), \
+libsubtitle-dev (= ${PROJECT_VERSION}-${release})")
 
 # It opens the library by itself, so nothing else finds out that it needs it.
 subtitle_package(subburn subburn video foreign)
 set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_library}")
 set(CPACK_DEBIAN_${package}_PACKAGE_RECOMMENDS fonts-dejavu-core)
 
-# Nothing else finds out where the library is that it is linked with. CPack warns that it has no soname, as is right for
-# what is not linked with but loaded.
+# CPack warns that it has no soname, as is right for what is not linked with but loaded.
 if(TARGET gstsubtitleburn)
   subtitle_package(gstreamer1.0-subtitle gstreamer libs same)
   set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_library}")
   set(CPACK_DEBIAN_${package}_PACKAGE_RECOMMENDS fonts-dejavu-core)
-  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 endif()
 
 include(CPack)

@@ -38,6 +38,9 @@ expect libsubtitle1 Depends 'libqt5gui5 '
 expect libsubtitle1 Depends 'libhwy1 '
 expect libsubtitle-dev Multi-Arch same
 expect libsubtitle-dev Depends "libsubtitle1 (= $version)"
+expect libsubtitleframe1 Depends "libsubtitle1 (= $version)"
+expect libsubtitleframe1 Depends 'libavutil57 '
+expect libsubtitleframe-dev Depends "libsubtitleframe1 (= $version), libsubtitle-dev (= $version)"
 expect subburn Multi-Arch foreign
 expect subburn Depends "libsubtitle1 (= $version)"
 expect subburn Recommends fonts-dejavu-core
