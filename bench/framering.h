@@ -19,6 +19,7 @@ public:
         return m_pFrames + m_nNext * m_nFrameBytes;
     }
 
+    std::size_t Frames() const { return m_nFrames; }
     std::size_t FrameBytes() const { return m_nFrameBytes; }
     /** What the ring's memory is filled with. */
     static constexpr std::uint8_t Background = 90;

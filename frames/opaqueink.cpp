@@ -1,7 +1,5 @@
 #include "frames/opaqueink.h"
 
-#include "frames/samplekernel.h"
-
 #include <algorithm>
 #include <climits>
 
@@ -253,16 +251,15 @@ void OpaqueInk::Build(const PixelMap &map, const FrameLayout &layout, const std:
 
 void OpaqueInk::Draw(const FramePlanes &planes) const
 {
-    const SampleKernel &kernel = PortableSampleKernel();
     for (std::size_t i = 0; i < planes.size(); ++i) {
         const Plane &plane = m_planes[i];
         const Span *spans = plane.listSpans.data();
         const std::size_t count = plane.listSpans.size();
         if (!plane.bMeans)
-            kernel.Fill(planes[i], spans, count, plane.listValues.data(), plane.listKeep.data());
+            m_pKernel->Fill(planes[i], spans, count, plane.listValues.data(), plane.listKeep.data());
         else if (plane.nElementBytes == 1)
-            kernel.Mean8(planes[i], spans, count, plane.listAdd.data(), plane.listKeep.data());
+            m_pKernel->Mean8(planes[i], spans, count, plane.listAdd.data(), plane.listKeep.data());
         else
-            kernel.Mean16(planes[i], spans, count, plane.listAdd.data(), plane.listKeep.data(), plane.nShift);
+            m_pKernel->Mean16(planes[i], spans, count, plane.listAdd.data(), plane.listKeep.data(), plane.nShift);
     }
 }

@@ -3,6 +3,7 @@
 #include "frames/framecolors.h"
 #include "frames/framelayout.h"
 #include "frames/pixelmap.h"
+#include "frames/samplekernel.h"
 
 #include <array>
 #include <cstdint>
@@ -30,5 +31,6 @@ private:
     };
     class Builder;
 
+    const SampleKernel *m_pKernel = &BestSampleKernel(); ///< chosen ahead: asking the processor takes a while
     std::array<Plane, 4> m_planes;
 };

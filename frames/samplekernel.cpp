@@ -19,10 +19,10 @@ inline Value Load(const std::uint8_t *from)
 void Fill(const PlaneTarget &plane, const Span *spans, std::size_t count, const std::uint8_t *values,
           const std::uint8_t *keep)
 {
-    for (const Span *span = spans; span < spans + count; ++span) {
-        std::uint8_t *to = plane.Row(span->nRow) + span->nFirst;
-        std::size_t at = span->nAt;
-        const std::size_t end = at + span->nCount;
+    ForSpans(plane, spans, count, 1, [&](const Span &span) {
+        std::uint8_t *to = plane.Row(span.nRow) + span.nFirst;
+        std::size_t at = span.nAt;
+        const std::size_t end = at + span.nCount;
         using Word = std::uint64_t;
         for (; at + sizeof(Word) <= end; at += sizeof(Word), to += sizeof(Word)) {
             const Word word = (Load<Word>(to) & Load<Word>(keep + at)) | Load<Word>(values + at);
@@ -30,7 +30,7 @@ void Fill(const PlaneTarget &plane, const Span *spans, std::size_t count, const 
         }
         for (; at < end; ++at, ++to)
             *to = static_cast<std::uint8_t>((*to & keep[at]) | values[at]);
-    }
+    });
 }
 
 template <typename Sample>
@@ -46,10 +46,10 @@ void Mean(const PlaneTarget &plane, const Span *spans, std::size_t count, const 
 {
     // Of a fixed size, for which compilers make vectors.
     constexpr std::size_t Block = 8;
-    for (const Span *span = spans; span < spans + count; ++span) {
-        std::uint8_t *to = plane.Row(span->nRow) + span->nFirst * sizeof(Sample);
-        std::size_t at = span->nAt;
-        const std::size_t end = at + span->nCount;
+    ForSpans(plane, spans, count, sizeof(Sample), [&](const Span &span) {
+        std::uint8_t *to = plane.Row(span.nRow) + span.nFirst * sizeof(Sample);
+        std::size_t at = span.nAt;
+        const std::size_t end = at + span.nCount;
         for (; at + Block <= end; at += Block, to += Block * sizeof(Sample)) {
             auto block = Load<std::array<Sample, Block>>(to);
             for (std::size_t i = 0; i < Block; ++i)
@@ -60,7 +60,7 @@ void Mean(const PlaneTarget &plane, const Span *spans, std::size_t count, const 
             const Sample sample = MeanOf(Load<Sample>(to), add[at], keep[at], shift);
             std::memcpy(to, &sample, sizeof sample);
         }
-    }
+    });
 }
 
 void Mean8(const PlaneTarget &plane, const Span *spans, std::size_t count, const std::uint16_t *add,

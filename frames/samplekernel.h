@@ -58,3 +58,23 @@ struct SampleKernel {
 
 /** For any processor. */
 const SampleKernel &PortableSampleKernel();
+
+/** For this processor: the one of its best instruction set, or the portable one where there are no vectors. */
+const SampleKernel &BestSampleKernel();
+
+/** Calls @p draw(span) for each, with memory asked ahead for later ones: a decoder's frames have left the caches. */
+template <typename Draw>
+inline void ForSpans(const PlaneTarget &plane, const Span *spans, std::size_t count, std::size_t sampleBytes, Draw draw)
+{
+    constexpr std::size_t Ahead = 8;
+    constexpr std::size_t CacheLine = 64;
+    for (std::size_t n = 0; n < count; ++n) {
+        if (n + Ahead < count) {
+            const Span &later = spans[n + Ahead];
+            const std::uint8_t *bytes = plane.Row(later.nRow) + later.nFirst * sampleBytes;
+            for (std::size_t at = 0; at < later.nCount * sampleBytes; at += CacheLine)
+                __builtin_prefetch(bytes + at, 1);
+        }
+        draw(spans[n]);
+    }
+}

@@ -1,0 +1,95 @@
+// What a frame in a decoder's format costs: a steady subtitle, and a change of subtitle.
+#include "cues.h"
+#include "host.h"
+#include "libsubtitleframe.h"
+
+extern "C" {
+#include <libavutil/imgutils.h>
+#include <libavutil/pixdesc.h>
+}
+
+namespace
+{
+
+const std::array<const char *, 4> Formats = {"yuv420p", "nv12", "p010le", "rgb24"};
+
+/** A renderer with a film's cues, and a burner; every frame is another one of a ring. */
+class FrameHost
+{
+public:
+    explicit FrameHost(const benchmark::State &state) :
+        m_ring(FrameRing::Of(Argument(state, 0), Argument(state, 1))),
+        m_subtitle(CreateVideoSubtitle(Argument(state, 0), Argument(state, 1))),
+        m_burner(CreateSubtitleBurner(m_subtitle))
+    {
+        SetSubtitleFontParam(m_subtitle, "DejaVu Sans", 0, 0);
+        SetSubtitleFile(m_subtitle, SrtFile(FilmCues).c_str(), 0);
+        m_frame.width = Argument(state, 0);
+        m_frame.height = Argument(state, 1);
+        m_frame.format = SubtitlePixelFormat(Formats[Argument(state, 2)]);
+        // Once round, since the ring has memory only where RGB frames carry subtitles.
+        for (std::size_t n = 0; n < m_ring.Frames(); ++n)
+            Process(CueDistance);
+    }
+    ~FrameHost()
+    {
+        DestroySubtitleBurner(m_burner);
+        DestroyVideoSubtitle(m_subtitle);
+    }
+    FrameHost(const FrameHost &) = delete;
+    FrameHost &operator=(const FrameHost &) = delete;
+
+    void Process(long ms)
+    {
+        av_image_fill_arrays(m_frame.data, m_frame.linesize, m_ring.Next(), static_cast<AVPixelFormat>(m_frame.format),
+                             m_frame.width, m_frame.height, 1);
+        SetSubtitleTimeStamp(m_subtitle, ms);
+        BurnSubtitle(m_burner, &m_frame);
+        benchmark::ClobberMemory();
+    }
+
+    void *Handle() const { return m_subtitle; }
+
+private:
+    FrameRing &m_ring;
+    void *m_subtitle;
+    void *m_burner;
+    SubtitleFrame m_frame = {};
+};
+
+void SteadyFrame(benchmark::State &state)
+{
+    FrameHost host(state);
+    SetSubtitleAlpah(host.Handle(), static_cast<unsigned char>(Argument(state, 3)));
+    host.Process(CueDistance);
+    long ms = 0;
+    for ([[maybe_unused]] auto _ : state)
+        host.Process(CueDistance + ms++ % CueDuration);
+}
+
+void FrameChange(benchmark::State &state)
+{
+    FrameHost host(state);
+    MeasureChanges(state, [&](int n) { host.Process(CueDistance * (2 + n)); });
+}
+
+void FormatsAndOpacities(benchmark::internal::Benchmark *benchmark)
+{
+    for (int format = 0; format < static_cast<int>(Formats.size()); ++format) {
+        for (const int opacity : {255, 128})
+            benchmark->Args({1920, 1080, format, opacity})->Args({3840, 2160, format, opacity});
+    }
+    benchmark->Unit(benchmark::kMicrosecond);
+}
+
+void FormatChanges(benchmark::internal::Benchmark *benchmark)
+{
+    for (int format = 0; format < static_cast<int>(Formats.size()); ++format)
+        benchmark->Args({1920, 1080, format})->Args({3840, 2160, format});
+    benchmark->Unit(benchmark::kMicrosecond)->Iterations(ChangeCount)->UseManualTime();
+}
+
+BENCHMARK(SteadyFrame)->Apply(FormatsAndOpacities);
+BENCHMARK(FrameChange)->Apply(FormatChanges);
+
+} // namespace
