@@ -5,6 +5,24 @@
 
 #include <algorithm>
 
+namespace
+{
+
+/** A name as a shell takes it. */
+std::string Quoted(const std::string &strName)
+{
+    const bool isPlain = strName.find_first_not_of("0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz"
+                                                   "%+,-./:=@_") == std::string::npos;
+    if (isPlain)
+        return strName;
+    std::string strQuoted = "'";
+    for (const char c : strName)
+        strQuoted += c == '\'' ? "'\\''" : std::string(1, c);
+    return strQuoted + '\'';
+}
+
+} // namespace
+
 SubtitleTracks::SubtitleTracks(const std::string &strFile) : m_strFile(strFile), m_pFormat(OpenDemuxer(strFile))
 {
     AddNewStreams();
@@ -42,7 +60,7 @@ std::string SubtitleTracks::RemedyFor(const SubtitleTrack &track) const
         return "";
     if (std::string(m_pFormat->iformat->name).find("matroska") == std::string::npos)
         return " from here, only from the .idx file of a VobSub pair";
-    return " from here; burn the .idx file that this makes: mkvextract " + m_strFile + " tracks " +
+    return " from here; burn the .idx file that this makes: mkvextract " + Quoted(m_strFile) + " tracks " +
            std::to_string(track.Stream()) + ":track.idx";
 }
 

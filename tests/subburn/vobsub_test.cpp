@@ -332,9 +332,9 @@ TEST_F(VobSubTest, TracksOfContainersAreToBeExtracted)
     const std::string strPictures = File("a.sub");
     ExpectFailure(strPictures, strPictures + ": subtitle track 0 is dvd_subtitle, which cannot be burnt from here, "
                                              "only from the .idx file of a VobSub pair");
-    const std::string strFilm = Clip("film.mkv", {"-f", "lavfi", "-i", "testsrc2=s=64x64:r=25:d=2", "-i", strIndex,
-                                                  "-map", "0", "-map", "1", "-c:s", "copy"});
-    const std::string strCommand = "mkvextract " + strFilm + " tracks 1:track.idx";
+    const std::string strFilm = Clip("it's a film.mkv", {"-f", "lavfi", "-i", "testsrc2=s=64x64:r=25:d=2", "-i",
+                                                         strIndex, "-map", "0", "-map", "1", "-c:s", "copy"});
+    const std::string strCommand = "mkvextract '" + File("it'\\''s a film.mkv") + "' tracks 1:track.idx";
     ExpectFailure(strFilm, strFilm +
                                ": subtitle track 0 is dvd_subtitle, which cannot be burnt from here; burn the "
                                ".idx file that this makes: " +
