@@ -1,28 +1,36 @@
 #!/bin/sh
-# Compares what hosts bind to, the exported C functions, data and records, with api/libsubtitle.abi; fails when something
-# changed. (The list of all exported symbols is compared by a test.)
+# Compares what hosts bind to, the exported C functions, data and records of both libraries, with api/libsubtitle.abi and
+# frames/libsubtitleframe.abi; fails when something changed. (The lists of all exported symbols are compared by a test.)
 # usage: abi.sh [--update]
-#   --update: stores what is there now as the new record
+#   --update: stores what is there now as the new records
 set -eu
 cd "$(dirname "$0")/.."
 
 scripts/install-packages.sh abigail-tools
 cmake -S . -B build-abi -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=gcc -DCMAKE_CXX_COMPILER=g++ \
     -DCMAKE_CXX_FLAGS="-ffile-prefix-map=$PWD=." -DSUBTITLE_TESTS=OFF -DSUBTITLE_BENCH=OFF >/dev/null
-cmake --build build-abi --target subtitle
+cmake --build build-abi --target subtitle subtitleframe
 
-# Types that no installed header declares are no part of it.
-headers=$(mktemp -d)
-trap 'rm -rf "$headers"' EXIT
-cp api/libsubtitle.h vobsub/subtitledecoder.h vobsub/psstream.h "$headers"
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+
+# describe LIBRARY HEADER...: types that no installed header declares are no part of it.
 describe() {
-    abidw --suppressions api/libsubtitle.abignore --headers-dir "$headers" --drop-private-types --type-id-style hash \
-        --no-corpus-path --no-comp-dir-path --no-show-locs --exported-interfaces-only --no-elf-needed \
-        build-abi/bin/libsubtitle.so
+    library=$1
+    shift
+    rm -rf "$folder/headers"
+    mkdir "$folder/headers"
+    cp "$@" "$folder/headers"
+    abidw --suppressions api/libsubtitle.abignore --headers-dir "$folder/headers" --drop-private-types \
+        --type-id-style hash --no-corpus-path --no-comp-dir-path --no-show-locs --exported-interfaces-only \
+        --no-elf-needed "build-abi/bin/$library.so"
 }
+describe libsubtitle api/libsubtitle.h vobsub/subtitledecoder.h vobsub/psstream.h >"$folder/libsubtitle.abi"
+describe libsubtitleframe frames/libsubtitleframe.h >"$folder/libsubtitleframe.abi"
 if [ "${1:-}" = --update ]; then
-    describe >api/libsubtitle.abi
+    cp "$folder/libsubtitle.abi" api/libsubtitle.abi
+    cp "$folder/libsubtitleframe.abi" frames/libsubtitleframe.abi
     exit
 fi
-describe >"$headers/now.abi"
-abidiff --suppressions api/libsubtitle.abignore api/libsubtitle.abi "$headers/now.abi"
+abidiff --suppressions api/libsubtitle.abignore api/libsubtitle.abi "$folder/libsubtitle.abi"
+abidiff --suppressions api/libsubtitle.abignore frames/libsubtitleframe.abi "$folder/libsubtitleframe.abi"
