@@ -1,25 +1,12 @@
 #include "api/libsubtitle.h"
 
+#include "api/guarded.h"
 #include "render/videosubtitle.h"
 
-#include <cxxabi.h>
 #include <memory>
 
 namespace
 {
-
-/** Calls, and returns @p failed where the call throws: callers need not be C++. */
-template <typename Result, typename Call>
-Result Guarded(Result failed, Call call)
-{
-    try {
-        return call();
-    } catch (const abi::__forced_unwind &) {
-        throw; // the end of a cancelled thread
-    } catch (...) {
-        return failed;
-    }
-}
 
 /** The same with the renderer behind a handle; -1 without one. */
 template <typename Call>

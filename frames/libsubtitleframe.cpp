@@ -1,5 +1,6 @@
 #include "frames/libsubtitleframe.h"
 
+#include "api/guarded.h"
 #include "frames/avframereader.h"
 #include "frames/frameburner.h"
 #include "frames/pixelformat.h"
@@ -8,26 +9,7 @@ extern "C" {
 #include <libavutil/pixdesc.h>
 }
 
-#include <cxxabi.h>
 #include <memory>
-
-namespace
-{
-
-/** Calls, and returns @p failed where the call throws: callers need not be C++. */
-template <typename Result, typename Call>
-Result Guarded(Result failed, Call call)
-{
-    try {
-        return call();
-    } catch (const abi::__forced_unwind &) {
-        throw; // the end of a cancelled thread
-    } catch (...) {
-        return failed;
-    }
-}
-
-} // namespace
 
 int SubtitlePixelFormat(const char *name)
 {

@@ -1,7 +1,8 @@
 #include "render/blendkernel.h"
 
+#include "support/vectortargets.h"
+
 #include <gtest/gtest.h>
-#include <hwy/targets.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -35,31 +36,7 @@ struct Frame {
     BlendTarget Target(int offset = 0) { return {listBytes.data() + nPadding, nWidth * 3 + nPadding, nWidth, offset}; }
 };
 
-struct NamedKernel {
-    std::string strName;
-    const BlendKernel *pKernel;
-};
-
-void PrintTo(const NamedKernel &kernel, std::ostream *out)
-{
-    *out << kernel.strName;
-}
-
-/** The portable one, and that of each instruction set that this processor has, the best first. */
-std::vector<NamedKernel> AllKernels()
-{
-    std::vector<NamedKernel> kernels = {{"Portable", &PortableKernel()}};
-    for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) {
-        if (target == HWY_SCALAR || target == HWY_EMU128)
-            continue;
-        hwy::SetSupportedTargetsForTest(target);
-        kernels.push_back({hwy::TargetName(target), &BestKernel()});
-    }
-    hwy::SetSupportedTargetsForTest(0);
-    return kernels;
-}
-
-class BlendKernelTest : public testing::TestWithParam<NamedKernel>
+class BlendKernelTest : public testing::TestWithParam<NamedKernel<BlendKernel>>
 {
 protected:
     std::vector<std::uint8_t> RandomBytes(std::size_t count)
@@ -237,13 +214,13 @@ TEST_P(BlendKernelTest, EveryWeightOfInkAndOldByte)
 
 TEST(BlendKernelChoice, EachInstructionSetHasItsOwnKernelAndTheBestIsTaken)
 {
-    const std::vector<NamedKernel> all = AllKernels();
+    const std::vector<NamedKernel<BlendKernel>> all = AllKernels(PortableKernel(), BestKernel);
     std::set<const BlendKernel *> distinct;
-    for (const NamedKernel &kernel : all)
+    for (const auto &kernel : all)
         distinct.insert(kernel.pKernel);
     EXPECT_EQ(distinct.size(), all.size());
     EXPECT_EQ(&BestKernel(), all[all.size() > 1 ? 1 : 0].pKernel);
 }
 
-INSTANTIATE_TEST_SUITE_P(Kernels, BlendKernelTest, testing::ValuesIn(AllKernels()),
+INSTANTIATE_TEST_SUITE_P(Kernels, BlendKernelTest, testing::ValuesIn(AllKernels(PortableKernel(), BestKernel)),
                          [](const auto &info) { return info.param.strName; });

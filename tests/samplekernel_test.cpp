@@ -1,8 +1,9 @@
 // The arithmetic of burning into samples, by all kernels that this processor can run.
 #include "frames/samplekernel.h"
 
+#include "support/vectortargets.h"
+
 #include <gtest/gtest.h>
-#include <hwy/targets.h>
 
 #include <algorithm>
 #include <cstdint>
@@ -18,31 +19,8 @@ namespace
 constexpr int Rows = 3;
 constexpr int RowSamples = 150;
 
-struct NamedKernel {
-    std::string strName;
-    const SampleKernel *pKernel;
-};
-
-void PrintTo(const NamedKernel &kernel, std::ostream *out)
-{
-    *out << kernel.strName;
-}
-
-std::vector<NamedKernel> AllKernels()
-{
-    std::vector<NamedKernel> kernels = {{"Portable", &PortableSampleKernel()}};
-    for (const std::int64_t target : hwy::SupportedAndGeneratedTargets()) {
-        if (target == HWY_SCALAR || target == HWY_EMU128)
-            continue;
-        hwy::SetSupportedTargetsForTest(target);
-        kernels.push_back({hwy::TargetName(target), &BestSampleKernel()});
-    }
-    hwy::SetSupportedTargetsForTest(0);
-    return kernels;
-}
-
 /** A plane of random bytes that begins at any byte, spans in it, and what belongs to their samples. */
-class SampleKernelTest : public testing::TestWithParam<NamedKernel>
+class SampleKernelTest : public testing::TestWithParam<NamedKernel<SampleKernel>>
 {
 protected:
     int Below(int bound) { return static_cast<int>(m_random() % static_cast<unsigned>(bound)); }
@@ -159,6 +137,7 @@ TEST_P(SampleKernelTest, MeansOfWords)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Kernels, SampleKernelTest, testing::ValuesIn(AllKernels()));
+INSTANTIATE_TEST_SUITE_P(Kernels, SampleKernelTest,
+                         testing::ValuesIn(AllKernels(PortableSampleKernel(), BestSampleKernel)));
 
 } // namespace
