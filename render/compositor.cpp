@@ -55,7 +55,7 @@ int SkipTransparent(const std::uint8_t *pixels, int column, int end)
         std::uint32_t any = 0;
         for (int i = 0; i < Block; ++i)
             any |= Word(pixels + std::ptrdiff_t{4} * (column + i));
-        if (any >> 24)
+        if (any >> 24) // cppcheck-suppress knownConditionTrueFalse; it does not see the loop
             break;
     }
     while (column < end && pixels[4 * static_cast<std::ptrdiff_t>(column) + 3] == 0)

@@ -119,6 +119,22 @@ def change_rows(t):
     return rows
 
 
+def format_rows(t):
+    rows = []
+    for number, name, goal in ((0, "yuv420p", 0.7), (1, "nv12", 0.7), (2, "p010", 1.3)):
+        for label, args in SIZES[2:]:
+            peer = t(f"SteadyText/{args}/255")
+            rows.append(Row(f"steady frame in {name}, {label}, opaque", t(f"SteadyFrame/{args}/{number}/255"),
+                            [("RGB24", peer)], f"at most {goal} × RGB24", [(peer, goal)]))
+    for number, name in ((0, "yuv420p"), (1, "nv12"), (2, "p010")):
+        for label, args in SIZES[2:]:
+            peer = t(f"TextChange/{args}/0")
+            rows.append(Row(f"frame in {name} on which the cue changes, {label}, mean of 200",
+                            t(f"FrameChange/{args}/{number}"), [("RGB24", peer)], "at most 1.25 × RGB24",
+                            [(peer, 1.25)]))
+    return rows
+
+
 def file_rows(t):
     few, many = t("Lookup/1500"), t("Lookup/100000")
     rows = [Row("lookup, 100,000 cues, random times", many,
@@ -159,7 +175,7 @@ def processor():
 
 def table(t):
     lines = ["| work | here | peer: ratio | goal | |", "|---|---|---|---|---|"]
-    for row in steady_rows(t) + change_rows(t) + file_rows(t) + process_rows(t):
+    for row in steady_rows(t) + change_rows(t) + format_rows(t) + file_rows(t) + process_rows(t):
         lines.append("| " + " | ".join(row.cells()) + " |")
     third = [cache["size"] >> 20 for cache in t.context["caches"] if cache["level"] == 3]
     third = f", L3 {third[0]} MB" if third else ""
