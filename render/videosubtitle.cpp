@@ -310,7 +310,14 @@ Placement VideoSubtitle::CurrentPlacement() const
 QFont VideoSubtitle::Font() const
 {
     const std::lock_guard<std::mutex> lock(m_fontMutex);
-    return *m_pFont;
+    QFont font = *m_pFont;
+    // Its own name, so that threads share nothing outside of the lock; the one that Qt resolves is to stay as it is.
+    const QString family = font.family();
+    const uint resolved = font.resolve();
+    font.setFamily(QString()); // since an equal name is not taken over
+    font.setFamily(QString(family.constData(), family.size()));
+    font.resolve(resolved);
+    return font;
 }
 
 TextStyle VideoSubtitle::Style() const

@@ -71,7 +71,7 @@ public:
 
 private:
     Q_DECL_HIDDEN TextStyle Style() const;
-    /** A copy. To paint with it, detach it (as PaintFont() does): Qt keeps in a font what it loads for one thread. */
+    /** A copy that shares nothing with the font that is set. */
     Q_DECL_HIDDEN QFont Font() const;
     Q_DECL_HIDDEN int OpenFile(const QString &path, int track);
     /** Makes the image of the current subtitle. */
