@@ -115,17 +115,16 @@ GlyphShape GlyphPainter::FillShape(const GlyphRun &run, Font &font, std::uint32_
 
 TextInk GlyphPainter::Compose(const std::vector<PlacedGlyph> &glyphs, const QSize &frame)
 {
-    constexpr int Margin = OutlineRadius + 1; // a corner that is rounded up may reach a column further
     int left = frame.width();
     int right = 0;
     int top = frame.height();
     int bottom = 0; // after the last
     for (const PlacedGlyph &glyph : glyphs) {
         const BitMask &mask = glyph.pShape->Mask();
-        left = std::min(left, glyph.nX + mask.nLeft - Margin);
-        right = std::max(right, glyph.nX + mask.nLeft + mask.nColumns + Margin);
-        top = std::min(top, glyph.nY + mask.nTop - OutlineRadius);
-        bottom = std::max(bottom, glyph.nY + mask.nTop + mask.nRows + OutlineRadius);
+        left = std::min(left, glyph.nX + mask.nLeft - OutlineReach);
+        right = std::max(right, glyph.nX + mask.nLeft + mask.nColumns + OutlineReach);
+        top = std::min(top, glyph.nY + mask.nTop - OutlineReach);
+        bottom = std::max(bottom, glyph.nY + mask.nTop + mask.nRows + OutlineReach);
     }
     // Text just outside the frame has outline inside.
     top = std::max(top, -OutlineRadius);
@@ -139,7 +138,7 @@ TextInk GlyphPainter::Compose(const std::vector<PlacedGlyph> &glyphs, const QSiz
     for (const PlacedGlyph &glyph : glyphs) {
         const BitMask &mask = glyph.pShape->Mask();
         const int first = glyph.nY + mask.nTop;
-        if (first - OutlineRadius >= frame.height() || first + mask.nRows + OutlineRadius <= 0)
+        if (first - OutlineReach >= frame.height() || first + mask.nRows + OutlineReach <= 0)
             continue;
         const GlyphFit fit = glyph.pShape->FindFit(glyph.nX, glyph.nY, frame.height());
         if (fit.odd.any())

@@ -218,7 +218,7 @@ GlyphFit GlyphShape::FindFit(int x, int y, int frameHeight) const
     }
     // QPainter cuts the sides at the frame's first and last row before it rounds.
     const int first = y + m_mask.nTop;
-    if (first < OutlineRadius || first + m_mask.nRows + OutlineRadius > frameHeight)
+    if (first < OutlineReach || first + m_mask.nRows + OutlineReach > frameHeight)
         compare(around([&](QPointF origin) { return m_pOutline->Flatten(origin); }, !unsure.empty()));
     return fit;
 }

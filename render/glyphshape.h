@@ -8,6 +8,9 @@
 #include <utility>
 #include <vector>
 
+/** Pixels beyond a mask that its outline may reach: a corner that is rounded otherwise adds one. */
+constexpr int OutlineReach = OutlineRadius + 1;
+
 /** How a glyph's pixels at a place and at those of the outline round it compare with each other and with a mask. */
 struct GlyphFit {
     bool bMask = true; ///< at the place itself they are the mask's
