@@ -197,8 +197,8 @@ void MixedInk::DrawSingles(const FramePlanes &planes, const Span &span) const
             else
                 from.Load(pair[i].data(), first, count);
         }
-        PortableSampleKernel().MixSingle(values.data(), pair[0].data(), pair[1].data(), count, m_singles.At(at, 0),
-                                         m_singleSettings);
+        m_pKernel->MixSingle(values.data(), pair[0].data(), pair[1].data(), count, m_singles.At(at, 0),
+                             m_singleSettings);
         samples.Store(values.data(), first, count);
     });
 }
@@ -211,8 +211,7 @@ void MixedInk::DrawAlpha(const FramePlanes &planes, const Span &span) const
         std::array<std::int32_t, Chunk> values;
         const std::array<std::int32_t, Chunk> none = {};
         samples.Load(values.data(), first, count);
-        PortableSampleKernel().MixSingle(values.data(), none.data(), none.data(), count, m_singles.At(at, 1),
-                                         m_alphaSettings);
+        m_pKernel->MixSingle(values.data(), none.data(), none.data(), count, m_singles.At(at, 1), m_alphaSettings);
         samples.Store(values.data(), first, count);
     });
 }
@@ -227,8 +226,8 @@ void MixedInk::DrawPairs(const FramePlanes &planes, const Span &span) const
         std::array<std::int32_t, Chunk> q;
         first.Load(p.data(), from, count);
         second.Load(q.data(), from, count);
-        PortableSampleKernel().MixPair(p.data(), q.data(), count, m_pairs.At(at, 0), m_pairs.listBases[1].data() + at,
-                                       m_pairSettings);
+        m_pKernel->MixPair(p.data(), q.data(), count, m_pairs.At(at, 0), m_pairs.listBases[1].data() + at,
+                           m_pairSettings);
         first.Store(p.data(), from, count);
         second.Store(q.data(), from, count);
     });

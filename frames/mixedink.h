@@ -39,6 +39,7 @@ private:
     void DrawAlpha(const FramePlanes &planes, const Span &span) const;
     void DrawPairs(const FramePlanes &planes, const Span &span) const;
 
+    const SampleKernel *m_pKernel = &BestSampleKernel(); ///< chosen ahead: asking the processor takes a while
     FrameLayout m_layout = {};
     RedBlueExchange m_exchange = {};
     MixSettings m_singleSettings = {};

@@ -241,8 +241,6 @@ ShownSubtitle Compositor::Shown(const Placement &placement)
     }
     ShownSubtitle shown = {};
     shown.nOffset = placement.nOffset;
-    shown.nFrameWidth = m_nFrameWidth;
-    shown.nFrameHeight = m_nFrameHeight;
     const int weight = Weight(255, placement.nAlpha);
     if (weight == NoWeight)
         return shown;

@@ -47,7 +47,8 @@ public:
      */
     void Blend(std::uint8_t *frame, std::ptrdiff_t linesize, const Placement &placement);
 
-    /** What was set, as a frame gets it; valid until anything is set or shown anew. Allocates nothing. */
+    /** What was set, as a frame gets it, without the frame's size; valid until anything is set or shown anew. Allocates
+     *  nothing. */
     ShownSubtitle Shown(const Placement &placement);
 
 private:
