@@ -20,21 +20,5 @@ target_compile_definitions(subtitleframe_objects PRIVATE QT_NO_VERSION_TAGGING)
 target_link_libraries(subtitleframe_objects PUBLIC Qt5::Core Qt5::Gui PkgConfig::FFMPEG PRIVATE hwy::hwy)
 subtitle_harden(subtitleframe_objects)
 
-set(frame_exports ${PROJECT_SOURCE_DIR}/frames/libsubtitleframe.map)
-add_library(subtitleframe SHARED)
-target_link_libraries(subtitleframe PRIVATE subtitleframe_objects PUBLIC subtitle)
-add_library(subtitle::subtitleframe ALIAS subtitleframe)
-target_include_directories(subtitleframe INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/frames>)
-set_target_properties(subtitleframe PROPERTIES
-  VERSION ${PROJECT_VERSION}
-  SOVERSION ${PROJECT_VERSION_MAJOR}
-  LINK_DEPENDS ${frame_exports})
-target_link_options(subtitleframe PRIVATE
-  LINKER:--version-script=${frame_exports} LINKER:-Bsymbolic LINKER:--as-needed)
-subtitle_harden(subtitleframe)
-if(NOT SUBTITLE_SANITIZE)
-  target_link_options(subtitleframe PRIVATE LINKER:--no-undefined)
-endif()
-
-add_library(subtitleframe_static STATIC)
-target_link_libraries(subtitleframe_static PUBLIC subtitleframe_objects)
+subtitle_shared_library(subtitleframe frames/libsubtitleframe.map)
+target_link_libraries(subtitleframe PUBLIC subtitle)

@@ -51,24 +51,6 @@ target_link_libraries(subtitle_objects
   PRIVATE Qt5::FontDatabaseSupportPrivate hwy::hwy)
 subtitle_harden(subtitle_objects)
 
-set(exports ${PROJECT_SOURCE_DIR}/api/libsubtitle.map)
-add_library(subtitle SHARED)
-target_link_libraries(subtitle PRIVATE subtitle_objects)
-add_library(subtitle::subtitle ALIAS subtitle)
-target_include_directories(subtitle INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/api>)
-set_target_properties(subtitle PROPERTIES
-  VERSION ${PROJECT_VERSION}
-  SOVERSION ${PROJECT_VERSION_MAJOR}
-  LINK_DEPENDS ${exports})
-# nodelete: Qt does not survive being unloaded, so a host's dlclose() must leave it where it is.
-# Bsymbolic: a host may have a Get_Byte() or mediadata of its own, which the library must not use. Hosts that are linked
-# with copies of the library's variables see them all the same (vobsub/hostsymbol.h).
-target_link_options(subtitle PRIVATE
-  LINKER:--version-script=${exports} LINKER:-z,nodelete LINKER:-Bsymbolic LINKER:--as-needed)
-subtitle_harden(subtitle)
-if(NOT SUBTITLE_SANITIZE)
-  target_link_options(subtitle PRIVATE LINKER:--no-undefined)
-endif()
-
-add_library(subtitle_static STATIC)
-target_link_libraries(subtitle_static PUBLIC subtitle_objects)
+subtitle_shared_library(subtitle api/libsubtitle.map)
+# Qt does not survive being unloaded, so a host's dlclose() must leave the library where it is.
+target_link_options(subtitle PRIVATE LINKER:-z,nodelete)
