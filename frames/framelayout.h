@@ -6,6 +6,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 /** How the samples of a frame lie in its planes. */
 struct FrameLayout {
@@ -22,6 +23,15 @@ struct PlaneTarget {
     std::uint8_t *Row(int row) const { return pData + row * nLinesize; }
 };
 using FramePlanes = std::array<PlaneTarget, 4>;
+
+/** What lies at an address, which need not be aligned, as hosts' rows need not be. */
+template <typename Value>
+inline Value Read(const std::uint8_t *from)
+{
+    Value value;
+    std::memcpy(&value, from, sizeof value);
+    return value;
+}
 
 /** Neighbours in a row of a plane, and where what belongs to them is in the lists made for the plane. */
 struct Span {

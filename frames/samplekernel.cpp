@@ -7,15 +7,6 @@
 namespace
 {
 
-/** Hosts' rows need not be aligned. */
-template <typename Value>
-inline Value Load(const std::uint8_t *from)
-{
-    Value value;
-    std::memcpy(&value, from, sizeof value);
-    return value;
-}
-
 void Fill(const PlaneTarget &plane, const Span *spans, std::size_t count, const std::uint8_t *values,
           const std::uint8_t *keep)
 {
@@ -25,7 +16,7 @@ void Fill(const PlaneTarget &plane, const Span *spans, std::size_t count, const 
         const std::size_t end = at + span.nCount;
         using Word = std::uint64_t;
         for (; at + sizeof(Word) <= end; at += sizeof(Word), to += sizeof(Word)) {
-            const Word word = (Load<Word>(to) & Load<Word>(keep + at)) | Load<Word>(values + at);
+            const Word word = (Read<Word>(to) & Read<Word>(keep + at)) | Read<Word>(values + at);
             std::memcpy(to, &word, sizeof word);
         }
         for (; at < end; ++at, ++to)
@@ -51,13 +42,13 @@ void Mean(const PlaneTarget &plane, const Span *spans, std::size_t count, const 
         std::size_t at = span.nAt;
         const std::size_t end = at + span.nCount;
         for (; at + Block <= end; at += Block, to += Block * sizeof(Sample)) {
-            auto block = Load<std::array<Sample, Block>>(to);
+            auto block = Read<std::array<Sample, Block>>(to);
             for (std::size_t i = 0; i < Block; ++i)
                 block[i] = MeanOf(block[i], add[at + i], keep[at + i], shift);
             std::memcpy(to, block.data(), sizeof block);
         }
         for (; at < end; ++at, to += sizeof(Sample)) {
-            const Sample sample = MeanOf(Load<Sample>(to), add[at], keep[at], shift);
+            const Sample sample = MeanOf(Read<Sample>(to), add[at], keep[at], shift);
             std::memcpy(to, &sample, sizeof sample);
         }
     });

@@ -5,15 +5,6 @@
 namespace
 {
 
-/** Hosts' rows need not be aligned. */
-template <typename Element>
-Element Read(const std::uint8_t *from)
-{
-    Element element;
-    std::memcpy(&element, from, sizeof element);
-    return element;
-}
-
 template <typename Element>
 void LoadElements(std::int32_t *samples, const std::uint8_t *from, int count, const Component &component)
 {
@@ -33,26 +24,30 @@ void StoreElements(const std::int32_t *samples, std::uint8_t *to, int count, con
     }
 }
 
+/** Calls with an element of so many bytes. */
+template <typename Call>
+void WithElement(int bytes, Call call)
+{
+    if (bytes == 1)
+        call(std::uint8_t{});
+    else if (bytes == 2)
+        call(std::uint16_t{});
+    else
+        call(std::uint32_t{});
+}
+
 } // namespace
 
 void SampleRow::Load(std::int32_t *samples, int first, int count) const
 {
-    if (m_nElementBytes == 1)
-        LoadElements<std::uint8_t>(samples, At(first), count, m_component);
-    else if (m_nElementBytes == 2)
-        LoadElements<std::uint16_t>(samples, At(first), count, m_component);
-    else
-        LoadElements<std::uint32_t>(samples, At(first), count, m_component);
+    WithElement(m_nElementBytes,
+                [&](auto element) { LoadElements<decltype(element)>(samples, At(first), count, m_component); });
 }
 
 void SampleRow::Store(const std::int32_t *samples, int first, int count) const
 {
-    if (m_nElementBytes == 1)
-        StoreElements<std::uint8_t>(samples, At(first), count, m_component);
-    else if (m_nElementBytes == 2)
-        StoreElements<std::uint16_t>(samples, At(first), count, m_component);
-    else
-        StoreElements<std::uint32_t>(samples, At(first), count, m_component);
+    WithElement(m_nElementBytes,
+                [&](auto element) { StoreElements<decltype(element)>(samples, At(first), count, m_component); });
 }
 
 void SampleRow::LoadDoubled(std::int32_t *samples, int pixel, int count) const
