@@ -1,33 +1,16 @@
 #include "frames/frameburner.h"
 
+#include "render/defaultfloats.h"
 #include "render/videosubtitle.h"
 
 extern "C" {
 #include <libavutil/pixfmt.h>
 }
 
-#include <cfenv>
 #include <cstdlib>
 
 namespace
 {
-
-/** The default floating-point environment, whatever the host's rounds to or traps. */
-class DefaultFloats
-{
-public:
-    DefaultFloats()
-    {
-        std::fegetenv(&m_environment);
-        std::fesetenv(FE_DFL_ENV);
-    }
-    ~DefaultFloats() { std::fesetenv(&m_environment); }
-    DefaultFloats(const DefaultFloats &) = delete;
-    DefaultFloats &operator=(const DefaultFloats &) = delete;
-
-private:
-    std::fenv_t m_environment;
-};
 
 /** False for a location that is not known. */
 bool FindSites(int location, bool isJpeg, ChromaAxis::Site &column, ChromaAxis::Site &row)

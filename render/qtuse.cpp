@@ -60,8 +60,6 @@ void WatchAllThreads(QtUse::Work work)
 QtUse::QtUse(Work work) : m_work(work), m_bAllowed(true)
 {
     (void)pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &m_nCancelState);
-    std::fegetenv(&m_environment);
-    std::fesetenv(FE_DFL_ENV);
     ++usesEverywhere;
     ++usesHere;
     if (isProcessEnding && usesHere == 1)
@@ -74,6 +72,5 @@ QtUse::~QtUse()
         WatchAllThreads(m_work);
     --usesHere;
     --usesEverywhere;
-    std::fesetenv(&m_environment);
     (void)pthread_setcancelstate(m_nCancelState, nullptr);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <cfenv>
+#include "render/defaultfloats.h"
+
 #include <pthread.h>
 
 /**
@@ -28,6 +29,6 @@ public:
 private:
     Work m_work;
     bool m_bAllowed;
-    std::fenv_t m_environment;
+    DefaultFloats m_floats;
     int m_nCancelState = PTHREAD_CANCEL_ENABLE;
 };
