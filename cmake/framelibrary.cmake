@@ -5,7 +5,9 @@ add_library(subtitleframe_objects OBJECT
   frames/frameburner.cpp
   frames/framecolors.cpp
   frames/hdrcolor.cpp
+  frames/inkrows.cpp
   frames/libsubtitleframe.cpp
+  frames/meanbuilder.cpp
   frames/mixedink.cpp
   frames/opaqueink.cpp
   frames/pixelformat.cpp

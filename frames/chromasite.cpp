@@ -2,26 +2,34 @@
 
 #include <algorithm>
 
+std::array<int, 4> ChromaAxis::Weights() const
+{
+    switch (m_site) {
+    case Site::First:
+        return {1, 2, 1, 0};
+    case Site::Second:
+        return {0, 1, 2, 1};
+    default:
+        return {0, 2, 2, 0};
+    }
+}
+
 Taps ChromaAxis::At(int sample) const
 {
     if (m_nLog2 == 0)
         return {1, {sample}, {Taps::Whole}};
     const int field = m_bByField ? sample % 2 : 0;
     const int first = m_bByField ? sample / 2 * 2 : sample * 2;
+    std::array<int, 4> weights = Weights();
+    // In the first field a quarter of the way to the field's next line, in the second one three quarters.
+    if (m_bByField && m_site == Site::Between)
+        weights = field == 0 ? std::array<int, 4>{0, 3, 1, 0} : std::array<int, 4>{0, 1, 3, 0};
     Taps taps = {};
-    switch (m_site) {
-    case Site::First:
-        taps = {3, {first - 1, first, first + 1}, {1, 2, 1}};
-        break;
-    case Site::Second:
-        taps = {3, {first, first + 1, first + 2}, {1, 2, 1}};
-        break;
-    case Site::Between:
-        // In the first field a quarter of the way to the field's next line, in the second one three quarters.
-        taps = {2, {first, first + 1}, {2, 2}};
-        if (m_bByField)
-            taps.weights = field == 0 ? std::array<int, 3>{3, 1} : std::array<int, 3>{1, 3};
-        break;
+    for (int i = 0; i < 4; ++i) {
+        if (weights[i] > 0) {
+            taps.positions[taps.nCount] = first + i - 1;
+            taps.weights[taps.nCount++] = weights[i];
+        }
     }
     const int pixels = m_bByField ? (m_nPixels - field + 1) / 2 : m_nPixels;
     for (int i = 0; i < taps.nCount; ++i) {

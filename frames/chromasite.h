@@ -29,6 +29,8 @@ public:
 
     int Samples() const { return (m_nPixels + (1 << m_nLog2) - 1) >> m_nLog2; }
     Taps At(int sample) const;
+    /** Of pixels 2 n - 1 to 2 n + 2 in sample n, away from the axis' ends; not for fields. */
+    std::array<int, 4> Weights() const;
     /** The sample that a pixel's own colour is in. */
     int SampleOf(int pixel) const;
 

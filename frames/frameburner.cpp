@@ -58,7 +58,7 @@ bool HasPlanes(const SubtitleFrame &frame, const FrameLayout &layout)
 {
     for (int i = 0; i < layout.format.nPlanes; ++i) {
         const std::ptrdiff_t linesize = frame.linesize[i];
-        if (!frame.data[i] || std::abs(linesize) < layout.format.RowBytes(i, layout.nWidth))
+        if (!frame.data[i] || std::abs(linesize) < layout.listRowBytes[i])
             return false;
     }
     return true;
@@ -116,7 +116,7 @@ int FrameBurner::BurnShown(const ShownSubtitle &shown, SubtitleFrame frame, Prep
         return -1;
     FramePlanes planes = {};
     for (std::size_t i = 0; i < planes.size(); ++i)
-        planes[i] = {frame.data[i], frame.linesize[i]};
+        planes[i] = {frame.data[i], frame.linesize[i], m_layout.listRowBytes[i]};
     if (m_bOpaque)
         m_opaqueInk.Draw(planes);
     else
@@ -150,6 +150,8 @@ bool FrameBurner::DescribeAnew(const SubtitleFrame &frame, double white)
     const Component &chroma = layout.format.components[1];
     layout.columns = ChromaAxis(frame.width, chroma.nColumnsLog2, column, false);
     layout.rows = ChromaAxis(frame.height, chroma.nRowsLog2, row, frame.interlaced != 0);
+    for (int i = 0; i < 4; ++i)
+        layout.listRowBytes[i] = layout.format.RowBytes(i, frame.width);
     m_layout = layout;
     m_description = frame;
     m_dDescribedWhite = white;
@@ -160,14 +162,21 @@ void FrameBurner::Rebuild(const ShownSubtitle &shown)
 {
     const DefaultFloats floats;
     m_nVersion = 0;
-    m_map.Build(shown, Orientation(m_description.orientation, shown.nFrameWidth, shown.nFrameHeight));
-    m_listColors.clear();
-    for (const auto &color : m_map.Colors())
-        m_listColors.push_back(m_colors.Convert(color));
-    m_bOpaque = m_map.IsOpaque();
-    if (m_bOpaque)
-        m_opaqueInk.Build(m_map, m_layout, m_listColors);
-    else
+    const Orientation orientation(m_description.orientation, shown.nFrameWidth, shown.nFrameHeight);
+    m_bOpaque = shown.nPictureCount == 0 && shown.nInkWeight == 255;
+    if (m_bOpaque) {
+        m_opaqueInk.Build(InkRows(shown, orientation), m_layout, m_colors.Convert(shown.inkColors.text),
+                          m_colors.Convert(shown.inkColors.outline));
+    } else {
+        m_map.Build(shown, orientation);
+        m_listColors.clear();
+        for (const auto &rgb : m_map.Colors()) {
+            m_listColors.push_back(m_colors.Convert(rgb));
+            // Text that is cut off at the frame's edge comes as a picture. Means of opaque text are those of code values.
+            if (m_map.IsOpaque())
+                m_listColors.back().Round();
+        }
         m_mixedInk.Build(m_map, m_layout, m_colors, m_listColors);
+    }
     m_nVersion = shown.nVersion;
 }

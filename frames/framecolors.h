@@ -13,6 +13,12 @@ constexpr int FineBits = 6;
 struct FrameColor {
     std::array<std::int32_t, 4> codes; ///< rounded to nearest
     std::array<std::int32_t, 4> fine;  ///< with FineBits more; rounded, it gives the code
+
+    void Round()
+    {
+        for (std::size_t i = 0; i < codes.size(); ++i)
+            fine[i] = codes[i] * (1 << FineBits);
+    }
 };
 
 /**

@@ -12,13 +12,15 @@
 struct FrameLayout {
     PixelFormat format;
     int nWidth, nHeight;
-    ChromaAxis columns, rows; ///< of the chroma
+    ChromaAxis columns, rows;                   ///< of the chroma
+    std::array<std::ptrdiff_t, 4> listRowBytes; ///< of the planes' rows without padding
 };
 
 /** A plane of a frame. */
 struct PlaneTarget {
     std::uint8_t *pData; ///< its top row
     std::ptrdiff_t nLinesize;
+    std::ptrdiff_t nRowBytes; ///< without padding
 
     std::uint8_t *Row(int row) const { return pData + row * nLinesize; }
 };

@@ -2,35 +2,40 @@
 
 #include "frames/framecolors.h"
 #include "frames/framelayout.h"
-#include "frames/pixelmap.h"
+#include "frames/inkrows.h"
 #include "frames/samplekernel.h"
+#include "render/blocklist.h"
 
 #include <array>
 #include <cstdint>
-#include <vector>
 
-/** Pixels of whole weight in the format of a frame. */
+/** Text of whole weight in the format of a frame. */
 class OpaqueInk
 {
 public:
-    /** @param colors  of @p map, from number 1 on. */
-    void Build(const PixelMap &map, const FrameLayout &layout, const std::vector<FrameColor> &colors);
+    void Build(const InkRows &ink, const FrameLayout &layout, const FrameColor &text, const FrameColor &outline);
     /** Allocates nothing. */
     void Draw(const FramePlanes &planes) const;
 
 private:
-    /** Either bytes to fill, or samples some of which are means of several pixels. */
-    struct Plane {
-        bool bMeans = false;
-        int nElementBytes = 1;
-        int nShift = 0;
-        std::vector<Span> listSpans;
-        std::vector<std::uint8_t> listKeep;
-        std::vector<std::uint8_t> listValues;
-        std::vector<std::uint16_t> listAdd;
+    struct Colors {
+        const FrameColor &text, &outline;
     };
-    class Builder;
+    /** What a plane has; the blocks are the same for all planes. */
+    struct Plane {
+        bool bSamples = false; ///< of components that have a sample for each pixel
+        bool bMeans = false;   ///< of subsampled chroma
+        int nElementBytes = 1; ///< of the means
+        InkPattern samples = {};
+        MeanPattern means = {};
+    };
+    void AddSamples(Plane &plane, const Component &component, int i, const Colors &colors) const;
+    void AddMeans(Plane &plane, const Component &component, int i, const Colors &colors) const;
+    void BuildSamples(const InkRows &ink, int pixelBytes);
 
     const SampleKernel *m_pKernel = &BestSampleKernel(); ///< chosen ahead: asking the processor takes a while
+    int m_nElementBytes = 1;
     std::array<Plane, 4> m_planes;
+    BlockList<InkSamples> m_samples;
+    BlockList<InkMeans> m_means;
 };

@@ -32,15 +32,11 @@ ColorModel ModelOf(const AVPixFmtDescriptor &description)
 std::ptrdiff_t PixelFormat::RowBytes(int plane, int width) const
 {
     std::ptrdiff_t elements = 0;
-    const int count = bAlpha ? 4 : nColors;
-    for (int i = 0; i < count; ++i) {
-        const Component &component = components[i];
-        if (component.nPlane != plane)
-            continue;
+    ForComponents(plane, [&](int, const Component &component) {
         const std::ptrdiff_t samples =
             (width + (std::ptrdiff_t{1} << component.nColumnsLog2) - 1) >> component.nColumnsLog2;
         elements = std::max(elements, samples * component.nStep);
-    }
+    });
     return elements * nElementBytes;
 }
 

@@ -29,6 +29,15 @@ struct PixelFormat {
 
     /** Bytes of a plane's row without padding. */
     std::ptrdiff_t RowBytes(int plane, int width) const;
+    /** Calls @p call(number, component) for those of a plane. */
+    template <typename Call>
+    void ForComponents(int plane, Call call) const
+    {
+        for (int i = 0; i < 4; ++i) {
+            if ((i < 3 ? i < nColors : bAlpha) && components[i].nPlane == plane)
+                call(i, components[i]);
+        }
+    }
     bool IsSubsampled() const { return nColors == 3 && components[1].nColumnsLog2 > 0; }
 };
 

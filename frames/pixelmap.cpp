@@ -10,13 +10,7 @@ namespace
 template <typename Call>
 void ForInk(const ShownSubtitle &shown, Call call)
 {
-    for (const InkBlock *block = shown.pInk; block < shown.pInk + shown.nInkCount; ++block) {
-        for (unsigned bits = block->nShown; bits; bits &= bits - 1) {
-            const int i = __builtin_ctz(bits);
-            if (block->nColumn + i < shown.nFrameWidth)
-                call(block->nRow + shown.nOffset, block->nColumn + i, (block->nText >> i & 1) != 0);
-        }
-    }
+    ForPixels(shown.ink, [&](int row, int column, bool isText) { call(row + shown.nOffset, column, isText); });
 }
 
 /** Calls @p call(row, column, colour, weight) for each pixel of a picture. */
@@ -78,7 +72,7 @@ void PixelMap::Build(const ShownSubtitle &shown, const Orientation &orientation)
         m_listPixels[found.nAt + column - found.nFirst] = {color, static_cast<std::uint32_t>(weight)};
         m_bOpaque = m_bOpaque && weight == 255;
     };
-    if (shown.nInkCount > 0)
+    if (shown.ink.nRows > 0)
         m_listColors = {shown.inkColors.text, shown.inkColors.outline};
     ForInk(shown, [&](int row, int column, bool isText) { put(row, column, isText ? 1 : 2, shown.nInkWeight); });
     ForPicture(shown, [&](int row, int column, const std::uint8_t *color, int weight) {

@@ -1,35 +1,12 @@
 #pragma once
 
-#include "frames/libsubtitleframe.h"
+#include "frames/orientation.h"
 #include "render/shownsubtitle.h"
 
 #include <array>
 #include <cstdint>
 #include <unordered_map>
-#include <utility>
 #include <vector>
-
-/** How the picture lies in the frame: bits of SUBTITLE_ORIENTATION_. */
-class Orientation
-{
-public:
-    /** @param bits  0 to 7 @param width, height  of the picture as it is shown */
-    Orientation(int bits, int width, int height) : m_nBits(bits), m_nWidth(width), m_nHeight(height) {}
-
-    /** From the picture as shown to the frame as stored. */
-    void ToFrame(int &row, int &column) const
-    {
-        if (m_nBits & SUBTITLE_ORIENTATION_MIRRORED)
-            column = m_nWidth - 1 - column;
-        if (m_nBits & SUBTITLE_ORIENTATION_UPSIDE_DOWN)
-            row = m_nHeight - 1 - row;
-        if (m_nBits & SUBTITLE_ORIENTATION_TRANSPOSED)
-            std::swap(row, column);
-    }
-
-private:
-    int m_nBits, m_nWidth, m_nHeight;
-};
 
 /** The pixels of a frame that a subtitle covers. Each row knows those from its first to its last. */
 class PixelMap

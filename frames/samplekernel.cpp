@@ -7,57 +7,58 @@
 namespace
 {
 
-void Fill(const PlaneTarget &plane, const Span *spans, std::size_t count, const std::uint8_t *values,
-          const std::uint8_t *keep)
+void Fill(const PlaneTarget &plane, const InkSamples *blocks, std::size_t count, const InkPattern &pattern)
 {
-    ForSpans(plane, spans, count, 1, [&](const Span &span) {
-        std::uint8_t *to = plane.Row(span.nRow) + span.nFirst;
-        std::size_t at = span.nAt;
-        const std::size_t end = at + span.nCount;
-        using Word = std::uint64_t;
-        for (; at + sizeof(Word) <= end; at += sizeof(Word), to += sizeof(Word)) {
-            const Word word = (Read<Word>(to) & Read<Word>(keep + at)) | Read<Word>(values + at);
-            std::memcpy(to, &word, sizeof word);
+    const int unit = pattern.nPixelBytes;
+    for (const InkSamples *block = blocks; block < blocks + count; ++block) {
+        std::uint8_t *bytes = plane.Row(block->nRow) + std::ptrdiff_t{block->nColumn} * unit;
+        for (std::uint64_t rest = block->nShown; rest; rest &= rest - 1) {
+            const int pixel = __builtin_ctzll(rest);
+            const auto &colors = block->nText >> pixel & 1 ? pattern.text : pattern.outline;
+            for (int i = pixel * unit; i < (pixel + 1) * unit; ++i)
+                bytes[i] = static_cast<std::uint8_t>((bytes[i] & ~pattern.bits[i]) | colors[i]);
         }
-        for (; at < end; ++at, ++to)
-            *to = static_cast<std::uint8_t>((*to & keep[at]) | values[at]);
-    });
+    }
 }
 
-template <typename Sample>
-inline Sample MeanOf(Sample old, std::uint16_t add, std::uint8_t keep, int shift)
+void Weigh(const MeanBits &bits, InkMeans &block)
 {
-    const auto sum = static_cast<std::uint16_t>(add + keep * (old >> shift));
-    return static_cast<Sample>(sum >> MeanShift << shift);
+    for (unsigned i = 0; i < MeanSamples; ++i) {
+        unsigned text = 0;
+        unsigned shown = 0;
+        for (int row = 0; row < bits.nRows; ++row) {
+            for (unsigned tap = 0; tap < bits.weights[row].size(); ++tap) {
+                text += (bits.text[row] >> (2 * i + tap) & 1) * bits.weights[row][tap];
+                shown += (bits.shown[row] >> (2 * i + tap) & 1) * bits.weights[row][tap];
+            }
+        }
+        block.text[i] = static_cast<std::uint8_t>(text);
+        block.outline[i] = static_cast<std::uint8_t>(shown - text);
+    }
 }
 
-template <typename Sample>
-void Mean(const PlaneTarget &plane, const Span *spans, std::size_t count, const std::uint16_t *add,
-          const std::uint8_t *keep, int shift)
+template <typename Element>
+void Mean(const PlaneTarget &plane, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern)
 {
-    // Of a fixed size, for which compilers make vectors.
-    constexpr std::size_t Block = 8;
-    ForSpans(plane, spans, count, sizeof(Sample), [&](const Span &span) {
-        std::uint8_t *to = plane.Row(span.nRow) + span.nFirst * sizeof(Sample);
-        std::size_t at = span.nAt;
-        const std::size_t end = at + span.nCount;
-        for (; at + Block <= end; at += Block, to += Block * sizeof(Sample)) {
-            auto block = Read<std::array<Sample, Block>>(to);
-            for (std::size_t i = 0; i < Block; ++i)
-                block[i] = MeanOf(block[i], add[at + i], keep[at + i], shift);
-            std::memcpy(to, block.data(), sizeof block);
+    constexpr std::ptrdiff_t Bytes = sizeof(Element);
+    for (const InkMeans *block = blocks; block < blocks + count; ++block) {
+        std::uint8_t *row = plane.Row(block->nRow);
+        std::uint8_t *to = row + block->nFirst * pattern.nComponents * Bytes;
+        for (std::size_t i = 0; i < MeanSamples && to < row + plane.nRowBytes; ++i) {
+            const int keep = MeanWhole - block->text[i] - block->outline[i];
+            for (int component = 0; component < pattern.nComponents; ++component, to += Bytes) {
+                if (keep == MeanWhole)
+                    continue;
+                const auto element = Read<Element>(to);
+                const int sum = block->text[i] * pattern.text[component] +
+                                block->outline[i] * pattern.outline[component] +
+                                keep * (element >> pattern.nShift & pattern.nMax);
+                const int mean = (sum + MeanWhole / 2) >> MeanShift;
+                const auto result = static_cast<Element>((element & pattern.nOthers) | mean << pattern.nShift);
+                std::memcpy(to, &result, sizeof result);
+            }
         }
-        for (; at < end; ++at, to += sizeof(Sample)) {
-            const Sample sample = MeanOf(Read<Sample>(to), add[at], keep[at], shift);
-            std::memcpy(to, &sample, sizeof sample);
-        }
-    });
-}
-
-void Mean8(const PlaneTarget &plane, const Span *spans, std::size_t count, const std::uint16_t *add,
-           const std::uint8_t *keep)
-{
-    Mean<std::uint8_t>(plane, spans, count, add, keep, 0);
+    }
 }
 
 inline std::int32_t Exchanged(const std::int32_t *weights, std::int32_t first, std::int32_t second)
@@ -109,7 +110,7 @@ void MixPair(std::int32_t *first, std::int32_t *second, std::size_t count, const
     mix(first, second, count, lists, secondBase, settings);
 }
 
-constexpr SampleKernel Portable = {Fill, Mean8, Mean<std::uint16_t>, MixSingle, MixPair};
+constexpr SampleKernel Portable = {Fill, Weigh, Mean<std::uint8_t>, Mean<std::uint16_t>, MixSingle, MixPair};
 
 } // namespace
 

@@ -3,12 +3,60 @@
 #include "frames/framecolors.h"
 #include "frames/framelayout.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
-/** Of means, 16ths; see SampleKernel::Mean8. */
+/** Bytes of a row that a block of ink takes at most, from its first pixel on. */
+constexpr std::size_t InkBytes = 64;
+
+/** Pixels of a row that have samples of their own, as many as there are whole ones in InkBytes. */
+struct InkSamples {
+    int nRow;
+    int nColumn;          ///< of the first pixel
+    std::uint64_t nText;  ///< bit i: pixel i has the text's colour, else the outline's
+    std::uint64_t nShown; ///< bit i: pixel i is drawn
+};
+
+/** What such a block puts into its bytes. */
+struct InkPattern {
+    int nPixelBytes;
+    std::array<std::uint8_t, InkBytes> text, outline;
+    std::array<std::uint8_t, InkBytes> bits; ///< that belong to the colour; none after the last whole pixel
+};
+
+/** Of means, 16ths: how much of a sample comes of a colour. */
 constexpr int MeanShift = 4;
 constexpr int MeanWhole = 1 << MeanShift;
+
+/** Chroma samples, each of which is a mean of several pixels. */
+constexpr std::size_t MeanSamples = 16;
+struct InkMeans {
+    int nRow;
+    int nFirst;                                    ///< sample
+    std::array<std::uint8_t, MeanSamples> text;    ///< 16ths of the text's colour
+    std::array<std::uint8_t, MeanSamples> outline; ///< 16ths of the outline's
+};
+
+/** Rows of pixels that a chroma sample is a mean of, at most. */
+constexpr std::size_t MeanRows = 3;
+/** The pixels that a block's samples are means of: sample i of bits 2 i to 2 i + 3 of each row. */
+struct MeanBits {
+    static constexpr std::uint64_t OfBlock = (std::uint64_t{1} << (2 * MeanSamples + 2)) - 1;
+
+    int nRows;
+    std::array<std::array<std::uint8_t, 4>, MeanRows> weights; ///< of the bits, MeanWhole in all
+    std::array<std::uint64_t, MeanRows> text, shown;           ///< as in InkBits; those after OfBlock do not count
+};
+
+/** How code values lie in a row, where the samples of one or two components take turns. */
+struct MeanPattern {
+    int nComponents;
+    std::array<std::uint16_t, 2> text, outline; ///< code values of the components
+    int nShift;                                 ///< bits of an element below the sample
+    std::uint16_t nMax;                         ///< largest code value
+    std::uint16_t nOthers;                      ///< bits of an element that stay
+};
 
 /** What mixed samples are divided by: those of one pixel, and means. */
 constexpr std::int32_t PixelDivisor = 255 << FineBits;
@@ -33,20 +81,19 @@ struct MixLists {
 };
 
 /**
- * The arithmetic of burning, on flat lists. All kernels give the same bytes. Nothing in a row beside the spans is read
- * or written.
+ * The arithmetic of burning, on flat lists. All kernels give the same bytes. Samples of a block that are not drawn may be
+ * written with what they hold; nothing after a row's end is read or written.
  */
 struct SampleKernel {
-    /** Bytes become (old & keep) | value; the spans count bytes. */
-    void (*Fill)(const PlaneTarget &plane, const Span *spans, std::size_t count, const std::uint8_t *values,
-                 const std::uint8_t *keep);
+    /** Puts the colours into the place of what was there. */
+    void (*Fill)(const PlaneTarget &plane, const InkSamples *blocks, std::size_t count, const InkPattern &pattern);
 
-    /** Samples of a byte become (add + keep * old) / 16, truncated; the spans count samples. */
-    void (*Mean8)(const PlaneTarget &plane, const Span *spans, std::size_t count, const std::uint16_t *add,
-                  const std::uint8_t *keep);
-    /** The same for samples of 16 bits whose value is in the bits from @p shift on. */
-    void (*Mean16)(const PlaneTarget &plane, const Span *spans, std::size_t count, const std::uint16_t *add,
-                   const std::uint8_t *keep, int shift);
+    /** Finds the 16ths of a block. */
+    void (*Weigh)(const MeanBits &bits, InkMeans &block);
+    /** Samples become (text * its code + outline * its code + (16 - text - outline) * old + 8) / 16, truncated. */
+    void (*Mean8)(const PlaneTarget &plane, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern);
+    /** The same for elements of 16 bits. */
+    void (*Mean16)(const PlaneTarget &plane, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern);
 
     /** Mixes into single components; @p first and @p second are the pairs of the same pixels. */
     void (*MixSingle)(std::int32_t *samples, const std::int32_t *first, const std::int32_t *second, std::size_t count,
@@ -61,20 +108,3 @@ const SampleKernel &PortableSampleKernel();
 
 /** For this processor: the one of its best instruction set, or the portable one where there are no vectors. */
 const SampleKernel &BestSampleKernel();
-
-/** Calls @p draw(span) for each, with memory asked ahead for later ones: a decoder's frames have left the caches. */
-template <typename Draw>
-inline void ForSpans(const PlaneTarget &plane, const Span *spans, std::size_t count, std::size_t sampleBytes, Draw draw)
-{
-    constexpr std::size_t Ahead = 8;
-    constexpr std::size_t CacheLine = 64;
-    for (std::size_t n = 0; n < count; ++n) {
-        if (n + Ahead < count) {
-            const Span &later = spans[n + Ahead];
-            const std::uint8_t *bytes = plane.Row(later.nRow) + later.nFirst * sampleBytes;
-            for (std::size_t at = 0; at < later.nCount * sampleBytes; at += CacheLine)
-                __builtin_prefetch(bytes + at, 1);
-        }
-        draw(spans[n]);
-    }
-}

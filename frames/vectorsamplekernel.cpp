@@ -1,7 +1,9 @@
 #include "frames/samplekernel.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 // Highway includes this file once for each kind of processor, with a namespace and a vector size of its own.
 #undef HWY_TARGET_INCLUDE
@@ -27,90 +29,191 @@ const SampleKernel &Kernel()
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// Spans are a few dozen samples long, so that longer vectors would leave more of them to the loop for the rest.
-using WideTag = hn::CappedTag<std::uint16_t, 16>;
-using ByteTag = hn::Rebind<std::uint8_t, WideTag>;
+using ByteTag = hn::CappedTag<std::uint8_t, InkBytes>;
+using WideTag = hn::CappedTag<std::uint16_t, MeanSamples>;
 
-/** The samples of a span that fill no vector. */
-template <typename Draw>
-inline void DrawRest(const PlaneTarget &plane, const Span &span, std::size_t done, Draw draw)
+/**
+ * Calls @p draw(block, bytes) for each block, with @p Size bytes to be read and written from its first on, of a copy
+ * where the row ends before.
+ */
+template <std::size_t Size, typename Block, typename Offset, typename Draw>
+inline void ForBlocks(const PlaneTarget &plane, const Block *blocks, std::size_t count, Offset offset, Draw draw)
 {
-    const Span rest = {span.nRow, span.nFirst + static_cast<int>(done), span.nCount - static_cast<int>(done),
-                       span.nAt + done};
-    if (rest.nCount > 0)
-        draw(plane, &rest, 1);
+    // A decoder's frames have left the caches, and rows are too far apart for the processor's own prefetching.
+    constexpr std::size_t Ahead = 24;
+    for (std::size_t n = 0; n < count; ++n) {
+        if (n + Ahead < count)
+            __builtin_prefetch(plane.Row(blocks[n + Ahead].nRow) + offset(blocks[n + Ahead]), 1);
+        std::uint8_t *bytes = plane.Row(blocks[n].nRow) + offset(blocks[n]);
+        const std::ptrdiff_t inRow = plane.nRowBytes - offset(blocks[n]);
+        if (inRow >= static_cast<std::ptrdiff_t>(Size)) {
+            draw(blocks[n], bytes);
+        } else {
+            std::array<std::uint8_t, Size> copy = {};
+            std::memcpy(copy.data(), bytes, inRow);
+            draw(blocks[n], copy.data());
+            std::memcpy(bytes, copy.data(), inRow);
+        }
+    }
 }
 
-void Fill(const PlaneTarget &plane, const Span *spans, std::size_t count, const std::uint8_t *values,
-          const std::uint8_t *keep)
-{
-    const hn::CappedTag<std::uint8_t, 32> tag;
-    const std::size_t lanes = hn::Lanes(tag);
-    ForSpans(plane, spans, count, 1, [&](const Span &span) HWY_ATTR {
-        std::uint8_t *to = plane.Row(span.nRow) + span.nFirst;
-        std::size_t i = 0;
-        for (; i + lanes <= static_cast<std::size_t>(span.nCount); i += lanes) {
-            const auto kept = hn::And(hn::LoadU(tag, to + i), hn::LoadU(tag, keep + span.nAt + i));
-            hn::StoreU(hn::Or(kept, hn::LoadU(tag, values + span.nAt + i)), tag, to + i);
+/** For each byte of a block, where its pixel's bit is. */
+struct BitPlaces {
+    alignas(InkBytes) std::array<std::uint8_t, InkBytes> byteOf, bitOf;
+
+    explicit BitPlaces(int pixelBytes)
+    {
+        for (std::size_t i = 0; i < InkBytes; ++i) {
+            const std::size_t pixel = i / pixelBytes;
+            byteOf[i] = static_cast<std::uint8_t>(pixel / 8);
+            bitOf[i] = static_cast<std::uint8_t>(1U << pixel % 8);
         }
-        DrawRest(plane, span, i, [=](const PlaneTarget &target, const Span *rest, std::size_t one) {
-            PortableSampleKernel().Fill(target, rest, one, values, keep);
-        });
+    }
+
+    /** The bytes, from number @p i on, of the pixels whose bits are set. */
+    template <typename Tag>
+    auto Mask(Tag tag, std::uint64_t bits, std::size_t i) const
+    {
+        const auto all = hn::BitCast(tag, hn::Set(hn::Repartition<std::uint64_t, Tag>(), bits));
+        return hn::TestBit(hn::TableLookupBytes(all, hn::Load(tag, &byteOf[i])), hn::Load(tag, &bitOf[i]));
+    }
+};
+
+void Fill(const PlaneTarget &plane, const InkSamples *blocks, std::size_t count, const InkPattern &pattern)
+{
+    const ByteTag tag;
+    const BitPlaces places(pattern.nPixelBytes);
+    const InkPattern colors = pattern;
+    const auto offset = [&pattern](const InkSamples &block)
+                            HWY_ATTR { return std::ptrdiff_t{block.nColumn} * pattern.nPixelBytes; };
+    ForBlocks<InkBytes>(plane, blocks, count, offset, [&](const InkSamples &block, std::uint8_t *bytes) HWY_ATTR {
+        for (std::size_t i = 0; i < InkBytes; i += hn::Lanes(tag)) {
+            const auto color = hn::IfThenElse(places.Mask(tag, block.nText, i), hn::LoadU(tag, &colors.text[i]),
+                                              hn::LoadU(tag, &colors.outline[i]));
+            const auto drawn = hn::IfThenElseZero(places.Mask(tag, block.nShown, i), hn::LoadU(tag, &colors.bits[i]));
+            const auto kept = hn::AndNot(drawn, hn::LoadU(tag, bytes + i));
+            hn::StoreU(hn::Or(kept, hn::And(drawn, color)), tag, bytes + i);
+        }
     });
 }
 
-void Mean8(const PlaneTarget &plane, const Span *spans, std::size_t count, const std::uint16_t *add,
-           const std::uint8_t *keep)
+/** Sums of the weights of bits that are set, for a block's samples from number @p sample on. */
+inline auto SumWeights(const MeanBits &bits, const std::array<std::uint64_t, MeanRows> &rows, const BitPlaces &places,
+                       std::size_t sample)
 {
-    const WideTag wide;
-    const ByteTag bytes;
-    const hn::RebindToSigned<WideTag> from;
-    const std::size_t lanes = hn::Lanes(wide);
-    ForSpans(plane, spans, count, 1, [&](const Span &span) HWY_ATTR {
-        std::uint8_t *to = plane.Row(span.nRow) + span.nFirst;
-        std::size_t i = 0;
-        for (; i + lanes <= static_cast<std::size_t>(span.nCount); i += lanes) {
-            const auto old = hn::PromoteTo(wide, hn::LoadU(bytes, to + i));
-            const auto weight = hn::PromoteTo(wide, hn::LoadU(bytes, keep + span.nAt + i));
-            const auto sum = hn::Add(hn::LoadU(wide, add + span.nAt + i), hn::Mul(weight, old));
-            const auto mean = hn::BitCast(from, hn::ShiftRight<MeanShift>(sum));
-            hn::StoreU(hn::DemoteTo(bytes, mean), bytes, to + i);
+    // A sample is two bytes: the sums of its first and third bit, and of its second and fourth.
+    const WideTag tag;
+    const hn::Repartition<std::uint8_t, WideTag> bytes;
+    auto sums = hn::Zero(bytes);
+    for (int row = 0; row < bits.nRows; ++row) {
+        for (int pair = 0; pair < 2; ++pair) {
+            const std::uint8_t *weights = &bits.weights[row][2 * pair];
+            const auto word = static_cast<std::uint16_t>(weights[0] | weights[1] << 8);
+            const auto isSet = places.Mask(bytes, rows[row] >> 2 * pair, 2 * sample);
+            sums = hn::Add(sums, hn::IfThenElseZero(isSet, hn::BitCast(bytes, hn::Set(tag, word))));
         }
-        DrawRest(plane, span, i, [=](const PlaneTarget &target, const Span *rest, std::size_t one) {
-            PortableSampleKernel().Mean8(target, rest, one, add, keep);
-        });
-    });
+    }
+    const auto words = hn::BitCast(tag, sums);
+    const auto sum = hn::Add(hn::And(words, hn::Set(tag, 0xFF)), hn::ShiftRight<8>(words));
+    return hn::DemoteTo(hn::Rebind<std::uint8_t, WideTag>(), hn::BitCast(hn::RebindToSigned<WideTag>(), sum));
 }
 
-void Mean16(const PlaneTarget &plane, const Span *spans, std::size_t count, const std::uint16_t *add,
-            const std::uint8_t *keep, int shift)
+void Weigh(const MeanBits &bits, InkMeans &block)
 {
-    const WideTag wide;
-    const ByteTag bytes;
-    const hn::Repartition<std::uint8_t, WideTag> row;
-    const std::size_t lanes = hn::Lanes(wide);
-    ForSpans(plane, spans, count, 2, [&](const Span &span) HWY_ATTR {
-        std::uint8_t *to = plane.Row(span.nRow) + std::ptrdiff_t{2} * span.nFirst;
-        std::size_t i = 0;
-        for (; i + lanes <= static_cast<std::size_t>(span.nCount); i += lanes) {
-            // As bytes, since the rows of a host need not be aligned.
-            const auto old = hn::BitCast(wide, hn::LoadU(row, to + 2 * i));
-            const auto weight = hn::PromoteTo(wide, hn::LoadU(bytes, keep + span.nAt + i));
-            const auto sum =
-                hn::Add(hn::LoadU(wide, add + span.nAt + i), hn::Mul(weight, hn::ShiftRightSame(old, shift)));
-            const auto mean = hn::ShiftLeftSame(hn::ShiftRight<MeanShift>(sum), shift);
-            hn::StoreU(hn::BitCast(row, mean), row, to + 2 * i);
+    static const BitPlaces places(1);
+    const hn::Rebind<std::uint8_t, WideTag> tag;
+    for (std::size_t i = 0; i < MeanSamples; i += hn::Lanes(tag)) {
+        const auto text = SumWeights(bits, bits.text, places, i);
+        const auto shown = SumWeights(bits, bits.shown, places, i);
+        hn::StoreU(text, tag, &block.text[i]);
+        hn::StoreU(hn::Sub(shown, text), tag, &block.outline[i]);
+    }
+}
+
+/** A block's weights for elements from number @p i on. */
+template <int Components>
+inline auto WeightsAt(const std::array<std::uint8_t, MeanSamples> &weights, std::size_t i)
+{
+    const WideTag tag;
+    if constexpr (Components == 1) {
+        return hn::PromoteTo(tag, hn::LoadU(hn::Rebind<std::uint8_t, WideTag>(), &weights[i]));
+    } else {
+        const hn::Repartition<std::uint32_t, WideTag> pairs;
+        const auto weight =
+            hn::PromoteTo(pairs, hn::LoadU(hn::Rebind<std::uint8_t, decltype(pairs)>(), &weights[i / 2]));
+        return hn::BitCast(tag, hn::Or(weight, hn::ShiftLeft<16>(weight)));
+    }
+}
+
+/** The code values of components that take turns. */
+inline auto Codes(const std::array<std::uint16_t, 2> &codes, int components)
+{
+    const std::uint32_t second = components > 1 ? codes[1] : codes[0];
+    return hn::BitCast(WideTag(), hn::Set(hn::Repartition<std::uint32_t, WideTag>(), codes[0] | second << 16));
+}
+
+/** Calls @p load(bytes) for a vector of elements, and @p store(bytes, elements) with what they become. */
+template <int Components, std::size_t ElementBytes, typename Load, typename Store>
+inline void DrawMeans(const PlaneTarget &plane, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern,
+                      Load load, Store store)
+{
+    const WideTag tag;
+    const auto codesOfText = Codes(pattern.text, Components);
+    const auto codesOfOutline = Codes(pattern.outline, Components);
+    const auto half = hn::Set(tag, MeanWhole / 2);
+    const auto max = hn::Set(tag, pattern.nMax);
+    const auto others = hn::Set(tag, pattern.nOthers);
+    const int shift = pattern.nShift;
+    const auto offset = [](const InkMeans &block)
+                            HWY_ATTR { return block.nFirst * std::ptrdiff_t{Components * ElementBytes}; };
+    const auto draw = [&](const InkMeans &block, std::uint8_t *bytes) HWY_ATTR {
+        for (std::size_t i = 0; i < MeanSamples * Components; i += hn::Lanes(tag)) {
+            const auto text = WeightsAt<Components>(block.text, i);
+            const auto outline = WeightsAt<Components>(block.outline, i);
+            const auto element = load(bytes + i * ElementBytes);
+            const auto old = hn::And(hn::ShiftRightSame(element, shift), max);
+            // Numbers below 0 cancel out, since words wrap round.
+            const auto fromText = hn::Mul(text, hn::Sub(codesOfText, old));
+            const auto fromOutline = hn::Mul(outline, hn::Sub(codesOfOutline, old));
+            const auto fromOld = hn::Add(hn::ShiftLeft<MeanShift>(old), half);
+            const auto mean = hn::ShiftRight<MeanShift>(hn::Add(fromOld, hn::Add(fromText, fromOutline)));
+            const auto drawn = hn::Or(hn::And(element, others), hn::ShiftLeftSame(mean, shift));
+            const auto isKept = hn::Eq(hn::Or(text, outline), hn::Zero(tag));
+            store(bytes + i * ElementBytes, hn::IfThenElse(isKept, element, drawn));
         }
-        DrawRest(plane, span, i, [=](const PlaneTarget &target, const Span *rest, std::size_t one) {
-            PortableSampleKernel().Mean16(target, rest, one, add, keep, shift);
-        });
-    });
+    };
+    ForBlocks<MeanSamples * Components * ElementBytes>(plane, blocks, count, offset, draw);
+}
+
+void Mean8(const PlaneTarget &plane, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern)
+{
+    const hn::Rebind<std::uint8_t, WideTag> tag;
+    const auto load = [=](const std::uint8_t *from) HWY_ATTR { return hn::PromoteTo(WideTag(), hn::LoadU(tag, from)); };
+    const auto store = [=](std::uint8_t *to, hn::Vec<WideTag> elements) HWY_ATTR {
+        hn::StoreU(hn::DemoteTo(tag, hn::BitCast(hn::RebindToSigned<WideTag>(), elements)), tag, to);
+    };
+    if (pattern.nComponents == 1)
+        DrawMeans<1, 1>(plane, blocks, count, pattern, load, store);
+    else
+        DrawMeans<2, 1>(plane, blocks, count, pattern, load, store);
+}
+
+void Mean16(const PlaneTarget &plane, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern)
+{
+    const hn::Repartition<std::uint8_t, WideTag> tag; // hosts' rows need not be aligned
+    const auto load = [=](const std::uint8_t *from) HWY_ATTR { return hn::BitCast(WideTag(), hn::LoadU(tag, from)); };
+    const auto store = [=](std::uint8_t *to, hn::Vec<WideTag> elements)
+                           HWY_ATTR { hn::StoreU(hn::BitCast(tag, elements), tag, to); };
+    if (pattern.nComponents == 1)
+        DrawMeans<1, 2>(plane, blocks, count, pattern, load, store);
+    else
+        DrawMeans<2, 2>(plane, blocks, count, pattern, load, store);
 }
 
 const SampleKernel &Kernel()
 {
-    static const SampleKernel kernel = {Fill, Mean8, Mean16, PortableSampleKernel().MixSingle,
-                                        PortableSampleKernel().MixPair};
+    static const SampleKernel kernel = {
+        Fill, Weigh, Mean8, Mean16, PortableSampleKernel().MixSingle, PortableSampleKernel().MixPair};
     return kernel;
 }
 

@@ -28,16 +28,36 @@ inline int Untouched(int opacity)
     return opacity == 255 ? 0 : 255;
 }
 
-/** Where a row of a mask's pixels shows: columns @p from to @p to of the frame, without the last. */
-void KeepColumns(std::vector<std::uint64_t> &row, int left, int from, int to)
+/** Clears the bits of a row outside the columns from @p from up to @p to, without that one. */
+void ClearOutside(std::uint64_t *row, int words, int left, int from, int to)
 {
-    for (int word = 0; word < static_cast<int>(row.size()); ++word) {
+    for (int word = 0; word < words; ++word) {
         const int column = left + 64 * word;
         if (column < from)
             row[word] &= from - column < 64 ? ~std::uint64_t{0} << (from - column) : 0;
         if (column + 64 > to)
             row[word] &= to > column ? ~std::uint64_t{0} >> (64 - (to - column)) : 0;
     }
+}
+
+bool HasInk(const InkBits &ink)
+{
+    return std::any_of(ink.pShown, ink.pShown + std::ptrdiff_t{ink.nRows} * (ink.nWords + 1),
+                       [](std::uint64_t bits) { return bits != 0; });
+}
+
+/** The rows from @p top up to @p end, without that one. */
+InkBits RowsOf(InkBits ink, std::int64_t top, std::int64_t end)
+{
+    const int first = static_cast<int>(std::max<std::int64_t>(ink.nTop, top));
+    const int last = static_cast<int>(std::min<std::int64_t>(ink.nTop + std::int64_t{ink.nRows}, end));
+    if (first >= last)
+        return {};
+    ink.pText = ink.Text(first);
+    ink.pShown = ink.Shown(first);
+    ink.nTop = first;
+    ink.nRows = last - first;
+    return ink;
 }
 
 /** Bytes blue, green, red and alpha as one word, alpha in the highest byte. */
@@ -105,7 +125,9 @@ void Compositor::Clear(int frameWidth, int frameHeight)
     m_nFrameWidth = frameWidth;
     m_nFrameHeight = frameHeight;
     m_nImageKey = -1;
-    m_nInk = 0;
+    m_ink = {};
+    m_inkBlocks.Reset(0);
+    m_bInkBlocks = false;
     m_listPicture.clear();
     m_listAlphas.clear();
     m_nPreparedOpacity = -1;
@@ -168,51 +190,46 @@ void Compositor::SetText(const TextInk &ink, QRgb textColor, QRgb outlineColor, 
     const bool showsOutline = (outlineColor ^ corner) & 0xFFFFFF;
     m_inkColors = {Bytes(textColor), Bytes(outlineColor)};
 
-    const std::size_t room = (64 * static_cast<std::size_t>(ink.text.nWords) / BlockPixels + 1) * ink.text.nRows;
-    if (m_nInkRoom < room) {
-        m_pInk.reset(new InkBlock[room]); // without a value, which would cost as much as the blocks' own
-        m_nInkRoom = room;
-    }
-    // One zero word of padding: BitsFrom() reads one word past the last.
-    std::vector<std::uint64_t> shown(ink.text.nWords + 1);
-    std::vector<std::uint64_t> isText(ink.text.nWords + 1);
-    for (int row = std::max(0, visible.top() - ink.text.nTop); row < ink.text.nRows; ++row) {
-        if (ink.text.nTop + row > visible.bottom())
-            break;
-        const std::uint64_t *outline = ink.outline.Row(row);
-        std::copy_n(ink.text.Row(row), ink.text.nWords, isText.begin());
-        for (int word = 0; word < ink.text.nWords; ++word)
+    // From the first word of the frame on.
+    const int skipped = std::max(0, -ink.text.nLeft / 64);
+    const int words = ink.text.nWords - skipped;
+    const int top = std::max(visible.top(), ink.text.nTop);
+    const int rows = std::min(visible.bottom(), ink.text.nTop + ink.text.nRows - 1) - top + 1;
+    if (words <= 0 || rows <= 0)
+        return;
+    const int left = ink.text.nLeft + 64 * skipped;
+    // Here, so that frames allocate nothing.
+    m_inkBlocks.Reset((64 * static_cast<std::size_t>(words) / BlockPixels + 1) * rows);
+    const std::size_t rowWords = words + 1;
+    m_listText.resize(rowWords * rows);
+    m_listShown.resize(rowWords * rows);
+    for (int row = 0; row < rows; ++row) {
+        const std::uint64_t *isText = ink.text.Row(top - ink.text.nTop + row) + skipped;
+        const std::uint64_t *outline = ink.outline.Row(top - ink.text.nTop + row) + skipped;
+        std::uint64_t *text = &m_listText[rowWords * row];
+        std::uint64_t *shown = &m_listShown[rowWords * row];
+        for (int word = 0; word < words; ++word)
             shown[word] = (showsText ? isText[word] : 0) | (showsOutline ? outline[word] & ~isText[word] : 0);
-        KeepColumns(shown, ink.text.nLeft, visible.left(), visible.right() + 1);
-        AppendTextRow(ink.text.nTop + row, ink.text.nLeft, isText, shown);
+        ClearOutside(shown, words, left, visible.left(), visible.right() + 1);
+        for (int word = 0; word < words; ++word)
+            text[word] = isText[word] & shown[word];
+        text[words] = shown[words] = 0;
     }
+    m_ink = {left, top, rows, words, m_listText.data(), m_listShown.data()};
 }
 
-void Compositor::AppendTextRow(int row, int left, const std::vector<std::uint64_t> &isText,
-                               const std::vector<std::uint64_t> &shown)
+void Compositor::FindInkBlocks()
 {
-    constexpr std::uint64_t OfBlock = (1U << BlockPixels) - 1;
-    constexpr int LastPlace = 64 - BlockPixels;
-    const int columns = 64 * (static_cast<int>(shown.size()) - 1);
-    InkBlock *end = m_pInk.get() + m_nInk;
-    for (int column = 0; column < columns;) {
-        std::uint64_t bits = BitsFrom(shown.data(), column);
-        const std::uint64_t text = BitsFrom(isText.data(), column);
-        int place = 0;
-        while (bits) {
-            const int transparent = __builtin_ctzll(bits);
-            place += transparent;
-            if (place > LastPlace)
-                break;
-            bits >>= transparent;
-            *end++ = {row, left + column + place, static_cast<std::uint16_t>(text >> place & OfBlock),
-                      static_cast<std::uint16_t>(bits & OfBlock)};
-            bits >>= BlockPixels;
-            place += BlockPixels;
-        }
-        column += bits ? place : 64;
+    if (m_bInkBlocks)
+        return;
+    for (int row = m_ink.nTop; row < m_ink.nTop + m_ink.nRows; ++row) {
+        ForInkBlocks(m_ink.Text(row), m_ink.Shown(row), m_ink.nWords, BlockPixels,
+                     [&](int column, std::uint64_t text, std::uint64_t shown) {
+                         m_inkBlocks.Append({row, m_ink.nLeft + column, static_cast<std::uint16_t>(text),
+                                             static_cast<std::uint16_t>(shown)});
+                     });
     }
-    m_nInk = end - m_pInk.get();
+    m_bInkBlocks = true;
 }
 
 void Compositor::PrepareWeights(int opacity)
@@ -248,10 +265,10 @@ ShownSubtitle Compositor::Shown(const Placement &placement)
     shown.inkColors = m_inkColors;
     shown.nInkWeight = weight;
     shown.nUntouched = Untouched(placement.nAlpha);
-    std::tie(shown.pInk, shown.nInkCount) = InFrame(m_pInk.get(), m_nInk, placement.nOffset, m_nFrameHeight);
+    shown.ink = RowsOf(m_ink, -std::int64_t{placement.nOffset}, m_nFrameHeight - std::int64_t{placement.nOffset});
     std::tie(shown.pPicture, shown.nPictureCount) =
         InFrame(m_listPicture.data(), m_listPicture.size(), placement.nOffset, m_nFrameHeight);
-    if (shown.nInkCount > 0 || shown.nPictureCount > 0)
+    if (HasInk(shown.ink) || shown.nPictureCount > 0)
         shown.nVersion = m_nVersion;
     return shown;
 }
@@ -261,10 +278,12 @@ void Compositor::Blend(std::uint8_t *frame, std::ptrdiff_t linesize, const Place
     const ShownSubtitle shown = Shown(placement);
     if (shown.nVersion == 0)
         return;
+    FindInkBlocks();
+    const auto [ink, inkCount] = InFrame(m_inkBlocks.Data(), m_inkBlocks.Size(), placement.nOffset, m_nFrameHeight);
     const BlendTarget target = {frame, linesize, m_nFrameWidth, placement.nOffset};
     if (shown.nInkWeight == 255)
-        m_pKernel->Write(target, shown.pInk, shown.nInkCount, shown.inkColors);
+        m_pKernel->Write(target, ink, inkCount, shown.inkColors);
     else
-        m_pKernel->Mix(target, shown.pInk, shown.nInkCount, shown.inkColors, shown.nInkWeight);
+        m_pKernel->Mix(target, ink, inkCount, shown.inkColors, shown.nInkWeight);
     m_pKernel->MixPicture(target, shown.pPicture, shown.nPictureCount, shown.nUntouched);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "render/blendkernel.h"
+#include "render/blocklist.h"
 #include "render/shownsubtitle.h"
 #include "render/textink.h"
 
@@ -9,7 +10,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 /** Where the rows of an image go, and how strongly. */
@@ -56,8 +56,7 @@ private:
     void FindBlocks(const QImage &image);
     /** Appends the block that starts at a column of a row up to @p end; false where that pixel does not show. */
     bool AppendBlock(int row, int column, const std::uint8_t *pixels, int end, std::uint32_t key);
-    void AppendTextRow(int row, int left, const std::vector<std::uint64_t> &isText,
-                       const std::vector<std::uint64_t> &shown);
+    void FindInkBlocks();
     void PrepareWeights(int opacity);
 
     const BlendKernel *m_pKernel = &BestKernel(); ///< chosen ahead: asking the processor takes a while
@@ -66,9 +65,10 @@ private:
     int m_nFrameWidth = 0;
     int m_nFrameHeight = 0;
     InkColors m_inkColors = {};
-    std::unique_ptr<InkBlock[]> m_pInk; ///< of text; from the top to the bottom, as pictures are
-    std::size_t m_nInk = 0;
-    std::size_t m_nInkRoom = 0;
+    InkBits m_ink = {}; ///< of text
+    std::vector<std::uint64_t> m_listText, m_listShown;
+    BlockList<InkBlock> m_inkBlocks; ///< from the top to the bottom, as the picture's are
+    bool m_bInkBlocks = false;       ///< they are those of m_ink; only frames of 3 bytes a pixel need them
     std::vector<PictureBlock> m_listPicture;
     std::vector<std::uint8_t> m_listAlphas; ///< of the picture's blocks, BlockPixels each; 0 for what does not show
     int m_nPreparedOpacity = -1;            ///< that the picture's weights are for

@@ -132,6 +132,7 @@ TextInk GlyphPainter::Compose(const std::vector<PlacedGlyph> &glyphs, const QSiz
     TextInk ink;
     if (left >= right || top >= bottom)
         return ink;
+    left &= ~63; // where a word of the frame's row begins
     ink.text = ink.outline = MakeMask(left, top, right - left, bottom - top);
 
     std::vector<std::pair<PlacedGlyph, GlyphFit>> listOdd;

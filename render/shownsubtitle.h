@@ -5,10 +5,40 @@
 #include <cstddef>
 #include <cstdint>
 
+/** Pixels in two colours, a bit for each. In the rows, column nLeft is the lowest bit of the first word. */
+struct InkBits {
+    int nLeft; ///< a multiple of 64, 0 or more
+    int nTop;
+    int nRows;                   ///< 0 when there are none
+    int nWords;                  ///< of a row, where another word of zeros follows
+    const std::uint64_t *pText;  ///< in the text's colour
+    const std::uint64_t *pShown; ///< in either colour
+
+    const std::uint64_t *Text(int row) const { return pText + At(row); }
+    const std::uint64_t *Shown(int row) const { return pShown + At(row); }
+
+private:
+    std::ptrdiff_t At(int row) const { return std::ptrdiff_t{row - nTop} * (nWords + 1); }
+};
+
+/** Calls @p call(row, column, isText) for each pixel. */
+template <typename Call>
+inline void ForPixels(const InkBits &ink, Call call)
+{
+    for (int row = ink.nTop; row < ink.nTop + ink.nRows; ++row) {
+        for (int word = 0; word < ink.nWords; ++word) {
+            const std::uint64_t text = ink.Text(row)[word];
+            for (std::uint64_t bits = ink.Shown(row)[word]; bits; bits &= bits - 1) {
+                const int bit = __builtin_ctzll(bits);
+                call(row, ink.nLeft + 64 * word + bit, (text >> bit & 1) != 0);
+            }
+        }
+    }
+}
+
 /** The pixels that a frame gets, in the coordinates of its subtitle: nOffset is still to be added to the rows. */
 struct ShownSubtitle {
-    const InkBlock *pInk; ///< from the top to the bottom, all in the frame's rows
-    std::size_t nInkCount;
+    InkBits ink;                  ///< all in the frame
     InkColors inkColors;          ///< red first
     int nInkWeight;               ///< of all ink, 0 to 255
     const PictureBlock *pPicture; ///< from the top to the bottom, all in the frame's rows; colours with red first

@@ -16,7 +16,7 @@ constexpr std::array<Offset, 20> OutlineOffsets = {{
 }};
 constexpr int OutlineRadius = 2;
 
-/** Where a text's two colours are, in pixels of the frame; both masks have the same place and size. */
+/** Where a text's two colours are, in pixels of the frame; both masks have the same place and size, left at a multiple of 64. */
 struct TextInk {
     BitMask text;
     BitMask outline; ///< the text's pixels may or may not be in it
@@ -28,6 +28,33 @@ inline std::uint64_t BitsFrom(const std::uint64_t *row, int column)
     const unsigned word = static_cast<unsigned>(column) / 64;
     const unsigned shift = static_cast<unsigned>(column) % 64;
     return row[word] >> shift | row[word + 1] << 1 << (63 - shift);
+}
+
+/**
+ * Covers the bits that are set in a row with blocks of @p pixels columns, at most 32, each of which begins at such a bit:
+ * calls @p call(column, text, shown) with the bits of the block in both rows. One word more than @p words is read.
+ */
+template <typename Call>
+inline void ForInkBlocks(const std::uint64_t *text, const std::uint64_t *shown, int words, int pixels, Call call)
+{
+    const std::uint64_t ofBlock = (std::uint64_t{1} << pixels) - 1;
+    const int lastPlace = 64 - pixels;
+    for (int column = 0; column < 64 * words;) {
+        std::uint64_t bits = BitsFrom(shown, column);
+        const std::uint64_t ofText = BitsFrom(text, column);
+        int place = 0;
+        while (bits) {
+            const int transparent = __builtin_ctzll(bits);
+            place += transparent;
+            if (place > lastPlace)
+                break;
+            bits >>= transparent;
+            call(column + place, ofText >> place & ofBlock, bits & ofBlock);
+            bits >>= pixels;
+            place += pixels;
+        }
+        column += bits ? place : 64;
+    }
 }
 
 /** The pixel that a coordinate in 64ths is rounded to. */

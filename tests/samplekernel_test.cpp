@@ -17,123 +17,178 @@ namespace
 {
 
 constexpr int Rows = 3;
-constexpr int RowSamples = 150;
 
-/** A plane of random bytes that begins at any byte, spans in it, and what belongs to their samples. */
+/** A plane of random bytes that begins at any byte, whose rows may end within a block. */
 class SampleKernelTest : public testing::TestWithParam<NamedKernel<SampleKernel>>
 {
 protected:
     int Below(int bound) { return static_cast<int>(m_random() % static_cast<unsigned>(bound)); }
+    std::uint64_t RandomBits() { return std::uint64_t{m_random()} << 32 | m_random(); }
 
-    void MakePlane(int sampleBytes)
+    void MakePlane(int rowBytes)
     {
         m_nStart = Below(33);
-        m_nLinesize = RowSamples * sampleBytes + Below(20);
+        m_nRowBytes = rowBytes;
+        m_nLinesize = rowBytes + Below(20);
         m_listBytes.resize(m_nStart + static_cast<std::size_t>(m_nLinesize) * Rows);
         for (std::uint8_t &byte : m_listBytes)
             byte = static_cast<std::uint8_t>(m_random());
-        m_listSpans.clear();
-        std::size_t at = Below(3);
-        for (int row = 0; row < Rows; ++row) {
-            for (int first = Below(20); first < RowSamples; first += 1 + Below(20)) {
-                const int count = 1 + Below(Below(3) == 0 ? RowSamples - first : std::min(40, RowSamples - first));
-                m_listSpans.push_back({row, first, count, at});
-                first += count;
-                at += count;
+        m_listExpected = m_listBytes;
+    }
+
+    PlaneTarget Target(std::vector<std::uint8_t> &bytes) const
+    {
+        return {bytes.data() + m_nStart, m_nLinesize, m_nRowBytes};
+    }
+
+    /** 16ths of two colours, none of either in some samples. */
+    InkMeans RandomMeans(int row, int first)
+    {
+        InkMeans block = {row, first, {}, {}};
+        for (std::size_t i = 0; i < MeanSamples; ++i) {
+            block.text[i] = static_cast<std::uint8_t>(Below(2) * Below(MeanWhole + 1));
+            block.outline[i] = static_cast<std::uint8_t>(Below(2) * Below(MeanWhole + 1 - block.text[i]));
+        }
+        return block;
+    }
+
+    template <typename Element>
+    void ExpectMeans(const MeanPattern &pattern, int samples, const std::vector<InkMeans> &blocks)
+    {
+        for (const InkMeans &block : blocks) {
+            const int count = std::min(static_cast<int>(MeanSamples), samples - block.nFirst) * pattern.nComponents;
+            for (int i = 0; i < count; ++i) {
+                const int text = block.text[i / pattern.nComponents];
+                const int outline = block.outline[i / pattern.nComponents];
+                const int component = i % pattern.nComponents;
+                std::uint8_t *at = Target(m_listExpected).Row(block.nRow) +
+                                   static_cast<std::size_t>(block.nFirst * pattern.nComponents + i) * sizeof(Element);
+                const auto element = Read<Element>(at);
+                const int old = element >> pattern.nShift & pattern.nMax;
+                const int sum =
+                    text * pattern.text[component] + outline * pattern.outline[component] + (16 - text - outline) * old;
+                const auto mean = static_cast<Element>((element & pattern.nOthers) | (sum + 8) / 16 << pattern.nShift);
+                if (text + outline > 0)
+                    std::memcpy(at, &mean, sizeof mean);
             }
         }
-        m_listKeep.resize(at);
-        m_listValues.resize(at);
-        m_listAdd.resize(at);
     }
 
-    PlaneTarget Target(std::vector<std::uint8_t> &bytes) const { return {bytes.data() + m_nStart, m_nLinesize}; }
-
-    /** Means with every part of the old sample, and sums that fit for the largest one. */
-    void MakeMeans(int max)
+    template <typename Element>
+    void TestMeans(MeanPattern pattern, int n)
     {
-        for (std::size_t i = 0; i < m_listKeep.size(); ++i) {
-            const int keep = Below(MeanWhole + 1);
-            m_listKeep[i] = static_cast<std::uint8_t>(keep);
-            m_listAdd[i] = static_cast<std::uint16_t>(Below((MeanWhole - keep) * max + 1) + MeanWhole / 2);
+        const int samples = 1 + n % 70;
+        pattern.nComponents = 1 + n % 2;
+        MakePlane(samples * pattern.nComponents * static_cast<int>(sizeof(Element)));
+        std::vector<InkMeans> blocks;
+        for (int row = 0; row < Rows; ++row) {
+            for (int first = Below(20); first < samples; first += MeanSamples + Below(20))
+                blocks.push_back(RandomMeans(row, first));
         }
+        for (int component = 0; component < 2; ++component) {
+            pattern.text[component] = static_cast<std::uint16_t>(Below(3) == 0 ? pattern.nMax : Below(pattern.nMax));
+            pattern.outline[component] = static_cast<std::uint16_t>(Below(pattern.nMax + 1));
+        }
+        ExpectMeans<Element>(pattern, samples, blocks);
+        const SampleKernel &kernel = *GetParam().pKernel;
+        const auto draw = sizeof(Element) == 1 ? kernel.Mean8 : kernel.Mean16;
+        draw(Target(m_listBytes), blocks.data(), blocks.size(), pattern);
+        ASSERT_EQ(m_listBytes, m_listExpected);
     }
 
-    std::vector<std::uint8_t> m_listBytes;
+    std::vector<std::uint8_t> m_listBytes, m_listExpected;
     int m_nStart = 0;
+    std::ptrdiff_t m_nRowBytes = 0;
     std::ptrdiff_t m_nLinesize = 0;
-    std::vector<Span> m_listSpans;
-    std::vector<std::uint8_t> m_listKeep;
-    std::vector<std::uint8_t> m_listValues;
-    std::vector<std::uint16_t> m_listAdd;
     std::mt19937 m_random{1};
 };
 
 TEST_P(SampleKernelTest, Fills)
 {
-    for (int n = 0; n < 300; ++n) {
-        MakePlane(1);
-        for (std::uint8_t &value : m_listValues)
-            value = static_cast<std::uint8_t>(m_random());
-        for (std::uint8_t &keep : m_listKeep)
-            keep = static_cast<std::uint8_t>(Below(3) == 0 ? m_random() : Below(2) * 255);
-        std::vector<std::uint8_t> expected = m_listBytes;
-        for (const Span &span : m_listSpans) {
-            for (int i = 0; i < span.nCount; ++i) {
-                std::uint8_t &byte = Target(expected).Row(span.nRow)[span.nFirst + i];
-                byte = static_cast<std::uint8_t>((byte & m_listKeep[span.nAt + i]) | m_listValues[span.nAt + i]);
+    for (int n = 0; n < 600; ++n) {
+        const int unit = 1 + n % 6;
+        const int pixels = static_cast<int>(InkBytes) / unit;
+        const int columns = 1 + Below(200);
+        MakePlane(columns * unit);
+        InkPattern pattern = {unit, {}, {}, {}};
+        std::vector<std::uint8_t> colors(std::size_t{3} * unit);
+        for (std::uint8_t &byte : colors)
+            byte = static_cast<std::uint8_t>(Below(3) == 0 ? 255 : m_random());
+        for (int i = 0; i < pixels * unit; ++i) {
+            pattern.bits[i] = colors[i % unit];
+            pattern.text[i] = colors[unit + i % unit] & pattern.bits[i];
+            pattern.outline[i] = colors[2 * unit + i % unit] & pattern.bits[i];
+        }
+        std::vector<InkSamples> blocks;
+        for (int row = 0; row < Rows; ++row) {
+            for (int column = Below(20); column < columns; column += pixels + Below(20)) {
+                const int inFrame = std::min(pixels, columns - column);
+                blocks.push_back({row, column, RandomBits(), RandomBits() & ~std::uint64_t{0} >> (64 - inFrame)});
             }
         }
-        GetParam().pKernel->Fill(Target(m_listBytes), m_listSpans.data(), m_listSpans.size(), m_listValues.data(),
-                                 m_listKeep.data());
-        ASSERT_EQ(m_listBytes, expected);
+        for (const InkSamples &block : blocks) {
+            for (int i = 0; i < pixels * unit; ++i) {
+                if (!(block.nShown >> (i / unit) & 1))
+                    continue;
+                std::uint8_t &byte = Target(m_listExpected).Row(block.nRow)[block.nColumn * unit + i];
+                const auto &color = block.nText >> (i / unit) & 1 ? pattern.text : pattern.outline;
+                byte = static_cast<std::uint8_t>((byte & ~pattern.bits[i]) | color[i]);
+            }
+        }
+        GetParam().pKernel->Fill(Target(m_listBytes), blocks.data(), blocks.size(), pattern);
+        ASSERT_EQ(m_listBytes, m_listExpected);
+    }
+}
+
+TEST_P(SampleKernelTest, Weighs)
+{
+    for (int n = 0; n < 2000; ++n) {
+        MeanBits bits = {1 + Below(3), {}, {}, {}};
+        // What does not count is random, too.
+        for (std::size_t row = 0; row < MeanRows; ++row) {
+            bits.shown[row] = RandomBits();
+            bits.text[row] = bits.shown[row] & RandomBits();
+        }
+        for (int rest = MeanWhole; rest > 0;) {
+            const int weight = 1 + Below(rest);
+            bits.weights[Below(bits.nRows)][Below(4)] += static_cast<std::uint8_t>(weight);
+            rest -= weight;
+        }
+        InkMeans expected = {5, 6, {}, {}};
+        for (int i = 0; i < static_cast<int>(MeanSamples); ++i) {
+            for (int row = 0; row < bits.nRows; ++row) {
+                for (int tap = 0; tap < 4; ++tap) {
+                    const int bit = 2 * i + tap;
+                    const bool isText = bits.text[row] >> bit & 1;
+                    const bool isShown = bits.shown[row] >> bit & 1;
+                    expected.text[i] += isText ? bits.weights[row][tap] : 0;
+                    expected.outline[i] += isShown && !isText ? bits.weights[row][tap] : 0;
+                }
+            }
+        }
+        InkMeans block = {5, 6, {}, {}};
+        GetParam().pKernel->Weigh(bits, block);
+        ASSERT_EQ(block.text, expected.text);
+        ASSERT_EQ(block.outline, expected.outline);
+        ASSERT_EQ(block.nRow, 5);
+        ASSERT_EQ(block.nFirst, 6);
     }
 }
 
 TEST_P(SampleKernelTest, MeansOfBytes)
 {
-    for (int n = 0; n < 300; ++n) {
-        MakePlane(1);
-        MakeMeans(255);
-        std::vector<std::uint8_t> expected = m_listBytes;
-        for (const Span &span : m_listSpans) {
-            for (int i = 0; i < span.nCount; ++i) {
-                std::uint8_t &byte = Target(expected).Row(span.nRow)[span.nFirst + i];
-                byte = static_cast<std::uint8_t>((m_listAdd[span.nAt + i] + m_listKeep[span.nAt + i] * byte) / 16);
-            }
-        }
-        GetParam().pKernel->Mean8(Target(m_listBytes), m_listSpans.data(), m_listSpans.size(), m_listAdd.data(),
-                                  m_listKeep.data());
-        ASSERT_EQ(m_listBytes, expected);
-    }
+    for (int n = 0; n < 600; ++n)
+        TestMeans<std::uint8_t>({1, {}, {}, 0, 255, 0}, n);
 }
 
 TEST_P(SampleKernelTest, MeansOfWords)
 {
-    for (int n = 0; n < 600; ++n) {
-        const int shift = n % 2 == 0 ? 0 : 6; // as p010
-        const int bits = n % 4 == 0 ? 12 : 10;
-        MakePlane(2);
-        for (std::size_t i = m_nStart; i + 1 < m_listBytes.size(); i += 2) {
-            const auto word = static_cast<std::uint16_t>(Below(1 << bits) << shift);
-            std::memcpy(&m_listBytes[i], &word, 2);
-        }
-        m_nLinesize &= ~std::ptrdiff_t{1};
-        MakeMeans((1 << bits) - 1);
-        std::vector<std::uint8_t> expected = m_listBytes;
-        for (const Span &span : m_listSpans) {
-            for (int i = 0; i < span.nCount; ++i) {
-                std::uint8_t *at = Target(expected).Row(span.nRow) + std::ptrdiff_t{2} * (span.nFirst + i);
-                std::uint16_t word = 0;
-                std::memcpy(&word, at, 2);
-                const int mean = (m_listAdd[span.nAt + i] + m_listKeep[span.nAt + i] * (word >> shift)) / 16;
-                word = static_cast<std::uint16_t>(mean << shift);
-                std::memcpy(at, &word, 2);
-            }
-        }
-        GetParam().pKernel->Mean16(Target(m_listBytes), m_listSpans.data(), m_listSpans.size(), m_listAdd.data(),
-                                   m_listKeep.data(), shift);
-        ASSERT_EQ(m_listBytes, expected);
+    // 12 bits, as p010, and each half of packed luma and chroma.
+    const MeanPattern patterns[] = {
+        {1, {}, {}, 0, 4095, 0}, {1, {}, {}, 6, 1023, 0}, {1, {}, {}, 8, 255, 0x00FF}, {1, {}, {}, 0, 255, 0xFF00}};
+    for (const MeanPattern &pattern : patterns) {
+        for (int n = 0; n < 300; ++n)
+            TestMeans<std::uint16_t>(pattern, n);
     }
 }
 

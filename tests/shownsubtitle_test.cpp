@@ -20,14 +20,23 @@ private:
     std::function<void(const ShownSubtitle &)> m_visit;
 };
 
-/** Draws all blocks with the plain kernel. */
+bool HasInk(const ShownSubtitle &shown)
+{
+    bool hasInk = false;
+    ForPixels(shown.ink, [&](int, int, bool) { hasInk = true; });
+    return hasInk;
+}
+
+/** Draws all pixels with the plain kernel. */
 void Draw(const ShownSubtitle &shown, GuardedFrame &frame)
 {
     const AVPicture picture = frame.Picture();
     const BlendTarget target = {picture.data[0], picture.linesize[0], shown.nFrameWidth, shown.nOffset};
     const BlendKernel &kernel = PortableKernel();
-    if (shown.nInkCount > 0)
-        kernel.Mix(target, shown.pInk, shown.nInkCount, shown.inkColors, shown.nInkWeight);
+    ForPixels(shown.ink, [&](int row, int column, bool isText) {
+        const InkBlock pixel = {row, column, isText, 1};
+        kernel.Mix(target, &pixel, 1, shown.inkColors, shown.nInkWeight);
+    });
     if (shown.nPictureCount > 0)
         kernel.MixPicture(target, shown.pPicture, shown.nPictureCount, shown.nUntouched);
 }
@@ -52,7 +61,7 @@ protected:
         Visitor visitor([&](const ShownSubtitle &shown) {
             EXPECT_EQ(shown.nFrameWidth, Width);
             EXPECT_EQ(shown.nFrameHeight, Height);
-            EXPECT_EQ(shown.nVersion == 0, shown.nInkCount == 0 && shown.nPictureCount == 0);
+            EXPECT_EQ(shown.nVersion == 0, !HasInk(shown) && shown.nPictureCount == 0);
             Draw(shown, drawn);
         });
         EXPECT_EQ(m_renderer.VisitShown(visitor), 0);

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "frames/framelayout.h"
+#include "frames/inkrows.h"
+#include "frames/samplekernel.h"
+#include "render/blocklist.h"
+
+#include <array>
+#include <cstdint>
+
+/** Finds how much of each subsampled chroma sample comes of text and of its outline. */
+class MeanBuilder
+{
+public:
+    MeanBuilder(const InkRows &ink, const FrameLayout &layout, const SampleKernel &kernel);
+
+    void Build(BlockList<InkMeans> &blocks);
+
+private:
+    void AppendRow(BlockList<InkMeans> &blocks, int row);
+    std::uint64_t BitsAtEnd(int column, const std::uint64_t *row) const;
+
+    const InkRows &m_ink;
+    const FrameLayout &m_layout;
+    const SampleKernel &m_kernel;
+    bool m_bLower; ///< chroma has fewer rows than the frame
+    std::array<int, 4> m_columnWeights;
+};
