@@ -104,6 +104,10 @@ Shares SharesOf(int matrix)
         return {0.2126, 0.0722};
     case AVCOL_SPC_BT2020_NCL:
         return {0.2627, 0.0593};
+    case AVCOL_SPC_FCC:
+        return {0.30, 0.11};
+    case AVCOL_SPC_SMPTE240M:
+        return {0.212, 0.087};
     default:
         return {0.299, 0.114};
     }

@@ -41,7 +41,7 @@ struct PlainSample {
 
 /**
  * Computes single samples of a frame with a subtitle, in doubles and as the definitions stand: for standard dynamic
- * range, and the matrices of BT.601, BT.709 and BT.2020.
+ * range, and every matrix that frames may have.
  */
 class FrameOracle
 {

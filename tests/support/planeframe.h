@@ -13,6 +13,14 @@ extern "C" {
 #include <random>
 #include <vector>
 
+/** How each plane of a frame lies in memory of its own. */
+struct PlaneMemory {
+    bool bBottomUp = false;
+    int nBefore = 512; ///< guard bytes
+    int nPadding = 5;  ///< bytes after each row except the last, so that rows are not aligned
+    int nAfter = 517;  ///< guard bytes
+};
+
 /**
  * A frame of any format with random samples, and random guard bytes before, between and after the rows of each plane.
  * Its samples are reached one by one, with what FFmpeg says of the format.
@@ -20,7 +28,11 @@ extern "C" {
 class PlaneFrame
 {
 public:
-    PlaneFrame(AVPixelFormat format, int width, int height, bool isBottomUp = false, unsigned seed = 1) :
+    PlaneFrame(AVPixelFormat format, int width, int height, bool isBottomUp = false) :
+        PlaneFrame(format, width, height, PlaneMemory{isBottomUp}, 1)
+    {
+    }
+    PlaneFrame(AVPixelFormat format, int width, int height, const PlaneMemory &memory, unsigned seed) :
         m_pDescription(av_pix_fmt_desc_get(format)), m_nWidth(width), m_nHeight(height)
     {
         std::mt19937 random(seed);
@@ -28,13 +40,13 @@ public:
         m_frame.height = height;
         m_frame.format = format;
         for (int plane = 0; plane < av_pix_fmt_count_planes(format); ++plane) {
-            const int stride = RowBytes(plane) + 5; // rows are not aligned
-            const int rows = Rows(plane);
-            m_bytes[plane].resize(2 * GuardSize + static_cast<std::size_t>(stride) * rows);
+            const int stride = RowBytes(plane) + memory.nPadding;
+            const std::ptrdiff_t last = static_cast<std::ptrdiff_t>(stride) * (Rows(plane) - 1);
+            m_bytes[plane].resize(memory.nBefore + last + RowBytes(plane) + memory.nAfter);
             for (auto &byte : m_bytes[plane])
                 byte = static_cast<std::uint8_t>(random());
-            m_starts[plane] = GuardSize + (isBottomUp ? static_cast<std::ptrdiff_t>(stride) * (rows - 1) : 0);
-            m_frame.linesize[plane] = isBottomUp ? -stride : stride;
+            m_starts[plane] = memory.nBefore + (memory.bBottomUp ? last : 0);
+            m_frame.linesize[plane] = memory.bBottomUp ? -stride : stride;
         }
         for (int i = 0; i < m_pDescription->nb_components; ++i) {
             for (int y = 0; y < Height(i); ++y) {
@@ -86,20 +98,7 @@ public:
             Put16(at, (Get16(at) & ~mask) | value << component.shift);
     }
 
-    /** All bytes, guards included. */
-    const std::array<std::vector<std::uint8_t>, 4> &Bytes() const { return m_bytes; }
-
-private:
-    static constexpr std::size_t GuardSize = 512;
-
-    static bool Is8Bit(const AVComponentDescriptor &component) { return component.depth + component.shift <= 8; }
-    bool IsPacked32() const { return m_pDescription->comp[0].step == 4 && m_pDescription->comp[0].depth == 10; }
-    static int Get16(const std::uint8_t *at) { return at[0] | at[1] << 8; }
-    static void Put16(std::uint8_t *at, int value)
-    {
-        at[0] = static_cast<std::uint8_t>(value);
-        at[1] = static_cast<std::uint8_t>(value >> 8);
-    }
+    /** Of a row, without what follows it. */
     int RowBytes(int plane) const
     {
         int bytes = 0;
@@ -108,6 +107,19 @@ private:
                 bytes = std::max(bytes, Width(i) * m_pDescription->comp[i].step);
         }
         return bytes;
+    }
+
+    /** All bytes, guards included. */
+    const std::array<std::vector<std::uint8_t>, 4> &Bytes() const { return m_bytes; }
+
+private:
+    static bool Is8Bit(const AVComponentDescriptor &component) { return component.depth + component.shift <= 8; }
+    bool IsPacked32() const { return m_pDescription->comp[0].step == 4 && m_pDescription->comp[0].depth == 10; }
+    static int Get16(const std::uint8_t *at) { return at[0] | at[1] << 8; }
+    static void Put16(std::uint8_t *at, int value)
+    {
+        at[0] = static_cast<std::uint8_t>(value);
+        at[1] = static_cast<std::uint8_t>(value >> 8);
     }
     int Rows(int plane) const
     {
