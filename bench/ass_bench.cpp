@@ -4,6 +4,7 @@
 #include "cues.h"
 #include "host.h"
 #include "listblender.h"
+#include "mergedyuv.h"
 #include "randomtimes.h"
 
 #include <fstream>
@@ -47,6 +48,51 @@ private:
     MergedList m_merged;
 };
 
+/** Frames in a decoder's format, in the memory of a ring of RGB frames. */
+class AssFrameHost
+{
+public:
+    explicit AssFrameHost(const benchmark::State &state) :
+        m_nWidth(Argument(state, 0)),
+        m_nHeight(Argument(state, 1)),
+        m_format(static_cast<YuvFormat>(Argument(state, 2))),
+        m_ring(FrameRing::Of(m_nWidth, m_nHeight)),
+        m_ass(m_nWidth, m_nHeight, AssFile(FilmCues, m_nWidth, m_nHeight)),
+        m_merged(m_format, m_nWidth, m_nHeight)
+    {
+        // Once round, since the ring has memory only where RGB frames carry subtitles.
+        for (std::size_t n = 0; n < m_ring.Frames(); ++n)
+            Process(CueDistance);
+    }
+
+    void Process(long ms)
+    {
+        int change = 0;
+        const ASS_Image *list = m_ass.Images(ms, &change);
+        if (change != 0)
+            m_merged.Merge(list);
+        m_merged.Blend(Planes(m_ring.Next()));
+        benchmark::ClobberMemory();
+    }
+
+private:
+    YuvPlanes Planes(std::uint8_t *frame) const
+    {
+        const std::ptrdiff_t row = m_format == YuvFormat::P010 ? std::ptrdiff_t{2} * m_nWidth : m_nWidth;
+        std::uint8_t *const chroma = frame + row * m_nHeight;
+        if (m_format == YuvFormat::Yuv420p)
+            return {{frame, chroma, chroma + row / 2 * (m_nHeight / 2)}, {row, row / 2, row / 2}};
+        return {{frame, chroma, nullptr}, {row, row, 0}};
+    }
+
+    int m_nWidth;
+    int m_nHeight;
+    YuvFormat m_format;
+    FrameRing &m_ring;
+    AssHost m_ass;
+    MergedYuv m_merged;
+};
+
 /** Reports that a benchmark cannot be run, if so. */
 bool CannotRun(benchmark::State &state)
 {
@@ -83,6 +129,40 @@ void AssChange(benchmark::State &state)
     AssTextHost host(state, Script(state));
     host.ProcessList(CueDistance);
     MeasureChanges(state, [&](int n) { host.ProcessList(CueDistance * (2 + n)); });
+}
+
+void AssSteadyFrame(benchmark::State &state)
+{
+    if (CannotRun(state))
+        return;
+    AssFrameHost host(state);
+    long ms = 0;
+    for ([[maybe_unused]] auto _ : state)
+        host.Process(CueDistance + ms++ % CueDuration);
+}
+
+void AssFrameChange(benchmark::State &state)
+{
+    if (CannotRun(state))
+        return;
+    AssFrameHost host(state);
+    MeasureChanges(state, [&](int n) { host.Process(CueDistance * (2 + n)); });
+}
+
+/** By size and YuvFormat, whose numbers are those of frame_bench.cpp's formats. */
+void FormatSizes(benchmark::internal::Benchmark *benchmark)
+{
+    for (const YuvFormat format : {YuvFormat::Yuv420p, YuvFormat::Nv12, YuvFormat::P010}) {
+        for (const auto &[width, height] : {FrameSizes[2], FrameSizes[3]})
+            benchmark->Args({width, height, static_cast<int>(format)});
+    }
+    benchmark->Unit(benchmark::kMicrosecond);
+}
+
+void FormatChanges(benchmark::internal::Benchmark *benchmark)
+{
+    FormatSizes(benchmark);
+    benchmark->Iterations(ChangeCount)->UseManualTime();
 }
 
 void AssNothingDue(benchmark::State &state)
@@ -124,6 +204,8 @@ void AssRead(benchmark::State &state)
 BENCHMARK(AssSteadyList)->Apply(Sizes);
 BENCHMARK(AssSteadyMerged)->Apply(Sizes);
 BENCHMARK(AssChange)->Apply(ScriptChanges);
+BENCHMARK(AssSteadyFrame)->Apply(FormatSizes);
+BENCHMARK(AssFrameChange)->Apply(FormatChanges);
 BENCHMARK(AssNothingDue)->Args({1920, 1080})->Unit(benchmark::kMicrosecond);
 BENCHMARK(AssLookup)->Arg(FilmCues)->Arg(ManyCues)->Unit(benchmark::kMicrosecond);
 BENCHMARK(AssRead)->Arg(FilmCues)->Unit(benchmark::kMicrosecond);

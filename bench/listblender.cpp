@@ -1,23 +1,17 @@
 #include "listblender.h"
 
+#include "bytevectors.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstring>
-#include <immintrin.h>
 
 namespace
 {
 
 constexpr int Pixels = 16; ///< of a mask at a time
 constexpr std::size_t Block = 32;
-
-/** (value + 127) / 255 for products of two bytes. */
-__m256i DivideBy255(__m256i value)
-{
-    const __m256i rounded = _mm256_add_epi16(value, _mm256_set1_epi16(128));
-    return _mm256_srli_epi16(_mm256_add_epi16(rounded, _mm256_srli_epi16(rounded, 8)), 8);
-}
 
 __m128i Narrow(__m256i words)
 {
@@ -173,14 +167,9 @@ void MergedList::Blend(std::uint8_t *frame) const
                 _mm256_storeu_si256(place, own);
                 continue;
             }
-            const __m256i zero = _mm256_setzero_si256();
             const __m256i old = _mm256_loadu_si256(place);
             const __m256i rest = _mm256_loadu_si256(reinterpret_cast<const __m256i *>(rests + n));
-            const __m256i low =
-                DivideBy255(_mm256_mullo_epi16(_mm256_unpacklo_epi8(old, zero), _mm256_unpacklo_epi8(rest, zero)));
-            const __m256i high =
-                DivideBy255(_mm256_mullo_epi16(_mm256_unpackhi_epi8(old, zero), _mm256_unpackhi_epi8(rest, zero)));
-            _mm256_storeu_si256(place, _mm256_adds_epu8(own, _mm256_packus_epi16(low, high)));
+            _mm256_storeu_si256(place, Mix(own, rest, old));
         }
     }
 }

@@ -121,17 +121,21 @@ def change_rows(t):
 
 def format_rows(t):
     rows = []
-    for number, name, goal in ((0, "yuv420p", 0.7), (1, "nv12", 0.7), (2, "p010", 1.3)):
+    formats = ((0, "yuv420p", 0.7), (1, "nv12", 0.7), (2, "p010", 1.3))
+    for number, name, goal in formats:
         for label, args in SIZES[2:]:
-            peer = t(f"SteadyText/{args}/255")
+            rgb = t(f"SteadyText/{args}/255")
+            merged = t(f"AssSteadyFrame/{args}/{number}")
             rows.append(Row(f"steady frame in {name}, {label}, opaque", t(f"SteadyFrame/{args}/{number}/255"),
-                            [("RGB24", peer)], f"at most {goal} × RGB24", [(peer, goal)]))
-    for number, name in ((0, "yuv420p"), (1, "nv12"), (2, "p010")):
+                            [("RGB24", rgb), ("libass merged", merged)],
+                            f"at most {goal} × RGB24, below 0.5 × libass", [(rgb, goal), (merged, 0.5)]))
+    for number, name, _ in formats:
         for label, args in SIZES[2:]:
-            peer = t(f"TextChange/{args}/0")
+            rgb = t(f"TextChange/{args}/0")
             rows.append(Row(f"frame in {name} on which the cue changes, {label}, mean of 200",
-                            t(f"FrameChange/{args}/{number}"), [("RGB24", peer)], "at most 1.25 × RGB24",
-                            [(peer, 1.25)]))
+                            t(f"FrameChange/{args}/{number}"),
+                            [("RGB24", rgb), ("libass merged", t(f"AssFrameChange/{args}/{number}"))],
+                            "at most 1.25 × RGB24", [(rgb, 1.25)]))
     return rows
 
 

@@ -1,0 +1,274 @@
+#include "mergedyuv.h"
+
+#include "bytevectors.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstring>
+
+namespace
+{
+
+constexpr int Step = 16;    ///< samples of 16 bits in a vector
+constexpr int Columns = 64; ///< that are whole blocks in each plane of each format
+constexpr std::int16_t Whole = 32767;
+
+__m256i Load(const void *from)
+{
+    return _mm256_loadu_si256(static_cast<const __m256i *>(from));
+}
+
+void Store(void *to, __m256i value)
+{
+    _mm256_storeu_si256(static_cast<__m256i *>(to), value);
+}
+
+/** Moves samples towards a colour, and what shows of the frame towards nothing. */
+void Cover(std::int16_t *own, std::int16_t *rests, __m256i weight, std::int16_t color)
+{
+    const __m256i old = Load(own);
+    const __m256i distance = _mm256_sub_epi16(_mm256_set1_epi16(color), old);
+    Store(own, _mm256_add_epi16(old, _mm256_mulhrs_epi16(distance, weight)));
+    const __m256i rest = Load(rests);
+    Store(rests, _mm256_sub_epi16(rest, _mm256_mulhrs_epi16(rest, weight)));
+}
+
+/** Of 1020, which four pixels have together, to 32767. */
+__m256i WeightOfFour(__m256i sum)
+{
+    return _mm256_add_epi16(_mm256_slli_epi16(sum, 5), _mm256_srli_epi16(sum, 3));
+}
+
+/** Of p010: 10 bits at the top of 16. */
+__m256i MixWords(__m256i own, __m256i rest, __m256i old)
+{
+    const __m256i sum = _mm256_add_epi16(own, _mm256_mulhrs_epi16(_mm256_srli_epi16(old, 1), rest));
+    return _mm256_slli_epi16(_mm256_srli_epi16(_mm256_add_epi16(sum, _mm256_set1_epi16(16)), 5), 6);
+}
+
+/** The same over what shows no more. */
+__m256i FinishWords(__m256i own)
+{
+    return MixWords(own, _mm256_setzero_si256(), own);
+}
+
+void CopyRun(std::uint8_t *samples, const std::uint8_t *own, std::size_t bytes)
+{
+    for (std::size_t n = 0; n < bytes; n += sizeof(__m256i))
+        Store(samples + n, Load(own + n));
+}
+
+template <__m256i (*MixSamples)(__m256i, __m256i, __m256i)>
+void BlendRun(std::uint8_t *samples, const std::uint8_t *own, const std::uint8_t *rests, std::size_t bytes)
+{
+    for (std::size_t n = 0; n < bytes; n += sizeof(__m256i))
+        Store(samples + n, MixSamples(Load(own + n), Load(rests + n), Load(samples + n)));
+}
+
+/** Makes samples of 15 bits what is kept of them. */
+void Narrow(const std::int16_t *own, const std::int16_t *rests, std::size_t count, std::size_t distance,
+            std::uint8_t *toOwn, std::uint8_t *toRests)
+{
+    for (std::size_t n = 0; n < count; ++n) {
+        toOwn[n * distance] = static_cast<std::uint8_t>((own[n] + 64) >> 7);
+        toRests[n * distance] = static_cast<std::uint8_t>((rests[n] * 255 + 16384) >> 15);
+    }
+}
+
+void Narrow(const std::int16_t *own, const std::int16_t *rests, std::size_t count, std::size_t distance,
+            std::int16_t *toOwn, std::int16_t *toRests)
+{
+    // What is left of roundings shows in no sample.
+    constexpr std::int16_t Nothing = 8;
+    for (std::size_t n = 0; n < count; ++n) {
+        toOwn[n * distance] = own[n];
+        toRests[n * distance] = rests[n] < Nothing ? std::int16_t{0} : rests[n];
+    }
+}
+
+bool IsEach(const std::uint8_t *block, __m256i value)
+{
+    const __m256i difference = _mm256_xor_si256(Load(block), value);
+    return _mm256_testz_si256(difference, difference) != 0;
+}
+
+} // namespace
+
+/** A colour's code values, with 15 bits each. */
+struct MergedYuv::Color {
+    std::int16_t y, u, v;
+    std::int16_t nOpacity;
+
+    Color(std::uint32_t rgba, YuvFormat format)
+    {
+        const double red = static_cast<double>(rgba >> 24) / 255;
+        const double green = static_cast<double>(rgba >> 16 & 255) / 255;
+        const double blue = static_cast<double>(rgba >> 8 & 255) / 255;
+        const double luma = 0.2126 * red + 0.7152 * green + 0.0722 * blue;
+        const int bits = format == YuvFormat::P010 ? 10 : 8;
+        const auto code = [bits](double value) {
+            const auto rounded = static_cast<int>(std::lround(value * (1 << (bits - 8))));
+            return static_cast<std::int16_t>(rounded << (15 - bits));
+        };
+        y = code(16 + 219 * luma);
+        u = code(128 + 224 * (blue - luma) / 1.8556);
+        v = code(128 + 224 * (red - luma) / 1.5748);
+        nOpacity = static_cast<std::int16_t>(std::lround((255 - static_cast<int>(rgba & 255)) / 255.0 * Whole));
+    }
+
+    __m256i Weight(__m256i weight) const
+    {
+        return nOpacity == Whole ? weight : _mm256_mulhrs_epi16(weight, _mm256_set1_epi16(nOpacity));
+    }
+};
+
+void MergedYuv::Row::Clear(int from, int to)
+{
+    std::fill(listOwn.begin() + from, listOwn.begin() + to, std::int16_t{0});
+    std::fill(listRests.begin() + from, listRests.begin() + to, Whole);
+}
+
+MergedYuv::MergedYuv(YuvFormat format, int width, int height) : m_format(format), m_nWidth(width), m_nHeight(height)
+{
+    const auto samples = static_cast<std::size_t>(width);
+    for (std::size_t i = 0; i < 2; ++i) {
+        m_listMasks[i].resize(samples);
+        m_listLuma[i].listOwn.resize(samples);
+        m_listLuma[i].listRests.resize(samples);
+        m_listChroma[i].listOwn.resize(samples / 2);
+        m_listChroma[i].listRests.resize(samples / 2);
+    }
+    m_listOwn.resize(samples * 2);
+    m_listRests.resize(samples * 2);
+}
+
+void MergedYuv::Merge(const ASS_Image *list)
+{
+    int top = m_nHeight;
+    int bottom = 0;
+    m_nLeft = m_nWidth;
+    m_nRight = 0;
+    for (const ASS_Image *image = list; image; image = image->next) {
+        top = std::min(top, image->dst_y);
+        bottom = std::max(bottom, image->dst_y + image->h);
+        m_nLeft = std::min(m_nLeft, image->dst_x);
+        m_nRight = std::max(m_nRight, image->dst_x + image->w);
+    }
+    m_nLeft = m_nLeft / Columns * Columns;
+    m_nRight = (m_nRight + Columns - 1) / Columns * Columns;
+    for (Layer &layer : m_listLayers) {
+        layer.listRuns.clear();
+        layer.listOwn.clear();
+        layer.listRests.clear();
+    }
+    for (int row = top / 2 * 2; row < bottom; row += 2)
+        MergeRows(list, row);
+}
+
+/** Two rows of the frame, and the one of chroma that is theirs. */
+void MergedYuv::MergeRows(const ASS_Image *list, int row)
+{
+    for (int i = 0; i < 2; ++i) {
+        m_listLuma[i].Clear(m_nLeft, m_nRight);
+        m_listChroma[i].Clear(m_nLeft / 2, m_nRight / 2);
+    }
+    for (const ASS_Image *image = list; image; image = image->next) {
+        if (row + 1 >= image->dst_y && row < image->dst_y + image->h && image->w > 0)
+            CoverRows(*image, row);
+    }
+    AppendRow(m_listLayers[0], row, m_listLuma[0], nullptr);
+    AppendRow(m_listLayers[0], row + 1, m_listLuma[1], nullptr);
+    if (m_format == YuvFormat::Yuv420p) {
+        AppendRow(m_listLayers[1], row / 2, m_listChroma[0], nullptr);
+        AppendRow(m_listLayers[2], row / 2, m_listChroma[1], nullptr);
+    } else {
+        AppendRow(m_listLayers[1], row / 2, m_listChroma[0], &m_listChroma[1]);
+    }
+}
+
+void MergedYuv::CoverRows(const ASS_Image &image, int row)
+{
+    const Color color(image.color, m_format);
+    const int left = image.dst_x / (2 * Step) * (2 * Step);
+    const int right = (image.dst_x + image.w + 2 * Step - 1) / (2 * Step) * (2 * Step);
+    for (int i = 0; i < 2; ++i) {
+        std::uint8_t *mask = m_listMasks[i].data();
+        std::memset(mask + left, 0, right - left);
+        const int line = row + i - image.dst_y;
+        if (line >= 0 && line < image.h)
+            std::memcpy(mask + image.dst_x, image.bitmap + static_cast<std::ptrdiff_t>(line) * image.stride, image.w);
+        Row &luma = m_listLuma[i];
+        for (int x = left; x < right; x += Step) {
+            const __m256i alpha = _mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i *>(mask + x)));
+            const __m256i weight = _mm256_or_si256(_mm256_slli_epi16(alpha, 7), _mm256_srli_epi16(alpha, 1));
+            Cover(&luma.listOwn[x], &luma.listRests[x], color.Weight(weight), color.y);
+        }
+    }
+    const __m256i ones = _mm256_set1_epi8(1);
+    for (int x = left; x < right; x += 2 * Step) {
+        const __m256i sum = _mm256_add_epi16(_mm256_maddubs_epi16(Load(&m_listMasks[0][x]), ones),
+                                             _mm256_maddubs_epi16(Load(&m_listMasks[1][x]), ones));
+        const __m256i weight = color.Weight(WeightOfFour(sum));
+        Cover(&m_listChroma[0].listOwn[x / 2], &m_listChroma[0].listRests[x / 2], weight, color.u);
+        Cover(&m_listChroma[1].listOwn[x / 2], &m_listChroma[1].listRests[x / 2], weight, color.v);
+    }
+}
+
+void MergedYuv::AppendRow(Layer &layer, int row, const Row &first, const Row *second)
+{
+    const bool isLuma = &layer == m_listLayers.data();
+    const std::size_t left = isLuma ? m_nLeft : m_nLeft / 2;
+    const std::size_t samples = (isLuma ? m_nRight : m_nRight / 2) - left;
+    const std::size_t distance = second ? 2 : 1;
+    const std::size_t sampleBytes = m_format == YuvFormat::P010 ? 2 : 1;
+    const Row *const rows[] = {&first, second};
+    for (std::size_t i = 0; i < distance; ++i) {
+        const std::int16_t *own = &rows[i]->listOwn[left];
+        const std::int16_t *rests = &rows[i]->listRests[left];
+        if (sampleBytes == 1)
+            Narrow(own, rests, samples, distance, m_listOwn.data() + i, m_listRests.data() + i);
+        else
+            Narrow(own, rests, samples, distance, reinterpret_cast<std::int16_t *>(m_listOwn.data()) + i,
+                   reinterpret_cast<std::int16_t *>(m_listRests.data()) + i);
+    }
+    const __m256i whole = sampleBytes == 1 ? _mm256_set1_epi8(-1) : _mm256_set1_epi16(Whole);
+    const std::size_t bytes = samples * distance * sampleBytes;
+    for (std::size_t at = 0; at < bytes; at += Block) {
+        const std::uint8_t *rests = &m_listRests[at];
+        if (IsEach(rests, whole))
+            continue;
+        const bool isOpaque = IsEach(rests, _mm256_setzero_si256());
+        if (isOpaque && sampleBytes == 2)
+            Store(&m_listOwn[at], FinishWords(Load(&m_listOwn[at])));
+        const std::size_t place = left * distance * sampleBytes + at;
+        Run *last = layer.listRuns.empty() ? nullptr : &layer.listRuns.back();
+        if (last && last->bOpaque == isOpaque && last->nRow == static_cast<std::size_t>(row) &&
+            last->nPlace + last->nBytes == place)
+            last->nBytes += Block;
+        else
+            layer.listRuns.push_back({static_cast<std::size_t>(row), place, layer.listOwn.size(), Block, isOpaque});
+        layer.listOwn.insert(layer.listOwn.end(), &m_listOwn[at], &m_listOwn[at] + Block);
+        layer.listRests.insert(layer.listRests.end(), rests, rests + Block);
+    }
+}
+
+void MergedYuv::Blend(const YuvPlanes &frame) const
+{
+    const bool isWords = m_format == YuvFormat::P010;
+    for (std::size_t plane = 0; plane < m_listLayers.size(); ++plane) {
+        const Layer &layer = m_listLayers[plane];
+        for (const Run &run : layer.listRuns) {
+            std::uint8_t *samples =
+                frame.data[plane] + static_cast<std::ptrdiff_t>(run.nRow) * frame.linesize[plane] + run.nPlace;
+            const std::uint8_t *own = &layer.listOwn[run.nFirst];
+            const std::uint8_t *rests = &layer.listRests[run.nFirst];
+            if (run.bOpaque)
+                CopyRun(samples, own, run.nBytes);
+            else if (isWords)
+                BlendRun<MixWords>(samples, own, rests, run.nBytes);
+            else
+                BlendRun<Mix>(samples, own, rests, run.nBytes);
+        }
+    }
+}

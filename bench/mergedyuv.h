@@ -1,0 +1,73 @@
+#pragma once
+
+#include <ass/ass.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+/** Formats of 4:2:0 that libass's list is blended into, in limited range and BT.709. */
+enum class YuvFormat { Yuv420p, Nv12, P010 };
+
+/** The planes of a frame; of nv12 and p010, the first two. */
+struct YuvPlanes {
+    std::array<std::uint8_t *, 3> data;
+    std::array<std::ptrdiff_t, 3> linesize; ///< in bytes
+};
+
+/**
+ * A list made into one picture in the frame's own format, as a good player does it once a change: luma with the weight
+ * of each pixel, chroma with the mean weight of its four, both premultiplied, and of them the visible blocks only. Needs
+ * AVX2.
+ */
+class MergedYuv
+{
+public:
+    /** @param width  of the frames, a multiple of 64; the height is even */
+    MergedYuv(YuvFormat format, int width, int height);
+
+    void Merge(const ASS_Image *list);
+    void Blend(const YuvPlanes &frame) const;
+
+private:
+    static constexpr std::size_t Block = 32; ///< bytes
+
+    struct Run {
+        std::size_t nRow;
+        std::size_t nPlace; ///< byte of the row
+        std::size_t nFirst; ///< in listOwn and listRests
+        std::size_t nBytes;
+        bool bOpaque;
+    };
+    /** What is drawn into a plane. Samples of 16 bits have 15, so that products are rounded in one instruction. */
+    struct Layer {
+        std::vector<Run> listRuns;
+        std::vector<std::uint8_t> listOwn;   ///< premultiplied
+        std::vector<std::uint8_t> listRests; ///< how much of the frame shows, of 255 or 32767
+    };
+    /** A row that is being merged, with 15 bits a sample. */
+    struct Row {
+        std::vector<std::int16_t> listOwn;
+        std::vector<std::int16_t> listRests;
+        void Clear(int from, int to);
+    };
+    struct Color;
+
+    void MergeRows(const ASS_Image *list, int row);
+    void CoverRows(const ASS_Image &image, int row);
+    /** Keeps the visible blocks of a row of a plane, whose samples come from one row or, in turn, from two. */
+    void AppendRow(Layer &layer, int row, const Row &first, const Row *second);
+
+    YuvFormat m_format;
+    int m_nWidth;
+    int m_nHeight;
+    int m_nLeft = 0; ///< of what the list covers, in whole blocks of each plane
+    int m_nRight = 0;
+    std::array<Layer, 3> m_listLayers; ///< by plane
+    std::array<std::vector<std::uint8_t>, 2> m_listMasks;
+    std::array<Row, 2> m_listLuma;
+    std::array<Row, 2> m_listChroma; ///< with the same rests
+    std::vector<std::uint8_t> m_listOwn;
+    std::vector<std::uint8_t> m_listRests;
+};
