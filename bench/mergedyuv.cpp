@@ -66,30 +66,55 @@ void BlendRun(std::uint8_t *samples, const std::uint8_t *own, const std::uint8_t
         Store(samples + n, MixSamples(Load(own + n), Load(rests + n), Load(samples + n)));
 }
 
-/** Makes samples of 15 bits what is kept of them. */
-void Narrow(const std::int16_t *own, const std::int16_t *rests, std::size_t count, std::size_t distance,
-            std::uint8_t *toOwn, std::uint8_t *toRests)
+// Samples of 15 bits as they are kept: bytes, or words without what is left of roundings, which shows in no sample.
+__m256i ByteOfOwn(__m256i own)
 {
-    for (std::size_t n = 0; n < count; ++n) {
-        toOwn[n * distance] = static_cast<std::uint8_t>((own[n] + 64) >> 7);
-        toRests[n * distance] = static_cast<std::uint8_t>((rests[n] * 255 + 16384) >> 15);
+    return _mm256_srli_epi16(_mm256_add_epi16(own, _mm256_set1_epi16(64)), 7);
+}
+
+__m256i ByteOfRest(__m256i rest)
+{
+    return _mm256_mulhrs_epi16(rest, _mm256_set1_epi16(255));
+}
+
+__m256i WordOfOwn(__m256i own)
+{
+    return own;
+}
+
+__m256i WordOfRest(__m256i rest)
+{
+    return _mm256_and_si256(rest, _mm256_cmpgt_epi16(rest, _mm256_set1_epi16(7)));
+}
+
+/** Finishes samples of one row, or of two in turn, and stores them as bytes or as words. */
+template <__m256i (*Finish)(__m256i), bool AreWords>
+void Keep(std::uint8_t *to, const std::int16_t *first, const std::int16_t *second, int samples)
+{
+    for (int n = 0; n < samples; n += second ? Step : 2 * Step) {
+        __m256i a = Load(first + n);
+        __m256i b = Load(second ? second + n : first + n + Step);
+        if (second) {
+            const __m256i low = _mm256_unpacklo_epi16(a, b);
+            const __m256i high = _mm256_unpackhi_epi16(a, b);
+            a = _mm256_permute2x128_si256(low, high, 0x20);
+            b = _mm256_permute2x128_si256(low, high, 0x31);
+        }
+        a = Finish(a);
+        b = Finish(b);
+        if (AreWords) {
+            Store(to, a);
+            Store(to + sizeof a, b);
+        } else {
+            Store(to, _mm256_permute4x64_epi64(_mm256_packus_epi16(a, b), 0xD8));
+        }
+        to += AreWords ? 2 * sizeof a : sizeof a;
     }
 }
 
-void Narrow(const std::int16_t *own, const std::int16_t *rests, std::size_t count, std::size_t distance,
-            std::int16_t *toOwn, std::int16_t *toRests)
+bool IsEach(__m256i block, __m256i value)
 {
-    // What is left of roundings shows in no sample.
-    constexpr std::int16_t Nothing = 8;
-    for (std::size_t n = 0; n < count; ++n) {
-        toOwn[n * distance] = own[n];
-        toRests[n * distance] = rests[n] < Nothing ? std::int16_t{0} : rests[n];
-    }
-}
-
-bool IsEach(const std::uint8_t *block, __m256i value)
-{
-    const __m256i difference = _mm256_xor_si256(Load(block), value);
+    const __m256i difference = _mm256_xor_si256(block, value);
     return _mm256_testz_si256(difference, difference) != 0;
 }
 
@@ -217,40 +242,46 @@ void MergedYuv::CoverRows(const ASS_Image &image, int row)
 
 void MergedYuv::AppendRow(Layer &layer, int row, const Row &first, const Row *second)
 {
-    const bool isLuma = &layer == m_listLayers.data();
-    const std::size_t left = isLuma ? m_nLeft : m_nLeft / 2;
-    const std::size_t samples = (isLuma ? m_nRight : m_nRight / 2) - left;
-    const std::size_t distance = second ? 2 : 1;
-    const std::size_t sampleBytes = m_format == YuvFormat::P010 ? 2 : 1;
-    const Row *const rows[] = {&first, second};
-    for (std::size_t i = 0; i < distance; ++i) {
-        const std::int16_t *own = &rows[i]->listOwn[left];
-        const std::int16_t *rests = &rows[i]->listRests[left];
-        if (sampleBytes == 1)
-            Narrow(own, rests, samples, distance, m_listOwn.data() + i, m_listRests.data() + i);
-        else
-            Narrow(own, rests, samples, distance, reinterpret_cast<std::int16_t *>(m_listOwn.data()) + i,
-                   reinterpret_cast<std::int16_t *>(m_listRests.data()) + i);
-    }
-    const __m256i whole = sampleBytes == 1 ? _mm256_set1_epi8(-1) : _mm256_set1_epi16(Whole);
-    const std::size_t bytes = samples * distance * sampleBytes;
+    const bool areWords = m_format == YuvFormat::P010;
+    const int halves = &layer == m_listLayers.data() ? 1 : 2;
+    const int left = m_nLeft / halves;
+    const int samples = m_nRight / halves - left;
+    const auto keep = [&](auto function, std::vector<std::uint8_t> &to, std::vector<std::int16_t> Row::*from) {
+        function(to.data(), (first.*from).data() + left, second ? (second->*from).data() + left : nullptr, samples);
+    };
+    keep(areWords ? Keep<WordOfOwn, true> : Keep<ByteOfOwn, false>, m_listOwn, &Row::listOwn);
+    keep(areWords ? Keep<WordOfRest, true> : Keep<ByteOfRest, false>, m_listRests, &Row::listRests);
+    std::size_t sampleBytes = areWords ? 2 : 1;
+    sampleBytes *= second ? 2 : 1;
+    KeepBlocks(layer, row, left * sampleBytes, samples * sampleBytes);
+}
+
+/** Of a row in m_listOwn and m_listRests, those that show. */
+void MergedYuv::KeepBlocks(Layer &layer, int row, std::size_t place, std::size_t bytes)
+{
+    const bool areWords = m_format == YuvFormat::P010;
+    const __m256i whole = areWords ? _mm256_set1_epi16(Whole) : _mm256_set1_epi8(-1);
+    std::size_t end = layer.listOwn.size();
+    layer.listOwn.resize(end + bytes);
+    layer.listRests.resize(end + bytes);
+    const Run *last = nullptr;
     for (std::size_t at = 0; at < bytes; at += Block) {
-        const std::uint8_t *rests = &m_listRests[at];
+        const __m256i rests = Load(&m_listRests[at]);
         if (IsEach(rests, whole))
             continue;
         const bool isOpaque = IsEach(rests, _mm256_setzero_si256());
-        if (isOpaque && sampleBytes == 2)
-            Store(&m_listOwn[at], FinishWords(Load(&m_listOwn[at])));
-        const std::size_t place = left * distance * sampleBytes + at;
-        Run *last = layer.listRuns.empty() ? nullptr : &layer.listRuns.back();
-        if (last && last->bOpaque == isOpaque && last->nRow == static_cast<std::size_t>(row) &&
-            last->nPlace + last->nBytes == place)
-            last->nBytes += Block;
+        const __m256i own = Load(&m_listOwn[at]);
+        if (last && last->bOpaque == isOpaque && last->nPlace + last->nBytes == place + at)
+            layer.listRuns.back().nBytes += Block;
         else
-            layer.listRuns.push_back({static_cast<std::size_t>(row), place, layer.listOwn.size(), Block, isOpaque});
-        layer.listOwn.insert(layer.listOwn.end(), &m_listOwn[at], &m_listOwn[at] + Block);
-        layer.listRests.insert(layer.listRests.end(), rests, rests + Block);
+            layer.listRuns.push_back({static_cast<std::size_t>(row), place + at, end, Block, isOpaque});
+        last = &layer.listRuns.back();
+        Store(&layer.listOwn[end], isOpaque && areWords ? FinishWords(own) : own);
+        Store(&layer.listRests[end], rests);
+        end += Block;
     }
+    layer.listOwn.resize(end);
+    layer.listRests.resize(end);
 }
 
 void MergedYuv::Blend(const YuvPlanes &frame) const

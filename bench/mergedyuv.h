@@ -58,6 +58,7 @@ private:
     void CoverRows(const ASS_Image &image, int row);
     /** Keeps the visible blocks of a row of a plane, whose samples come from one row or, in turn, from two. */
     void AppendRow(Layer &layer, int row, const Row &first, const Row *second);
+    void KeepBlocks(Layer &layer, int row, std::size_t place, std::size_t bytes);
 
     YuvFormat m_format;
     int m_nWidth;
