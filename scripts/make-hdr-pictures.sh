@@ -12,7 +12,7 @@ trap 'rm -rf "$folder"' EXIT
 cmake --build "$build" --target subtitleframe >/dev/null
 
 # The demo's dusk with its white at 203 cd/m2 and the sun, which that range cut off, at 1,600.
-ffmpeg -nostdin -v error -ss 2 -i demo/dusk.mp4 -frames:v 1 -vf "scale=$size:flags=lanczos,\
+ffmpeg -nostdin -v error -ss 2 -i demo/dusk.mp4 -frames:v 1 -vf "scale=$size:flags=area,\
 zscale=matrixin=709:transferin=709:primariesin=709:rangein=limited:transfer=linear:npl=203,format=gbrpf32le,\
 geq=r='r(X,Y)*(1+7*pow(r(X,Y),4))':g='g(X,Y)*(1+7*pow(r(X,Y),4))':b='b(X,Y)*(1+7*pow(r(X,Y),4))',\
 zscale=matrix=2020_ncl:transfer=smpte2084:primaries=2020:range=limited:npl=203,format=yuv420p10le" \
