@@ -97,6 +97,17 @@ int FrameBurner::SetWhite(double level)
     return 0;
 }
 
+int FrameBurner::IsDue()
+{
+    class DueVisitor : public ShownVisitor
+    {
+    public:
+        void Visit(const ShownSubtitle &shown) override { m_bDue = shown.nVersion != 0; }
+        bool m_bDue = false;
+    } visitor;
+    return m_renderer.VisitShown(visitor) == 0 ? visitor.m_bDue : -1;
+}
+
 int FrameBurner::Burn(const SubtitleFrame &frame, Preparer *preparer)
 {
     Visitor visitor(*this, frame, preparer);

@@ -39,6 +39,8 @@ public:
     /** @param preparer  called before anything is drawn; may be null. */
     int Burn(const SubtitleFrame &frame, Preparer *preparer);
     int SetWhite(double level);
+    /** 1 when Burn() would draw, 0 when not, -1 when the image cannot be built. */
+    int IsDue();
 
 private:
     class Visitor;

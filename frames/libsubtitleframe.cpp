@@ -4,6 +4,7 @@
 #include "frames/avframereader.h"
 #include "frames/frameburner.h"
 #include "frames/pixelformat.h"
+#include "render/videosubtitle.h"
 
 extern "C" {
 #include <libavutil/pixdesc.h>
@@ -16,6 +17,11 @@ int SubtitlePixelFormat(const char *name)
     const int number = name ? av_get_pix_fmt(name) : AV_PIX_FMT_NONE;
     PixelFormat format;
     return FindPixelFormat(number, format) ? number : -1;
+}
+
+int HasSubtitleTrack(void *handle)
+{
+    return handle ? Guarded(-1, [&] { return static_cast<VideoSubtitle *>(handle)->HasTrack() ? 1 : 0; }) : -1;
 }
 
 void *CreateSubtitleBurner(void *handle)
@@ -33,6 +39,11 @@ void DestroySubtitleBurner(void *burner)
 int SetSubtitleBurnerWhite(void *burner, double level)
 {
     return burner ? static_cast<FrameBurner *>(burner)->SetWhite(level) : -1;
+}
+
+int IsSubtitleDue(void *burner)
+{
+    return burner ? Guarded(-1, [&] { return static_cast<FrameBurner *>(burner)->IsDue(); }) : -1;
 }
 
 int BurnSubtitle(void *burner, const SubtitleFrame *frame)

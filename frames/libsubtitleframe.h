@@ -49,7 +49,7 @@
  *  -1, not touched.
  *
  * Threads
- *  A burner holds the lock of its handle while it draws, so BurnSubtitle(), BurnSubtitleAVFrame() and
+ *  A burner holds the lock of its handle while it draws, so BurnSubtitle(), BurnSubtitleAVFrame(), IsSubtitleDue() and
  *  SetSubtitleBurnerWhite() wait for each other and for the functions of libsubtitle.h that wait. Several burners may
  *  work on one handle. Creating and destroying a burner must not happen while another thread is in a function with the
  *  same burner. No other thread may use the frame while it is drawn.
@@ -114,6 +114,18 @@ typedef struct SubtitleFrame {
 int SubtitlePixelFormat(const char *name);
 
 /**
+ * Whether the file of a handle has the track that SetSubtitleFile() was asked for. That function takes a container
+ * without the track for one without subtitles; this one is for hosts that warn of it.
+ *
+ * @param handle  from CreateVideoSubtitle().
+ * @return 1; 0 when the file has no such track, when a container was missing or could not be opened, and while no file is
+ *         open; -1 for a null handle. Files with the extension "srt", "ass" or "ssa" have every track, missing ones too.
+ *
+ * Threads: waits, as SetSubtitleFile().
+ */
+int HasSubtitleTrack(void *handle);
+
+/**
  * Makes a burner.
  *
  * @param handle  from CreateVideoSubtitle(), which must outlive the burner; the burner does not own it.
@@ -137,6 +149,16 @@ void DestroySubtitleBurner(void *burner);
  * @return 0; -1, with nothing changed, for a level out of range and for a null burner.
  */
 int SetSubtitleBurnerWhite(void *burner, double level);
+
+/**
+ * Whether a subtitle is due. A host whose frames are shared or out of reach copies, maps or fetches a frame only when
+ * this returns 1.
+ *
+ * @param burner  the burner.
+ * @return 1 when BurnSubtitle() would draw, 0 when it would leave any frame as it is; -1 for a null burner and where
+ *         ProcessSubtitleFrame() returns -1.
+ */
+int IsSubtitleDue(void *burner);
 
 /**
  * Draws the due subtitle into a frame; without one the frame is not touched.

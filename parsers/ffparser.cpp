@@ -122,6 +122,7 @@ int FFParser::Open(const QString &path, int track)
 {
     m_listItems.clear();
     m_index = {};
+    m_bTrack = false;
     const QByteArray name = path.toUtf8();
     Input input;
     if (!input.Open(name)) {
@@ -133,6 +134,7 @@ int FFParser::Open(const QString &path, int track)
         return 1;
     }
     const int chosen = ChooseStream(input.Context(), track);
+    m_bTrack = chosen >= 0;
     // Without a track, what is left of the file changes nothing, and the end comes where the search for streams ends.
     if (chosen >= 0 && !input.BeginPackets(name, chosen)) {
         av_log(nullptr, AV_LOG_ERROR, "(%d): av_open_input_file x\n", 105);

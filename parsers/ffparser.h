@@ -24,9 +24,11 @@ public:
      * @param track  number of the stream among the file's subtitle streams, from 0.
      */
     int Open(const QString &path, int track) override;
+    bool HasTrack() override { return m_bTrack; }
     QString GetSubtitle(long ms) override;
 
 private:
+    bool m_bTrack = false;
     QList<FFSubtitleItem> m_listItems; ///< in the order of the packets
     CueIndex m_index;
 };

@@ -9,6 +9,11 @@ bool IParser::IsTextSub()
 
 void IParser::SetVideoSize(int /*width*/, int /*height*/) {}
 
+bool IParser::HasTrack()
+{
+    return true;
+}
+
 QImage IParser::TextToImage(const QString & /*key*/, QRect & /*rect*/)
 {
     return {};

@@ -25,6 +25,9 @@ public:
      */
     virtual int Open(const QString &path, int track) = 0;
 
+    /** Whether the file that was opened has the track that was asked for. */
+    virtual bool HasTrack();
+
     /**
      * @param ms  presentation time in milliseconds.
      * @return what is due: text with lines separated by "\n", or a key; empty when nothing is due. Equal strings mean

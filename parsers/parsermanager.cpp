@@ -46,6 +46,11 @@ int ParserManager::Open(const QString &path, int track)
     return m_pParser->Open(path, track);
 }
 
+bool ParserManager::HasTrack()
+{
+    return m_pParser && m_pParser->HasTrack();
+}
+
 QString ParserManager::GetSubtitle(long ms)
 {
     return m_pParser ? m_pParser->GetSubtitle(ms) : QString();

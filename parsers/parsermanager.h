@@ -21,6 +21,9 @@ public:
      */
     int Open(const QString &path, int track);
 
+    /** Whether the file has the track that was asked for; false without a parser. */
+    Q_DECL_HIDDEN bool HasTrack();
+
     /** What is due at @p ms milliseconds; empty without a parser. */
     QString GetSubtitle(long ms);
 

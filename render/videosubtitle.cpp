@@ -187,6 +187,12 @@ int VideoSubtitle::SetSubtitleFile(const char *path, int track)
     }
 }
 
+bool VideoSubtitle::HasTrack()
+{
+    const ScopedLock lock(m_mutex);
+    return m_parserManager.HasTrack();
+}
+
 int VideoSubtitle::OpenFile(const QString &path, int track)
 {
     const MessageSilencer silencer; // Qt reports a seek that fails

@@ -17,8 +17,9 @@
 /**
  * The renderer behind a handle; libsubtitle.h says what each operation means to a host.
  *
- * SetSubFontColor(), SetAlpah(), SetLogoPos(), SetSubtitleFile(), SetTimeStamp(), ProcessFrame() and VisitShown() wait
- * for each other. SetFontParam() and SetSubOutlineColor() may be called meanwhile and do not wait. Nothing else may overlap.
+ * SetSubFontColor(), SetAlpah(), SetLogoPos(), SetSubtitleFile(), HasTrack(), SetTimeStamp(), ProcessFrame() and
+ * VisitShown() wait for each other. SetFontParam() and SetSubOutlineColor() may be called meanwhile and do not wait.
+ * Nothing else may overlap.
  *
  * While the process ends, everything that would paint, read or set a font returns -1, and there are no new renderers.
  *
@@ -50,6 +51,8 @@ public:
     int SetAlpah(uchar alpha);
     int SetLogoPos(int percent);
     int SetSubtitleFile(const char *path, int track);
+    /** Whether the file that is open has the track that was asked for; false without one. Waits as SetSubtitleFile(). */
+    bool HasTrack();
     int SetTimeStamp(long ms);
 
     int ProcessFrame(AVPicture *frame);

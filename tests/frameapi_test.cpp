@@ -10,6 +10,8 @@ TEST_F(FrameApiTest, NullIsRefused)
     EXPECT_EQ(CreateSubtitleBurner(nullptr), nullptr);
     DestroySubtitleBurner(nullptr);
     EXPECT_EQ(SetSubtitleBurnerWhite(nullptr, 203), -1);
+    EXPECT_EQ(HasSubtitleTrack(nullptr), -1);
+    EXPECT_EQ(IsSubtitleDue(nullptr), -1);
     EXPECT_EQ(BurnSubtitle(nullptr, &frame), -1);
     EXPECT_EQ(BurnSubtitle(m_pBurner, nullptr), -1);
     EXPECT_EQ(BurnSubtitleAVFrame(nullptr, nullptr), -1);
@@ -177,6 +179,50 @@ TEST_F(FrameApiTest, SettersAndTimesTakeEffectAtTheNextFrame)
     SetSubtitleTimeStamp(m_pHandle, 2500);
     expectChange("end");
     EXPECT_TRUE(frames.back().Bytes() == NewFrame().Bytes());
+}
+
+TEST_F(FrameApiTest, WhetherASubtitleIsDueIsKnownWithoutAFrame)
+{
+    for (const long time : {0L, 999L, 1000L, 2000L, 2001L, 2999L, 3000L, 4000L, 4001L, 1500L}) {
+        SetSubtitleTimeStamp(m_pHandle, time);
+        const int isDue = IsSubtitleDue(m_pBurner);
+        EXPECT_EQ(isDue, Burnt(NewFrame()).Bytes() != NewFrame().Bytes()) << time;
+        EXPECT_EQ(IsSubtitleDue(m_pBurner), isDue) << time;
+    }
+    EXPECT_EQ(SetSubtitleFile(m_pHandle, (m_folder.Path() / "none.srt").c_str(), 0), 0);
+    SetSubtitleTimeStamp(m_pHandle, 1500);
+    EXPECT_EQ(IsSubtitleDue(m_pBurner), 0);
+    void *handle = CreateVideoSubtitle(0, 0);
+    void *burner = CreateSubtitleBurner(handle);
+    EXPECT_EQ(IsSubtitleDue(burner), 0);
+    DestroySubtitleBurner(burner);
+    DestroyVideoSubtitle(handle);
+}
+
+TEST_F(FrameApiTest, MissingTracksAreKnown)
+{
+    void *handle = CreateVideoSubtitle(Width, Height);
+    EXPECT_EQ(HasSubtitleTrack(handle), 0);
+    const std::string container =
+        m_folder.Write("cues.vtt", "WEBVTT\n\n00:01.000 --> 00:02.000\nText\n\n00:03.000 --> 00:04.000\nother\n");
+    const std::string broken = m_folder.Write("broken.mkv", "no container");
+    const std::string index = m_folder.Write("refused.idx", "no index\n");
+    const std::string missing = (m_folder.Path() / "none").string();
+    const auto has = [&](const std::string &file, int track) {
+        SetSubtitleFile(handle, file.c_str(), track);
+        return HasSubtitleTrack(handle);
+    };
+    EXPECT_EQ(has(container, 0), 1);
+    EXPECT_EQ(has(container, 1), 0);
+    EXPECT_EQ(has(container, -1), 0);
+    EXPECT_EQ(has(m_strFile, 5), 1);
+    EXPECT_EQ(has(broken, 0), 0);
+    EXPECT_EQ(has(missing, 0), 0);
+    EXPECT_EQ(has(missing + ".srt", 0), 1);
+    EXPECT_EQ(has(container, 0), 1);
+    EXPECT_EQ(SetSubtitleFile(handle, index.c_str(), 0), -1);
+    EXPECT_EQ(HasSubtitleTrack(handle), 0) << "a refused file";
+    DestroyVideoSubtitle(handle);
 }
 
 TEST_F(FrameApiTest, DescriptionsMayChangeFromFrameToFrame)

@@ -44,6 +44,7 @@ public:
      * @return 0 when there is no such language and when the canvas is empty or has a side above 4096 pixels.
      */
     int Open(const QString &path, int streamIndex) override;
+    bool HasTrack() override { return !m_strSubFile.isEmpty(); }
 
     /**
      * An entry is due from its start up to and including the next one's; the last is held for 3 seconds. Entries are
