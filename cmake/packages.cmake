@@ -84,7 +84,7 @@ set(CPACK_DEBIAN_${package}_PACKAGE_RECOMMENDS fonts-dejavu-core)
 # CPack warns that it has no soname, as is right for what is not linked with but loaded.
 if(TARGET gstsubtitleburn)
   subtitle_package(gstreamer1.0-subtitle gstreamer libs same)
-  set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_library}")
+  set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_library}, ${frame_library} (= ${PROJECT_VERSION}-${release})")
   set(CPACK_DEBIAN_${package}_PACKAGE_RECOMMENDS fonts-dejavu-core)
 endif()
 

@@ -13,5 +13,4 @@ subtitles=$2
 shift 2
 [ $# -gt 0 ] || set -- autovideosink
 
-gst-launch-1.0 -q filesrc location="$video" ! decodebin ! videoconvert ! subtitleburn location="$subtitles" ! \
-    videoconvert ! "$@"
+gst-launch-1.0 filesrc location="$video" ! decodebin ! subtitleburn location="$subtitles" ! "$@"

@@ -1,5 +1,7 @@
 #include "burnsettings.h"
 
+#include <gst/video/video.h>
+
 enum {
     PropFile = 1,
     PropTrack,
@@ -10,10 +12,18 @@ enum {
     PropBold,
     PropItalic,
     PropFontColor,
-    PropOutlineColor
+    PropOutlineColor,
+    PropWhiteLevel,
+    PropOrientation
 };
 
-enum { DefaultAlpha = 255, DefaultPos = 85, DefaultFontColor = 0xFFFFFF, DefaultOutlineColor = 0x0A0A0A };
+enum {
+    DefaultAlpha = 255,
+    DefaultPos = 85,
+    DefaultFontColor = 0xFFFFFF,
+    DefaultOutlineColor = 0x0A0A0A,
+    DefaultWhite = 203
+};
 
 static const struct {
     glong nOffset;
@@ -27,7 +37,9 @@ static const struct {
                   [PropBold] = {G_STRUCT_OFFSET(BurnSettings, bBold), ChangedFont},
                   [PropItalic] = {G_STRUCT_OFFSET(BurnSettings, bItalic), ChangedFont},
                   [PropFontColor] = {G_STRUCT_OFFSET(BurnSettings, nFontColor), ChangedFontColor},
-                  [PropOutlineColor] = {G_STRUCT_OFFSET(BurnSettings, nOutlineColor), ChangedOutlineColor}};
+                  [PropOutlineColor] = {G_STRUCT_OFFSET(BurnSettings, nOutlineColor), ChangedOutlineColor},
+                  [PropWhiteLevel] = {G_STRUCT_OFFSET(BurnSettings, dWhite), ChangedWhite},
+                  [PropOrientation] = {G_STRUCT_OFFSET(BurnSettings, nOrientation), 0}};
 
 void BurnSettingsInstall(GObjectClass *pClass)
 {
@@ -57,6 +69,12 @@ void BurnSettingsInstall(GObjectClass *pClass)
         g_param_spec_uint("outline-color", "Outline colour",
                           "Colour of the outline of text, 0xRRGGBB; 0 is no outline, 0x010101 the darkest", 0, 0xFFFFFF,
                           DefaultOutlineColor, flags);
+    listSpecs[PropWhiteLevel] =
+        g_param_spec_double("white-level", "White level", "Level of white text on PQ and HLG frames, in cd/m2", 1,
+                            10000, DefaultWhite, flags);
+    listSpecs[PropOrientation] = g_param_spec_enum(
+        "orientation", "Orientation", "How the picture is turned when it is shown; auto is as tags say",
+        GST_TYPE_VIDEO_ORIENTATION_METHOD, GST_VIDEO_ORIENTATION_AUTO, flags);
     g_object_class_install_properties(pClass, G_N_ELEMENTS(listSpecs), listSpecs);
 }
 
@@ -65,7 +83,9 @@ void BurnSettingsInit(BurnSettings *pSettings)
     *pSettings = (BurnSettings){.nAlpha = DefaultAlpha,
                                 .nPos = DefaultPos,
                                 .nFontColor = DefaultFontColor,
-                                .nOutlineColor = DefaultOutlineColor};
+                                .nOutlineColor = DefaultOutlineColor,
+                                .dWhite = DefaultWhite,
+                                .nOrientation = GST_VIDEO_ORIENTATION_AUTO};
 }
 
 void BurnSettingsClear(BurnSettings *pSettings)
@@ -79,7 +99,7 @@ void BurnSettingsClear(BurnSettings *pSettings)
 void BurnSettingsSet(BurnSettings *pSettings, guint nProperty, const GValue *pValue, const GParamSpec *pSpec)
 {
     void *pMember = G_STRUCT_MEMBER_P(pSettings, properties[nProperty].nOffset);
-    switch (G_PARAM_SPEC_VALUE_TYPE(pSpec)) {
+    switch (G_TYPE_FUNDAMENTAL(G_PARAM_SPEC_VALUE_TYPE(pSpec))) {
     case G_TYPE_STRING:
         g_free(*(gchar **)pMember);
         *(gchar **)pMember = g_value_dup_string(pValue);
@@ -90,20 +110,25 @@ void BurnSettingsSet(BurnSettings *pSettings, guint nProperty, const GValue *pVa
     case G_TYPE_UINT:
         *(guint *)pMember = g_value_get_uint(pValue);
         break;
+    case G_TYPE_DOUBLE:
+        *(gdouble *)pMember = g_value_get_double(pValue);
+        break;
+    case G_TYPE_ENUM:
+        *(gint *)pMember = g_value_get_enum(pValue);
+        break;
     default:
         *(gboolean *)pMember = g_value_get_boolean(pValue);
     }
     pSettings->nChanged |= properties[nProperty].nChange;
-    /* The library refuses to have no file, and a font of no size. */
-    if ((nProperty == PropFile && !BurnSettingsHasFile(pSettings)) ||
-        (nProperty == PropFontSize && pSettings->nPoints == 0))
+    /* The library refuses a font of no size. */
+    if (nProperty == PropFontSize && pSettings->nPoints == 0)
         pSettings->nChanged |= ChangedToDefault;
 }
 
 void BurnSettingsGet(const BurnSettings *pSettings, guint nProperty, GValue *pValue, const GParamSpec *pSpec)
 {
     const void *pMember = G_STRUCT_MEMBER_P(pSettings, properties[nProperty].nOffset);
-    switch (G_PARAM_SPEC_VALUE_TYPE(pSpec)) {
+    switch (G_TYPE_FUNDAMENTAL(G_PARAM_SPEC_VALUE_TYPE(pSpec))) {
     case G_TYPE_STRING:
         g_value_set_string(pValue, *(gchar *const *)pMember);
         break;
@@ -112,6 +137,12 @@ void BurnSettingsGet(const BurnSettings *pSettings, guint nProperty, GValue *pVa
         break;
     case G_TYPE_UINT:
         g_value_set_uint(pValue, *(const guint *)pMember);
+        break;
+    case G_TYPE_DOUBLE:
+        g_value_set_double(pValue, *(const gdouble *)pMember);
+        break;
+    case G_TYPE_ENUM:
+        g_value_set_enum(pValue, *(const gint *)pMember);
         break;
     default:
         g_value_set_boolean(pValue, *(const gboolean *)pMember);

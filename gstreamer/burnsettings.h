@@ -2,7 +2,7 @@
 
 #include <gst/gst.h>
 
-/** What has to be told to the library, a bit for each of its setters. */
+/** What the library has to be given, a bit for each of its setters. */
 enum {
     ChangedFile = 1,
     ChangedAlpha = 2,
@@ -10,8 +10,9 @@ enum {
     ChangedFont = 8,
     ChangedFontColor = 16,
     ChangedOutlineColor = 32,
-    ChangedToDefault = 64, /**< to what no setter sets, only a new handle has */
-    ChangedAll = 127
+    ChangedWhite = 64,
+    ChangedToDefault = 128, /**< to what no setter sets, only a new handle has */
+    ChangedAll = 255
 };
 
 /** The values of the element's properties. None of the functions takes a lock. */
@@ -26,7 +27,9 @@ typedef struct {
     gboolean bItalic;
     guint nFontColor;
     guint nOutlineColor;
-    guint nChanged; /**< since they were last taken */
+    gdouble dWhite;
+    gint nOrientation; /**< GstVideoOrientationMethod; nothing that a handle has */
+    guint nChanged;    /**< since they were last taken */
 } BurnSettings;
 
 /** Adds the properties to a class. */

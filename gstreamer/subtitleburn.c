@@ -1,8 +1,7 @@
 #include "subtitleburn.h"
 
-#include "burnsettings.h"
-
-#include <libsubtitle.h>
+#include "burnhandle.h"
+#include "rawframe.h"
 
 #include <glib/gstdio.h>
 #include <unistd.h>
@@ -17,9 +16,12 @@ struct _SubtitleBurn {
     BurnSettings settings;
 
     /* Of the streaming thread; and of the one that stops the element, for which that one stands still. */
-    void *pHandle;
-    gint nWidth;
-    gint nHeight;
+    BurnHandle handle;
+    gint nFormat;      /* of the caps */
+    gint nTagged;      /* GstVideoOrientationMethod of the latest tag */
+    gint nOrientation; /* SUBTITLE_ORIENTATION_... of the frame that is under way */
+    gboolean bFile;    /* there is one, and nothing is known against it */
+    gboolean bDue;     /* in the frame that is under way */
 };
 
 G_DEFINE_TYPE(SubtitleBurn, subtitle_burn, GST_TYPE_VIDEO_FILTER)
@@ -27,154 +29,73 @@ GST_ELEMENT_REGISTER_DEFINE_WITH_CODE(subtitleburn, "subtitleburn", GST_RANK_NON
                                       GST_DEBUG_CATEGORY_INIT(subtitleburn_debug, "subtitleburn", 0,
                                                               "burns subtitles into frames"))
 
-static const char RefusedFile[] = "The subtitle file \"%s\" cannot be read or is refused.";
-
-/*
- * Handles are made and destroyed on one thread at a time in the whole process, and while no other thread is in any
- * function of the library. Each element has a streaming thread of its own, so all calls of the library are between one
- * of these pairs. The lock alone would let an element wait without end while others draw; so it waits at the door, and
- * nobody passes it.
- */
-static GMutex door;
-static GRWLock library;
-
-static void EnterAlone(void)
-{
-    g_mutex_lock(&door);
-    g_rw_lock_writer_lock(&library);
-    g_mutex_unlock(&door);
-}
-
-static void LeaveAlone(void)
-{
-    g_rw_lock_writer_unlock(&library);
-}
-
-static void Enter(void)
-{
-    g_mutex_lock(&door);
-    g_rw_lock_reader_lock(&library);
-    g_mutex_unlock(&door);
-}
-
-static void Leave(void)
-{
-    g_rw_lock_reader_unlock(&library);
-}
-
-static void DestroyHandle(SubtitleBurn *pSelf)
-{
-    EnterAlone();
-    DestroyVideoSubtitle(pSelf->pHandle);
-    LeaveAlone();
-    pSelf->pHandle = NULL;
-}
-
-static gboolean MakeHandle(SubtitleBurn *pSelf, gint nWidth, gint nHeight)
-{
-    EnterAlone();
-    /* Before the old one goes: with the last handle the library's Qt would go as well, only to come back. */
-    void *pHandle = CreateVideoSubtitle(nWidth, nHeight);
-    DestroyVideoSubtitle(pSelf->pHandle);
-    LeaveAlone();
-    pSelf->pHandle = pHandle;
-    pSelf->nWidth = nWidth;
-    pSelf->nHeight = nHeight;
-    return pHandle != NULL;
-}
-
-/* The library counts a file that is missing as one without subtitles; whoever mistyped a name wants to hear of it. */
+/* The library counts a file that is missing as one without subtitles, and may take its name for an address. */
 static gboolean IsReadable(const gchar *pFile)
 {
     return g_file_test(pFile, G_FILE_TEST_IS_REGULAR) && g_access(pFile, R_OK) == 0;
 }
 
-static int Byte(guint nColor, int nPlace)
+/* Gives the handle what changed; FALSE without memory for a handle. */
+static gboolean Apply(SubtitleBurn *pSelf, const BurnSettings *pSettings, gint nWidth, gint nHeight)
 {
-    return (int)(nColor >> 8 * nPlace & 0xFF);
+    const gboolean bChosen = pSettings->nChanged & ChangedFile && BurnSettingsHasFile(pSettings);
+    const gboolean bOpen = bChosen && IsReadable(pSettings->pFile);
+    if (pSettings->nChanged & ChangedFile)
+        pSelf->bFile = bOpen;
+    if (pSettings->nChanged & ChangedToDefault) {
+        if (!pSelf->bFile)
+            BurnHandleDestroy(&pSelf->handle);
+        else if (!BurnHandleMake(&pSelf->handle, nWidth, nHeight))
+            return FALSE;
+    }
+    if (pSelf->handle.pSubtitle && !BurnHandleApply(&pSelf->handle, pSettings, bOpen))
+        pSelf->bFile = FALSE;
+    if (bChosen && !pSelf->bFile)
+        GST_ELEMENT_WARNING(
+            pSelf, RESOURCE, READ,
+            ("The subtitle file \"%s\" cannot be read or has no track %d.", pSettings->pFile, pSettings->nTrack),
+            ("Frames pass without subtitles."));
+    return TRUE;
 }
 
-static void SetFont(void *pHandle, const BurnSettings *pSettings)
+/* Makes the element ready for a frame of that size; FALSE, with an error on the bus, when that cannot be. */
+static gboolean Prepare(SubtitleBurn *pSelf, gint nStoredWidth, gint nStoredHeight)
 {
-    const gchar *pFamily = pSettings->pFamily ? pSettings->pFamily : "";
-    /* Where the locale has no such characters, its encoding is most likely plain ASCII, for which the library takes
-       UTF-8. */
-    gchar *pLocal = g_locale_from_utf8(pFamily, -1, NULL, NULL, NULL);
-    const int nStyle = (pSettings->bBold ? SUBTITLE_STYLE_BOLD : 0) | (pSettings->bItalic ? SUBTITLE_STYLE_ITALIC : 0);
-    SetSubtitleFontParam(pHandle, pLocal ? pLocal : pFamily, pSettings->nPoints, nStyle);
-    g_free(pLocal);
-}
-
-/* FALSE when the file was to be opened and is refused. */
-static gboolean Apply(void *pHandle, const BurnSettings *pSettings, gboolean bOpen)
-{
-    const guint nChanged = pSettings->nChanged;
-    Enter();
-    if (nChanged & ChangedAlpha)
-        SetSubtitleAlpah(pHandle, pSettings->nAlpha);
-    if (nChanged & ChangedPos)
-        SetSubtitlePos(pHandle, pSettings->nPos);
-    if (nChanged & ChangedFont)
-        SetFont(pHandle, pSettings);
-    if (nChanged & ChangedFontColor)
-        SetSubtitleFontColor(pHandle, Byte(pSettings->nFontColor, 2), Byte(pSettings->nFontColor, 1),
-                             Byte(pSettings->nFontColor, 0));
-    if (nChanged & ChangedOutlineColor)
-        SetSubtitleOutlineColor(pHandle, Byte(pSettings->nOutlineColor, 2), Byte(pSettings->nOutlineColor, 1),
-                                Byte(pSettings->nOutlineColor, 0));
-    const gboolean bDone = !bOpen || SetSubtitleFile(pHandle, pSettings->pFile, pSettings->nTrack) == 0;
-    Leave();
-    return bDone;
-}
-
-/* Makes the handle ready for a frame of that size; FALSE, with the error told, when that cannot be. */
-static gboolean Prepare(SubtitleBurn *pSelf, gint nWidth, gint nHeight)
-{
-    const gboolean bFirst = !pSelf->pHandle;
-    const gboolean bNew = bFirst || nWidth != pSelf->nWidth || nHeight != pSelf->nHeight;
+    BurnSettings settings = {.nChanged = 0};
     GST_OBJECT_LOCK(pSelf);
-    BurnSettings settings = BurnSettingsTake(&pSelf->settings, bNew);
+    const gint nMethod = pSelf->settings.nOrientation;
+    pSelf->nOrientation = RawFrameOrientation(nMethod == GST_VIDEO_ORIENTATION_AUTO ? pSelf->nTagged : nMethod);
+    const gboolean bTransposed = pSelf->nOrientation & SUBTITLE_ORIENTATION_TRANSPOSED;
+    const gint nWidth = bTransposed ? nStoredHeight : nStoredWidth;
+    const gint nHeight = bTransposed ? nStoredWidth : nStoredHeight;
+    const gboolean bNew =
+        !pSelf->handle.pSubtitle || nWidth != pSelf->handle.nWidth || nHeight != pSelf->handle.nHeight;
+    /* Without a file the changes are left to accumulate. */
+    if (pSelf->bFile || pSelf->settings.nChanged & ChangedFile)
+        settings = BurnSettingsTake(&pSelf->settings, bNew);
     GST_OBJECT_UNLOCK(pSelf);
 
-    const gboolean bFile = settings.nChanged & ChangedFile && BurnSettingsHasFile(&settings);
-    const gboolean bMissing = bFile && !IsReadable(settings.pFile);
-    /* The library might take the name for an address, and leaves the earlier file only for another. */
-    if (bMissing)
-        settings.nChanged = ChangedAll;
-    gboolean bReady = TRUE;
-    if (settings.nChanged & ChangedToDefault && !MakeHandle(pSelf, nWidth, nHeight)) {
-        GST_ELEMENT_ERROR(pSelf, LIBRARY, INIT, ("No memory for subtitles."), (NULL));
-        bReady = FALSE;
-    } else if (settings.nChanged != 0 && (!Apply(pSelf->pHandle, &settings, bFile && !bMissing) || bMissing)) {
-        if (bFirst) {
-            DestroyHandle(pSelf);
-            GST_ELEMENT_ERROR(pSelf, RESOURCE, READ, (RefusedFile, settings.pFile), (NULL));
-            bReady = FALSE;
-        } else {
-            GST_ELEMENT_WARNING(pSelf, RESOURCE, READ, (RefusedFile, settings.pFile),
-                                ("The film goes on without subtitles."));
-        }
-    }
+    const gboolean bReady = settings.nChanged == 0 || Apply(pSelf, &settings, nWidth, nHeight);
     BurnSettingsClear(&settings);
+    if (!bReady)
+        GST_ELEMENT_ERROR(pSelf, LIBRARY, INIT, ("No memory for subtitles."), (NULL));
+    gst_base_transform_set_passthrough(GST_BASE_TRANSFORM(pSelf), !pSelf->bFile);
     return bReady;
 }
 
 static gboolean Start(GstBaseTransform *pTransform)
 {
     SubtitleBurn *pSelf = SUBTITLE_BURN(pTransform);
+    pSelf->nTagged = GST_VIDEO_ORIENTATION_IDENTITY;
     GST_OBJECT_LOCK(pSelf);
-    BurnSettings settings = BurnSettingsTake(&pSelf->settings, TRUE);
+    pSelf->settings.nChanged |= ChangedFile;
     GST_OBJECT_UNLOCK(pSelf);
-    const gboolean bReady = !BurnSettingsHasFile(&settings) || IsReadable(settings.pFile);
-    if (!bReady)
-        GST_ELEMENT_ERROR(pSelf, RESOURCE, OPEN_READ, (RefusedFile, settings.pFile), (NULL));
-    BurnSettingsClear(&settings);
-    return bReady;
+    return TRUE;
 }
 
 static gboolean Stop(GstBaseTransform *pTransform)
 {
-    DestroyHandle(SUBTITLE_BURN(pTransform));
+    BurnHandleDestroy(&SUBTITLE_BURN(pTransform)->handle);
     return TRUE;
 }
 
@@ -185,14 +106,37 @@ static gboolean SetInfo(GstVideoFilter *pFilter, GstCaps *pIn, GstVideoInfo *pIn
     (void)pIn;
     (void)pOut;
     (void)pOutInfo;
-    return Prepare(SUBTITLE_BURN(pFilter), GST_VIDEO_INFO_WIDTH(pInInfo), GST_VIDEO_INFO_HEIGHT(pInInfo));
+    SubtitleBurn *pSelf = SUBTITLE_BURN(pFilter);
+    /* In the other modes a buffer has single fields, of which none is the picture that text is for. */
+    if (GST_VIDEO_INFO_INTERLACE_MODE(pInInfo) > GST_VIDEO_INTERLACE_MODE_MIXED) {
+        GST_ERROR_OBJECT(pSelf, "interlace-mode %s is not supported",
+                         gst_video_interlace_mode_to_string(GST_VIDEO_INFO_INTERLACE_MODE(pInInfo)));
+        return FALSE;
+    }
+    pSelf->nFormat = RawFrameFormat(GST_VIDEO_INFO_FORMAT(pInInfo));
+    return Prepare(pSelf, GST_VIDEO_INFO_WIDTH(pInInfo), GST_VIDEO_INFO_HEIGHT(pInInfo));
+}
+
+static gboolean SinkEvent(GstBaseTransform *pTransform, GstEvent *pEvent)
+{
+    SubtitleBurn *pSelf = SUBTITLE_BURN(pTransform);
+    GstVideoOrientationMethod method = GST_VIDEO_ORIENTATION_IDENTITY;
+    GstTagList *pTags = NULL;
+    if (GST_EVENT_TYPE(pEvent) == GST_EVENT_STREAM_START)
+        pSelf->nTagged = GST_VIDEO_ORIENTATION_IDENTITY;
+    if (GST_EVENT_TYPE(pEvent) == GST_EVENT_TAG) {
+        gst_event_parse_tag(pEvent, &pTags);
+        if (gst_video_orientation_from_tag(pTags, &method))
+            pSelf->nTagged = method;
+    }
+    return GST_BASE_TRANSFORM_CLASS(subtitle_burn_parent_class)->sink_event(pTransform, pEvent);
 }
 
 /* Milliseconds of the film at which a frame shows; -1 where it has no such time, or one before the film's start. */
-static glong StreamTime(GstVideoFilter *pFilter, const GstVideoFrame *pFrame)
+static glong StreamTime(GstBaseTransform *pTransform, GstBuffer *pBuffer)
 {
-    const GstSegment *pSegment = &GST_BASE_TRANSFORM(pFilter)->segment;
-    const GstClockTime nTime = GST_BUFFER_PTS(pFrame->buffer);
+    const GstSegment *pSegment = &pTransform->segment;
+    const GstClockTime nTime = GST_BUFFER_PTS(pBuffer);
     guint64 nStream = 0;
     /* Not the simple function, which knows no time of a frame that begins before the segment and reaches into it. */
     if (!GST_CLOCK_TIME_IS_VALID(nTime) || pSegment->format != GST_FORMAT_TIME ||
@@ -201,23 +145,49 @@ static glong StreamTime(GstVideoFilter *pFilter, const GstVideoFrame *pFrame)
     return (glong)MIN(gst_util_uint64_scale_round(nStream, 1, GST_MSECOND), (guint64)G_MAXLONG);
 }
 
-static GstFlowReturn TransformFrame(GstVideoFilter *pFilter, GstVideoFrame *pFrame)
+static gboolean IsDue(SubtitleBurn *pSelf, GstBuffer *pBuffer)
 {
-    SubtitleBurn *pSelf = SUBTITLE_BURN(pFilter);
-    /* The size is that of the caps, unless the frame says otherwise of itself. */
-    if (!Prepare(pSelf, GST_VIDEO_FRAME_WIDTH(pFrame), GST_VIDEO_FRAME_HEIGHT(pFrame)))
-        return GST_FLOW_ERROR;
-    const glong nMilliseconds = StreamTime(pFilter, pFrame);
+    const glong nMilliseconds = StreamTime(GST_BASE_TRANSFORM(pSelf), pBuffer);
     if (nMilliseconds < 0)
-        return GST_FLOW_OK;
-
-    AVPicture picture = {{GST_VIDEO_FRAME_PLANE_DATA(pFrame, 0)}, {GST_VIDEO_FRAME_PLANE_STRIDE(pFrame, 0)}};
-    Enter();
-    const gboolean bDrawn =
-        SetSubtitleTimeStamp(pSelf->pHandle, nMilliseconds) == 0 && ProcessSubtitleFrame(pSelf->pHandle, &picture) == 0;
-    Leave();
-    if (!bDrawn)
+        return FALSE;
+    const gint nDue = BurnHandleSeek(&pSelf->handle, nMilliseconds);
+    if (nDue < 0)
         GST_WARNING_OBJECT(pSelf, "no memory for the subtitle at %ld ms", nMilliseconds);
+    return nDue > 0;
+}
+
+/* A frame without a subtitle stays in its buffer, also when others hold that. */
+static GstFlowReturn PrepareOutput(GstBaseTransform *pTransform, GstBuffer *pInput, GstBuffer **ppOutput)
+{
+    SubtitleBurn *pSelf = SUBTITLE_BURN(pTransform);
+    if (!GST_VIDEO_FILTER(pSelf)->negotiated)
+        return GST_FLOW_NOT_NEGOTIATED;
+    const GstVideoRectangle area = RawFrameArea(pInput, &GST_VIDEO_FILTER(pSelf)->in_info);
+    if (!Prepare(pSelf, area.w, area.h))
+        return GST_FLOW_ERROR;
+    pSelf->bDue = pSelf->bFile && IsDue(pSelf, pInput);
+    if (pSelf->bDue)
+        return GST_BASE_TRANSFORM_CLASS(subtitle_burn_parent_class)
+            ->prepare_output_buffer(pTransform, pInput, ppOutput);
+    *ppOutput = pInput;
+    return GST_FLOW_OK;
+}
+
+static GstFlowReturn Transform(GstBaseTransform *pTransform, GstBuffer *pBuffer)
+{
+    SubtitleBurn *pSelf = SUBTITLE_BURN(pTransform);
+    if (!pSelf->bDue)
+        return GST_FLOW_OK;
+    GstVideoFrame video;
+    const GstMapFlags flags = (GstMapFlags)(GST_MAP_READWRITE | (guint)GST_VIDEO_FRAME_MAP_FLAG_NO_REF);
+    if (!gst_video_frame_map(&video, &GST_VIDEO_FILTER(pSelf)->in_info, pBuffer, flags)) {
+        GST_ELEMENT_WARNING(pSelf, STREAM, FORMAT, ("A video frame is not as its format says."), (NULL));
+        return GST_FLOW_OK;
+    }
+    const SubtitleFrame frame = RawFrameDescribe(&video, pSelf->nFormat, pSelf->nOrientation);
+    if (!BurnHandleDraw(&pSelf->handle, &frame))
+        GST_WARNING_OBJECT(pSelf, "no memory for a subtitle, or no colours of such a frame");
+    gst_video_frame_unmap(&video);
     return GST_FLOW_OK;
 }
 
@@ -259,15 +229,19 @@ static void subtitle_burn_class_init(SubtitleBurnClass *pClass)
     GstElementClass *pElement = GST_ELEMENT_CLASS(pClass);
     gst_element_class_set_static_metadata(pElement, "Subtitle burner", "Filter/Effect/Video",
                                           "Burns the subtitles of a file into video frames", "The libsubtitle authors");
-    GstCaps *pCaps = gst_caps_from_string(GST_VIDEO_CAPS_MAKE("RGB"));
+    GstCaps *pCaps = RawFrameCaps();
     gst_element_class_add_pad_template(pElement, gst_pad_template_new("sink", GST_PAD_SINK, GST_PAD_ALWAYS, pCaps));
     gst_element_class_add_pad_template(pElement, gst_pad_template_new("src", GST_PAD_SRC, GST_PAD_ALWAYS, pCaps));
     gst_caps_unref(pCaps);
 
-    GST_BASE_TRANSFORM_CLASS(pClass)->start = Start;
-    GST_BASE_TRANSFORM_CLASS(pClass)->stop = Stop;
+    GstBaseTransformClass *pTransform = GST_BASE_TRANSFORM_CLASS(pClass);
+    pTransform->start = Start;
+    pTransform->stop = Stop;
+    pTransform->sink_event = SinkEvent;
+    pTransform->prepare_output_buffer = PrepareOutput;
+    pTransform->transform_ip = Transform;
+    pTransform->transform_ip_on_passthrough = FALSE;
     GST_VIDEO_FILTER_CLASS(pClass)->set_info = SetInfo;
-    GST_VIDEO_FILTER_CLASS(pClass)->transform_frame_ip = TransformFrame;
 }
 
 static gboolean InitPlugin(GstPlugin *pPlugin)

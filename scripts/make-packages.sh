@@ -45,7 +45,7 @@ expect subburn Multi-Arch foreign
 expect subburn Depends "libsubtitle1 (= $version)"
 expect subburn Recommends fonts-dejavu-core
 expect gstreamer1.0-subtitle Multi-Arch same
-expect gstreamer1.0-subtitle Depends "libsubtitle1 (= $version)"
+expect gstreamer1.0-subtitle Depends "libsubtitle1 (= $version), libsubtitleframe1 (= $version)"
 expect gstreamer1.0-subtitle Depends 'libgstreamer-plugins-base1.0-0 '
 
 # The program finds the library where the packages put it.

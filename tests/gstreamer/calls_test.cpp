@@ -1,6 +1,8 @@
 // What the element calls, and when: this program has functions that stand in for the library's.
 #include "gstreamertest.h"
 
+#include "libsubtitleframe.h"
+
 #include <atomic>
 #include <mutex>
 #include <sstream>
@@ -15,6 +17,7 @@ const GstClockTime Due = 1500 * GST_MSECOND;
 std::mutex logMutex;
 std::string strLog;
 bool bMemory = true;
+bool bDue = true;
 
 /** Threads inside, with those that have to be there alone counted a thousandfold. */
 std::atomic<int> nInside = 0;
@@ -58,6 +61,7 @@ protected:
     {
         strLog.clear();
         bMemory = true;
+        bDue = true;
         nBroken = 0;
     }
 
@@ -88,7 +92,40 @@ int SetSubtitleTimeStamp(void * /*handle*/, long nMilliseconds)
     return Call("time", nMilliseconds);
 }
 
+// Never called by the element.
 int ProcessSubtitleFrame(void * /*handle*/, AVPicture *pFrame)
+{
+    return Call("packed frame", pFrame->linesize[0]);
+}
+
+int HasSubtitleTrack(void * /*handle*/)
+{
+    return Call("track") == 0 ? 1 : -1;
+}
+
+void *CreateSubtitleBurner(void *pHandle)
+{
+    const Stay stay(1000, pHandle ? "burner" : "burner of none");
+    return pHandle && bMemory ? new int : nullptr;
+}
+
+void DestroySubtitleBurner(void *pBurner)
+{
+    const Stay stay(1000, pBurner ? "destroy burner" : "destroy no burner");
+    delete static_cast<int *>(pBurner);
+}
+
+int SetSubtitleBurnerWhite(void * /*burner*/, double level)
+{
+    return Call("white", level);
+}
+
+int IsSubtitleDue(void * /*burner*/)
+{
+    return Call("due") == 0 ? static_cast<int>(bDue) : -1;
+}
+
+int BurnSubtitle(void * /*burner*/, const SubtitleFrame *pFrame)
 {
     return Call("frame", pFrame->linesize[0]);
 }
@@ -118,59 +155,103 @@ int SetSubtitleOutlineColor(void * /*handle*/, int r, int g, int b)
     return Call("outline", r, g, b);
 }
 
-TEST_F(CallsTest, HandleIsMadeWithTheCapsAndGoesAtTheEnd)
+TEST_F(CallsTest, HandleIsMadeWithTheCapsAndDestroyedAtTheEnd)
 {
     {
-        const Element element("location=" + m_strSubtitles + " track=3 font-family=Fünf");
-        EXPECT_EQ(TakeLog(), "create 323 181\ndestroy none\nalpha 255\npos 85\nfont Fünf 0 0\ncolour 255 255 255\n"
-                             "outline 10 10 10\nfile " +
-                                 m_strSubtitles + " 3\n");
+        const Element element("location=" + m_strSubtitles + " track=3 font-family=Fünf white-level=150.5");
+        EXPECT_EQ(TakeLog(), "create 323 181\nburner\ndestroy no burner\ndestroy none\nalpha 255\npos 85\n"
+                             "font Fünf 0 0\ncolour 255 255 255\noutline 10 10 10\nwhite 150.5\nfile " +
+                                 m_strSubtitles + " 3\ntrack\n");
         EXPECT_TRUE(element.Push(m_strFrame, Due) == m_strFrame);
-        EXPECT_EQ(TakeLog(), "time 1500\nframe 972\n");
+        EXPECT_EQ(TakeLog(), "time 1500\ndue\nframe 972\n");
     }
-    EXPECT_EQ(TakeLog(), "destroy\n");
+    EXPECT_EQ(TakeLog(), "destroy burner\ndestroy\n");
 }
 
-TEST_F(CallsTest, OnlyWhatChangedIsTold)
+TEST_F(CallsTest, OnlyWhatChangedIsSet)
 {
     const Element element("location=" + m_strSubtitles);
     element.Push(m_strFrame, Due);
     TakeLog();
     element.Push(m_strFrame, Due);
-    EXPECT_EQ(TakeLog(), "time 1500\nframe 972\n");
+    EXPECT_EQ(TakeLog(), "time 1500\ndue\nframe 972\n");
     element.Set("alpha", "7");
     element.Set("alpha", "8");
     element.Push(m_strFrame, Due);
-    EXPECT_EQ(TakeLog(), "alpha 8\ntime 1500\nframe 972\n");
+    EXPECT_EQ(TakeLog(), "alpha 8\ntime 1500\ndue\nframe 972\n");
     element.Set("track", "2");
     element.Set("italic", "true");
     element.Push(m_strFrame, Due);
-    EXPECT_EQ(TakeLog(), "font  0 2\nfile " + m_strSubtitles + " 2\ntime 1500\nframe 972\n");
+    EXPECT_EQ(TakeLog(), "font  0 2\nfile " + m_strSubtitles + " 2\ntrack\ntime 1500\ndue\nframe 972\n");
     element.Push(m_strFrame, GST_CLOCK_TIME_NONE);
     EXPECT_EQ(TakeLog(), "");
     // Caps that differ in something else than the size.
     element.Set("pos", "1");
     element.SetCaps(OddSize, ",framerate=7/1");
     element.Push(m_strFrame, Due);
-    EXPECT_EQ(TakeLog(), "pos 1\ntime 1500\nframe 972\n");
+    EXPECT_EQ(TakeLog(), "pos 1\ntime 1500\ndue\nframe 972\n");
 }
 
-TEST_F(CallsTest, OldHandleGoesAfterTheNewOneCame)
+TEST_F(CallsTest, FramesWithoutASubtitleAreNotDrawn)
+{
+    const Element element("location=" + m_strSubtitles);
+    TakeLog();
+    bDue = false;
+    element.Push(m_strFrame, Due);
+    EXPECT_EQ(TakeLog(), "time 1500\ndue\n");
+}
+
+TEST_F(CallsTest, WithoutAFileTheLibraryIsNotCalled)
 {
     const Size other = {64, 36};
     const Element element("");
     element.Push(m_strFrame, Due);
+    element.Set("pos", "20");
+    element.SetCaps(other);
+    element.Push(PlainFrame(other), Due);
+    element.SetCaps(OddSize);
+    element.Set("location", File("none.srt"));
+    element.Push(m_strFrame, Due);
+    EXPECT_EQ(TakeLog(), "");
+    element.Set("location", m_strSubtitles);
+    element.Push(m_strFrame, Due);
+    EXPECT_EQ(TakeLog(), "create 323 181\nburner\ndestroy no burner\ndestroy none\nalpha 255\npos 20\nfont  0 0\n"
+                         "colour 255 255 255\noutline 10 10 10\nwhite 203\nfile " +
+                             m_strSubtitles + " 0\ntrack\ntime 1500\ndue\nframe 972\n");
+    // Switched off and on again, the handle stays, and learns of what was set meanwhile.
+    element.Set("location", "");
+    element.Push(m_strFrame, Due);
+    element.Set("pos", "30");
+    element.Set("font-color", "0x010203");
+    element.Push(m_strFrame, Due);
+    EXPECT_EQ(TakeLog(), "");
+    element.Set("location", m_strSubtitles);
+    element.Push(m_strFrame, Due);
+    EXPECT_EQ(TakeLog(), "pos 30\ncolour 1 2 3\nfile " + m_strSubtitles + " 0\ntrack\ntime 1500\ndue\nframe 972\n");
+    // Of another size it is of no use.
+    element.Set("location", "");
+    element.SetCaps(other);
+    element.Push(PlainFrame(other), Due);
+    EXPECT_EQ(TakeLog(), "destroy burner\ndestroy\n");
+}
+
+TEST_F(CallsTest, OldHandleIsDestroyedAfterTheNewOneWasMade)
+{
+    const Size other = {64, 36};
+    const Element element("location=" + m_strSubtitles);
+    element.Push(m_strFrame, Due);
     TakeLog();
     element.SetCaps(other);
     element.Push(PlainFrame(other), Due);
-    EXPECT_EQ(TakeLog(), "create 64 36\ndestroy\nalpha 255\npos 85\nfont  0 0\ncolour 255 255 255\noutline 10 10 10\n"
-                         "time 1500\nframe 192\n");
+    EXPECT_EQ(TakeLog(), "create 64 36\nburner\ndestroy burner\ndestroy\nalpha 255\npos 85\nfont  0 0\n"
+                         "colour 255 255 255\noutline 10 10 10\nwhite 203\nfile " +
+                             m_strSubtitles + " 0\ntrack\ntime 1500\ndue\nframe 192\n");
 }
 
 TEST_F(CallsTest, WithoutMemoryForAHandleItFails)
 {
     bMemory = false;
-    const Element element("");
+    const Element element("location=" + m_strSubtitles);
     EXPECT_EQ(element.Push(m_strFrame, Due), "");
     EXPECT_EQ(element.LastFlow(), GST_FLOW_NOT_NEGOTIATED);
     EXPECT_EQ(element.Message(), "error: No memory for subtitles.");
@@ -179,7 +260,7 @@ TEST_F(CallsTest, WithoutMemoryForAHandleItFails)
 
 TEST_F(CallsTest, WithoutMemoryForASubtitleFramesPass)
 {
-    const Element element("");
+    const Element element("location=" + m_strSubtitles);
     element.Push(m_strFrame, Due);
     bMemory = false;
     EXPECT_TRUE(element.Push(m_strFrame, Due) == m_strFrame);

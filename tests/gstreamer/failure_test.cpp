@@ -6,35 +6,28 @@ namespace
 
 const GstClockTime Due = 1500 * GST_MSECOND;
 
-std::string Refusal(const char *pKind, const std::string &strFile)
+std::string Refusal(const std::string &strFile, int nTrack = 0)
 {
-    return pKind + (": The subtitle file \"" + strFile) + "\" cannot be read or is refused.";
+    return "warning: The subtitle file \"" + strFile + "\" cannot be read or has no track " + std::to_string(nTrack) +
+           ".";
 }
 
 class FailureTest : public GStreamerTest
 {
 protected:
-    /** Expects that the element cannot be started with that file. */
-    static void ExpectNoStart(const std::string &strFile)
+    /** Expects a warning with the caps, and that frames pass; and that another file is burnt as if it were the first. */
+    void ExpectWarning(const std::string &strFile) const
     {
-        GstElement *pElement = gst_element_factory_make("subtitleburn", nullptr);
-        ASSERT_NE(pElement, nullptr);
-        g_object_set(pElement, "location", strFile.c_str(), nullptr);
-        GstBus *pBus = gst_bus_new();
-        gst_element_set_bus(pElement, pBus);
-        EXPECT_EQ(gst_element_set_state(pElement, GST_STATE_PAUSED), GST_STATE_CHANGE_FAILURE);
-        GstMessage *pMessage = gst_bus_pop_filtered(pBus, GST_MESSAGE_ERROR);
-        ASSERT_NE(pMessage, nullptr);
-        GError *pError = nullptr;
-        gst_message_parse_error(pMessage, &pError, nullptr);
-        EXPECT_TRUE(g_error_matches(pError, GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_OPEN_READ));
-        EXPECT_EQ("error: " + std::string(pError->message), Refusal("error", strFile));
-        g_error_free(pError);
-        gst_message_unref(pMessage);
-        gst_element_set_state(pElement, GST_STATE_NULL);
-        gst_element_set_bus(pElement, nullptr);
-        gst_object_unref(pBus);
-        gst_object_unref(pElement);
+        SCOPED_TRACE(strFile);
+        const Element element("location=" + strFile);
+        EXPECT_EQ(element.Message(), Refusal(strFile));
+        EXPECT_TRUE(element.IsPassthrough());
+        EXPECT_TRUE(element.Push(m_strFrame, Due) == m_strFrame);
+        EXPECT_EQ(element.LastFlow(), GST_FLOW_OK);
+        EXPECT_EQ(element.Message(), "");
+        element.Set("location", m_strSubtitles);
+        EXPECT_TRUE(element.Push(m_strFrame, Due) == Burnt(m_strFrame, 1500));
+        EXPECT_EQ(element.Message(), "");
     }
 
     std::string m_strRefused = m_folder.Write("refused.idx", "nothing of an index\n");
@@ -42,19 +35,60 @@ protected:
 
 } // namespace
 
-TEST_F(FailureTest, MissingFileIsAnErrorAtTheStart)
+TEST_F(FailureTest, MissingFileIsAWarningAndTheFilmGoesOn)
 {
-    ExpectNoStart(File("none.srt"));
-    ExpectNoStart(m_folder.Path().string());
-    ExpectNoStart("http://localhost:1/none.srt");
+    ExpectWarning(File("none.srt"));
+    ExpectWarning(File("none"));
+    ExpectWarning(File("none.idx"));
+    ExpectWarning(m_folder.Path().string());
+    ExpectWarning("http://localhost:1/none.srt");
 }
 
-TEST_F(FailureTest, RefusedFileIsAnErrorAtTheFirstCaps)
+TEST_F(FailureTest, RefusedFileIsAWarningAndTheFilmGoesOn)
 {
-    const Element element("location=" + m_strRefused);
-    EXPECT_EQ(element.Push(m_strFrame, Due), "");
-    EXPECT_EQ(element.LastFlow(), GST_FLOW_NOT_NEGOTIATED);
-    EXPECT_EQ(element.Message(), Refusal("error", m_strRefused));
+    ExpectWarning(m_strRefused);
+}
+
+TEST_F(FailureTest, MissingTrackIsAWarning)
+{
+    ExpectWarning(m_folder.Write("nothing.mkv", "no container"));
+    const std::string strFile = File("a.mkv");
+    const Outcome outcome = ChildProcess::Run(
+        {"ffmpeg", "-nostdin", "-v", "error", "-i", m_strSubtitles, "-map", "0", "-c", "copy", strFile});
+    ASSERT_EQ(outcome.nExit, 0) << outcome.strError;
+    const Element element("track=1 location=" + strFile);
+    EXPECT_EQ(element.Message(), Refusal(strFile, 1));
+    EXPECT_TRUE(element.Push(m_strFrame, Due) == m_strFrame);
+    element.Set("track", "0");
+    EXPECT_TRUE(element.Push(m_strFrame, Due) == Burnt(m_strFrame, 1500));
+    EXPECT_EQ(element.Message(), "");
+    element.Set("track", "7");
+    EXPECT_TRUE(element.Push(m_strFrame, Due) == m_strFrame);
+    EXPECT_EQ(element.Message(), Refusal(strFile, 7));
+    EXPECT_EQ(element.Message(), "");
+}
+
+TEST_F(FailureTest, EachStartWarnsAnew)
+{
+    for (const std::string &strFile : {m_strRefused, File("none.srt")}) {
+        const Element element("location=" + strFile);
+        EXPECT_EQ(element.Message(), Refusal(strFile));
+        gst_element_set_state(element.Get(), GST_STATE_NULL);
+        gst_element_set_state(element.Get(), GST_STATE_PLAYING);
+        element.SetCaps(OddSize);
+        EXPECT_TRUE(element.Push(m_strFrame, Due) == m_strFrame);
+        EXPECT_EQ(element.Message(), Refusal(strFile));
+        EXPECT_EQ(element.Message(), "");
+    }
+}
+
+TEST_F(FailureTest, WarningIsAboutReading)
+{
+    const Element element("location=" + File("none.srt"));
+    GError *pError = element.TakeWarning();
+    ASSERT_NE(pError, nullptr);
+    EXPECT_TRUE(g_error_matches(pError, GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_READ));
+    g_error_free(pError);
 }
 
 TEST_F(FailureTest, LaterItIsAWarningAndTheFilmGoesOn)
@@ -66,7 +100,7 @@ TEST_F(FailureTest, LaterItIsAWarningAndTheFilmGoesOn)
         SCOPED_TRACE(strFile);
         element.Set("location", strFile);
         EXPECT_TRUE(element.Push(m_strFrame, Due) == m_strFrame);
-        EXPECT_EQ(element.Message(), Refusal("warning", strFile));
+        EXPECT_EQ(element.Message(), Refusal(strFile));
         EXPECT_TRUE(element.Push(m_strFrame, Due) == m_strFrame);
         EXPECT_EQ(element.Message(), "");
         element.Set("location", m_strSubtitles);

@@ -17,6 +17,19 @@ std::string GStreamerTest::Read(const std::string &strName) const
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
+Outcome GStreamerTest::Launch(const std::string &strPipeline) const
+{
+    return ChildProcess::Run(
+        {"sh", "-c", "cd \"$0\" && gst-launch-1.0 -q --no-fault " + strPipeline, m_folder.Path().string()});
+}
+
+void GStreamerTest::ExpectLaunch(const std::string &strPipeline) const
+{
+    const Outcome outcome = Launch(strPipeline);
+    EXPECT_EQ(outcome.nExit, 0) << outcome.strError;
+    EXPECT_EQ(outcome.strError, "");
+}
+
 std::string GStreamerTest::Film() const
 {
     std::string strFrames;
@@ -69,6 +82,38 @@ void Element::SetCaps(const Size &size, const std::string &strMore) const
     gst_harness_set_src_caps_str(m_pHarness, (size.Caps() + strMore).c_str());
 }
 
+void Element::SetCaps(const GstCaps *pCaps) const
+{
+    gst_harness_set_src_caps(m_pHarness, gst_caps_copy(pCaps));
+}
+
+void Element::SetOrientation(const char *pOrientation) const
+{
+    GstTagList *pTags = gst_tag_list_new(GST_TAG_IMAGE_ORIENTATION, pOrientation, nullptr);
+    EXPECT_TRUE(gst_harness_push_event(m_pHarness, gst_event_new_tag(pTags)));
+}
+
+void Element::StartStream() const
+{
+    GstCaps *pCaps = gst_pad_get_current_caps(m_pHarness->srcpad);
+    GstSegment segment;
+    gst_segment_init(&segment, GST_FORMAT_TIME);
+    EXPECT_TRUE(gst_harness_push_event(m_pHarness, gst_event_new_stream_start("next")));
+    EXPECT_TRUE(gst_harness_push_event(m_pHarness, gst_event_new_caps(pCaps)));
+    SetSegment(segment);
+    gst_caps_unref(pCaps);
+}
+
+bool Element::Accepts(const std::string &strCaps) const
+{
+    GstPad *pPad = gst_element_get_static_pad(m_pElement, "sink");
+    GstCaps *pCaps = gst_caps_from_string(strCaps.c_str());
+    const bool bAccepts = gst_pad_query_accept_caps(pPad, pCaps);
+    gst_caps_unref(pCaps);
+    gst_object_unref(pPad);
+    return bAccepts;
+}
+
 void Element::SetSegment(const GstSegment &segment) const
 {
     EXPECT_TRUE(gst_harness_push_event(m_pHarness, gst_event_new_segment(&segment)));
@@ -86,6 +131,17 @@ std::string Element::Push(const std::string &strFrame, GstClockTime nTime) const
     const std::string strOutput = Bytes(pOutput);
     gst_buffer_unref(pOutput);
     return strOutput;
+}
+
+GError *Element::TakeWarning() const
+{
+    GstMessage *pMessage = gst_bus_pop_filtered(m_pBus, GST_MESSAGE_WARNING);
+    GError *pError = nullptr;
+    if (pMessage) {
+        gst_message_parse_warning(pMessage, &pError, nullptr);
+        gst_message_unref(pMessage);
+    }
+    return pError;
 }
 
 std::string Element::Message() const

@@ -6,6 +6,7 @@
 #include "libsubtitle.h"
 
 #include <functional>
+#include <gst/base/gstbasetransform.h>
 #include <gst/check/gstharness.h>
 #include <gst/video/video.h>
 #include <gtest/gtest.h>
@@ -37,6 +38,11 @@ class GStreamerTest : public testing::Test
 protected:
     std::string File(const std::string &strName) const { return (m_folder.Path() / strName).string(); }
     std::string Read(const std::string &strName) const;
+
+    /** Runs a pipeline in the test's folder. */
+    Outcome Launch(const std::string &strPipeline) const;
+    /** The same; it has to succeed and be silent. */
+    void ExpectLaunch(const std::string &strPipeline) const;
 
     /**
      * What the library draws when it is called without GStreamer between; no pipeline may run meanwhile.
@@ -77,7 +83,15 @@ public:
     /** Sets a property from a text. */
     void Set(const char *pProperty, const std::string &strValue) const;
     void SetCaps(const Size &size, const std::string &strMore = "") const;
+    void SetCaps(const GstCaps *pCaps) const;
     void SetSegment(const GstSegment &segment) const;
+    /** Pushes a tag event that says how the picture is to be turned. */
+    void SetOrientation(const char *pOrientation) const;
+    /** Begins another stream, with the caps and the segment of the one before. */
+    void StartStream() const;
+    /** Whether other elements may link to it with such caps. */
+    bool Accepts(const std::string &strCaps) const;
+    bool IsPassthrough() const { return gst_base_transform_is_passthrough(GST_BASE_TRANSFORM(m_pElement)); }
 
     /** Pushes a frame, and gives what comes out; "" where the element fails. */
     std::string Push(const std::string &strFrame, GstClockTime nTime) const;
@@ -86,6 +100,8 @@ public:
 
     /** The next error or warning on the bus, as "error: text"; "" where there is none. */
     std::string Message() const;
+    /** The next warning on the bus, to be freed; null where there is none. */
+    GError *TakeWarning() const;
 
 private:
     GstHarness *m_pHarness;

@@ -1,0 +1,119 @@
+#include "burnhandle.h"
+
+#include <libsubtitle.h>
+
+/* GRWLock may starve writers; the door makes readers that come later queue up for a waiting writer. */
+static GMutex door;
+static GRWLock library;
+
+static void EnterAlone(void)
+{
+    g_mutex_lock(&door);
+    g_rw_lock_writer_lock(&library);
+    g_mutex_unlock(&door);
+}
+
+static void LeaveAlone(void)
+{
+    g_rw_lock_writer_unlock(&library);
+}
+
+static void Enter(void)
+{
+    g_mutex_lock(&door);
+    g_rw_lock_reader_lock(&library);
+    g_mutex_unlock(&door);
+}
+
+static void Leave(void)
+{
+    g_rw_lock_reader_unlock(&library);
+}
+
+static void DestroyAlone(BurnHandle *pHandle)
+{
+    DestroySubtitleBurner(pHandle->pBurner);
+    DestroyVideoSubtitle(pHandle->pSubtitle);
+    *pHandle = (BurnHandle){NULL};
+}
+
+gboolean BurnHandleMake(BurnHandle *pHandle, gint nWidth, gint nHeight)
+{
+    EnterAlone();
+    /* Before the old one is destroyed: with the last handle the library ends its Qt, only to start it again. */
+    void *pSubtitle = CreateVideoSubtitle(nWidth, nHeight);
+    void *pBurner = CreateSubtitleBurner(pSubtitle);
+    DestroyAlone(pHandle);
+    *pHandle = (BurnHandle){pSubtitle, pBurner, nWidth, nHeight};
+    if (!pBurner)
+        DestroyAlone(pHandle);
+    LeaveAlone();
+    return pBurner != NULL;
+}
+
+void BurnHandleDestroy(BurnHandle *pHandle)
+{
+    if (!pHandle->pSubtitle)
+        return;
+    EnterAlone();
+    DestroyAlone(pHandle);
+    LeaveAlone();
+}
+
+static int Byte(guint nColor, int nPlace)
+{
+    return (int)(nColor >> 8 * nPlace & 0xFF);
+}
+
+static void SetFont(void *pSubtitle, const BurnSettings *pSettings)
+{
+    const gchar *pFamily = pSettings->pFamily ? pSettings->pFamily : "";
+    /* Where the locale has no such characters, its encoding is most likely plain ASCII, for which the library takes
+       UTF-8. */
+    gchar *pLocal = g_locale_from_utf8(pFamily, -1, NULL, NULL, NULL);
+    const int nStyle = (pSettings->bBold ? SUBTITLE_STYLE_BOLD : 0) | (pSettings->bItalic ? SUBTITLE_STYLE_ITALIC : 0);
+    SetSubtitleFontParam(pSubtitle, pLocal ? pLocal : pFamily, pSettings->nPoints, nStyle);
+    g_free(pLocal);
+}
+
+gboolean BurnHandleApply(const BurnHandle *pHandle, const BurnSettings *pSettings, gboolean bOpen)
+{
+    void *pSubtitle = pHandle->pSubtitle;
+    const guint nChanged = pSettings->nChanged;
+    Enter();
+    if (nChanged & ChangedAlpha)
+        SetSubtitleAlpah(pSubtitle, pSettings->nAlpha);
+    if (nChanged & ChangedPos)
+        SetSubtitlePos(pSubtitle, pSettings->nPos);
+    if (nChanged & ChangedFont)
+        SetFont(pSubtitle, pSettings);
+    if (nChanged & ChangedFontColor)
+        SetSubtitleFontColor(pSubtitle, Byte(pSettings->nFontColor, 2), Byte(pSettings->nFontColor, 1),
+                             Byte(pSettings->nFontColor, 0));
+    if (nChanged & ChangedOutlineColor)
+        SetSubtitleOutlineColor(pSubtitle, Byte(pSettings->nOutlineColor, 2), Byte(pSettings->nOutlineColor, 1),
+                                Byte(pSettings->nOutlineColor, 0));
+    if (nChanged & ChangedWhite)
+        SetSubtitleBurnerWhite(pHandle->pBurner, pSettings->dWhite);
+    const gboolean bDone = !bOpen || (SetSubtitleFile(pSubtitle, pSettings->pFile, pSettings->nTrack) == 0 &&
+                                      HasSubtitleTrack(pSubtitle) == 1);
+    Leave();
+    return bDone;
+}
+
+gint BurnHandleSeek(const BurnHandle *pHandle, glong nMilliseconds)
+{
+    Enter();
+    const gint nDue =
+        SetSubtitleTimeStamp(pHandle->pSubtitle, nMilliseconds) == 0 ? IsSubtitleDue(pHandle->pBurner) : -1;
+    Leave();
+    return nDue;
+}
+
+gboolean BurnHandleDraw(const BurnHandle *pHandle, const SubtitleFrame *pFrame)
+{
+    Enter();
+    const gboolean bDrawn = BurnSubtitle(pHandle->pBurner, pFrame) == 0;
+    Leave();
+    return bDrawn;
+}
