@@ -28,8 +28,8 @@
  *    and a chroma sample of several pixels is the mean as above. Quotients are rounded to nearest and limited to what
  *    the samples hold, except in RGB formats of 8 bits, where they are truncated and equal those of
  *    ProcessSubtitleFrame().
- *  - Alpha, where the format has it: A' = (k max + (255 - k) A) / 255. Alpha is taken as straight, not premultiplied.
- *    The unused byte or bits of formats as rgb0 and x2rgb10 are not touched.
+ *  - Alpha, where the format has it: A' = (k max + (255 - k) A) / 255, rounded to nearest. Alpha is
+ *    taken as straight, not premultiplied. The unused byte or bits of formats as rgb0 and x2rgb10 are not touched.
  *
  * Colours
  *  The subtitle's colours are full range R'G'B'. YUV code values are those of ITU-R BT.601, BT.709 and BT.2020
@@ -92,8 +92,8 @@ typedef struct SubtitleFrame {
     int format;      /**< AVPixelFormat; see SubtitlePixelFormat() */
     int colorspace;  /**< AVColorSpace: FCC, BT470BG, SMPTE170M, SMPTE240M, BT709 and BT2020_NCL. Unknown: BT709 from
                               1280 columns or 577 rows on, else SMPTE170M. RGB formats do not look at it */
-    int color_range; /**< AVColorRange. Unknown: full for yuvj and gray formats, else limited. RGB and yuvj formats do
-                              not look at it and are full range */
+    int color_range; /**< AVColorRange. Unknown: full for yuvj and gray formats, else limited. RGB and yuvj formats are
+                              full range with any */
     int color_primaries; /**< AVColorPrimaries; looked at in PQ and HLG frames only. Unknown: BT2020. Those
                               whose white is D65 are known: BT709, BT470BG, SMPTE170M, SMPTE240M, BT2020, SMPTE432,
                               EBU3213 */
@@ -166,9 +166,11 @@ int IsSubtitleDue(void *burner);
  * @param burner  the burner.
  * @param frame  the frame, which the host keeps; no pointer to it is kept. Its size is that of the handle, with
  *               width and height exchanged for a transposed orientation.
- * @return 0; -1, with the frame untouched: for null arguments and planes, for a format, colorspace or orientation
- *         that is not known, for a line size less than a row, for a frame of another size, and where
- *         ProcessSubtitleFrame() returns -1. A frame is refused, or not, whether or not a subtitle is due.
+ * @return 0; -1, with the frame untouched: for null arguments and planes, for a format or orientation that is not
+ *         known, for a line size less than a row, for a frame of another size, and where ProcessSubtitleFrame() returns
+ *         -1. Numbers of colour members that are not known are refused as well: a range and a chroma location in any
+ *         format, a colorspace in YUV and grey, primaries in PQ and HLG. A frame is refused, or not, whether or not a
+ *         subtitle is due.
  */
 int BurnSubtitle(void *burner, const SubtitleFrame *frame);
 
