@@ -1,22 +1,26 @@
 /*
  * Decodes a film with FFmpeg and writes the pictures on display at given times, in any order, with their subtitles, to
- * standard output: PPM pictures, one behind the other.
+ * standard output: raw pictures one after the other, each as the decoder made it. The subtitles are drawn into the
+ * decoder's own samples; nothing is converted.
  *
  *     ffmpeghost VIDEO SUBTITLES SECONDS...
  *
  * Build it with
  *
  *     c++ -std=c++17 -o ffmpeghost ffmpeghost.cpp \
- *         $(pkg-config --cflags --libs libsubtitle libavformat libavcodec libavutil libswscale)
+ *         $(pkg-config --cflags --libs libsubtitleframe libsubtitle libavformat libavcodec libavutil)
  */
 // FFmpeg first: old versions of it have an AVPicture of their own, which libsubtitle.h then takes.
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
-#include <libswscale/swscale.h>
+#include <libavutil/display.h>
+#include <libavutil/imgutils.h>
 }
 #include <libsubtitle.h>
+#include <libsubtitleframe.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstddef>
@@ -28,6 +32,7 @@ extern "C" {
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -40,11 +45,11 @@ struct FreeByAddress {
         Function(&pObject);
     }
 };
-struct FreeScaler {
-    void operator()(SwsContext *pScaler) const { sws_freeContext(pScaler); }
-};
 struct FreeSubtitle {
     void operator()(void *pSubtitle) const { DestroyVideoSubtitle(pSubtitle); }
+};
+struct FreeBurner {
+    void operator()(void *pBurner) const { DestroySubtitleBurner(pBurner); }
 };
 
 using DemuxerPtr = std::unique_ptr<AVFormatContext, FreeByAddress<avformat_close_input>>;
@@ -52,6 +57,7 @@ using DecoderPtr = std::unique_ptr<AVCodecContext, FreeByAddress<avcodec_free_co
 using PacketPtr = std::unique_ptr<AVPacket, FreeByAddress<av_packet_free>>;
 using FramePtr = std::unique_ptr<AVFrame, FreeByAddress<av_frame_free>>;
 using SubtitlePtr = std::unique_ptr<void, FreeSubtitle>;
+using BurnerPtr = std::unique_ptr<void, FreeBurner>;
 
 int Checked(int nResult, const std::string &strWhat)
 {
@@ -70,14 +76,24 @@ Pointer Checked(Pointer pObject)
     return pObject;
 }
 
+/** The display matrix of a stream; null without one. */
+const std::uint8_t *StreamMatrix(const AVStream &stream, std::size_t *pBytes)
+{
+#if LIBAVFORMAT_VERSION_INT >= AV_VERSION_INT(60, 15, 100)
+    const AVPacketSideData *pData = av_packet_side_data_get(
+        stream.codecpar->coded_side_data, stream.codecpar->nb_coded_side_data, AV_PKT_DATA_DISPLAYMATRIX);
+    *pBytes = pData ? pData->size : 0;
+    return pData ? pData->data : nullptr;
+#else
+    return av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, pBytes);
+#endif
+}
+
 /** The video stream of a file, decoded. */
 class Video
 {
 public:
     explicit Video(const std::string &strFile);
-
-    int Width() const { return m_pDecoder->width; }
-    int Height() const { return m_pDecoder->height; }
 
     /** The picture on display at a time: the last that begins then or before. */
     FramePtr FrameAt(double fSeconds);
@@ -91,6 +107,7 @@ public:
 private:
     void Feed();
     bool Next(AVFrame *pFrame);
+    void Turn(AVFrame *pFrame) const;
 
     DemuxerPtr m_pDemuxer;
     DecoderPtr m_pDecoder;
@@ -140,6 +157,16 @@ bool Video::Next(AVFrame *pFrame)
     return nResult >= 0;
 }
 
+/** Puts the orientation of the film on a frame: containers have it for the stream, and decoders do not pass it on. */
+void Video::Turn(AVFrame *pFrame) const
+{
+    std::size_t nBytes = 0;
+    const std::uint8_t *pMatrix = StreamMatrix(*m_pStream, &nBytes);
+    if (!pMatrix || av_frame_get_side_data(pFrame, AV_FRAME_DATA_DISPLAYMATRIX))
+        return;
+    std::copy_n(pMatrix, nBytes, Checked(av_frame_new_side_data(pFrame, AV_FRAME_DATA_DISPLAYMATRIX, nBytes))->data);
+}
+
 FramePtr Video::FrameAt(double fSeconds)
 {
     const std::int64_t nTime = m_nOrigin + av_rescale_q_rnd(std::llround(fSeconds * AV_TIME_BASE), {1, AV_TIME_BASE},
@@ -154,74 +181,83 @@ FramePtr Video::FrameAt(double fSeconds)
     }
     if (!pShown)
         throw std::runtime_error("there is no picture at " + std::to_string(fSeconds) + " s");
+    Turn(pShown.get());
     return pShown;
 }
 
-/** Brings frames to packed RGB of one size, whatever the decoder makes of a stream on the way. */
-class Converter
+/** Whether a frame is shown turned by a quarter. */
+bool IsTransposed(const AVFrame &frame)
+{
+    const AVFrameSideData *pMatrix = av_frame_get_side_data(&frame, AV_FRAME_DATA_DISPLAYMATRIX);
+    if (!pMatrix)
+        return false;
+    const double fDegrees = av_display_rotation_get(reinterpret_cast<const std::int32_t *>(pMatrix->data));
+    return std::abs(std::abs(fDegrees) - 90) < 1;
+}
+
+/** Draws into frames of any size. */
+class Burner
 {
 public:
-    Converter(int nWidth, int nHeight) : m_nWidth(nWidth), m_nHeight(nHeight) {}
+    explicit Burner(const char *pSubtitles);
 
-    FramePtr ToRgb(const AVFrame &frame);
+    void Burn(AVFrame *pFrame, std::int64_t nMilliseconds);
 
 private:
-    int m_nWidth;
-    int m_nHeight;
-    std::unique_ptr<SwsContext, FreeScaler> m_pScaler;
+    void SetSize(int nWidth, int nHeight);
+
+    const char *m_pFile;
+    int m_nWidth = 0;
+    int m_nHeight = 0;
+    SubtitlePtr m_pSubtitle;
+    BurnerPtr m_pBurner; // after the handle, which has to outlive it
 };
 
-FramePtr Converter::ToRgb(const AVFrame &frame)
-{
-    FramePtr pRgb = Checked(FramePtr(av_frame_alloc()));
-    pRgb->format = AV_PIX_FMT_RGB24;
-    pRgb->width = m_nWidth;
-    pRgb->height = m_nHeight;
-    Checked(av_frame_get_buffer(pRgb.get(), 0), "a frame");
-
-    m_pScaler.reset(sws_getCachedContext(m_pScaler.release(), frame.width, frame.height,
-                                         static_cast<AVPixelFormat>(frame.format), m_nWidth, m_nHeight,
-                                         AV_PIX_FMT_RGB24, SWS_BICUBIC, nullptr, nullptr, nullptr));
-    Checked(m_pScaler.get());
-    // Has no meaning, and does nothing, where the film itself is RGB.
-    (void)sws_setColorspaceDetails(m_pScaler.get(), sws_getCoefficients(frame.colorspace),
-                                   frame.color_range == AVCOL_RANGE_JPEG ? 1 : 0, sws_getCoefficients(SWS_CS_DEFAULT),
-                                   1, 0, 1 << 16, 1 << 16);
-    Checked(sws_scale(m_pScaler.get(), frame.data, frame.linesize, 0, frame.height, pRgb->data, pRgb->linesize),
-            "converting");
-    return pRgb;
-}
-
-SubtitlePtr OpenSubtitles(const std::string &strFile, int nWidth, int nHeight)
+Burner::Burner(const char *pSubtitles) : m_pFile(pSubtitles)
 {
     // The library counts a file that is missing as one without subtitles.
-    if (!std::ifstream(strFile))
-        throw std::runtime_error(strFile + ": cannot be read");
-    SubtitlePtr pSubtitle = Checked(SubtitlePtr(CreateVideoSubtitle(nWidth, nHeight)));
-    if (SetSubtitleFile(pSubtitle.get(), strFile.c_str(), 0) != 0)
-        throw std::runtime_error(strFile + ": is refused");
-    return pSubtitle;
+    if (!std::ifstream(m_pFile))
+        throw std::runtime_error(std::string(m_pFile) + ": cannot be read");
 }
 
-void Burn(void *pSubtitle, AVFrame *pFrame, std::int64_t nMilliseconds)
+void Burner::SetSize(int nWidth, int nHeight)
 {
+    if (m_pSubtitle && nWidth == m_nWidth && nHeight == m_nHeight)
+        return;
+    m_pBurner.reset();
+    m_pSubtitle = Checked(SubtitlePtr(CreateVideoSubtitle(nWidth, nHeight)));
+    m_pBurner = Checked(BurnerPtr(CreateSubtitleBurner(m_pSubtitle.get())));
+    if (SetSubtitleFile(m_pSubtitle.get(), m_pFile, 0) != 0)
+        throw std::runtime_error(std::string(m_pFile) + ": is refused");
+    m_nWidth = nWidth;
+    m_nHeight = nHeight;
+}
+
+void Burner::Burn(AVFrame *pFrame, std::int64_t nMilliseconds)
+{
+    // The handle has the size of the picture as it is shown.
+    if (IsTransposed(*pFrame))
+        SetSize(pFrame->height, pFrame->width);
+    else
+        SetSize(pFrame->width, pFrame->height);
     // What comes before the film's start has a negative time, which the library refuses: it has no subtitle.
     if (nMilliseconds < 0)
         return;
-    if (SetSubtitleTimeStamp(pSubtitle, static_cast<long>(nMilliseconds)) != 0 ||
-        ProcessSubtitleFrame(pSubtitle, reinterpret_cast<AVPicture *>(pFrame)) != 0)
+    if (SetSubtitleTimeStamp(m_pSubtitle.get(), static_cast<long>(nMilliseconds)) != 0)
         throw std::bad_alloc();
+    if (BurnSubtitleAVFrame(m_pBurner.get(), pFrame) != 0)
+        throw std::runtime_error("a frame is refused: its format is not known, or there is no memory");
 }
 
 void Write(const AVFrame &frame)
 {
-    const auto nWidth = static_cast<std::size_t>(frame.width);
-    bool bWritten = std::printf("P6\n%d %d\n255\n", frame.width, frame.height) > 0;
-    for (int y = 0; y < frame.height && bWritten; ++y) {
-        const std::uint8_t *pRow = frame.data[0] + static_cast<std::ptrdiff_t>(y) * frame.linesize[0];
-        bWritten = std::fwrite(pRow, 3, nWidth, stdout) == nWidth;
-    }
-    if (!bWritten || std::fflush(stdout) != 0)
+    const auto format = static_cast<AVPixelFormat>(frame.format);
+    const int nBytes = Checked(av_image_get_buffer_size(format, frame.width, frame.height, 1), "a picture");
+    std::vector<std::uint8_t> listBytes(static_cast<std::size_t>(nBytes));
+    Checked(av_image_copy_to_buffer(listBytes.data(), nBytes, frame.data, frame.linesize, format, frame.width,
+                                    frame.height, 1),
+            "a picture");
+    if (std::fwrite(listBytes.data(), 1, listBytes.size(), stdout) != listBytes.size() || std::fflush(stdout) != 0)
         throw std::runtime_error("standard output cannot be written");
 }
 
@@ -244,13 +280,11 @@ int main(int argc, char **argv)
     }
     try {
         Video video(argv[1]);
-        Converter converter(video.Width(), video.Height());
-        const SubtitlePtr pSubtitle = OpenSubtitles(argv[2], video.Width(), video.Height());
+        Burner burner(argv[2]);
         for (int n = 3; n < argc; ++n) {
-            const FramePtr pDecoded = video.FrameAt(Seconds(argv[n]));
-            const FramePtr pRgb = converter.ToRgb(*pDecoded);
-            Burn(pSubtitle.get(), pRgb.get(), video.Milliseconds(*pDecoded));
-            Write(*pRgb);
+            const FramePtr pFrame = video.FrameAt(Seconds(argv[n]));
+            burner.Burn(pFrame.get(), video.Milliseconds(*pFrame));
+            Write(*pFrame);
         }
         return EXIT_SUCCESS;
     } catch (const std::exception &error) {

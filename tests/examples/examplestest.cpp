@@ -5,16 +5,10 @@
 #include <algorithm>
 #include <set>
 
-namespace
-{
-
-/** Whether the tests' subtitle file has one at a time; both ends count. */
-bool IsDue(long nMilliseconds)
+bool Film::IsDue(long nMilliseconds)
 {
     return (nMilliseconds >= 400 && nMilliseconds <= 800) || (nMilliseconds >= 1200 && nMilliseconds <= 1400);
 }
-
-} // namespace
 
 Film Film::Make(int nWidth, int nHeight, int nFrames)
 {

@@ -17,6 +17,9 @@ struct Film {
     std::size_t FrameBytes() const { return std::size_t{3} * nWidth * nHeight; }
     std::string Bytes() const;
 
+    /** Whether the tests' subtitle file has one at a time; both ends count. */
+    static bool IsDue(long nMilliseconds);
+
     /** One of its frames with the subtitle due at a time. */
     std::string Burnt(std::size_t nFrame, long nMilliseconds, const std::string &strSubtitles) const;
 

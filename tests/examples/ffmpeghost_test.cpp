@@ -1,6 +1,9 @@
+#include "decodedfilm.h"
 #include "examplestest.h"
 
-#include <array>
+extern "C" {
+#include <libavutil/pixfmt.h>
+}
 
 namespace
 {
@@ -8,23 +11,36 @@ namespace
 class FfmpegHostTest : public ExamplesTest
 {
 protected:
-    /** Expects the pictures of some frames, in this order. */
-    void ExpectPictures(const std::string &strVideo, const std::vector<std::pair<std::string, std::size_t>> &listTimes)
+    /**
+     * Expects the pictures of some frames, in this order.
+     *
+     * @param setValues  of text and outline in the first plane.
+     */
+    void ExpectPictures(const std::string &strVideo, const DecodedFilm &film, const std::set<int> &setValues) const
     {
         std::vector<std::string> listCommand = {FFMPEGHOST, strVideo, m_strSubtitles};
-        for (const auto &[strTime, nFrame] : listTimes)
+        for (const auto &[strTime, nFrame] : m_listTimes)
             listCommand.push_back(strTime);
         const Outcome outcome = ChildProcess::Run(listCommand);
         EXPECT_EQ(outcome.nExit, 0) << outcome.strError;
-        const std::string strHeader = "P6\n322 180\n255\n";
-        const std::size_t nBytes = strHeader.size() + m_film.FrameBytes();
-        ASSERT_EQ(outcome.strOut.size(), listTimes.size() * nBytes);
-        for (std::size_t n = 0; n < listTimes.size(); ++n) {
-            EXPECT_EQ(outcome.strOut.substr(n * nBytes, strHeader.size()), strHeader);
-            const std::size_t nFrame = listTimes[n].second;
-            m_film.ExpectFrame(nFrame, outcome.strOut.substr(n * nBytes + strHeader.size(), m_film.FrameBytes()),
-                               static_cast<long>(nFrame) * 40, m_strSubtitles);
+        ASSERT_EQ(film.Count(), m_film.listFrames.size());
+        ASSERT_EQ(outcome.strOut.size(), m_listTimes.size() * film.FrameBytes());
+        for (std::size_t n = 0; n < m_listTimes.size(); ++n) {
+            const std::size_t nFrame = m_listTimes[n].second;
+            film.ExpectFrame(nFrame, outcome.strOut.substr(n * film.FrameBytes(), film.FrameBytes()),
+                             static_cast<long>(nFrame) * 40, m_strSubtitles, setValues);
         }
+    }
+
+    /** What the frames of the test's film say of themselves. */
+    SubtitleFrame Description(int nSpace = AVCOL_SPC_UNSPECIFIED, int nRange = AVCOL_RANGE_UNSPECIFIED) const
+    {
+        SubtitleFrame description = {};
+        description.width = m_film.nWidth;
+        description.height = m_film.nHeight;
+        description.colorspace = nSpace;
+        description.color_range = nRange;
+        return description;
     }
 
     void ExpectFails(const std::vector<std::string> &listArguments, const std::string &strError) const
@@ -45,38 +61,74 @@ protected:
 
 } // namespace
 
+// The decoder predicts frames from others, in another order than that of the film.
 TEST_F(FfmpegHostTest, BurnsPicturesInAnyOrder)
 {
-    ExpectPictures(Video("in.mkv", {"-c:v", "libx264rgb", "-qp", "0", "-bf", "3", "-g", "16"}), m_listTimes);
+    const std::string strVideo =
+        Video("in.mkv", {"-vf", "scale=out_color_matrix=bt709", "-pix_fmt", "yuv420p", "-c:v", "libx264", "-bf", "3",
+                         "-g", "16", "-colorspace", "bt709", "-color_range", "tv", "-chroma_sample_location", "left"});
+    SubtitleFrame description = Description(AVCOL_SPC_BT709, AVCOL_RANGE_MPEG);
+    description.chroma_location = AVCHROMA_LOC_LEFT;
+    ExpectPictures(strVideo, DecodedFilm(strVideo, "yuv420p", description), {25, 235});
 }
 
 TEST_F(FfmpegHostTest, CountsFromTheStartOfTheFilm)
 {
-    ExpectPictures(Video("in.mkv", {"-c:v", "ffv1", "-pix_fmt", "bgr0", "-output_ts_offset", "7"}), m_listTimes);
+    const std::string strVideo = Video("in.mkv", {"-c:v", "ffv1", "-pix_fmt", "bgr0", "-output_ts_offset", "7"});
+    ExpectPictures(strVideo, DecodedFilm(strVideo, "bgr0", Description()), {10, 255});
 }
 
-TEST_F(FfmpegHostTest, ConvertsColours)
+TEST_F(FfmpegHostTest, BurnsIntoWhatDecodersMake)
 {
-    // One colour, stored in each of these ways.
-    for (const char *pMatrix : {"bt601", "bt709", "bt2020"}) {
-        for (const char *pRange : {"tv", "pc"}) {
-            const std::string strVideo = File("in.mkv");
-            const std::string strTag = std::string(pMatrix) == "bt601"    ? "smpte170m"
-                                       : std::string(pMatrix) == "bt2020" ? "bt2020nc"
-                                                                          : pMatrix;
-            const Outcome made = ChildProcess::Run(
-                {"ffmpeg", "-v", "error", "-y", "-f", "lavfi", "-i", "color=0xc86432:s=320x180:r=25:d=0.2,format=gbrp",
-                 "-vf", std::string("scale=out_color_matrix=") + pMatrix + ":out_range=" + pRange + ",format=yuv444p",
-                 "-c:v", "ffv1", "-colorspace", strTag, "-color_range", pRange, strVideo});
-            ASSERT_EQ(made.nExit, 0) << made.strError;
-            const Outcome outcome = ChildProcess::Run({FFMPEGHOST, strVideo, m_strSubtitles, "0.04"});
-            EXPECT_EQ(outcome.nExit, 0) << outcome.strError;
-            ASSERT_EQ(outcome.strOut.size(), 15 + 320U * 180 * 3);
-            for (std::size_t n = 15; n < outcome.strOut.size(); ++n)
-                ASSERT_NEAR(static_cast<unsigned char>(outcome.strOut[n]), (std::array{0xc8, 0x64, 0x32})[n % 3], 3)
-                    << pMatrix << " " << pRange;
-        }
+    const struct {
+        const char *pFormat;
+        std::vector<std::string> listOptions;
+        std::set<int> setValues;
+    } listCases[] = {{"yuv422p10le", {"-c:v", "ffv1", "-pix_fmt", "yuv422p10le"}, {98, 940}},
+                     {"nv12", {"-c:v", "rawvideo", "-pix_fmt", "nv12"}, {25, 235}},
+                     {"gbrp", {"-c:v", "libx264rgb", "-qp", "0"}, {10, 255}}};
+    for (const auto &testCase : listCases) {
+        const std::string strVideo = Video(std::string(testCase.pFormat) + ".nut", testCase.listOptions);
+        ExpectPictures(strVideo, DecodedFilm(strVideo, testCase.pFormat, Description()), testCase.setValues);
     }
+}
+
+TEST_F(FfmpegHostTest, TakesTheRangeThatTheFilmIsTaggedWith)
+{
+    const std::string strVideo =
+        Video("in.mkv", {"-c:v", "ffv1", "-pix_fmt", "yuv444p", "-color_range", "pc", "-colorspace", "smpte170m"});
+    ExpectPictures(strVideo, DecodedFilm(strVideo, "yuv444p", Description(AVCOL_SPC_SMPTE170M, AVCOL_RANGE_JPEG)),
+                   {10, 255});
+}
+
+TEST_F(FfmpegHostTest, BurnsUprightTextIntoATurnedFilm)
+{
+    const std::string strFlat = Video("flat.mp4", {"-c:v", "libx264", "-pix_fmt", "yuv420p"});
+    // FFmpeg counts them counterclockwise.
+    const struct {
+        const char *pDegrees;
+        int nOrientation;
+    } listCases[] = {{"90", SUBTITLE_ORIENTATION_TRANSPOSED | SUBTITLE_ORIENTATION_UPSIDE_DOWN},
+                     {"180", SUBTITLE_ORIENTATION_MIRRORED | SUBTITLE_ORIENTATION_UPSIDE_DOWN},
+                     {"270", SUBTITLE_ORIENTATION_TRANSPOSED | SUBTITLE_ORIENTATION_MIRRORED}};
+    for (const auto &[pDegrees, nOrientation] : listCases) {
+        const std::string strVideo = File(std::string(pDegrees) + ".mp4");
+        const Outcome made = ChildProcess::Run({"ffmpeg", "-nostdin", "-v", "error", "-i", strFlat, "-c", "copy",
+                                                "-metadata:s:v:0", std::string("rotate=") + pDegrees, strVideo});
+        ASSERT_EQ(made.nExit, 0) << made.strError;
+        SubtitleFrame description = Description();
+        description.orientation = nOrientation;
+        ExpectPictures(strVideo, DecodedFilm(strVideo, "yuv420p", description), {25, 235});
+    }
+}
+
+TEST_F(FfmpegHostTest, FormatThatTheLibraryDoesNotKnowIsAnError)
+{
+    const std::string strVideo = Video("in.nut", {"-c:v", "rawvideo", "-pix_fmt", "yuv410p"});
+    const Outcome outcome = ChildProcess::Run({FFMPEGHOST, strVideo, m_strSubtitles, "0"});
+    EXPECT_EQ(outcome.nExit, 1);
+    EXPECT_EQ(outcome.strError, "ffmpeghost: a frame is refused: its format is not known, or there is no memory\n");
+    EXPECT_EQ(outcome.strOut, "");
 }
 
 TEST_F(FfmpegHostTest, TellsWhatIsWrong)

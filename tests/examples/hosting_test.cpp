@@ -150,8 +150,11 @@ TEST(Hosting, ExamplesAreBuiltByTheCommandsInThem)
     // The shell would split folders with blanks in what pkg-config says, so the compiler is told of them otherwise.
     folder.Write("libsubtitle.pc",
                  "Name: libsubtitle\nDescription: the one under test\nVersion: 1\nLibs: -lsubtitle\n");
-    const ChildProcess::Environment environment = {
-        {"PKG_CONFIG_PATH", folder.Path().string()}, {"CPATH", SOURCES "/api"}, {"LIBRARY_PATH", LIBRARY_FOLDER}};
+    folder.Write("libsubtitleframe.pc",
+                 "Name: libsubtitleframe\nDescription: the one under test\nVersion: 1\nLibs: -lsubtitleframe\n");
+    const ChildProcess::Environment environment = {{"PKG_CONFIG_PATH", folder.Path().string()},
+                                                   {"CPATH", SOURCES "/api:" SOURCES "/frames"},
+                                                   {"LIBRARY_PATH", LIBRARY_FOLDER}};
     for (const char *pFile : {"rawhost.c", "textbitmap.c", "ffmpeghost.cpp", "qthost.cpp"}) {
         const std::string strCommand = BuildCommand(Root / "examples" / pFile);
         const Outcome outcome = ChildProcess::Run(
