@@ -11,6 +11,7 @@ packages="cmake ninja-build ccache g++ clang clang-format clang-tidy cppcheck li
     bash-completion mandoc zsh
     libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
     gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good
+    frei0r-plugins-dev melt
     fontconfig fonts-dejavu-core fonts-noto-cjk fonts-noto-color-emoji fonts-lohit-deva
     ffmpeg mkvtoolnix dvdauthor locales git $*"
 

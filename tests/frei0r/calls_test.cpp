@@ -1,0 +1,242 @@
+// What the plugin calls, and when: this program has functions that stand in for the library's.
+#include "frei0rtest.h"
+
+#include "frames/libsubtitleframe.h"
+#include "libsubtitle.h"
+
+#include <atomic>
+#include <mutex>
+#include <sstream>
+#include <thread>
+#include <vector>
+
+namespace
+{
+
+std::mutex logMutex;
+std::string strLog;
+bool bMemory = true;
+
+/** Threads inside, with those that have to be there alone counted a thousandfold. */
+std::atomic<int> nInside = 0;
+std::atomic<int> nBroken = 0;
+
+/** One thread's stay in the library. */
+class Stay
+{
+public:
+    Stay(int nWeight, const std::string &strCall) : m_nWeight(nWeight)
+    {
+        const int nOthers = nInside.fetch_add(m_nWeight);
+        nBroken += m_nWeight == 1 ? nOthers >= 1000 : nOthers != 0;
+        for (int n = 0; n < 20; ++n)
+            std::this_thread::yield(); // so that others come in, if they can
+        const std::lock_guard<std::mutex> lock(logMutex);
+        strLog += strCall + "\n";
+    }
+    ~Stay() { nInside.fetch_sub(m_nWeight); }
+    Stay(const Stay &) = delete;
+    Stay &operator=(const Stay &) = delete;
+
+private:
+    int m_nWeight;
+};
+
+template <typename... Values>
+int Call(const char *pName, const Values &...values)
+{
+    std::ostringstream text;
+    text << pName;
+    ((text << " " << values), ...);
+    const Stay stay(1, text.str());
+    return bMemory ? 0 : -1;
+}
+
+class CallsOfFrei0rTest : public Frei0rTest
+{
+protected:
+    CallsOfFrei0rTest()
+    {
+        strLog.clear();
+        bMemory = true;
+    }
+    ~CallsOfFrei0rTest() override { EXPECT_EQ(nBroken.exchange(0), 0); }
+
+    /** The calls since the last time. */
+    static std::string Taken() { return std::exchange(strLog, ""); }
+
+    const std::string m_strFrame = Frame();
+};
+
+const char *const Beginning = "create 336 184\nburner\nfont \"\" 0 0\nalpha 255\npos 85\ncolor 255 255 255\n"
+                              "outline 10 10 10\n";
+
+} // namespace
+
+extern "C" {
+
+void *CreateVideoSubtitle(int width, int height)
+{
+    const Stay stay(1000, "create " + std::to_string(width) + " " + std::to_string(height));
+    return bMemory ? new char : nullptr;
+}
+
+void DestroyVideoSubtitle(void *handle)
+{
+    if (!handle)
+        return;
+    const Stay stay(1000, "destroy");
+    delete static_cast<char *>(handle);
+}
+
+void *CreateSubtitleBurner(void *handle)
+{
+    return handle && Call("burner") == 0 ? new char : nullptr;
+}
+
+void DestroySubtitleBurner(void *burner)
+{
+    delete static_cast<char *>(burner);
+}
+
+int SetSubtitleFile(void * /*handle*/, const char *path, int track)
+{
+    return Call("file", std::filesystem::path(path).filename(), track);
+}
+
+int SetSubtitleTimeStamp(void * /*handle*/, long ms)
+{
+    return Call("time", ms);
+}
+
+int SetSubtitleAlpah(void * /*handle*/, int alpha)
+{
+    return Call("alpha", alpha);
+}
+
+int SetSubtitlePos(void * /*handle*/, int percent)
+{
+    return Call("pos", percent);
+}
+
+int SetSubtitleFontParam(void * /*handle*/, const char *family, int pointSize, int style)
+{
+    return Call("font", "\"" + std::string(family) + "\"", pointSize, style);
+}
+
+int SetSubtitleFontColor(void * /*handle*/, int r, int g, int b)
+{
+    return Call("color", r, g, b);
+}
+
+int SetSubtitleOutlineColor(void * /*handle*/, int r, int g, int b)
+{
+    return Call("outline", r, g, b);
+}
+
+int SubtitlePixelFormat(const char * /*name*/)
+{
+    return 26;
+}
+
+int BurnSubtitle(void * /*burner*/, const SubtitleFrame *frame)
+{
+    return Call("burn", frame->width, frame->height, frame->linesize[0], frame->format);
+}
+}
+
+TEST_F(CallsOfFrei0rTest, ASteadyFrameCallsForItselfAlone)
+{
+    {
+        const Instance instance(m_plugin, Width, Height);
+        instance.SetText("location", m_strSubtitles);
+        EXPECT_EQ(Taken(), "");
+        instance.Update(m_strFrame, 0.5);
+        EXPECT_EQ(Taken(), Beginning + std::string("file \"text.srt\" 0\ntime 500\nburn 336 184 1344 26\n"));
+        // Some hosts set all parameters before each frame.
+        instance.SetText("location", m_strSubtitles);
+        instance.SetNumber("alpha", 1);
+        instance.SetText("font-family", "");
+        instance.Update(m_strFrame, 0.54);
+        EXPECT_EQ(Taken(), "time 540\nburn 336 184 1344 26\n");
+    }
+    EXPECT_EQ(Taken(), "destroy\n");
+}
+
+TEST_F(CallsOfFrei0rTest, ADifferentValueCallsItsSetterAlone)
+{
+    const Instance instance(m_plugin, Width, Height);
+    instance.SetText("location", m_strSubtitles);
+    instance.Update(m_strFrame, 0.5);
+    const std::string strFrame = "time 500\nburn 336 184 1344 26\n";
+    const auto expect = [&](const std::string &strCalls) {
+        Taken();
+        instance.Update(m_strFrame, 0.5);
+        EXPECT_EQ(Taken(), strCalls + strFrame);
+    };
+    instance.SetNumber("alpha", 0.5);
+    expect("alpha 128\n");
+    instance.SetNumber("pos", 0.5);
+    expect("pos 50\n");
+    instance.SetNumber("font-size", 0.1);
+    expect("font \"\" 14 0\n");
+    instance.SetText("font-family", "Some Sans");
+    instance.SetNumber("bold", 1);
+    expect("font \"Some Sans\" 14 1\n");
+    instance.SetColor("font-color", 1, 0, 0);
+    expect("color 255 0 0\n");
+    instance.SetColor("outline-color", 0, 0, 1);
+    expect("outline 0 0 255\n");
+    instance.SetText("subtitle-track", "3");
+    expect("file \"text.srt\" 3\n");
+    instance.SetText("offset", "0.0");
+    expect("");
+    // No setter returns to the default size.
+    instance.SetNumber("font-size", 0);
+    expect("create 336 184\ndestroy\nburner\nfont \"Some Sans\" 0 1\nalpha 128\npos 50\ncolor 255 0 0\n"
+           "outline 0 0 255\nfile \"text.srt\" 3\n");
+}
+
+TEST_F(CallsOfFrei0rTest, NothingIsMadeWithoutAFileOrATime)
+{
+    const Instance instance(m_plugin, Width, Height);
+    instance.Update(m_strFrame, 0.5);
+    instance.SetText("location", m_strSubtitles);
+    instance.Update(m_strFrame, -1);
+    EXPECT_EQ(Taken(), "");
+}
+
+TEST_F(CallsOfFrei0rTest, WithoutMemoryFramesStayAsTheyAreAndTheNextTriesAgain)
+{
+    bMemory = false;
+    const Instance instance(m_plugin, Width, Height);
+    instance.SetText("location", m_strSubtitles);
+    EXPECT_TRUE(instance.Update(m_strFrame, 0.5) == m_strFrame);
+    EXPECT_EQ(Taken(), "create 336 184\n");
+    bMemory = true;
+    instance.Update(m_strFrame, 0.5);
+    EXPECT_EQ(Taken(), Beginning + std::string("file \"text.srt\" 0\ntime 500\nburn 336 184 1344 26\n"));
+    bMemory = false;
+    EXPECT_TRUE(instance.Update(m_strFrame, 0.5) == m_strFrame);
+    EXPECT_EQ(Taken(), "time 500\n");
+}
+
+TEST_F(CallsOfFrei0rTest, HandlesAreMadeAndDestroyedAlone)
+{
+    std::vector<std::thread> listThreads;
+    for (int n = 0; n < 4; ++n) {
+        listThreads.emplace_back([&] {
+            for (int nRound = 0; nRound < 50; ++nRound) {
+                const Instance instance(m_plugin, Width, Height);
+                instance.SetText("location", m_strSubtitles);
+                for (int nFrame = 0; nFrame < 5; ++nFrame) {
+                    instance.SetNumber("font-size", nFrame % 2 ? 0.1 : 0);
+                    instance.Update(m_strFrame, 0.5);
+                }
+            }
+        });
+    }
+    for (std::thread &thread : listThreads)
+        thread.join();
+    EXPECT_NE(Taken().find("destroy\n"), std::string::npos);
+}

@@ -1,0 +1,163 @@
+// Hosts of frei0r plugins find this one, and write with it what the library draws.
+#include "directburn.h"
+#include "frei0rtest.h"
+
+#include "support/childprocess.h"
+
+namespace
+{
+
+constexpr int Frames = 40;
+
+class HostsOfFrei0rTest : public Frei0rTest
+{
+protected:
+    static std::string Film(bool bOpaque)
+    {
+        std::string strFilm;
+        for (int n = 0; n < Frames; ++n)
+            strFilm += Frame(n, bOpaque);
+        return strFilm;
+    }
+
+    static Outcome Run(const std::vector<std::string> &listCommand, const std::string &strInput = "")
+    {
+        return ChildProcess::Run(listCommand, strInput, {{"FREI0R_PATH", PLUGIN_FOLDER}});
+    }
+
+    /** As docs/frei0r.md describes it: once for each of the three parsers that the name passes. */
+    static std::string Escaped(std::string strName)
+    {
+        for (int nRound = 0; nRound < 3; ++nRound) {
+            std::string strEscaped;
+            for (const char c : strName) {
+                if (std::string("\\':|,;[]").find(c) != std::string::npos)
+                    strEscaped += '\\';
+                strEscaped += c;
+            }
+            strName = strEscaped;
+        }
+        return strName;
+    }
+
+    /** The film through FFmpeg's filter. */
+    static std::string Ffmpeg(const std::string &strParameters, const std::string &strRate = "25")
+    {
+        const std::string strSize = std::to_string(Width) + "x" + std::to_string(Height);
+        const Outcome outcome =
+            Run({"ffmpeg", "-v", "error", "-f", "rawvideo", "-pixel_format", "rgba", "-video_size", strSize,
+                 "-framerate", strRate, "-i", "-", "-vf",
+                 "frei0r=filter_name=subtitleburn:filter_params=" + strParameters, "-f", "rawvideo", "-"},
+                Film(false));
+        EXPECT_EQ(outcome.nExit, 0);
+        EXPECT_EQ(outcome.strError, "");
+        return outcome.strOut;
+    }
+
+    void ExpectFilm(const std::string &strBytes, bool bOpaque, const std::function<long(int)> &time,
+                    const Calls &calls = {}, int nFirst = 0) const
+    {
+        ASSERT_EQ(strBytes.size(), (Frames - nFirst) * FrameBytes);
+        for (int n = nFirst; n < Frames; ++n) {
+            const std::string strFrame = strBytes.substr((n - nFirst) * FrameBytes, FrameBytes);
+            const std::string strInput = Frame(n, bOpaque);
+            EXPECT_EQ(strFrame != strInput, IsDue(time(n))) << n;
+            EXPECT_TRUE(strFrame == DirectBurn(strInput, Width, Height, time(n), m_strSubtitles, calls)) << n;
+        }
+    }
+    static long AtTwentyFive(int n) { return 40L * n; }
+
+    /** The film in a file, through MLT and back. */
+    std::string Melt(const std::vector<std::string> &listClip, const std::vector<std::string> &listFilter,
+                     const std::string &strThreads = "-1") const
+    {
+        const std::string strSize = std::to_string(Width) + "x" + std::to_string(Height);
+        const Outcome made = ChildProcess::Run({"ffmpeg", "-y", "-v", "error", "-f", "rawvideo", "-pixel_format",
+                                                "rgba", "-video_size", strSize, "-framerate", "25", "-i", "-", "-c:v",
+                                                "ffv1", "-pix_fmt", "bgr0", File("film.mkv")},
+                                               Film(true));
+        EXPECT_EQ(made.nExit, 0) << made.strError;
+        std::vector<std::string> listCommand = {"melt", "-silent", File("film.mkv")};
+        listCommand.insert(listCommand.end(), listClip.begin(), listClip.end());
+        listCommand.insert(listCommand.end(), listFilter.begin(), listFilter.end());
+        for (const std::string &strPart :
+             {std::string("-consumer"), "avformat:" + File("out.nut"), std::string("f=nut"),
+              std::string("vcodec=rawvideo"), std::string("pix_fmt=rgba"), std::string("mlt_image_format=rgba"),
+              std::string("an=1"), "real_time=" + strThreads})
+            listCommand.push_back(strPart);
+        const Outcome outcome = Run(listCommand);
+        EXPECT_EQ(outcome.nExit, 0) << outcome.strError;
+        const Outcome read = ChildProcess::Run({"ffmpeg", "-nostdin", "-v", "error", "-i", File("out.nut"), "-fps_mode",
+                                                "passthrough", "-f", "rawvideo", "-pix_fmt", "rgba", "-"});
+        EXPECT_EQ(read.nExit, 0) << read.strError;
+        return read.strOut;
+    }
+};
+
+} // namespace
+
+TEST_F(HostsOfFrei0rTest, FfmpegBurnsEveryFrameAtItsTime)
+{
+    ExpectFilm(Ffmpeg(m_strSubtitles + "|y"), false, AtTwentyFive);
+    ExpectFilm(Ffmpeg(m_strSubtitles + "|y", "30000/1001"), false,
+               [](int n) { return (n * 2002000L + 30000) / 60000; });
+}
+
+TEST_F(HostsOfFrei0rTest, FfmpegSetsAllParameters)
+{
+    const Calls calls = [](void *p) {
+        SetSubtitleAlpah(p, 204);
+        SetSubtitlePos(p, 30);
+        SetSubtitleFontParam(p, "DejaVu Serif", 14, 3);
+        SetSubtitleFontColor(p, 0xFF, 0xD7, 0);
+        SetSubtitleOutlineColor(p, 0x10, 0x20, 0x30);
+    };
+    ExpectFilm(
+        Ffmpeg(m_strSubtitles + "|y|0|0.8|0.3|DejaVu Serif|0.1|y|y|gold|0x102030|-0.2"), false,
+        [](int n) { return std::max(0L, 40L * n - 200); }, calls);
+}
+
+TEST_F(HostsOfFrei0rTest, FfmpegTakesAnyName)
+{
+    m_strSubtitles =
+        m_folder.Write("it's: a [file], with | and \\ ; 字幕.srt", "1\n00:00:00,400 --> 00:00:00,800\nHello\n\n"
+                                                                   "2\n00:00:01,200 --> 00:00:01,400\nTwo\nlines\n\n");
+    ExpectFilm(Ffmpeg(Escaped(m_strSubtitles) + "|y"), false, AtTwentyFive);
+}
+
+TEST_F(HostsOfFrei0rTest, FfmpegGoesOnWithoutAFile)
+{
+    EXPECT_TRUE(Ffmpeg(File("none.srt") + "|y") == Film(false));
+}
+
+TEST_F(HostsOfFrei0rTest, MeltBurnsEveryFrameAtItsTime)
+{
+    ExpectFilm(Melt({}, {"-filter", "frei0r.subtitleburn", "location=" + m_strSubtitles}), true, AtTwentyFive);
+}
+
+TEST_F(HostsOfFrei0rTest, MeltBurnsOnManyThreadsAtOnce)
+{
+    ExpectFilm(Melt({}, {"-attach", "frei0r.subtitleburn", "location=" + m_strSubtitles}, "-3"), true, AtTwentyFive);
+}
+
+TEST_F(HostsOfFrei0rTest, MeltSetsAllParameters)
+{
+    const Calls calls = [](void *p) {
+        SetSubtitleAlpah(p, 204);
+        SetSubtitlePos(p, 30);
+        SetSubtitleFontParam(p, "DejaVu Serif", 14, 3);
+        SetSubtitleFontColor(p, 0xFF, 0xD7, 0);
+        SetSubtitleOutlineColor(p, 0x10, 0x20, 0x30);
+    };
+    ExpectFilm(Melt({}, {"-filter", "frei0r.subtitleburn", "location=" + m_strSubtitles, "milliseconds=0",
+                         "subtitle-track=0", "alpha=0.8", "pos=0.3", "font-family=DejaVu Serif", "font-size=0.1",
+                         "bold=1", "italic=1", "font-color=#ffd700", "outline-color=#102030"}),
+               true, AtTwentyFive, calls);
+}
+
+// MLT counts from where a clip was cut.
+TEST_F(HostsOfFrei0rTest, MeltBurnsIntoAClipThatWasCut)
+{
+    ExpectFilm(Melt({"in=5"}, {"-attach", "frei0r.subtitleburn", "location=" + m_strSubtitles, "offset=0.2"}), true,
+               AtTwentyFive, {}, 5);
+}
