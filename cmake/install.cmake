@@ -1,6 +1,6 @@
 # What `cmake --install` puts in place, in components: runtime, the library; development, what hosts are built with;
-# frames and framesdevelopment, the same of the library for the frames of decoders; subburn; gstreamer, the element, where
-# it is built; documents, which every package has in a form of its own.
+# frames and framesdevelopment, the same of the library for the frames of decoders; subburn; gstreamer and frei0r, the
+# element and the plugin, where they are built; documents, which every package has in a form of its own.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS subtitle EXPORT subtitleTargets
@@ -72,6 +72,12 @@ install(FILES completions/_subburn DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${zs
 
 if(TARGET gstsubtitleburn)
   install(TARGETS gstsubtitleburn LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/gstreamer-1.0 COMPONENT gstreamer)
+endif()
+
+# Hosts of frei0r look below /usr/lib and /usr/local/lib, and not in a folder of the architecture.
+if(TARGET frei0rsubtitleburn)
+  set(SUBTITLE_FREI0R_DIR lib/frei0r-1 CACHE STRING "Where the frei0r plugin is installed, below the prefix or in full")
+  install(TARGETS frei0rsubtitleburn LIBRARY DESTINATION ${SUBTITLE_FREI0R_DIR} COMPONENT frei0r)
 endif()
 
 # The folders as in the sources, since the texts link to each other.

@@ -68,12 +68,13 @@ subtitle_package(libsubtitle-dev development libdevel same)
 set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_library}")
 
 set(frame_library libsubtitleframe${PROJECT_VERSION_MAJOR})
+set(same_frame_library "${frame_library} (= ${PROJECT_VERSION}-${release})")
 subtitle_package(${frame_library} frames libs same)
 set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_library}")
 set(CPACK_DEBIAN_${package}_PACKAGE_CONTROL_EXTRA ${ldconfig_trigger})
 
 subtitle_package(libsubtitleframe-dev framesdevelopment libdevel same)
-set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${frame_library} (= ${PROJECT_VERSION}-${release}), \
+set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_frame_library}, \
 libsubtitle-dev (= ${PROJECT_VERSION}-${release})")
 
 # It opens the library by itself, so nothing else finds out that it needs it.
@@ -85,6 +86,13 @@ set(CPACK_DEBIAN_${package}_PACKAGE_RECOMMENDS fonts-dejavu-core)
 if(TARGET gstsubtitleburn)
   subtitle_package(gstreamer1.0-subtitle gstreamer libs same)
   set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_library}, ${frame_library} (= ${PROJECT_VERSION}-${release})")
+  set(CPACK_DEBIAN_${package}_PACKAGE_RECOMMENDS fonts-dejavu-core)
+endif()
+
+# Its folder is the same on all architectures.
+if(TARGET frei0rsubtitleburn)
+  subtitle_package(frei0r-subtitle frei0r video no)
+  set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_library}, ${same_frame_library}")
   set(CPACK_DEBIAN_${package}_PACKAGE_RECOMMENDS fonts-dejavu-core)
 endif()
 

@@ -47,6 +47,8 @@ expect subburn Recommends fonts-dejavu-core
 expect gstreamer1.0-subtitle Multi-Arch same
 expect gstreamer1.0-subtitle Depends "libsubtitle1 (= $version), libsubtitleframe1 (= $version)"
 expect gstreamer1.0-subtitle Depends 'libgstreamer-plugins-base1.0-0 '
+expect frei0r-subtitle Depends "libsubtitle1 (= $version)"
+expect frei0r-subtitle Depends "libsubtitleframe1 (= $version)"
 
 # The program finds the library where the packages put it.
 rm -rf build-packages/unpacked
@@ -55,5 +57,9 @@ for package in build-packages/*.deb; do
 done
 echo | LD_DEBUG=files build-packages/unpacked/usr/bin/subburn --subtitles README.md --pipe 2x2@1 2>&1 |
     grep -qF "calling init: $PWD/build-packages/unpacked/usr/lib/$(gcc -print-multiarch)/libsubtitle.so.1"
+# The plugin finds both libraries there.
+LD_LIBRARY_PATH=build-packages/unpacked/usr/lib/$(gcc -print-multiarch) \
+    ldd build-packages/unpacked/usr/lib/frei0r-1/subtitleburn.so |
+    grep -cF "=> build-packages/unpacked/usr/lib/$(gcc -print-multiarch)/libsubtitle" | grep -qx 2
 mkdir -p "$folder"
 mv build-packages/*.deb "$folder"

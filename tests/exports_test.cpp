@@ -19,16 +19,18 @@ std::set<std::string> ListedSymbols()
     return symbols;
 }
 
-/** All have the one version. Constructors and destructors, of which there are several each, count once. */
+/** All have the one version, or none where there is none. Constructors and destructors, of which there are several each,
+    count once. */
 std::set<std::string> ExportedSymbols()
 {
     std::istringstream output(
         ChildProcess::Run({"nm", "-D", "-C", "--defined-only", "--format=posix", SUBTITLE_LIBRARY}).strOut);
-    const std::regex versionAndValue("@@" VERSION_NODE " [A-Za-z] [0-9a-f]+( [0-9a-f]+)?$");
+    const std::string version = VERSION_NODE;
+    const std::regex versionAndValue((version.empty() ? "" : "@@" + version) + " [A-Za-z] [0-9a-f]+( [0-9a-f]+)?$");
     std::set<std::string> symbols;
     for (std::string line; std::getline(output, line);) {
         const std::string symbol = std::regex_replace(line, versionAndValue, "");
-        if (symbol.rfind("__odr_asan", 0) != 0 && symbol.rfind(VERSION_NODE " A", 0) != 0)
+        if (symbol.rfind("__odr_asan", 0) != 0 && symbol.rfind(version + " A", 0) != 0)
             symbols.insert(symbol);
     }
     return symbols;

@@ -46,7 +46,14 @@ std::vector<std::string> Objects()
     return listNames;
 }
 
-/** The shared libraries, and subburn. */
+const char *const Files[] = {SUBTITLE_LIBRARY, SUBBURN_PROGRAM, FRAME_LIBRARY,
+#ifdef FREI0R_PLUGIN
+                             FREI0R_PLUGIN
+#endif
+};
+const char *const FileNames[] = {"Library", "Subburn", "FrameLibrary", "Frei0rPlugin"};
+
+/** The shared libraries, the frei0r plugin, and subburn. */
 class HardeningTest : public testing::TestWithParam<const char *>
 {
 protected:
@@ -96,10 +103,8 @@ INSTANTIATE_TEST_SUITE_P(Files, FortifyTest, testing::Values(SUBTITLE_LIBRARY, S
                          [](const auto &info) { return info.index == 0 ? "Library" : "Subburn"; });
 #endif
 
-INSTANTIATE_TEST_SUITE_P(Files, HardeningTest, testing::Values(SUBTITLE_LIBRARY, SUBBURN_PROGRAM, FRAME_LIBRARY),
-                         [](const auto &info) {
-                             return info.index == 0 ? "Library" : info.index == 1 ? "Subburn" : "FrameLibrary";
-                         });
+INSTANTIATE_TEST_SUITE_P(Files, HardeningTest, testing::ValuesIn(Files),
+                         [](const auto &info) { return std::string(FileNames[info.index]); });
 
 // Asked of the objects, as the library holds a part of Qt that has the guards in any case.
 TEST(HardeningOfObjects, StackIsGuarded)
@@ -128,7 +133,8 @@ TEST(HardeningOfObjects, EveryOneIsCompiledWithIt)
     std::ifstream file(COMPILE_COMMANDS);
     const std::string strCommands{std::istreambuf_iterator<char>(file), {}};
     std::size_t nObjects = 0;
-    for (const char *pTarget : {"/subtitle_objects.dir/", "/subtitleframe_objects.dir/", "/subburn.dir/"}) {
+    for (const char *pTarget :
+         {"/subtitle_objects.dir/", "/subtitleframe_objects.dir/", "/subburn.dir/", "/frei0rsubtitleburn.dir/"}) {
         for (const std::string &strLine : LinesWith(strCommands, pTarget)) {
             if (!Holds(strLine, "\"command\": "))
                 continue;

@@ -3,7 +3,8 @@
 # can work that has the prefix in it.
 # usage: check.sh CHECK
 #   SOURCE, BUILD, STAGE:  from the environment, the folders of the sources, of the build, and to install into
-#   GSTREAMER:  likewise, not empty when GStreamer's element is built
+#   GSTREAMER, FREI0R:  likewise, not empty when GStreamer's element and frei0r's plugin are built
+#   FREI0RDIR:  likewise, that of the plugin, in full
 #   BINDIR, LIBDIR, INCLUDEDIR, DATADIR, DOCDIR, MANDIR:  likewise, those of the installation, in full
 set -eu
 
@@ -22,7 +23,7 @@ prefix=$STAGE/all$(dirname "$BINDIR")
 work=$STAGE/work/$1
 rm -rf "$work"
 mkdir -p "$work"
-components=(runtime development frames framesdevelopment subburn ${GSTREAMER:+gstreamer} documents)
+components=(runtime development frames framesdevelopment subburn ${GSTREAMER:+gstreamer} ${FREI0R:+frei0r} documents)
 text=Installed
 printf '1\n00:00:01,000 --> 00:00:02,000\n%s\n\n' $text >"$work/text.srt"
 
@@ -87,6 +88,7 @@ END
     equal "$DOCDIR/CHANGELOG.md
 $DOCDIR/LICENSE" "$(files_of documents)"
     [ -z "$GSTREAMER" ] || equal "$LIBDIR/gstreamer-1.0/libgstsubtitleburn.so" "$(files_of gstreamer)"
+    [ -z "$FREI0R" ] || equal "$FREI0RDIR/subtitleburn.so" "$(files_of frei0r)"
     equal "$(for component in "${components[@]}"; do files_of "$component"; done | LC_ALL=C sort)" \
         "$(files_of all)"
     equal "$(texts_in "$SOURCE/docs")" "$(find "$STAGE/all$DOCDIR/docs" -type f -printf '%P\n' | sort)"
@@ -166,6 +168,15 @@ check_gstreamer() {
         LD_LIBRARY_PATH=$STAGE/all$LIBDIR gst-launch-1.0 -q fdsrc ! rawvideoparse format=rgb width=320 height=180 \
             framerate=2/3 ! subtitleburn location="$work/text.srt" ! filesink location="$work/frames"
     cmp <(cat "$work/plain" "$work/expected") "$work/frames"
+}
+
+check_frei0r() {
+    local film=(ffmpeg -nostdin -v error -f lavfi -i "color=0x646464:s=320x180:r=2/3,format=rgba" -frames:v 2)
+    burn_with_host "$work/expected"
+    "${film[@]}" -f rawvideo -pix_fmt rgb24 "$work/plain"
+    FREI0R_PATH=$STAGE/all$FREI0RDIR LD_LIBRARY_PATH=$STAGE/all$LIBDIR "${film[@]}" \
+        -vf "frei0r=filter_name=subtitleburn:filter_params=$work/text.srt|y" -f rawvideo -pix_fmt rgb24 "$work/frames"
+    cmp <(cat <(head -c $((320 * 180 * 3)) "$work/plain") "$work/expected") "$work/frames"
 }
 
 # flags_of OPTION...: what pkg-config says of an installation that is configured so and stays where it belongs
