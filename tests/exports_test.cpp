@@ -6,6 +6,7 @@
 #include <regex>
 #include <set>
 #include <sstream>
+#include <string_view>
 
 namespace
 {
@@ -25,12 +26,13 @@ std::set<std::string> ExportedSymbols()
 {
     std::istringstream output(
         ChildProcess::Run({"nm", "-D", "-C", "--defined-only", "--format=posix", SUBTITLE_LIBRARY}).strOut);
-    const std::string version = VERSION_NODE;
-    const std::regex versionAndValue((version.empty() ? "" : "@@" + version) + " [A-Za-z] [0-9a-f]+( [0-9a-f]+)?$");
+    constexpr std::string_view Version = VERSION_NODE;
+    const std::string suffix = Version.empty() ? "" : "@@" VERSION_NODE;
+    const std::regex versionAndValue(suffix + " [A-Za-z] [0-9a-f]+( [0-9a-f]+)?$");
     std::set<std::string> symbols;
     for (std::string line; std::getline(output, line);) {
         const std::string symbol = std::regex_replace(line, versionAndValue, "");
-        if (symbol.rfind("__odr_asan", 0) != 0 && symbol.rfind(version + " A", 0) != 0)
+        if (symbol.rfind("__odr_asan", 0) != 0 && symbol.rfind(VERSION_NODE " A", 0) != 0)
             symbols.insert(symbol);
     }
     return symbols;

@@ -77,7 +77,8 @@ protected:
                                                 "ffv1", "-pix_fmt", "bgr0", File("film.mkv")},
                                                Film(true));
         EXPECT_EQ(made.nExit, 0) << made.strError;
-        std::vector<std::string> listCommand = {"melt", "-silent", File("film.mkv")};
+        // melt was once seen to wait without end for a consumer that had no thread; that is a failure, not a wait.
+        std::vector<std::string> listCommand = {"timeout", "120", "melt", "-silent", File("film.mkv")};
         listCommand.insert(listCommand.end(), listClip.begin(), listClip.end());
         listCommand.insert(listCommand.end(), listFilter.begin(), listFilter.end());
         for (const std::string &strPart :
