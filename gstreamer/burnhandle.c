@@ -1,34 +1,8 @@
 #include "burnhandle.h"
 
+#include "hosts/handlegate.h"
+
 #include <libsubtitle.h>
-
-/* GRWLock may starve writers; the door makes readers that come later queue up for a waiting writer. */
-static GMutex door;
-static GRWLock library;
-
-static void EnterAlone(void)
-{
-    g_mutex_lock(&door);
-    g_rw_lock_writer_lock(&library);
-    g_mutex_unlock(&door);
-}
-
-static void LeaveAlone(void)
-{
-    g_rw_lock_writer_unlock(&library);
-}
-
-static void Enter(void)
-{
-    g_mutex_lock(&door);
-    g_rw_lock_reader_lock(&library);
-    g_mutex_unlock(&door);
-}
-
-static void Leave(void)
-{
-    g_rw_lock_reader_unlock(&library);
-}
 
 static void DestroyAlone(BurnHandle *pHandle)
 {
@@ -39,7 +13,7 @@ static void DestroyAlone(BurnHandle *pHandle)
 
 gboolean BurnHandleMake(BurnHandle *pHandle, gint nWidth, gint nHeight)
 {
-    EnterAlone();
+    HandleGateEnterAlone();
     /* Before the old one is destroyed: with the last handle the library ends its Qt, only to start it again. */
     void *pSubtitle = CreateVideoSubtitle(nWidth, nHeight);
     void *pBurner = CreateSubtitleBurner(pSubtitle);
@@ -47,7 +21,7 @@ gboolean BurnHandleMake(BurnHandle *pHandle, gint nWidth, gint nHeight)
     *pHandle = (BurnHandle){pSubtitle, pBurner, nWidth, nHeight};
     if (!pBurner)
         DestroyAlone(pHandle);
-    LeaveAlone();
+    HandleGateLeaveAlone();
     return pBurner != NULL;
 }
 
@@ -55,9 +29,9 @@ void BurnHandleDestroy(BurnHandle *pHandle)
 {
     if (!pHandle->pSubtitle)
         return;
-    EnterAlone();
+    HandleGateEnterAlone();
     DestroyAlone(pHandle);
-    LeaveAlone();
+    HandleGateLeaveAlone();
 }
 
 static int Byte(guint nColor, int nPlace)
@@ -80,7 +54,7 @@ gboolean BurnHandleApply(const BurnHandle *pHandle, const BurnSettings *pSetting
 {
     void *pSubtitle = pHandle->pSubtitle;
     const guint nChanged = pSettings->nChanged;
-    Enter();
+    HandleGateEnter();
     if (nChanged & ChangedAlpha)
         SetSubtitleAlpah(pSubtitle, pSettings->nAlpha);
     if (nChanged & ChangedPos)
@@ -97,23 +71,23 @@ gboolean BurnHandleApply(const BurnHandle *pHandle, const BurnSettings *pSetting
         SetSubtitleBurnerWhite(pHandle->pBurner, pSettings->dWhite);
     const gboolean bDone = !bOpen || (SetSubtitleFile(pSubtitle, pSettings->pFile, pSettings->nTrack) == 0 &&
                                       HasSubtitleTrack(pSubtitle) == 1);
-    Leave();
+    HandleGateLeave();
     return bDone;
 }
 
 gint BurnHandleSeek(const BurnHandle *pHandle, glong nMilliseconds)
 {
-    Enter();
+    HandleGateEnter();
     const gint nDue =
         SetSubtitleTimeStamp(pHandle->pSubtitle, nMilliseconds) == 0 ? IsSubtitleDue(pHandle->pBurner) : -1;
-    Leave();
+    HandleGateLeave();
     return nDue;
 }
 
 gboolean BurnHandleDraw(const BurnHandle *pHandle, const SubtitleFrame *pFrame)
 {
-    Enter();
+    HandleGateEnter();
     const gboolean bDrawn = BurnSubtitle(pHandle->pBurner, pFrame) == 0;
-    Leave();
+    HandleGateLeave();
     return bDrawn;
 }
