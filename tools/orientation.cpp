@@ -1,5 +1,8 @@
 #include "orientation.h"
 
+#include <algorithm>
+#include <cstring>
+
 Orientation::Orientation(const int32_t *pMatrix)
 {
     if (!pMatrix)
@@ -17,22 +20,16 @@ Orientation::Orientation(const int32_t *pMatrix)
         m_bFlipX = nC < 0;
         m_bFlipY = nB < 0;
     }
+    std::copy_n(pMatrix, m_listMatrix.size(), m_listMatrix.begin());
 }
 
-Box Orientation::ToStored(const Box &shown, int nStoredWidth, int nStoredHeight) const
+void Orientation::SetOn(AVFrame &frame) const
 {
-    const int nWidth = ShownWidth(nStoredWidth, nStoredHeight);
-    const int nHeight = ShownHeight(nStoredWidth, nStoredHeight);
-    Box box = shown;
-    if (m_bFlipX) {
-        box.nLeft = nWidth - shown.nRight;
-        box.nRight = nWidth - shown.nLeft;
-    }
-    if (m_bFlipY) {
-        box.nTop = nHeight - shown.nBottom;
-        box.nBottom = nHeight - shown.nTop;
-    }
-    return m_bTranspose ? Box{box.nTop, box.nLeft, box.nBottom, box.nRight} : box;
+    av_frame_remove_side_data(&frame, AV_FRAME_DATA_DISPLAYMATRIX);
+    if (Alike())
+        return;
+    AVFrameSideData &data = *Checked(av_frame_new_side_data(&frame, AV_FRAME_DATA_DISPLAYMATRIX, sizeof m_listMatrix));
+    std::memcpy(data.data, m_listMatrix.data(), sizeof m_listMatrix);
 }
 
 Orientation::Walk Orientation::WalkShown(int nStoredWidth, int nStoredHeight, ptrdiff_t nStride, ptrdiff_t nPixel) const

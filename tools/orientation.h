@@ -1,7 +1,8 @@
 #pragma once
 
-#include "box.h"
+#include "ffmpegptr.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -16,9 +17,6 @@ public:
         ptrdiff_t nStepY;
     };
 
-    /** The pictures are alike. */
-    Orientation() = default;
-
     /** @param pMatrix  the nine numbers of a display matrix; null, and angles other than quarters, count as none. */
     explicit Orientation(const int32_t *pMatrix);
 
@@ -26,10 +24,13 @@ public:
     int ShownWidth(int nStoredWidth, int nStoredHeight) const { return m_bTranspose ? nStoredHeight : nStoredWidth; }
     int ShownHeight(int nStoredWidth, int nStoredHeight) const { return m_bTranspose ? nStoredWidth : nStoredHeight; }
 
-    Box ToStored(const Box &shown, int nStoredWidth, int nStoredHeight) const;
+    /** Replaces what a frame says about it by itself. */
+    void SetOn(AVFrame &frame) const;
+
     Walk WalkShown(int nStoredWidth, int nStoredHeight, ptrdiff_t nStride, ptrdiff_t nPixel) const;
 
 private:
+    std::array<int32_t, 9> m_listMatrix{};
     bool m_bTranspose = false;
     // Both as the viewer sees the axes.
     bool m_bFlipX = false;

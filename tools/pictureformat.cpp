@@ -10,11 +10,17 @@ extern "C" {
 namespace
 {
 
-const int HdHeight = 720;
-
-AVColorSpace UsualMatrix(int nHeight)
+/** What both libsubtitleframe and swscale know; others count as unspecified. */
+bool IsKnown(AVColorSpace matrix)
 {
-    return nHeight >= HdHeight ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M;
+    return matrix == AVCOL_SPC_FCC || matrix == AVCOL_SPC_BT470BG || matrix == AVCOL_SPC_SMPTE170M ||
+           matrix == AVCOL_SPC_SMPTE240M || matrix == AVCOL_SPC_BT709 || matrix == AVCOL_SPC_BT2020_NCL;
+}
+
+/** As libsubtitleframe takes it. */
+AVColorSpace UsualMatrix(const AVFrame &frame)
+{
+    return frame.width >= 1280 || frame.height > 576 ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M;
 }
 
 /** Position of the chroma samples in 1/256 of the distance between two luma samples. */
@@ -62,28 +68,13 @@ PictureFormat PictureFormat::Of(const AVFrame &frame)
     picture.nWidth = frame.width;
     picture.nHeight = frame.height;
     picture.format = static_cast<AVPixelFormat>(frame.format);
-    picture.matrix = frame.colorspace;
-    if (!IsRgb(picture.format) && (picture.matrix == AVCOL_SPC_UNSPECIFIED || picture.matrix == AVCOL_SPC_RGB))
-        picture.matrix = UsualMatrix(frame.height);
+    // Constant luminance only differs in how it came about; both libraries know its coefficients.
+    picture.matrix = frame.colorspace == AVCOL_SPC_BT2020_CL ? AVCOL_SPC_BT2020_NCL : frame.colorspace;
+    if (!IsRgb(picture.format) && !IsKnown(picture.matrix))
+        picture.matrix = UsualMatrix(frame);
     picture.chroma = frame.chroma_location == AVCHROMA_LOC_UNSPECIFIED ? AVCHROMA_LOC_LEFT : frame.chroma_location;
     picture.bFullRange =
         frame.color_range == AVCOL_RANGE_JPEG || IsFullRangeFormat(picture.format) || IsRgb(picture.format);
-    return picture;
-}
-
-PictureFormat PictureFormat::AsRgb24() const
-{
-    PictureFormat picture = *this;
-    picture.format = AV_PIX_FMT_RGB24;
-    picture.matrix = AVCOL_SPC_RGB;
-    picture.bFullRange = true;
-    return picture;
-}
-
-PictureFormat PictureFormat::WithHeight(int nRows) const
-{
-    PictureFormat picture = *this;
-    picture.nHeight = nRows;
     return picture;
 }
 
@@ -95,7 +86,7 @@ bool PictureFormat::operator==(const PictureFormat &other) const
     return Key(*this) == Key(other);
 }
 
-ScalerPtr MakeScaler(const PictureFormat &from, const PictureFormat &to)
+ScalerPtr MakeScaler(const PictureFormat &from, const PictureFormat &to, int nFilter)
 {
     ScalerPtr pContext = Checked(ScalerPtr(sws_alloc_context()));
     av_opt_set_int(pContext.get(), "srcw", from.nWidth, 0);
@@ -106,8 +97,8 @@ ScalerPtr MakeScaler(const PictureFormat &from, const PictureFormat &to)
     av_opt_set_int(pContext.get(), "dst_format", to.format, 0);
     av_opt_set_int(pContext.get(), "src_range", from.bFullRange ? 1 : 0, 0);
     av_opt_set_int(pContext.get(), "dst_range", to.bFullRange ? 1 : 0, 0);
-    av_opt_set_int(pContext.get(), "sws_flags",
-                   SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_FULL_CHR_H_INP, 0);
+    av_opt_set_int(pContext.get(), "sws_flags", nFilter | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_FULL_CHR_H_INP,
+                   0);
     SetChromaPosition(pContext.get(), from, true);
     SetChromaPosition(pContext.get(), to, false);
     if (sws_init_context(pContext.get(), nullptr, nullptr) < 0)

@@ -13,16 +13,10 @@ struct PictureFormat {
 
     static PictureFormat Of(const AVFrame &frame);
 
-    /** The format of packed RGB pictures of the same size. */
-    PictureFormat AsRgb24() const;
-
-    /** The same picture with fewer or more rows. */
-    PictureFormat WithHeight(int nRows) const;
-
     bool operator==(const PictureFormat &other) const;
 };
 
-/** Whether a subtitle can be drawn into pictures of a format. */
+/** Whether a subtitle can be drawn into pictures of a format, if need be through another. */
 bool IsBurnable(AVPixelFormat format);
 
 bool IsRgb(AVPixelFormat format);
@@ -30,5 +24,5 @@ bool IsRgb(AVPixelFormat format);
 /** The old formats that stand for full range by themselves. */
 bool IsFullRangeFormat(AVPixelFormat format);
 
-/** Throws std::runtime_error when swscale cannot do it. */
-ScalerPtr MakeScaler(const PictureFormat &from, const PictureFormat &to);
+/** Throws std::runtime_error when swscale cannot do it. @param nFilter  SWS_BICUBIC or another. */
+ScalerPtr MakeScaler(const PictureFormat &from, const PictureFormat &to, int nFilter = SWS_BICUBIC);

@@ -1,7 +1,6 @@
 #include "rawpipe.h"
 
 #include "failure.h"
-#include "ffmpegptr.h"
 #include "interrupt.h"
 #include "report.h"
 #include "subtitlerenderer.h"
@@ -26,20 +25,23 @@ RawPipe::RawPipe(const Options &options, const SubtitleLibrary &library, Console
     m_console(console),
     m_listPixels(static_cast<size_t>(options.pipe.nWidth) * options.pipe.nHeight * RgbBytes)
 {
+    m_pFrame->data[0] = m_listPixels.data();
+    m_pFrame->linesize[0] = options.pipe.nWidth * RgbBytes;
+    m_pFrame->width = options.pipe.nWidth;
+    m_pFrame->height = options.pipe.nHeight;
+    m_pFrame->format = AV_PIX_FMT_RGB24;
 }
 
 void RawPipe::Run()
 {
     const PipeFormat &format = m_options.pipe;
-    SubtitleRenderer renderer(m_library, format.nWidth, format.nHeight, m_options);
+    const SubtitleRenderer renderer(m_library, format.nWidth, format.nHeight, m_options);
     const AVRational frameTime = {format.nScale, format.nRate};
     int64_t nFrames = 0;
     int64_t nCarrying = 0;
     for (; ReadFrame(); ++nFrames) {
-        if (renderer.Seek(av_rescale_q(nFrames, frameTime, Milliseconds))) {
-            renderer.Draw(m_listPixels.data(), format.nWidth * RgbBytes);
+        if (renderer.Seek(av_rescale_q(nFrames, frameTime, Milliseconds)) && renderer.Draw(*m_pFrame))
             ++nCarrying;
-        }
         WriteFrame();
         m_console.Progress(nFrames + 1, av_rescale_q(nFrames, frameTime, Microseconds), 0);
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "console.h"
+#include "ffmpegptr.h"
 #include "options.h"
 #include "subtitlelibrary.h"
 
@@ -22,4 +23,5 @@ private:
     const SubtitleLibrary &m_library;
     Console &m_console;
     std::vector<uint8_t> m_listPixels;
+    FramePtr m_pFrame = NewFrame(); // of those pixels
 };

@@ -1,6 +1,7 @@
 #include "snapshot.h"
 
 #include "failure.h"
+#include "frameburner.h"
 #include "frameconverter.h"
 #include "framepool.h"
 #include "report.h"
@@ -77,20 +78,22 @@ void Snapshot::Run()
     }
     const Orientation orientation = OrientationOf(m_input.Video());
     std::unique_ptr<SubtitleRenderer> pRenderer;
+    std::unique_ptr<FrameBurner> pBurner;
     int64_t nCarrying = 0;
     std::vector<std::string> listNotes;
     for (size_t n = 0; n < listFiles.size(); ++n) {
-        const FramePtr pFrame = FrameAt(m_options.listSnapshots[n]);
-        const FramePtr pPicture = Upright(*pFrame, orientation);
-        if (!pRenderer || pRenderer->Width() != pPicture->width || pRenderer->Height() != pPicture->height) {
-            pRenderer = std::make_unique<SubtitleRenderer>(m_library, pPicture->width, pPicture->height, m_options);
+        FramePtr pFrame = FrameAt(m_options.listSnapshots[n]);
+        FrameConverter(pFrame->width, pFrame->height, AV_PIX_FMT_RGB24).Convert(pFrame);
+        const int nWidth = orientation.ShownWidth(pFrame->width, pFrame->height);
+        const int nHeight = orientation.ShownHeight(pFrame->width, pFrame->height);
+        if (!pRenderer || pRenderer->Width() != nWidth || pRenderer->Height() != nHeight) {
+            pRenderer = std::make_unique<SubtitleRenderer>(m_library, nWidth, nHeight, m_options);
+            pBurner = std::make_unique<FrameBurner>(*pRenderer, orientation);
         }
         const int64_t nTime = pFrame->pts - m_input.Origin();
-        const bool bCarries = pRenderer->Seek(av_rescale_q(nTime, m_input.Video().time_base, Milliseconds));
-        if (bCarries)
-            pRenderer->Draw(pPicture->data[0], pPicture->linesize[0]);
+        const bool bCarries = pBurner->Burn(pFrame, av_rescale_q(nTime, m_input.Video().time_base, Milliseconds));
         nCarrying += bCarries ? 1 : 0;
-        Save(*pPicture, *listFiles[n]);
+        Save(*Upright(std::move(pFrame), orientation), *listFiles[n]);
         listNotes.push_back(FileName(n) + ": the picture at " +
                             TimeText(av_rescale_q(nTime, m_input.Video().time_base, Microseconds)) +
                             (bCarries ? ", with a subtitle" : ", without a subtitle"));
@@ -127,17 +130,14 @@ FramePtr Snapshot::FrameAt(int64_t nTime)
     return pShown;
 }
 
-/** The frame as the viewer sees it, in RGB. */
-FramePtr Snapshot::Upright(const AVFrame &frame, const Orientation &orientation) const
+/** An RGB frame as the viewer sees it. */
+FramePtr Snapshot::Upright(FramePtr pStored, const Orientation &orientation) const
 {
-    FramePtr pStored = Checked(FramePtr(av_frame_clone(&frame)));
-    FrameConverter(frame.width, frame.height, AV_PIX_FMT_RGB24).Convert(pStored);
-    FramePool().MakeWritable(pStored);
     pStored->sample_aspect_ratio = m_input.SampleAspectRatio(pStored.get());
     if (orientation.Alike())
         return pStored;
-    const int nWidth = frame.width;
-    const int nHeight = frame.height;
+    const int nWidth = pStored->width;
+    const int nHeight = pStored->height;
     FramePtr pShown = FramePool().Get(orientation.ShownWidth(nWidth, nHeight), orientation.ShownHeight(nWidth, nHeight),
                                       AV_PIX_FMT_RGB24);
     const auto walk = orientation.WalkShown(nWidth, nHeight, pShown->linesize[0], RgbBytes);

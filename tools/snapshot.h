@@ -17,7 +17,7 @@ public:
 
 private:
     FramePtr FrameAt(int64_t nTime);
-    FramePtr Upright(const AVFrame &frame, const Orientation &orientation) const;
+    FramePtr Upright(FramePtr pStored, const Orientation &orientation) const;
     void Save(const AVFrame &picture, const PendingFile &file) const;
     std::string FileName(size_t nIndex) const;
 

@@ -9,8 +9,6 @@
 namespace
 {
 
-const char *const FileName = "libsubtitle.so.1";
-
 std::string LastError()
 {
     const char *pError = dlerror(); // NOLINT(concurrency-mt-unsafe): glibc keeps it per thread
@@ -21,25 +19,30 @@ std::string LastError()
 
 SubtitleLibrary::SubtitleLibrary()
 {
-    Load();
+    Load("libsubtitle.so.1");
     Resolve(m_pCreate, "CreateVideoSubtitle");
     Resolve(m_pDestroy, "DestroyVideoSubtitle");
     Resolve(m_pSetFile, "SetSubtitleFile");
     Resolve(m_pSetTimeStamp, "SetSubtitleTimeStamp");
-    Resolve(m_pProcessFrame, "ProcessSubtitleFrame");
     Resolve(m_pSetOpacity, "SetSubtitleAlpah");
     Resolve(m_pSetPosition, "SetSubtitlePos");
     Resolve(m_pSetFont, "SetSubtitleFontParam");
     Resolve(m_pSetColor, "SetSubtitleFontColor");
     Resolve(m_pSetOutlineColor, "SetSubtitleOutlineColor");
+    Load("libsubtitleframe.so.1");
+    Resolve(m_pPixelFormat, "SubtitlePixelFormat");
+    Resolve(m_pCreateBurner, "CreateSubtitleBurner");
+    Resolve(m_pDestroyBurner, "DestroySubtitleBurner");
+    Resolve(m_pIsDue, "IsSubtitleDue");
+    Resolve(m_pBurn, "BurnSubtitleAVFrame");
 }
 
-void SubtitleLibrary::Load()
+void SubtitleLibrary::Load(const char *pName)
 {
     std::error_code error;
     const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
     for (const char *pSubfolder : {".", "../lib", SUBBURN_RELATIVE_LIBDIR}) {
-        m_strFile = (folder / pSubfolder / FileName).lexically_normal().string();
+        m_strFile = (folder / pSubfolder / pName).lexically_normal().string();
         if (error || !std::filesystem::exists(m_strFile, error))
             continue;
         m_pLibrary = dlopen(m_strFile.c_str(), RTLD_NOW | RTLD_LOCAL);
@@ -47,10 +50,10 @@ void SubtitleLibrary::Load()
             throw Failure(ExitCode::Library, m_strFile, LastError());
         return;
     }
-    m_strFile = FileName;
-    m_pLibrary = dlopen(FileName, RTLD_NOW | RTLD_LOCAL);
+    m_strFile = pName;
+    m_pLibrary = dlopen(pName, RTLD_NOW | RTLD_LOCAL);
     if (!m_pLibrary)
-        throw Failure(ExitCode::Library, FileName, "the library is neither beside subburn nor installed");
+        throw Failure(ExitCode::Library, pName, "the library is neither beside subburn nor installed");
 }
 
 template <typename Function>

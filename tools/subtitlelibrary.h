@@ -1,29 +1,34 @@
 #pragma once
 
 #include <libsubtitle.h>
+#include <libsubtitleframe.h>
 
 #include <string>
 
-/** The functions of libsubtitle, found at run time. */
+/** The functions of libsubtitle and libsubtitleframe, found at run time. */
 class SubtitleLibrary
 {
 public:
-    /** Loads the library; throws a Failure when there is none. */
+    /** Loads the libraries; throws a Failure when one is missing. */
     SubtitleLibrary();
 
     decltype(&::CreateVideoSubtitle) m_pCreate = nullptr;
     decltype(&::DestroyVideoSubtitle) m_pDestroy = nullptr;
     decltype(&::SetSubtitleFile) m_pSetFile = nullptr;
     decltype(&::SetSubtitleTimeStamp) m_pSetTimeStamp = nullptr;
-    decltype(&::ProcessSubtitleFrame) m_pProcessFrame = nullptr;
     decltype(&::SetSubtitleAlpah) m_pSetOpacity = nullptr;
     decltype(&::SetSubtitlePos) m_pSetPosition = nullptr;
     decltype(&::SetSubtitleFontParam) m_pSetFont = nullptr;
     decltype(&::SetSubtitleFontColor) m_pSetColor = nullptr;
     decltype(&::SetSubtitleOutlineColor) m_pSetOutlineColor = nullptr;
+    decltype(&::SubtitlePixelFormat) m_pPixelFormat = nullptr;
+    decltype(&::CreateSubtitleBurner) m_pCreateBurner = nullptr;
+    decltype(&::DestroySubtitleBurner) m_pDestroyBurner = nullptr;
+    decltype(&::IsSubtitleDue) m_pIsDue = nullptr;
+    decltype(&::BurnSubtitleAVFrame) m_pBurn = nullptr;
 
 private:
-    void Load();
+    void Load(const char *pName);
 
     template <typename Function>
     void Resolve(Function &pFunction, const char *pName);

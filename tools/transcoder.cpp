@@ -68,8 +68,8 @@ void Transcoder::Run()
                                                                           : "no picture could be decoded");
     AVFrame &frame = *first.pFrame;
     const Orientation orientation = OrientationOf(m_input.Video(), frame);
-    SubtitleRenderer renderer(m_library, orientation.ShownWidth(frame.width, frame.height),
-                              orientation.ShownHeight(frame.width, frame.height), m_options);
+    const SubtitleRenderer renderer(m_library, orientation.ShownWidth(frame.width, frame.height),
+                                    orientation.ShownHeight(frame.width, frame.height), m_options);
     m_encoder.Open(frame, TraitsOf(frame));
     m_output.AddChapters(m_input.Format(), feeder.Shift(), m_options.range.nDuration.value_or(0));
     m_output.Begin(m_input, listCopied, m_encoder, frame);

@@ -38,6 +38,12 @@ const Format Formats[] = {
     {"TenBits422", "ffv1", "yuv422p10le", 320, 180, 2, 1, 0},
     {"OddSize", "ffv1", "yuv420p", 321, 181, 1, 1, 1},
     {"Sparse", "ffv1", "yuv410p", 320, 180, 1, 2, 2},
+    {"DvNtsc", "ffv1", "yuv411p", 320, 180, 1, 2, 0},
+    {"HalvedRows", "ffv1", "yuv440p", 320, 180, 1, 0, 1},
+    {"SixteenBits", "ffv1", "yuv420p16le", 320, 180, 2, 1, 1},
+    {"SixteenBits444", "ffv1", "yuv444p16le", 320, 180, 2, 0, 0},
+    {"Gray16", "ffv1", "gray16le", 320, 180, 2, 8, 8},
+    {"PackedAlpha16", "ffv1", "rgba64le", 320, 180, 8, 8, 8},
     {"Gray", "ffv1", "gray", 320, 180, 1, 8, 8},
     {"Packed", "ffv1", "bgr0", 320, 180, 4, 8, 8},
 };

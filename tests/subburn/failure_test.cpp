@@ -268,8 +268,15 @@ TEST_F(FailureTest, WithoutTheLibrary)
     outcome = ChildProcess::Run(listCommand);
     EXPECT_EQ(outcome.nExit, 4);
     EXPECT_EQ(outcome.strError.find("subburn: " + File("alone/lib/libsubtitle.so.1") + ": "), 0U);
-    const auto library = std::filesystem::path(SUBBURN_PROGRAM).parent_path() / "libsubtitle.so.1";
-    std::filesystem::copy_file(library, File("alone/lib/libsubtitle.so.1"),
-                               std::filesystem::copy_options::overwrite_existing);
+    const auto Install = [this](const std::string &strLibrary) {
+        std::filesystem::copy_file(std::filesystem::path(SUBBURN_PROGRAM).parent_path() / strLibrary,
+                                   File("alone/lib/" + strLibrary), std::filesystem::copy_options::overwrite_existing);
+    };
+    Install("libsubtitle.so.1");
+    outcome = ChildProcess::Run(listCommand);
+    EXPECT_EQ(outcome.nExit, 4);
+    EXPECT_EQ(outcome.strError,
+              "subburn: libsubtitleframe.so.1: the library is neither beside subburn nor installed\n");
+    Install("libsubtitleframe.so.1");
     EXPECT_EQ(ChildProcess::Run(listCommand).nExit, 0);
 }
