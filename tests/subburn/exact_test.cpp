@@ -110,6 +110,14 @@ const Case Cases[] = {
               tags.color_trc = AVCOL_TRC_SMPTE2084;
               tags.color_primaries = AVCOL_PRI_BT2020;
           })},
+    // What the library does not know is taken as not specified.
+    {"UnknownMatrix", "yuv444p", Tagged("ycgco", "tv"), Lossless, Tags(AVCOL_SPC_UNSPECIFIED, AVCOL_RANGE_MPEG)},
+    {"UnknownPrimaries",
+     "yuv422p10le",
+     {"-c:v", "ffv1", "-colorspace", "bt2020nc", "-color_range", "tv", "-color_trc", "smpte2084", "-color_primaries",
+      "smpte431"},
+     Lossless,
+     Tags(AVCOL_SPC_BT2020_NCL, AVCOL_RANGE_MPEG, [](SubtitleFrame &tags) { tags.color_trc = AVCOL_TRC_SMPTE2084; })},
 };
 
 } // namespace
