@@ -77,9 +77,9 @@ subtitle_package(libsubtitleframe-dev framesdevelopment libdevel same)
 set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_frame_library}, \
 libsubtitle-dev (= ${PROJECT_VERSION}-${release})")
 
-# It opens the library by itself, so nothing else finds out that it needs it.
+# It opens the libraries by itself, so nothing else finds out that it needs them.
 subtitle_package(subburn subburn video foreign)
-set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_library}")
+set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_library}, ${frame_library} (= ${PROJECT_VERSION}-${release})")
 set(CPACK_DEBIAN_${package}_PACKAGE_RECOMMENDS fonts-dejavu-core)
 
 # CPack warns that it has no soname, as is right for what is not linked with but loaded.

@@ -42,7 +42,7 @@ expect libsubtitleframe1 Depends "libsubtitle1 (= $version)"
 expect libsubtitleframe1 Depends 'libavutil57 '
 expect libsubtitleframe-dev Depends "libsubtitleframe1 (= $version), libsubtitle-dev (= $version)"
 expect subburn Multi-Arch foreign
-expect subburn Depends "libsubtitle1 (= $version)"
+expect subburn Depends "libsubtitle1 (= $version), libsubtitleframe1 (= $version)"
 expect subburn Recommends fonts-dejavu-core
 expect gstreamer1.0-subtitle Multi-Arch same
 expect gstreamer1.0-subtitle Depends "libsubtitle1 (= $version), libsubtitleframe1 (= $version)"
@@ -50,13 +50,15 @@ expect gstreamer1.0-subtitle Depends 'libgstreamer-plugins-base1.0-0 '
 expect frei0r-subtitle Depends "libsubtitle1 (= $version)"
 expect frei0r-subtitle Depends "libsubtitleframe1 (= $version)"
 
-# The program finds the library where the packages put it.
+# The program finds the libraries where the packages put them.
 rm -rf build-packages/unpacked
 for package in build-packages/*.deb; do
     dpkg-deb --extract "$package" build-packages/unpacked
 done
-echo | LD_DEBUG=files build-packages/unpacked/usr/bin/subburn --subtitles README.md --pipe 2x2@1 2>&1 |
-    grep -qF "calling init: $PWD/build-packages/unpacked/usr/lib/$(gcc -print-multiarch)/libsubtitle.so.1"
+for library in libsubtitle libsubtitleframe; do
+    echo | LD_DEBUG=files build-packages/unpacked/usr/bin/subburn --subtitles README.md --pipe 2x2@1 2>&1 |
+        grep -qF "calling init: $PWD/build-packages/unpacked/usr/lib/$(gcc -print-multiarch)/$library.so.1"
+done
 # The plugin finds both libraries there.
 LD_LIBRARY_PATH=build-packages/unpacked/usr/lib/$(gcc -print-multiarch) \
     ldd build-packages/unpacked/usr/lib/frei0r-1/subtitleburn.so |
