@@ -12,8 +12,8 @@
 namespace
 {
 
-// Packets of sound lie between the frames, so this is a handful of frames.
-const size_t QueueItems = 12;
+// Two or three frames, with packets of sound between them: the more there are, the more memory the decoder has to touch.
+const size_t QueueItems = 6;
 
 Orientation OrientationOf(const AVStream &stream, const AVFrame &first)
 {

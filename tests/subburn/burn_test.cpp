@@ -143,34 +143,54 @@ struct Turn {
     friend std::ostream &operator<<(std::ostream &stream, const Turn &turn) { return stream << turn.pDegrees; }
 };
 
-class TurnTest : public SubburnTest, public testing::WithParamInterface<Turn>
+class UprightTest : public SubburnTest
+{
+protected:
+    std::string GrayClip(const std::string &strName, int nWidth, int nHeight) const
+    {
+        return Clip(strName, {"-f", "lavfi", "-i",
+                              "color=gray:s=" + std::to_string(nWidth) + "x" + std::to_string(nHeight) + ":r=25:d=2",
+                              "-pix_fmt", "yuv420p", "-preset", "ultrafast"});
+    }
+
+    /** Expects a burnt clip to look as one of that size that was never turned. */
+    void ExpectUpright(const std::string &strOutput, int nWidth, int nHeight) const
+    {
+        const std::string strFlat = Burn(GrayClip("flat.mp4", nWidth, nHeight), "upright.mp4", m_listLossless);
+        const auto listFlat = Frames(strFlat, "yuv420p");
+        const auto listShown = ShownFrames(strOutput, "yuv420p");
+        ASSERT_EQ(listFlat.size(), listShown.size());
+        for (size_t n = 0; n < listShown.size(); ++n)
+            EXPECT_TRUE(listFlat[n].substr(0, 320 * 180) == listShown[n].substr(0, 320 * 180)) << "frame " << n;
+        EXPECT_TRUE(listFlat[12] != listFlat[0]);
+    }
+
+    const Arguments m_listLossless = {"--crf", "0", "--preset", "ultrafast"};
+};
+
+class TurnTest : public UprightTest, public testing::WithParamInterface<Turn>
 {
 };
 
 TEST_P(TurnTest, TheSubtitleStandsUpright)
 {
     const Turn &turn = GetParam();
-    const Arguments listLossless = {"--crf", "0", "--preset", "ultrafast"};
-    const auto GrayClip = [&](const std::string &strName, int nWidth, int nHeight) {
-        return Clip(strName, {"-f", "lavfi", "-i",
-                              "color=gray:s=" + std::to_string(nWidth) + "x" + std::to_string(nHeight) + ":r=25:d=2",
-                              "-pix_fmt", "yuv420p", "-preset", "ultrafast"});
-    };
     const std::string strInput = Clip("in.mp4", {"-i", GrayClip("stored.mp4", 320, 180), "-c", "copy",
                                                  "-metadata:s:v:0", std::string("rotate=") + turn.pDegrees});
-    const std::string strOutput = Burn(strInput, "out.mp4", listLossless);
+    const std::string strOutput = Burn(strInput, "out.mp4", m_listLossless);
     const std::string strMatrix = Probe(strInput, "stream_side_data=displaymatrix");
     EXPECT_NE(strMatrix.find("0000"), std::string::npos);
     EXPECT_EQ(Probe(strOutput, "stream_side_data=displaymatrix"), strMatrix);
     EXPECT_EQ(Probe(strOutput, "stream=width,height"), "width=320\nheight=180\n");
-    // What is shown equals a clip that was never turned.
-    const std::string strFlat = Burn(GrayClip("flat.mp4", turn.nWidth, turn.nHeight), "upright.mp4", listLossless);
-    const auto listFlat = Frames(strFlat, "yuv420p");
-    const auto listShown = ShownFrames(strOutput, "yuv420p");
-    ASSERT_EQ(listFlat.size(), listShown.size());
-    for (size_t n = 0; n < listShown.size(); ++n)
-        EXPECT_TRUE(listFlat[n].substr(0, 320 * 180) == listShown[n].substr(0, 320 * 180)) << "frame " << n;
-    EXPECT_TRUE(listFlat[12] != listFlat[0]);
+    ExpectUpright(strOutput, turn.nWidth, turn.nHeight);
+}
+
+TEST_F(UprightTest, FramesMayBeAloneToSayHowTheyAreTurned)
+{
+    const std::string strInput = Clip("in.mkv", {"-i", GrayClip("stored.mp4", 320, 180), "-c", "copy", "-bsf:v",
+                                                 "h264_metadata=display_orientation=insert:rotate=90"});
+    EXPECT_EQ(Probe(strInput, "stream_side_data=displaymatrix"), "");
+    ExpectUpright(Burn(strInput, "out.mp4", m_listLossless), 180, 320);
 }
 
 INSTANTIATE_TEST_SUITE_P(Turns, TurnTest,
