@@ -28,7 +28,8 @@ void Orientation::SetOn(AVFrame &frame) const
     av_frame_remove_side_data(&frame, AV_FRAME_DATA_DISPLAYMATRIX);
     if (Alike())
         return;
-    AVFrameSideData &data = *Checked(av_frame_new_side_data(&frame, AV_FRAME_DATA_DISPLAYMATRIX, sizeof m_listMatrix));
+    const AVFrameSideData &data =
+        *Checked(av_frame_new_side_data(&frame, AV_FRAME_DATA_DISPLAYMATRIX, sizeof m_listMatrix));
     std::memcpy(data.data, m_listMatrix.data(), sizeof m_listMatrix);
 }
 
