@@ -53,10 +53,10 @@ endmacro()
 
 # Of its own CPack adds scripts that call ldconfig, where Debian has the trigger. It does not where it is told of such
 # scripts; of files that are not there it only warns.
-set(ldconfig_trigger
-  ${PROJECT_SOURCE_DIR}/cmake/debian/triggers
+set(no_ldconfig
   ${PROJECT_SOURCE_DIR}/cmake/debian/none/postinst
   ${PROJECT_SOURCE_DIR}/cmake/debian/none/postrm)
+set(ldconfig_trigger ${PROJECT_SOURCE_DIR}/cmake/debian/triggers ${no_ldconfig})
 # Nothing else finds out where the library is that others are linked with.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 
@@ -93,6 +93,7 @@ endif()
 if(TARGET frei0rsubtitleburn)
   subtitle_package(frei0r-subtitle frei0r video no)
   set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_library}, ${same_frame_library}")
+  set(CPACK_DEBIAN_${package}_PACKAGE_CONTROL_EXTRA ${no_ldconfig})
   set(CPACK_DEBIAN_${package}_PACKAGE_RECOMMENDS fonts-dejavu-core)
 endif()
 

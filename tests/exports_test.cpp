@@ -6,7 +6,6 @@
 #include <regex>
 #include <set>
 #include <sstream>
-#include <string_view>
 
 namespace
 {
@@ -26,8 +25,7 @@ std::set<std::string> ExportedSymbols()
 {
     std::istringstream output(
         ChildProcess::Run({"nm", "-D", "-C", "--defined-only", "--format=posix", SUBTITLE_LIBRARY}).strOut);
-    constexpr std::string_view Version = VERSION_NODE;
-    const std::string suffix = Version.empty() ? "" : "@@" VERSION_NODE;
+    const std::string suffix = sizeof VERSION_NODE == 1 ? "" : "@@" VERSION_NODE;
     const std::regex versionAndValue(suffix + " [A-Za-z] [0-9a-f]+( [0-9a-f]+)?$");
     std::set<std::string> symbols;
     for (std::string line; std::getline(output, line);) {
