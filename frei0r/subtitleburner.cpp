@@ -5,6 +5,7 @@
 #include "libsubtitleframe.h"
 
 #include <algorithm>
+#include <new>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -107,8 +108,12 @@ bool SubtitleBurner::Prepare()
         SetStyle();
         SetFile();
     }
-    m_bGiven = false; // in case that there is no memory for the copy
-    m_given = m_parameters;
+    try {
+        m_given = m_parameters;
+    } catch (const std::bad_alloc &) {
+        m_bGiven = false; // a copy that was begun says nothing
+        throw;
+    }
     m_bGiven = true;
     return m_bOpen;
 }

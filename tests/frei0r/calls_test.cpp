@@ -89,7 +89,7 @@ void DestroyVideoSubtitle(void *handle)
     delete static_cast<char *>(handle);
 }
 
-void *CreateSubtitleBurner(void *handle)
+void *CreateSubtitleBurner(void *handle) // cppcheck-suppress constParameter ; declared so
 {
     return handle && Call("burner") == 0 ? new char : nullptr;
 }
