@@ -175,19 +175,31 @@ void FrameBurner::Rebuild(const ShownSubtitle &shown)
     m_nVersion = 0;
     const Orientation orientation(m_description.orientation, shown.nFrameWidth, shown.nFrameHeight);
     m_bOpaque = shown.nPictureCount == 0 && shown.nInkWeight == 255;
-    if (m_bOpaque) {
-        m_opaqueInk.Build(InkRows(shown, orientation), m_layout, m_colors.Convert(shown.inkColors.text),
-                          m_colors.Convert(shown.inkColors.outline));
-    } else {
-        m_map.Build(shown, orientation);
-        m_listColors.clear();
-        for (const auto &rgb : m_map.Colors()) {
-            m_listColors.push_back(m_colors.Convert(rgb));
-            // Text that is cut off at the frame's edge comes as a picture. Means of opaque text are those of code values.
-            if (m_map.IsOpaque())
-                m_listColors.back().Round();
-        }
-        m_mixedInk.Build(m_map, m_layout, m_colors, m_listColors);
-    }
+    if (shown.nPictureCount > 0)
+        RebuildPicture(shown, orientation);
+    else
+        RebuildText(InkRows(shown, orientation), shown);
     m_nVersion = shown.nVersion;
+}
+
+void FrameBurner::RebuildText(const InkRows &ink, const ShownSubtitle &shown)
+{
+    const InkFrameColors colors = {m_colors.Convert(shown.inkColors.text), m_colors.Convert(shown.inkColors.outline)};
+    if (m_bOpaque)
+        m_opaqueInk.Build(ink, m_layout, colors);
+    else
+        m_mixedInk.BuildText(ink, m_layout, m_colors, colors, shown.nInkWeight);
+}
+
+void FrameBurner::RebuildPicture(const ShownSubtitle &shown, const Orientation &orientation)
+{
+    m_map.Build(shown, orientation);
+    m_listColors.clear();
+    for (const auto &rgb : m_map.Colors()) {
+        m_listColors.push_back(m_colors.Convert(rgb));
+        // Text that is cut off at the frame's edge comes as a picture. Means of opaque text are those of code values.
+        if (m_map.IsOpaque())
+            m_listColors.back().Round();
+    }
+    m_mixedInk.BuildPicture(m_map, m_layout, m_colors, m_listColors);
 }

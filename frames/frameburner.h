@@ -2,6 +2,7 @@
 
 #include "frames/framecolors.h"
 #include "frames/framelayout.h"
+#include "frames/inkrows.h"
 #include "frames/libsubtitleframe.h"
 #include "frames/mixedink.h"
 #include "frames/opaqueink.h"
@@ -48,6 +49,8 @@ private:
     bool Describe(const SubtitleFrame &frame);
     bool DescribeAnew(const SubtitleFrame &frame, double white);
     void Rebuild(const ShownSubtitle &shown);
+    void RebuildText(const InkRows &ink, const ShownSubtitle &shown);
+    void RebuildPicture(const ShownSubtitle &shown, const Orientation &orientation);
 
     VideoSubtitle &m_renderer;
     std::atomic<double> m_dWhite = ReferenceWhite;

@@ -21,6 +21,11 @@ struct FrameColor {
     }
 };
 
+/** Those of text. */
+struct InkFrameColors {
+    FrameColor text, outline;
+};
+
 /**
  * What becomes of a pixel whose red and blue change places, in the frame's components. One of these is single (Y or
  * green) and two are a pair (Cb and Cr, or red and blue); the pair does not depend on the single one. With p and q the

@@ -1,5 +1,7 @@
 #include "frames/inkrows.h"
 
+#include "render/textink.h"
+
 #include <algorithm>
 #include <cstddef>
 
@@ -45,4 +47,20 @@ void InkRows::Turn(const Orientation &orientation)
     turned.pText = m_listText.data();
     turned.pShown = m_listShown.data();
     m_ink = turned;
+}
+
+void InkRows::FindSamples(int pixels, BlockList<InkSamples> &blocks) const
+{
+    const std::uint64_t ofBlock = ~std::uint64_t{0} >> (WordBits - pixels);
+    blocks.Reset((WordBits * static_cast<std::size_t>(Words()) / pixels + 1) * m_ink.nRows);
+    for (int row = Top(); row <= Bottom(); ++row) {
+        const Row bits = At(row);
+        for (int column = 0; column < WordBits * Words(); column += pixels) {
+            const std::uint64_t shown = BitsFrom(bits.pShown, column) & ofBlock;
+            if (shown == 0)
+                continue;
+            const std::uint64_t text = BitsFrom(bits.pText, column) & ofBlock;
+            blocks.Append({row, Left() + column, text, shown});
+        }
+    }
 }

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "frames/orientation.h"
+#include "frames/samplekernel.h"
+#include "render/blocklist.h"
 #include "render/shownsubtitle.h"
 
 #include <cstdint>
@@ -31,6 +33,9 @@ public:
             return {m_listNone.data(), m_listNone.data()};
         return {m_ink.Text(row), m_ink.Shown(row)};
     }
+
+    /** Makes blocks of so many pixels, at most 64, of those that are shown. */
+    void FindSamples(int pixels, BlockList<InkSamples> &blocks) const;
 
 private:
     void Turn(const Orientation &orientation);

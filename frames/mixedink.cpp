@@ -1,5 +1,6 @@
 #include "frames/mixedink.h"
 
+#include "frames/meanbuilder.h"
 #include "frames/samplerows.h"
 
 #include <algorithm>
@@ -9,11 +10,8 @@
 namespace
 {
 
-constexpr int Opaque = 255;
 /** Weights of all taps of a sample. */
 constexpr int AllTaps = Taps::Whole * Taps::Whole;
-/** Samples that are worked on at once. */
-constexpr int Chunk = 256;
 /** Untouched samples between two runs that are not worth a span of their own. */
 constexpr int MaxGap = 8;
 
@@ -22,12 +20,22 @@ std::int32_t ExchangeWeight(double weight)
     return static_cast<std::int32_t>(std::lround(std::ldexp(weight, ExchangeBits)));
 }
 
-/** Calls @p call(first, count, at) for parts of a span that fit into a chunk. */
+/** Calls @p call(chunk, at) for parts of a span that fit into a chunk. */
 template <typename Call>
 void ForChunks(const Span &span, Call call)
 {
-    for (int done = 0; done < span.nCount; done += Chunk)
-        call(span.nFirst + done, std::min(Chunk, span.nCount - done), span.nAt + done);
+    for (int done = 0; done < span.nCount; done += ChunkSamples)
+        call({span.nRow, span.nFirst + done, std::min(ChunkSamples, span.nCount - done)}, span.nAt + done);
+}
+
+/** What text of a weight mixes into two components. @param text, outline  code values, with fine bits */
+InkMix MixOf(std::array<std::int32_t, 2> text, std::array<std::int32_t, 2> outline, int weight)
+{
+    for (std::size_t i = 0; i < 2; ++i) {
+        text[i] *= weight;
+        outline[i] *= weight;
+    }
+    return {text, outline, Opaque - weight};
 }
 
 } // namespace
@@ -54,23 +62,41 @@ MixLists MixedInk::Lists::At(std::size_t at, int base) const
     return {listBases[base].data() + at, listRest.data() + at, listKeep.data() + at};
 }
 
-void MixedInk::Build(const PixelMap &map, const FrameLayout &layout, const FrameColors &colors,
-                     const std::vector<FrameColor> &list)
+void MixedInk::BuildPicture(const PixelMap &map, const FrameLayout &layout, const FrameColors &colors,
+                            const std::vector<FrameColor> &list)
 {
-    m_layout = layout;
-    m_singles.Clear();
-    m_pairs.Clear();
-    BuildSettings(colors);
+    Start(layout, colors);
     BuildSingles(map, list);
     if (layout.format.nColors == 3)
         BuildPairs(map, list);
 }
 
-void MixedInk::BuildSettings(const FrameColors &colors)
+void MixedInk::BuildText(const InkRows &ink, const FrameLayout &layout, const FrameColors &colors,
+                         const InkFrameColors &ofInk, int weight)
 {
+    Start(layout, colors);
+    const auto codesOf = [](const FrameColor &color, int first, int second) {
+        return std::array<std::int32_t, 2>{color.fine[first], color.fine[second]};
+    };
+    const auto mixOf = [&](int first, int second) {
+        return MixOf(codesOf(ofInk.text, first, second), codesOf(ofInk.outline, first, second), weight);
+    };
+    m_singleMix = mixOf(m_exchange.nSingle, 3);
+    m_pairMix = mixOf(m_exchange.pair[0], m_exchange.pair[1]);
+    ink.FindSamples(MixSamples, m_samples);
+    if (layout.format.IsSubsampled())
+        MeanBuilder(ink, layout, *m_pKernel).Build(m_means);
+}
+
+void MixedInk::Start(const FrameLayout &layout, const FrameColors &colors)
+{
+    m_layout = layout;
+    m_singles.Clear();
+    m_pairs.Clear();
+    m_samples.Reset(0);
+    m_means.Reset(0);
     m_exchange = colors.Exchange();
     const PixelFormat &format = m_layout.format;
-    m_nPairScale = format.IsSubsampled() ? 1 : AllTaps;
     MixSettings settings = {};
     settings.nMiddle = m_exchange.nMiddle;
     settings.nMax = format.components[m_exchange.nSingle].Max();
@@ -79,14 +105,14 @@ void MixedInk::BuildSettings(const FrameColors &colors)
         for (std::size_t j = 0; j < 2; ++j)
             settings.pair[i][j] = ExchangeWeight(m_exchange.matrix[i][j]);
     }
-    const auto divideBy = [&colors](MixSettings &to, std::int32_t divisor, bool isColor) {
-        to.nDivisor = divisor;
-        to.nBias = isColor && colors.IsAsRgb24() ? 0 : divisor / 2;
+    const auto divide = [&colors](MixSettings &to, int shift, bool isColor) {
+        to.nShift = shift;
+        to.nBias = isColor && colors.IsAsRgb24() ? 0 : (Opaque << shift) / 2;
     };
     m_singleSettings = m_alphaSettings = m_pairSettings = settings;
-    divideBy(m_singleSettings, PixelDivisor, true);
-    divideBy(m_pairSettings, format.IsSubsampled() ? MeanDivisor : PixelDivisor, true);
-    divideBy(m_alphaSettings, PixelDivisor, false);
+    divide(m_singleSettings, FineBits, true);
+    divide(m_pairSettings, format.IsSubsampled() ? FineBits + MeanShift : FineBits, true);
+    divide(m_alphaSettings, FineBits, false);
     m_alphaSettings.nMax = format.components[3].Max();
     m_alphaSettings.single[0] = m_alphaSettings.single[1] = 0;
 }
@@ -137,6 +163,7 @@ void MixedInk::BuildPairRow(const PixelMap &map, const std::vector<FrameColor> &
     if (last < 0)
         return;
     m_layout.columns.ToSamples(first, last);
+    const int scale = m_layout.format.IsSubsampled() ? 1 : AllTaps;
     const std::size_t begin = m_pairs.listRest.size();
     for (int sample = first; sample <= last; ++sample) {
         const Taps columns = m_layout.columns.At(sample);
@@ -145,7 +172,7 @@ void MixedInk::BuildPairRow(const PixelMap &map, const std::vector<FrameColor> &
         std::int32_t keep = 0;
         for (int r = 0; r < rows.nCount; ++r) {
             for (int c = 0; c < columns.nCount; ++c) {
-                const std::int32_t share = rows.weights[r] * columns.weights[c] / m_nPairScale;
+                const std::int32_t share = rows.weights[r] * columns.weights[c] / scale;
                 const PixelMap::Pixel pixel = map.At(pixels[r], columns.positions[c]);
                 if (pixel.nColor == 0) {
                     keep += share * Opaque;
@@ -159,76 +186,114 @@ void MixedInk::BuildPairRow(const PixelMap &map, const std::vector<FrameColor> &
         }
         m_pairs.Append(bases, rest, keep);
     }
-    const std::int32_t untouched = Opaque * AllTaps / m_nPairScale;
+    const std::int32_t untouched = Opaque * AllTaps / scale;
     const auto isTouched = [&](int i) { return m_pairs.listKeep[begin + i] != untouched; };
     ForRuns(last - first + 1, MaxGap, isTouched, [&](int from, int end) {
         m_pairs.listSpans.push_back({row, first + from, end - from, begin + from});
     });
 }
 
+/** Calls @p call(chunk, lists) for text's pixels. */
+template <typename Call>
+void MixedInk::ForSamples(const InkMix &mix, Call call) const
+{
+    InkMixLists lists;
+    for (const InkSamples *block = m_samples.Data(); block < m_samples.Data() + m_samples.Size(); ++block) {
+        m_pKernel->SpreadSamples(*block, mix, lists);
+        const int count = std::min(static_cast<int>(MixSamples), m_layout.nWidth - block->nColumn);
+        call(Chunk{block->nRow, block->nColumn, count}, lists);
+    }
+}
+
+/** The same for its means. */
+template <typename Call>
+void MixedInk::ForMeans(const InkMix &mix, Call call) const
+{
+    InkMixLists lists;
+    for (const InkMeans *block = m_means.Data(); block < m_means.Data() + m_means.Size(); ++block) {
+        m_pKernel->SpreadMeans(*block, mix, lists);
+        const int count = std::min(static_cast<int>(MeanSamples), m_layout.columns.Samples() - block->nFirst);
+        call(Chunk{block->nRow, block->nFirst, count}, lists);
+    }
+}
+
 void MixedInk::Draw(const FramePlanes &planes) const
 {
-    for (const Span &span : m_singles.listSpans)
-        DrawSingles(planes, span);
-    if (m_layout.format.bAlpha) {
-        for (const Span &span : m_singles.listSpans)
-            DrawAlpha(planes, span);
+    const auto drawSingles = [&](const Chunk &chunk, const InkMixLists &lists) {
+        DrawSingles(planes, chunk, lists.Of(0));
+        if (m_layout.format.bAlpha)
+            DrawAlpha(planes, chunk, lists.Of(1));
+    };
+    const auto drawPairs = [&](const Chunk &chunk, const InkMixLists &lists) {
+        DrawPairs(planes, chunk, lists.Of(0), lists.listBases[1].data());
+    };
+    ForSamples(m_singleMix, drawSingles);
+    for (const Span &span : m_singles.listSpans) {
+        ForChunks(span, [&](const Chunk &chunk, std::size_t at) {
+            DrawSingles(planes, chunk, m_singles.At(at, 0));
+            if (m_layout.format.bAlpha)
+                DrawAlpha(planes, chunk, m_singles.At(at, 1));
+        });
     }
     // The last, since the single components need the pairs as they were.
-    for (const Span &span : m_pairs.listSpans)
-        DrawPairs(planes, span);
+    if (m_layout.format.nColors < 3)
+        return;
+    if (m_layout.format.IsSubsampled())
+        ForMeans(m_pairMix, drawPairs);
+    else
+        ForSamples(m_pairMix, drawPairs);
+    for (const Span &span : m_pairs.listSpans) {
+        ForChunks(span, [&](const Chunk &chunk, std::size_t at) {
+            DrawPairs(planes, chunk, m_pairs.At(at, 0), m_pairs.listBases[1].data() + at);
+        });
+    }
 }
 
-void MixedInk::DrawSingles(const FramePlanes &planes, const Span &span) const
+void MixedInk::DrawSingles(const FramePlanes &planes, const Chunk &chunk, const MixLists &lists) const
 {
     const PixelFormat &format = m_layout.format;
-    const SampleRow samples(planes, format.components[m_exchange.nSingle], format.nElementBytes, span.nRow);
+    const SampleRow samples(planes, format.components[m_exchange.nSingle], format.nElementBytes, chunk.nRow);
     const bool needsPair = m_singleSettings.single[0] != 0 || m_singleSettings.single[1] != 0;
-    ForChunks(span, [&](int first, int count, std::size_t at) {
-        std::array<std::int32_t, Chunk> values;
-        std::array<std::array<std::int32_t, Chunk>, 2> pair = {};
-        samples.Load(values.data(), first, count);
-        for (std::size_t i = 0; needsPair && i < 2; ++i) {
-            const Component &component = format.components[m_exchange.pair[i]];
-            const int row = component.nRowsLog2 > 0 ? m_layout.rows.SampleOf(span.nRow) : span.nRow;
-            const SampleRow from(planes, component, format.nElementBytes, row);
-            if (component.nColumnsLog2 > 0)
-                from.LoadDoubled(pair[i].data(), first, count);
-            else
-                from.Load(pair[i].data(), first, count);
-        }
-        m_pKernel->MixSingle(values.data(), pair[0].data(), pair[1].data(), count, m_singles.At(at, 0),
-                             m_singleSettings);
-        samples.Store(values.data(), first, count);
-    });
+    SampleChunk values;
+    std::array<SampleChunk, 2> chunks;
+    // Where no pair is needed, any numbers do.
+    std::array<const std::int32_t *, 2> pair = {values.data(), values.data()};
+    samples.Load(values.data(), chunk.nFirst, chunk.nCount);
+    for (std::size_t i = 0; needsPair && i < 2; ++i) {
+        const Component &component = format.components[m_exchange.pair[i]];
+        const int row = component.nRowsLog2 > 0 ? m_layout.rows.SampleOf(chunk.nRow) : chunk.nRow;
+        const SampleRow from(planes, component, format.nElementBytes, row);
+        pair[i] = chunks[i].data();
+        if (component.nColumnsLog2 > 0)
+            pair[i] = from.LoadDoubled(chunks[i], chunk.nFirst, chunk.nCount);
+        else
+            from.Load(chunks[i].data(), chunk.nFirst, chunk.nCount);
+    }
+    m_pKernel->MixSingle(values.data(), pair[0], pair[1], chunk.nCount, lists, m_singleSettings);
+    samples.Store(values.data(), chunk.nFirst, chunk.nCount);
 }
 
-void MixedInk::DrawAlpha(const FramePlanes &planes, const Span &span) const
+void MixedInk::DrawAlpha(const FramePlanes &planes, const Chunk &chunk, const MixLists &lists) const
 {
     const PixelFormat &format = m_layout.format;
-    const SampleRow samples(planes, format.components[3], format.nElementBytes, span.nRow);
-    ForChunks(span, [&](int first, int count, std::size_t at) {
-        std::array<std::int32_t, Chunk> values;
-        const std::array<std::int32_t, Chunk> none = {};
-        samples.Load(values.data(), first, count);
-        m_pKernel->MixSingle(values.data(), none.data(), none.data(), count, m_singles.At(at, 1), m_alphaSettings);
-        samples.Store(values.data(), first, count);
-    });
+    const SampleRow samples(planes, format.components[3], format.nElementBytes, chunk.nRow);
+    SampleChunk values;
+    samples.Load(values.data(), chunk.nFirst, chunk.nCount);
+    m_pKernel->MixSingle(values.data(), values.data(), values.data(), chunk.nCount, lists, m_alphaSettings);
+    samples.Store(values.data(), chunk.nFirst, chunk.nCount);
 }
 
-void MixedInk::DrawPairs(const FramePlanes &planes, const Span &span) const
+void MixedInk::DrawPairs(const FramePlanes &planes, const Chunk &chunk, const MixLists &lists,
+                         const std::int32_t *secondBase) const
 {
     const PixelFormat &format = m_layout.format;
-    const SampleRow first(planes, format.components[m_exchange.pair[0]], format.nElementBytes, span.nRow);
-    const SampleRow second(planes, format.components[m_exchange.pair[1]], format.nElementBytes, span.nRow);
-    ForChunks(span, [&](int from, int count, std::size_t at) {
-        std::array<std::int32_t, Chunk> p;
-        std::array<std::int32_t, Chunk> q;
-        first.Load(p.data(), from, count);
-        second.Load(q.data(), from, count);
-        m_pKernel->MixPair(p.data(), q.data(), count, m_pairs.At(at, 0), m_pairs.listBases[1].data() + at,
-                           m_pairSettings);
-        first.Store(p.data(), from, count);
-        second.Store(q.data(), from, count);
-    });
+    const SampleRow first(planes, format.components[m_exchange.pair[0]], format.nElementBytes, chunk.nRow);
+    const SampleRow second(planes, format.components[m_exchange.pair[1]], format.nElementBytes, chunk.nRow);
+    SampleChunk p;
+    SampleChunk q;
+    first.Load(p.data(), chunk.nFirst, chunk.nCount);
+    second.Load(q.data(), chunk.nFirst, chunk.nCount);
+    m_pKernel->MixPair(p.data(), q.data(), chunk.nCount, lists, secondBase, m_pairSettings);
+    first.Store(p.data(), chunk.nFirst, chunk.nCount);
+    second.Store(q.data(), chunk.nFirst, chunk.nCount);
 }

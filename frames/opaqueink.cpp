@@ -1,7 +1,6 @@
 #include "frames/opaqueink.h"
 
 #include "frames/meanbuilder.h"
-#include "render/textink.h"
 
 namespace
 {
@@ -23,7 +22,7 @@ void OrElement(std::uint8_t *to, std::uint32_t value, int elementBytes)
 
 } // namespace
 
-void OpaqueInk::AddSamples(Plane &plane, const Component &component, int i, const Colors &colors) const
+void OpaqueInk::AddSamples(Plane &plane, const Component &component, int i, const InkFrameColors &colors) const
 {
     plane.bSamples = true;
     plane.samples.nPixelBytes = component.nStep * m_nElementBytes;
@@ -38,7 +37,7 @@ void OpaqueInk::AddSamples(Plane &plane, const Component &component, int i, cons
     }
 }
 
-void OpaqueInk::AddMeans(Plane &plane, const Component &component, int i, const Colors &colors) const
+void OpaqueInk::AddMeans(Plane &plane, const Component &component, int i, const InkFrameColors &colors) const
 {
     plane.bMeans = true;
     // Packed rows, which have luma between the chroma samples, are taken as one sample of each kind an element.
@@ -53,37 +52,20 @@ void OpaqueInk::AddMeans(Plane &plane, const Component &component, int i, const 
     plane.means.outline[number] = static_cast<std::uint16_t>(colors.outline.codes[i]);
 }
 
-void OpaqueInk::BuildSamples(const InkRows &ink, int pixelBytes)
-{
-    const int pixels = static_cast<int>(InkBytes) / pixelBytes;
-    const std::uint64_t ofBlock = ~std::uint64_t{0} >> (64 - pixels);
-    m_samples.Reset((64 * static_cast<std::size_t>(ink.Words()) / pixels + 1) * (ink.Bottom() - ink.Top() + 1));
-    for (int row = ink.Top(); row <= ink.Bottom(); ++row) {
-        const InkRows::Row bits = ink.At(row);
-        for (int column = 0; column < 64 * ink.Words(); column += pixels) {
-            const std::uint64_t shown = BitsFrom(bits.pShown, column) & ofBlock;
-            if (shown == 0)
-                continue;
-            const std::uint64_t text = BitsFrom(bits.pText, column) & ofBlock;
-            m_samples.Append({row, ink.Left() + column, text, shown});
-        }
-    }
-}
-
-void OpaqueInk::Build(const InkRows &ink, const FrameLayout &layout, const FrameColor &text, const FrameColor &outline)
+void OpaqueInk::Build(const InkRows &ink, const FrameLayout &layout, const InkFrameColors &colors)
 {
     m_nElementBytes = layout.format.nElementBytes;
     m_planes = {};
     for (int plane = 0; plane < 4; ++plane) {
         layout.format.ForComponents(plane, [&](int i, const Component &component) {
             if (component.nColumnsLog2 > 0)
-                AddMeans(m_planes[plane], component, i, {text, outline});
+                AddMeans(m_planes[plane], component, i, colors);
             else
-                AddSamples(m_planes[plane], component, i, {text, outline});
+                AddSamples(m_planes[plane], component, i, colors);
         });
     }
     // All formats have samples in their first plane.
-    BuildSamples(ink, m_planes[0].samples.nPixelBytes);
+    ink.FindSamples(static_cast<int>(InkBytes) / m_planes[0].samples.nPixelBytes, m_samples);
     if (layout.format.IsSubsampled())
         MeanBuilder(ink, layout, *m_pKernel).Build(m_means);
 }

@@ -13,14 +13,11 @@
 class OpaqueInk
 {
 public:
-    void Build(const InkRows &ink, const FrameLayout &layout, const FrameColor &text, const FrameColor &outline);
+    void Build(const InkRows &ink, const FrameLayout &layout, const InkFrameColors &colors);
     /** Allocates nothing. */
     void Draw(const FramePlanes &planes) const;
 
 private:
-    struct Colors {
-        const FrameColor &text, &outline;
-    };
     /** What a plane has; the blocks are the same for all planes. */
     struct Plane {
         bool bSamples = false; ///< of components that have a sample for each pixel
@@ -29,9 +26,8 @@ private:
         InkPattern samples = {};
         MeanPattern means = {};
     };
-    void AddSamples(Plane &plane, const Component &component, int i, const Colors &colors) const;
-    void AddMeans(Plane &plane, const Component &component, int i, const Colors &colors) const;
-    void BuildSamples(const InkRows &ink, int pixelBytes);
+    void AddSamples(Plane &plane, const Component &component, int i, const InkFrameColors &colors) const;
+    void AddMeans(Plane &plane, const Component &component, int i, const InkFrameColors &colors) const;
 
     const SampleKernel *m_pKernel = &BestSampleKernel(); ///< chosen ahead: asking the processor takes a while
     int m_nElementBytes = 1;

@@ -6,13 +6,6 @@
 namespace
 {
 
-/** Calls @p call(row, column, text) for each pixel of ink. */
-template <typename Call>
-void ForInk(const ShownSubtitle &shown, Call call)
-{
-    ForPixels(shown.ink, [&](int row, int column, bool isText) { call(row + shown.nOffset, column, isText); });
-}
-
 /** Calls @p call(row, column, colour, weight) for each pixel of a picture. */
 template <typename Call>
 void ForPicture(const ShownSubtitle &shown, Call call)
@@ -34,6 +27,7 @@ void PixelMap::Build(const ShownSubtitle &shown, const Orientation &orientation)
     m_listPixels.clear();
     m_listColors.clear();
     m_numbers.clear();
+    m_nLastNumber = 0;
     m_bOpaque = true;
 
     int top = INT_MAX;
@@ -43,7 +37,6 @@ void PixelMap::Build(const ShownSubtitle &shown, const Orientation &orientation)
         top = std::min(top, row);
         bottom = std::max(bottom, row);
     };
-    ForInk(shown, findRows);
     ForPicture(shown, findRows);
     if (top > bottom)
         return;
@@ -56,7 +49,6 @@ void PixelMap::Build(const ShownSubtitle &shown, const Orientation &orientation)
         found.nFirst = std::min(found.nFirst, column);
         found.nEnd = std::max(found.nEnd, column + 1);
     };
-    ForInk(shown, findColumns);
     ForPicture(shown, findColumns);
     std::size_t count = 0;
     for (Row &row : m_listRows) {
@@ -66,25 +58,25 @@ void PixelMap::Build(const ShownSubtitle &shown, const Orientation &orientation)
     }
     m_listPixels.assign(count, {0, 0});
 
-    const auto put = [&](int row, int column, std::uint32_t color, int weight) {
+    ForPicture(shown, [&](int row, int column, const std::uint8_t *color, int weight) {
         orientation.ToFrame(row, column);
         const Row &found = m_listRows[row - top];
-        m_listPixels[found.nAt + column - found.nFirst] = {color, static_cast<std::uint32_t>(weight)};
+        m_listPixels[found.nAt + column - found.nFirst] = {NumberOf({color[0], color[1], color[2]}),
+                                                           static_cast<std::uint32_t>(weight)};
         m_bOpaque = m_bOpaque && weight == 255;
-    };
-    if (shown.ink.nRows > 0)
-        m_listColors = {shown.inkColors.text, shown.inkColors.outline};
-    ForInk(shown, [&](int row, int column, bool isText) { put(row, column, isText ? 1 : 2, shown.nInkWeight); });
-    ForPicture(shown, [&](int row, int column, const std::uint8_t *color, int weight) {
-        put(row, column, NumberOf({color[0], color[1], color[2]}), weight);
     });
 }
 
 std::uint32_t PixelMap::NumberOf(const std::array<std::uint8_t, 3> &color)
 {
     const std::uint32_t key = std::uint32_t{color[0]} << 16 | std::uint32_t{color[1]} << 8 | color[2];
+    // Neighbours have the same colour most often.
+    if (m_nLastNumber > 0 && key == m_nLastColor)
+        return m_nLastNumber;
     const auto [at, isNew] = m_numbers.try_emplace(key, static_cast<std::uint32_t>(m_listColors.size() + 1));
     if (isNew)
         m_listColors.push_back(color);
+    m_nLastColor = key;
+    m_nLastNumber = at->second;
     return at->second;
 }

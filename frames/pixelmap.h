@@ -8,7 +8,7 @@
 #include <unordered_map>
 #include <vector>
 
-/** The pixels of a frame that a subtitle covers. Each row knows those from its first to its last. */
+/** The pixels of a frame that a picture covers. Each row knows those from its first to its last. */
 class PixelMap
 {
 public:
@@ -48,5 +48,7 @@ private:
     std::vector<Row> m_listRows;
     std::vector<Pixel> m_listPixels;
     std::vector<std::array<std::uint8_t, 3>> m_listColors;
-    std::unordered_map<std::uint32_t, std::uint32_t> m_numbers; ///< of a picture's colours
+    std::unordered_map<std::uint32_t, std::uint32_t> m_numbers; ///< of the colours
+    std::uint32_t m_nLastColor = 0;
+    std::uint32_t m_nLastNumber = 0; ///< of that colour; 0 for none
 };

@@ -7,10 +7,13 @@
 #include <cstddef>
 #include <cstdint>
 
+/** Weight of a pixel that hides what is below it. */
+constexpr std::int32_t Opaque = 255;
+
 /** Bytes of a row that a block of ink takes at most, from its first pixel on. */
 constexpr std::size_t InkBytes = 64;
 
-/** Pixels of a row that have samples of their own, as many as there are whole ones in InkBytes. */
+/** Pixels of a row that have samples of their own: 64, or as many as there are whole ones in InkBytes. */
 struct InkSamples {
     int nRow;
     int nColumn;          ///< of the first pixel
@@ -58,26 +61,36 @@ struct MeanPattern {
     std::uint16_t nOthers;                      ///< bits of an element that stay
 };
 
-/** What mixed samples are divided by: those of one pixel, and means. */
-constexpr std::int32_t PixelDivisor = 255 << FineBits;
-constexpr std::int32_t MeanDivisor = PixelDivisor << MeanShift;
-
 /** Numbers that a red and blue exchange brings into a mix, with ExchangeBits fractional bits. */
 constexpr int ExchangeBits = 14;
 struct MixSettings {
     std::int32_t single[2];  ///< weights of the pair in the single component
     std::int32_t pair[2][2]; ///< weights of the pair in itself
     std::int32_t nMiddle;    ///< of the pair
-    std::int32_t nDivisor;   ///< one of the two above
+    int nShift;              ///< bits of a mix below 255ths: FineBits, with MeanShift more in means
     std::int32_t nBias;      ///< added before the division
     std::int32_t nMax;       ///< largest code value
 };
 
-/** What is mixed into samples, of each one: new = (base + rest * exchanged + keep * old + bias) / divisor. */
+/** What is mixed into samples, of each one: new = (base + rest * exchanged + keep * old + bias) / (255 << shift). */
 struct MixLists {
     const std::int32_t *pBase;
     const std::int32_t *pRest;
     const std::int32_t *pKeep;
+};
+
+/** Text of one weight: what pixels of either colour mix into two components. */
+struct InkMix {
+    std::array<std::int32_t, 2> text, outline; ///< bases
+    std::int32_t nRest;
+};
+/** Room for the lists of a block. */
+constexpr std::size_t MixSamples = 64;
+struct InkMixLists {
+    std::array<std::array<std::int32_t, MixSamples>, 2> listBases;
+    std::array<std::int32_t, MixSamples> listRest, listKeep;
+
+    MixLists Of(int base) const { return {listBases[base].data(), listRest.data(), listKeep.data()}; }
 };
 
 /**
@@ -94,6 +107,11 @@ struct SampleKernel {
     void (*Mean8)(const PlaneTarget &plane, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern);
     /** The same for elements of 16 bits. */
     void (*Mean16)(const PlaneTarget &plane, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern);
+
+    /** Makes the lists of 64 pixels. */
+    void (*SpreadSamples)(const InkSamples &block, const InkMix &mix, InkMixLists &lists);
+    /** The same of the MeanSamples of a block. */
+    void (*SpreadMeans)(const InkMeans &block, const InkMix &mix, InkMixLists &lists);
 
     /** Mixes into single components; @p first and @p second are the pairs of the same pixels. */
     void (*MixSingle)(std::int32_t *samples, const std::int32_t *first, const std::int32_t *second, std::size_t count,

@@ -1,60 +1,79 @@
 #include "frames/samplerows.h"
 
 #include <cstring>
+#include <type_traits>
 
 namespace
 {
 
-template <typename Element>
+/** Of a fixed step, which compilers make vectors of. */
+template <typename Element, int Step>
 void LoadElements(std::int32_t *samples, const std::uint8_t *from, int count, const Component &component)
 {
+    const int shift = component.nShift;
     const std::uint32_t max = component.Max();
-    for (int i = 0; i < count; ++i, from += component.nStep * sizeof(Element))
-        samples[i] = static_cast<std::int32_t>(Read<Element>(from) >> component.nShift & max);
+    for (int i = 0; i < count; ++i)
+        samples[i] = static_cast<std::int32_t>(Read<Element>(from + i * Step * sizeof(Element)) >> shift & max);
 }
 
-template <typename Element>
+template <typename Element, int Step>
 void StoreElements(const std::int32_t *samples, std::uint8_t *to, int count, const Component &component)
 {
-    const auto mask = static_cast<Element>(static_cast<std::uint32_t>(component.Max()) << component.nShift);
-    for (int i = 0; i < count; ++i, to += component.nStep * sizeof(Element)) {
-        const auto bits = static_cast<Element>(static_cast<std::uint32_t>(samples[i]) << component.nShift);
-        const auto element = static_cast<Element>((Read<Element>(to) & ~mask) | bits);
-        std::memcpy(to, &element, sizeof element);
+    const int shift = component.nShift;
+    const auto mask = static_cast<Element>(static_cast<std::uint32_t>(component.Max()) << shift);
+    for (int i = 0; i < count; ++i) {
+        std::uint8_t *at = to + i * Step * sizeof(Element);
+        const auto bits = static_cast<Element>(static_cast<std::uint32_t>(samples[i]) << shift);
+        const auto element = static_cast<Element>((Read<Element>(at) & ~mask) | bits);
+        std::memcpy(at, &element, sizeof element);
     }
 }
 
-/** Calls with an element of so many bytes. */
+/** Calls @p call(element, step) with an element of so many bytes, and the step as a constant. */
 template <typename Call>
-void WithElement(int bytes, Call call)
+void WithElement(int bytes, int step, Call call)
 {
+    const auto withStep = [&](auto element) {
+        if (step == 1)
+            call(element, std::integral_constant<int, 1>());
+        else if (step == 2)
+            call(element, std::integral_constant<int, 2>());
+        else if (step == 3)
+            call(element, std::integral_constant<int, 3>());
+        else
+            call(element, std::integral_constant<int, 4>());
+    };
     if (bytes == 1)
-        call(std::uint8_t{});
+        withStep(std::uint8_t{});
     else if (bytes == 2)
-        call(std::uint16_t{});
+        withStep(std::uint16_t{});
     else
-        call(std::uint32_t{});
+        call(std::uint32_t{}, std::integral_constant<int, 1>());
 }
 
 } // namespace
 
 void SampleRow::Load(std::int32_t *samples, int first, int count) const
 {
-    WithElement(m_nElementBytes,
-                [&](auto element) { LoadElements<decltype(element)>(samples, At(first), count, m_component); });
+    WithElement(m_nElementBytes, m_component.nStep, [&](auto element, auto step) {
+        LoadElements<decltype(element), decltype(step)::value>(samples, At(first), count, m_component);
+    });
 }
 
 void SampleRow::Store(const std::int32_t *samples, int first, int count) const
 {
-    WithElement(m_nElementBytes,
-                [&](auto element) { StoreElements<decltype(element)>(samples, At(first), count, m_component); });
+    WithElement(m_nElementBytes, m_component.nStep, [&](auto element, auto step) {
+        StoreElements<decltype(element), decltype(step)::value>(samples, At(first), count, m_component);
+    });
 }
 
-void SampleRow::LoadDoubled(std::int32_t *samples, int pixel, int count) const
+const std::int32_t *SampleRow::LoadDoubled(SampleChunk &chunk, int pixel, int count) const
 {
     const int first = pixel / 2;
-    Load(samples, first, (pixel + count - 1) / 2 - first + 1);
-    // From the end, since the samples lie before what they go to.
-    for (int i = count - 1; i >= 0; --i)
-        samples[i] = samples[(pixel + i) / 2 - first];
+    const int samples = (pixel + count - 1) / 2 - first + 1;
+    std::array<std::int32_t, ChunkSamples / 2 + 1> single;
+    Load(single.data(), first, samples);
+    for (int i = 0; i < samples; ++i)
+        chunk[2 * i] = chunk[2 * i + 1] = single[i];
+    return chunk.data() + pixel % 2;
 }

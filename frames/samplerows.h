@@ -2,9 +2,15 @@
 
 #include "frames/framelayout.h"
 
+#include <array>
 #include <cstdint>
 
-/** Reads and writes samples of a component, as code values. */
+/** Samples that are worked on at once. */
+constexpr int ChunkSamples = 256;
+/** Code values, with room for one more at either end. */
+using SampleChunk = std::array<std::int32_t, ChunkSamples + 2>;
+
+/** Reads and writes samples of a component, as code values, a chunk or less at a time. */
 class SampleRow
 {
 public:
@@ -17,8 +23,8 @@ public:
     void Load(std::int32_t *samples, int first, int count) const;
     void Store(const std::int32_t *samples, int first, int count) const;
 
-    /** The samples of pixels from number @p pixel on, of which two have one. */
-    void LoadDoubled(std::int32_t *samples, int pixel, int count) const;
+    /** Reads the samples of pixels from number @p pixel on, of which two have one, and returns where they are. */
+    const std::int32_t *LoadDoubled(SampleChunk &chunk, int pixel, int count) const;
 
 private:
     std::uint8_t *At(int sample) const

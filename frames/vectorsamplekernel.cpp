@@ -210,11 +210,115 @@ void Mean16(const PlaneTarget &plane, const InkMeans *blocks, std::size_t count,
         DrawMeans<2, 2>(plane, blocks, count, pattern, load, store);
 }
 
+using MixTag = hn::CappedTag<std::int32_t, 16>;
+using MixVector = hn::Vec<MixTag>;
+
+void SpreadSamples(const InkSamples &block, const InkMix &mix, InkMixLists &lists)
+{
+    alignas(64) static constexpr std::array<std::int32_t, 16> Bits = {1,   2,   4,    8,    16,   32,   64,    128,
+                                                                      256, 512, 1024, 2048, 4096, 8192, 16384, 32768};
+    const MixTag tag;
+    const auto bit = hn::Load(tag, Bits.data());
+    const auto zero = hn::Zero(tag);
+    for (std::size_t i = 0; i < MixSamples; i += hn::Lanes(tag)) {
+        const auto isShown = hn::TestBit(hn::Set(tag, static_cast<std::int32_t>(block.nShown >> i & 0xFFFF)), bit);
+        const auto isText = hn::TestBit(hn::Set(tag, static_cast<std::int32_t>(block.nText >> i & 0xFFFF)), bit);
+        for (std::size_t base = 0; base < 2; ++base) {
+            const auto color = hn::IfThenElse(isText, hn::Set(tag, mix.text[base]), hn::Set(tag, mix.outline[base]));
+            hn::StoreU(hn::IfThenElseZero(isShown, color), tag, &lists.listBases[base][i]);
+        }
+        hn::StoreU(hn::IfThenElseZero(isShown, hn::Set(tag, mix.nRest)), tag, &lists.listRest[i]);
+        hn::StoreU(hn::IfThenElse(isShown, zero, hn::Set(tag, Opaque)), tag, &lists.listKeep[i]);
+    }
+}
+
+void SpreadMeans(const InkMeans &block, const InkMix &mix, InkMixLists &lists)
+{
+    const MixTag tag;
+    const hn::Rebind<std::uint8_t, MixTag> bytes;
+    for (std::size_t i = 0; i < MeanSamples; i += hn::Lanes(tag)) {
+        const auto text = hn::PromoteTo(tag, hn::LoadU(bytes, &block.text[i]));
+        const auto outline = hn::PromoteTo(tag, hn::LoadU(bytes, &block.outline[i]));
+        const auto both = hn::Add(text, outline);
+        for (std::size_t base = 0; base < 2; ++base) {
+            const auto sum =
+                hn::Add(hn::Mul(text, hn::Set(tag, mix.text[base])), hn::Mul(outline, hn::Set(tag, mix.outline[base])));
+            hn::StoreU(sum, tag, &lists.listBases[base][i]);
+        }
+        hn::StoreU(hn::Mul(both, hn::Set(tag, mix.nRest)), tag, &lists.listRest[i]);
+        const auto keep = hn::Mul(hn::Sub(hn::Set(tag, MeanWhole), both), hn::Set(tag, Opaque));
+        hn::StoreU(keep, tag, &lists.listKeep[i]);
+    }
+}
+
+inline MixVector Exchanged(const std::int32_t *weights, MixVector first, MixVector second)
+{
+    const MixTag tag;
+    const auto sum = hn::Add(hn::Mul(first, hn::Set(tag, weights[0])), hn::Mul(second, hn::Set(tag, weights[1])));
+    return hn::ShiftRight<ExchangeBits - FineBits>(sum);
+}
+
+inline MixVector Quotient(MixVector sum, const MixSettings &settings)
+{
+    const MixTag tag;
+    const auto least = hn::Max(hn::Add(sum, hn::Set(tag, settings.nBias)), hn::Zero(tag));
+    // x / 255, truncated, for x < 2^24
+    const auto x = hn::Add(hn::ShiftRightSame(least, settings.nShift), hn::Set(tag, 1));
+    const auto quotient = hn::ShiftRight<8>(hn::Add(x, hn::ShiftRight<8>(hn::Add(x, hn::ShiftRight<8>(x)))));
+    return hn::Min(quotient, hn::Set(tag, settings.nMax));
+}
+
+void MixSingle(std::int32_t *samples, const std::int32_t *first, const std::int32_t *second, std::size_t count,
+               const MixLists &lists, const MixSettings &settings)
+{
+    const MixTag tag;
+    const auto middle = hn::Set(tag, settings.nMiddle);
+    std::size_t i = 0;
+    for (; i + hn::Lanes(tag) <= count; i += hn::Lanes(tag)) {
+        const auto old = hn::ShiftLeft<FineBits>(hn::LoadU(tag, samples + i));
+        const auto p = hn::Sub(hn::LoadU(tag, first + i), middle);
+        const auto q = hn::Sub(hn::LoadU(tag, second + i), middle);
+        const auto exchanged = hn::Add(old, Exchanged(settings.single, p, q));
+        const auto mixed =
+            hn::Add(hn::LoadU(tag, lists.pBase + i), hn::Mul(hn::LoadU(tag, lists.pRest + i), exchanged));
+        const auto sum = hn::Add(mixed, hn::Mul(hn::LoadU(tag, lists.pKeep + i), old));
+        hn::StoreU(Quotient(sum, settings), tag, samples + i);
+    }
+    PortableSampleKernel().MixSingle(samples + i, first + i, second + i, count - i,
+                                     {lists.pBase + i, lists.pRest + i, lists.pKeep + i}, settings);
+}
+
+void MixPair(std::int32_t *first, std::int32_t *second, std::size_t count, const MixLists &lists,
+             const std::int32_t *secondBase, const MixSettings &settings)
+{
+    const MixTag tag;
+    const auto middle = hn::Set(tag, settings.nMiddle);
+    const auto fineMiddle = hn::ShiftLeft<FineBits>(middle);
+    std::size_t i = 0;
+    for (; i + hn::Lanes(tag) <= count; i += hn::Lanes(tag)) {
+        const auto oldFirst = hn::LoadU(tag, first + i);
+        const auto oldSecond = hn::LoadU(tag, second + i);
+        const auto p = hn::Sub(oldFirst, middle);
+        const auto q = hn::Sub(oldSecond, middle);
+        const auto rest = hn::LoadU(tag, lists.pRest + i);
+        const auto keep = hn::ShiftLeft<FineBits>(hn::LoadU(tag, lists.pKeep + i));
+        const auto mix = [&](const std::int32_t *base, const std::int32_t *weights, MixVector old) HWY_ATTR {
+            const auto exchanged = hn::Add(fineMiddle, Exchanged(weights, p, q));
+            const auto mixed = hn::Add(hn::LoadU(tag, base + i), hn::Mul(rest, exchanged));
+            return Quotient(hn::Add(mixed, hn::Mul(keep, old)), settings);
+        };
+        hn::StoreU(mix(lists.pBase, settings.pair[0], oldFirst), tag, first + i);
+        hn::StoreU(mix(secondBase, settings.pair[1], oldSecond), tag, second + i);
+    }
+    PortableSampleKernel().MixPair(first + i, second + i, count - i,
+                                   {lists.pBase + i, lists.pRest + i, lists.pKeep + i}, secondBase + i, settings);
+}
+
+constexpr SampleKernel Vectors = {Fill, Weigh, Mean8, Mean16, SpreadSamples, SpreadMeans, MixSingle, MixPair};
+
 const SampleKernel &Kernel()
 {
-    static const SampleKernel kernel = {
-        Fill, Weigh, Mean8, Mean16, PortableSampleKernel().MixSingle, PortableSampleKernel().MixPair};
-    return kernel;
+    return Vectors;
 }
 
 #endif
