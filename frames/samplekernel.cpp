@@ -43,7 +43,7 @@ void Mean(const PlaneTarget &plane, const InkMeans *blocks, std::size_t count, c
     constexpr std::ptrdiff_t Bytes = sizeof(Element);
     for (const InkMeans *block = blocks; block < blocks + count; ++block) {
         std::uint8_t *row = plane.Row(block->nRow);
-        std::uint8_t *to = row + block->nFirst * pattern.nComponents * Bytes;
+        std::uint8_t *to = row + block->nFirst * (pattern.nComponents * Bytes);
         for (std::size_t i = 0; i < MeanSamples && to < row + plane.nRowBytes; ++i) {
             const int keep = MeanWhole - block->text[i] - block->outline[i];
             for (int component = 0; component < pattern.nComponents; ++component, to += Bytes) {

@@ -10,19 +10,21 @@ namespace
 template <typename Element, int Step>
 void LoadElements(std::int32_t *samples, const std::uint8_t *from, int count, const Component &component)
 {
+    constexpr std::ptrdiff_t Bytes = Step * sizeof(Element);
     const int shift = component.nShift;
     const std::uint32_t max = component.Max();
-    for (int i = 0; i < count; ++i)
-        samples[i] = static_cast<std::int32_t>(Read<Element>(from + i * Step * sizeof(Element)) >> shift & max);
+    for (std::ptrdiff_t i = 0; i < count; ++i)
+        samples[i] = static_cast<std::int32_t>(Read<Element>(from + i * Bytes) >> shift & max);
 }
 
 template <typename Element, int Step>
 void StoreElements(const std::int32_t *samples, std::uint8_t *to, int count, const Component &component)
 {
+    constexpr std::ptrdiff_t Bytes = Step * sizeof(Element);
     const int shift = component.nShift;
     const auto mask = static_cast<Element>(static_cast<std::uint32_t>(component.Max()) << shift);
-    for (int i = 0; i < count; ++i) {
-        std::uint8_t *at = to + i * Step * sizeof(Element);
+    for (std::ptrdiff_t i = 0; i < count; ++i) {
+        std::uint8_t *at = to + i * Bytes;
         const auto bits = static_cast<Element>(static_cast<std::uint32_t>(samples[i]) << shift);
         const auto element = static_cast<Element>((Read<Element>(at) & ~mask) | bits);
         std::memcpy(at, &element, sizeof element);
@@ -70,10 +72,10 @@ void SampleRow::Store(const std::int32_t *samples, int first, int count) const
 const std::int32_t *SampleRow::LoadDoubled(SampleChunk &chunk, int pixel, int count) const
 {
     const int first = pixel / 2;
-    const int samples = (pixel + count - 1) / 2 - first + 1;
+    const std::size_t samples = (pixel + count - 1) / 2 - first + 1;
     std::array<std::int32_t, ChunkSamples / 2 + 1> single;
-    Load(single.data(), first, samples);
-    for (int i = 0; i < samples; ++i)
+    Load(single.data(), first, static_cast<int>(samples));
+    for (std::size_t i = 0; i < samples; ++i)
         chunk[2 * i] = chunk[2 * i + 1] = single[i];
     return chunk.data() + pixel % 2;
 }
