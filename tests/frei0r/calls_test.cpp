@@ -3,54 +3,20 @@
 
 #include "frames/libsubtitleframe.h"
 #include "libsubtitle.h"
+#include "support/librarycalls.h"
 
-#include <atomic>
-#include <mutex>
-#include <sstream>
 #include <thread>
 #include <vector>
 
+using librarycalls::bMemory;
+using librarycalls::Call;
+using librarycalls::nBroken;
+using librarycalls::Stay;
+using librarycalls::strLog;
+using librarycalls::TakeLog;
+
 namespace
 {
-
-std::mutex logMutex;
-std::string strLog;
-bool bMemory = true;
-
-/** Threads inside, with those that have to be there alone counted a thousandfold. */
-std::atomic<int> nInside = 0;
-std::atomic<int> nBroken = 0;
-
-/** One thread's stay in the library. */
-class Stay
-{
-public:
-    Stay(int nWeight, const std::string &strCall) : m_nWeight(nWeight)
-    {
-        const int nOthers = nInside.fetch_add(m_nWeight);
-        nBroken += m_nWeight == 1 ? nOthers >= 1000 : nOthers != 0;
-        for (int n = 0; n < 20; ++n)
-            std::this_thread::yield(); // so that others come in, if they can
-        const std::lock_guard<std::mutex> lock(logMutex);
-        strLog += strCall + "\n";
-    }
-    ~Stay() { nInside.fetch_sub(m_nWeight); }
-    Stay(const Stay &) = delete;
-    Stay &operator=(const Stay &) = delete;
-
-private:
-    int m_nWeight;
-};
-
-template <typename... Values>
-int Call(const char *pName, const Values &...values)
-{
-    std::ostringstream text;
-    text << pName;
-    ((text << " " << values), ...);
-    const Stay stay(1, text.str());
-    return bMemory ? 0 : -1;
-}
 
 class CallsOfFrei0rTest : public Frei0rTest
 {
@@ -61,9 +27,6 @@ protected:
         bMemory = true;
     }
     ~CallsOfFrei0rTest() override { EXPECT_EQ(nBroken.exchange(0), 0); }
-
-    /** The calls since the last time. */
-    static std::string Taken() { return std::exchange(strLog, ""); }
 
     const std::string m_strFrame = Frame();
 };
@@ -150,17 +113,17 @@ TEST_F(CallsOfFrei0rTest, ASteadyFrameCallsForItselfAlone)
     {
         const Instance instance(m_plugin, Width, Height);
         instance.SetText("location", m_strSubtitles);
-        EXPECT_EQ(Taken(), "");
+        EXPECT_EQ(TakeLog(), "");
         instance.Update(m_strFrame, 0.5);
-        EXPECT_EQ(Taken(), Beginning + std::string("file \"text.srt\" 0\ntime 500\nburn 336 184 1344 26\n"));
+        EXPECT_EQ(TakeLog(), Beginning + std::string("file \"text.srt\" 0\ntime 500\nburn 336 184 1344 26\n"));
         // Some hosts set all parameters before each frame.
         instance.SetText("location", m_strSubtitles);
         instance.SetNumber("alpha", 1);
         instance.SetText("font-family", "");
         instance.Update(m_strFrame, 0.54);
-        EXPECT_EQ(Taken(), "time 540\nburn 336 184 1344 26\n");
+        EXPECT_EQ(TakeLog(), "time 540\nburn 336 184 1344 26\n");
     }
-    EXPECT_EQ(Taken(), "destroy\n");
+    EXPECT_EQ(TakeLog(), "destroy\n");
 }
 
 TEST_F(CallsOfFrei0rTest, ADifferentValueCallsItsSetterAlone)
@@ -170,9 +133,9 @@ TEST_F(CallsOfFrei0rTest, ADifferentValueCallsItsSetterAlone)
     instance.Update(m_strFrame, 0.5);
     const std::string strFrame = "time 500\nburn 336 184 1344 26\n";
     const auto expect = [&](const std::string &strCalls) {
-        Taken();
+        TakeLog();
         instance.Update(m_strFrame, 0.5);
-        EXPECT_EQ(Taken(), strCalls + strFrame);
+        EXPECT_EQ(TakeLog(), strCalls + strFrame);
     };
     instance.SetNumber("alpha", 0.5);
     expect("alpha 128\n");
@@ -203,7 +166,7 @@ TEST_F(CallsOfFrei0rTest, NothingIsMadeWithoutAFileOrATime)
     instance.Update(m_strFrame, 0.5);
     instance.SetText("location", m_strSubtitles);
     instance.Update(m_strFrame, -1);
-    EXPECT_EQ(Taken(), "");
+    EXPECT_EQ(TakeLog(), "");
 }
 
 TEST_F(CallsOfFrei0rTest, WithoutMemoryFramesStayAsTheyAreAndTheNextTriesAgain)
@@ -212,13 +175,13 @@ TEST_F(CallsOfFrei0rTest, WithoutMemoryFramesStayAsTheyAreAndTheNextTriesAgain)
     const Instance instance(m_plugin, Width, Height);
     instance.SetText("location", m_strSubtitles);
     EXPECT_TRUE(instance.Update(m_strFrame, 0.5) == m_strFrame);
-    EXPECT_EQ(Taken(), "create 336 184\n");
+    EXPECT_EQ(TakeLog(), "create 336 184\n");
     bMemory = true;
     instance.Update(m_strFrame, 0.5);
-    EXPECT_EQ(Taken(), Beginning + std::string("file \"text.srt\" 0\ntime 500\nburn 336 184 1344 26\n"));
+    EXPECT_EQ(TakeLog(), Beginning + std::string("file \"text.srt\" 0\ntime 500\nburn 336 184 1344 26\n"));
     bMemory = false;
     EXPECT_TRUE(instance.Update(m_strFrame, 0.5) == m_strFrame);
-    EXPECT_EQ(Taken(), "time 500\n");
+    EXPECT_EQ(TakeLog(), "time 500\n");
 }
 
 TEST_F(CallsOfFrei0rTest, HandlesAreMadeAndDestroyedAlone)
@@ -238,5 +201,5 @@ TEST_F(CallsOfFrei0rTest, HandlesAreMadeAndDestroyedAlone)
     }
     for (std::thread &thread : listThreads)
         thread.join();
-    EXPECT_NE(Taken().find("destroy\n"), std::string::npos);
+    EXPECT_NE(TakeLog().find("destroy\n"), std::string::npos);
 }

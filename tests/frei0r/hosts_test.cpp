@@ -95,6 +95,16 @@ protected:
     }
 };
 
+/** What the tests of all parameters set, by the library's functions. */
+void SetAll(void *p)
+{
+    SetSubtitleAlpah(p, 204);
+    SetSubtitlePos(p, 30);
+    SetSubtitleFontParam(p, "DejaVu Serif", 14, 3);
+    SetSubtitleFontColor(p, 0xFF, 0xD7, 0);
+    SetSubtitleOutlineColor(p, 0x10, 0x20, 0x30);
+}
+
 } // namespace
 
 TEST_F(HostsOfFrei0rTest, FfmpegBurnsEveryFrameAtItsTime)
@@ -106,16 +116,9 @@ TEST_F(HostsOfFrei0rTest, FfmpegBurnsEveryFrameAtItsTime)
 
 TEST_F(HostsOfFrei0rTest, FfmpegSetsAllParameters)
 {
-    const Calls calls = [](void *p) {
-        SetSubtitleAlpah(p, 204);
-        SetSubtitlePos(p, 30);
-        SetSubtitleFontParam(p, "DejaVu Serif", 14, 3);
-        SetSubtitleFontColor(p, 0xFF, 0xD7, 0);
-        SetSubtitleOutlineColor(p, 0x10, 0x20, 0x30);
-    };
     ExpectFilm(
         Ffmpeg(m_strSubtitles + "|y|0|0.8|0.3|DejaVu Serif|0.1|y|y|gold|0x102030|-0.2"), false,
-        [](int n) { return std::max(0L, 40L * n - 200); }, calls);
+        [](int n) { return std::max(0L, 40L * n - 200); }, SetAll);
 }
 
 TEST_F(HostsOfFrei0rTest, FfmpegTakesAnyName)
@@ -143,17 +146,10 @@ TEST_F(HostsOfFrei0rTest, MeltBurnsOnManyThreadsAtOnce)
 
 TEST_F(HostsOfFrei0rTest, MeltSetsAllParameters)
 {
-    const Calls calls = [](void *p) {
-        SetSubtitleAlpah(p, 204);
-        SetSubtitlePos(p, 30);
-        SetSubtitleFontParam(p, "DejaVu Serif", 14, 3);
-        SetSubtitleFontColor(p, 0xFF, 0xD7, 0);
-        SetSubtitleOutlineColor(p, 0x10, 0x20, 0x30);
-    };
     ExpectFilm(Melt({}, {"-filter", "frei0r.subtitleburn", "location=" + m_strSubtitles, "milliseconds=0",
                          "subtitle-track=0", "alpha=0.8", "pos=0.3", "font-family=DejaVu Serif", "font-size=0.1",
                          "bold=1", "italic=1", "font-color=#ffd700", "outline-color=#102030"}),
-               true, AtTwentyFive, calls);
+               true, AtTwentyFive, SetAll);
 }
 
 // MLT counts from where a clip was cut.

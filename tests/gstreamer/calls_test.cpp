@@ -2,57 +2,23 @@
 #include "gstreamertest.h"
 
 #include "libsubtitleframe.h"
+#include "support/librarycalls.h"
 
-#include <atomic>
-#include <mutex>
-#include <sstream>
 #include <thread>
-#include <utility>
+
+using librarycalls::bMemory;
+using librarycalls::Call;
+using librarycalls::nBroken;
+using librarycalls::Stay;
+using librarycalls::strLog;
+using librarycalls::TakeLog;
 
 namespace
 {
 
 const GstClockTime Due = 1500 * GST_MSECOND;
 
-std::mutex logMutex;
-std::string strLog;
-bool bMemory = true;
 bool bDue = true;
-
-/** Threads inside, with those that have to be there alone counted a thousandfold. */
-std::atomic<int> nInside = 0;
-std::atomic<int> nBroken = 0;
-
-/** One thread's stay in the library. */
-class Stay
-{
-public:
-    Stay(int nWeight, const std::string &strCall) : m_nWeight(nWeight)
-    {
-        const int nOthers = nInside.fetch_add(m_nWeight);
-        nBroken += m_nWeight == 1 ? nOthers >= 1000 : nOthers != 0;
-        for (int n = 0; n < 20; ++n)
-            std::this_thread::yield(); // so that others come in, if they can
-        const std::lock_guard<std::mutex> lock(logMutex);
-        strLog += strCall + "\n";
-    }
-    ~Stay() { nInside.fetch_sub(m_nWeight); }
-    Stay(const Stay &) = delete;
-    Stay &operator=(const Stay &) = delete;
-
-private:
-    int m_nWeight;
-};
-
-template <typename... Values>
-int Call(const char *pName, const Values &...values)
-{
-    std::ostringstream text;
-    text << pName;
-    ((text << " " << values), ...);
-    const Stay stay(1, text.str());
-    return bMemory ? 0 : -1;
-}
 
 class CallsTest : public GStreamerTest
 {
@@ -64,8 +30,6 @@ protected:
         bDue = true;
         nBroken = 0;
     }
-
-    static std::string TakeLog() { return std::exchange(strLog, ""); }
 };
 
 } // namespace
