@@ -53,6 +53,7 @@ void InkRows::FindSamples(int pixels, BlockList<InkSamples> &blocks) const
 {
     const std::uint64_t ofBlock = ~std::uint64_t{0} >> (WordBits - pixels);
     blocks.Reset((WordBits * static_cast<std::size_t>(Words()) / pixels + 1) * m_ink.nRows);
+    InkSamples *end = blocks.End();
     for (int row = Top(); row <= Bottom(); ++row) {
         const Row bits = At(row);
         for (int column = 0; column < WordBits * Words(); column += pixels) {
@@ -60,7 +61,8 @@ void InkRows::FindSamples(int pixels, BlockList<InkSamples> &blocks) const
             if (shown == 0)
                 continue;
             const std::uint64_t text = BitsFrom(bits.pText, column) & ofBlock;
-            blocks.Append({row, Left() + column, text, shown});
+            *end++ = {row, Left() + column, text, shown};
         }
     }
+    blocks.SetEnd(end);
 }

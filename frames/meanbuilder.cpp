@@ -21,7 +21,7 @@ MeanBuilder::MeanBuilder(const InkRows &ink, const FrameLayout &layout, const Sa
 {
 }
 
-void MeanBuilder::Build(BlockList<InkMeans> &blocks)
+void MeanBuilder::Build(BlockList<InkMeans> &blocks) const
 {
     int first = m_ink.Top();
     int last = m_ink.Bottom();
@@ -29,11 +29,14 @@ void MeanBuilder::Build(BlockList<InkMeans> &blocks)
         m_layout.rows.ToSamples(first, last);
     const std::size_t columns = 64 / BlockColumns * static_cast<std::size_t>(m_ink.Words()) + 2;
     blocks.Reset(columns * std::max(0, last - first + 1));
+    InkMeans *end = blocks.End();
     for (int row = first; row <= last; ++row)
-        AppendRow(blocks, row);
+        end = FindRow(row, end);
+    blocks.SetEnd(end);
 }
 
-void MeanBuilder::AppendRow(BlockList<InkMeans> &blocks, int row)
+/** Makes the blocks of a row, and returns where the next one goes. */
+InkMeans *MeanBuilder::FindRow(int row, InkMeans *next) const
 {
     const Taps taps = m_bLower ? m_layout.rows.At(row) : Taps{1, {row}, {Taps::Whole}};
     std::array<InkRows::Row, MeanRows> rows = {};
@@ -61,12 +64,11 @@ void MeanBuilder::AppendRow(BlockList<InkMeans> &blocks, int row)
             continue;
         for (int i = 0; i < taps.nCount; ++i)
             bits.text[i] = bitsOf(rows[i].pText);
-        InkMeans block;
-        block.nRow = row;
-        block.nFirst = column / 2;
-        m_kernel.Weigh(bits, block);
-        blocks.Append(block);
+        next->nRow = row;
+        next->nFirst = column / 2;
+        m_kernel.Weigh(bits, *next++);
     }
+    return next;
 }
 
 /** As BitsFrom() from the pixel before a column on, also where there is no such pixel or word. */

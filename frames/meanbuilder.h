@@ -14,10 +14,10 @@ class MeanBuilder
 public:
     MeanBuilder(const InkRows &ink, const FrameLayout &layout, const SampleKernel &kernel);
 
-    void Build(BlockList<InkMeans> &blocks);
+    void Build(BlockList<InkMeans> &blocks) const;
 
 private:
-    void AppendRow(BlockList<InkMeans> &blocks, int row);
+    InkMeans *FindRow(int row, InkMeans *next) const;
     std::uint64_t BitsAtEnd(int column, const std::uint64_t *row) const;
 
     const InkRows &m_ink;

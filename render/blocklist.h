@@ -19,8 +19,10 @@ public:
         }
     }
 
-    /** There must be room. */
-    void Append(const Block &block) { m_pBlocks[m_nCount++] = block; }
+    /** Where the next block goes, for a loop that fills in many. There must be room. */
+    Block *End() { return m_pBlocks.get() + m_nCount; }
+    /** After the last block that was filled in. */
+    void SetEnd(const Block *end) { m_nCount = end - m_pBlocks.get(); }
 
     const Block *Data() const { return m_pBlocks.get(); }
     std::size_t Size() const { return m_nCount; }

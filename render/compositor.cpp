@@ -222,13 +222,15 @@ void Compositor::FindInkBlocks()
 {
     if (m_bInkBlocks)
         return;
+    InkBlock *end = m_inkBlocks.End();
     for (int row = m_ink.nTop; row < m_ink.nTop + m_ink.nRows; ++row) {
         ForInkBlocks(m_ink.Text(row), m_ink.Shown(row), m_ink.nWords, BlockPixels,
                      [&](int column, std::uint64_t text, std::uint64_t shown) {
-                         m_inkBlocks.Append({row, m_ink.nLeft + column, static_cast<std::uint16_t>(text),
-                                             static_cast<std::uint16_t>(shown)});
+                         *end++ = {row, m_ink.nLeft + column, static_cast<std::uint16_t>(text),
+                                   static_cast<std::uint16_t>(shown)};
                      });
     }
+    m_inkBlocks.SetEnd(end);
     m_bInkBlocks = true;
 }
 
