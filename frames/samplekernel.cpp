@@ -11,12 +11,14 @@ void Fill(const PlaneTarget &plane, const InkSamples *blocks, std::size_t count,
 {
     const int unit = pattern.nPixelBytes;
     for (const InkSamples *block = blocks; block < blocks + count; ++block) {
-        std::uint8_t *bytes = plane.Row(block->nRow) + std::ptrdiff_t{block->nColumn} * unit;
+        std::uint8_t *bytes = plane.Row(block->nRow) + static_cast<std::ptrdiff_t>(block->nColumn) * unit;
         for (std::uint64_t rest = block->nShown; rest; rest &= rest - 1) {
             const int pixel = __builtin_ctzll(rest);
             const auto &colors = block->nText >> pixel & 1 ? pattern.text : pattern.outline;
-            for (int i = pixel * unit; i < (pixel + 1) * unit; ++i)
-                bytes[i] = static_cast<std::uint8_t>((bytes[i] & ~pattern.bits[i]) | colors[i]);
+            for (int i = pixel * unit; i < (pixel + 1) * unit; ++i) {
+                std::uint8_t &byte = bytes[i];
+                byte = static_cast<std::uint8_t>((byte & ~pattern.bits[i]) | colors[i]);
+            }
         }
     }
 }

@@ -132,8 +132,9 @@ TEST_P(SampleKernelTest, Fills)
                 if (!(block.nShown >> (i / unit) & 1))
                     continue;
                 std::uint8_t &byte = Target(m_listExpected).Row(block.nRow)[block.nColumn * unit + i];
-                const auto &color = block.nText >> (i / unit) & 1 ? pattern.text : pattern.outline;
-                byte = static_cast<std::uint8_t>((byte & ~pattern.bits[i]) | color[i]);
+                const bool isText = block.nText >> (i / unit) & 1;
+                const std::uint8_t color = isText ? pattern.text[i] : pattern.outline[i];
+                byte = static_cast<std::uint8_t>((byte & ~pattern.bits[i]) | color);
             }
         }
         GetParam().pKernel->Fill(Target(m_listBytes), blocks.data(), blocks.size(), pattern);
@@ -257,9 +258,9 @@ struct Mixture {
     std::int32_t Exchange(const std::int32_t *weights, std::size_t i, const std::vector<std::int32_t> &p,
                           const std::vector<std::int32_t> &q) const
     {
-        const std::int64_t sum =
-            std::int64_t{weights[0]} * (p[i] - settings.nMiddle) + std::int64_t{weights[1]} * (q[i] - settings.nMiddle);
-        return static_cast<std::int32_t>(std::floor(static_cast<double>(sum) / 256));
+        const double first = p[i] - settings.nMiddle;
+        const double second = q[i] - settings.nMiddle;
+        return static_cast<std::int32_t>(std::floor((weights[0] * first + weights[1] * second) / 256));
     }
 
     std::int32_t Mix(std::int64_t base, std::size_t i, std::int64_t exchanged, std::int64_t old) const

@@ -67,7 +67,7 @@ int HasSubtitleTrack(void * /*handle*/)
     return Call("track") == 0 ? 1 : -1;
 }
 
-void *CreateSubtitleBurner(void *pHandle)
+void *CreateSubtitleBurner(void *pHandle) // cppcheck-suppress constParameter ; declared so
 {
     const Stay stay(1000, pHandle ? "burner" : "burner of none");
     return pHandle && bMemory ? new int : nullptr;
