@@ -166,18 +166,26 @@ inline void DrawMeans(const PlaneTarget &plane, const InkMeans *blocks, std::siz
     const int shift = pattern.nShift;
     const auto offset = [](const InkMeans &block)
                             HWY_ATTR { return block.nFirst * std::ptrdiff_t{Components * ElementBytes}; };
+    const auto meanOf = [=](auto text, auto outline, auto old) HWY_ATTR {
+        // Numbers below 0 cancel out, since words wrap round.
+        const auto fromText = hn::Mul(text, hn::Sub(codesOfText, old));
+        const auto fromOutline = hn::Mul(outline, hn::Sub(codesOfOutline, old));
+        const auto fromOld = hn::Add(hn::ShiftLeft<MeanShift>(old), half);
+        return hn::ShiftRight<MeanShift>(hn::Add(fromOld, hn::Add(fromText, fromOutline)));
+    };
     const auto draw = [&](const InkMeans &block, std::uint8_t *bytes) HWY_ATTR {
         for (std::size_t i = 0; i < MeanSamples * Components; i += hn::Lanes(tag)) {
             const auto text = WeightsAt<Components>(block.text, i);
             const auto outline = WeightsAt<Components>(block.outline, i);
             const auto element = load(bytes + i * ElementBytes);
+            if constexpr (ElementBytes == 1) {
+                // The whole byte is the sample, and without ink it comes out as it was.
+                store(bytes + i, meanOf(text, outline, element));
+                continue;
+            }
             const auto old = hn::And(hn::ShiftRightSame(element, shift), max);
-            // Numbers below 0 cancel out, since words wrap round.
-            const auto fromText = hn::Mul(text, hn::Sub(codesOfText, old));
-            const auto fromOutline = hn::Mul(outline, hn::Sub(codesOfOutline, old));
-            const auto fromOld = hn::Add(hn::ShiftLeft<MeanShift>(old), half);
-            const auto mean = hn::ShiftRight<MeanShift>(hn::Add(fromOld, hn::Add(fromText, fromOutline)));
-            const auto drawn = hn::Or(hn::And(element, others), hn::ShiftLeftSame(mean, shift));
+            const auto mean = hn::ShiftLeftSame(meanOf(text, outline, old), shift);
+            const auto drawn = hn::Or(hn::And(element, others), mean);
             const auto isKept = hn::Eq(hn::Or(text, outline), hn::Zero(tag));
             store(bytes + i * ElementBytes, hn::IfThenElse(isKept, element, drawn));
         }
