@@ -8,7 +8,7 @@ static void DestroyAlone(BurnHandle *pHandle)
 {
     DestroySubtitleBurner(pHandle->pBurner);
     DestroyVideoSubtitle(pHandle->pSubtitle);
-    *pHandle = (BurnHandle){NULL};
+    *pHandle = (BurnHandle){0};
 }
 
 gboolean BurnHandleMake(BurnHandle *pHandle, gint nWidth, gint nHeight)
