@@ -41,7 +41,7 @@ void OpaqueInk::AddMeans(Plane &plane, const Component &component, int i, const 
 {
     plane.bMeans = true;
     // Packed rows, which have luma between the chroma samples, are taken as one sample of each kind an element.
-    const bool isPacked = component.nStep == 4;
+    const bool isPacked = plane.bSamples;
     plane.nElementBytes = isPacked ? 2 : m_nElementBytes;
     plane.means.nComponents = isPacked ? 2 : component.nStep;
     plane.means.nShift = isPacked ? 8 * (component.nOffset % 2) : component.nShift;
