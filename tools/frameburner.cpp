@@ -57,9 +57,9 @@ FrameBurner::FrameBurner(const SubtitleRenderer &renderer, const Orientation &or
 
 bool FrameBurner::Burn(FramePtr &pFrame, long nMilliseconds)
 {
-    m_orientation.SetOn(*pFrame);
     if (!m_renderer.Seek(nMilliseconds))
         return false;
+    m_orientation.SetOn(*pFrame);
     m_pool.MakeWritable(pFrame);
     if (!m_renderer.Draw(*pFrame))
         BurnConverted(*pFrame);
