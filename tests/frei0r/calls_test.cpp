@@ -8,12 +8,7 @@
 #include <thread>
 #include <vector>
 
-using librarycalls::bMemory;
-using librarycalls::Call;
-using librarycalls::nBroken;
-using librarycalls::Stay;
-using librarycalls::strLog;
-using librarycalls::TakeLog;
+using namespace librarycalls;
 
 namespace
 {

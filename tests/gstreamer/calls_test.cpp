@@ -6,12 +6,7 @@
 
 #include <thread>
 
-using librarycalls::bMemory;
-using librarycalls::Call;
-using librarycalls::nBroken;
-using librarycalls::Stay;
-using librarycalls::strLog;
-using librarycalls::TakeLog;
+using namespace librarycalls;
 
 namespace
 {
