@@ -40,6 +40,33 @@ void ClearOutside(std::uint64_t *row, int words, int left, int from, int to)
     }
 }
 
+/**
+ * Covers the bits that are set in a row with blocks, each of which begins at such a bit: calls @p call(column, text, shown)
+ * with the bits of the block in both rows.
+ */
+template <typename Call>
+void ForInkBlocks(const std::uint64_t *text, const std::uint64_t *shown, int words, Call call)
+{
+    const std::uint64_t ofBlock = (std::uint64_t{1} << BlockPixels) - 1;
+    const int lastPlace = 64 - BlockPixels;
+    for (int column = 0; column < 64 * words;) {
+        std::uint64_t bits = BitsFrom(shown, column);
+        const std::uint64_t ofText = BitsFrom(text, column);
+        int place = 0;
+        while (bits) {
+            const int transparent = __builtin_ctzll(bits);
+            place += transparent;
+            if (place > lastPlace)
+                break;
+            bits >>= transparent;
+            call(column + place, ofText >> place & ofBlock, bits & ofBlock);
+            bits >>= BlockPixels;
+            place += BlockPixels;
+        }
+        column += bits ? place : 64;
+    }
+}
+
 bool HasInk(const InkBits &ink)
 {
     return std::any_of(ink.pShown, ink.pShown + std::ptrdiff_t{ink.nRows} * (ink.nWords + 1),
@@ -224,7 +251,7 @@ void Compositor::FindInkBlocks()
         return;
     InkBlock *end = m_inkBlocks.End();
     for (int row = m_ink.nTop; row < m_ink.nTop + m_ink.nRows; ++row) {
-        ForInkBlocks(m_ink.Text(row), m_ink.Shown(row), m_ink.nWords, BlockPixels,
+        ForInkBlocks(m_ink.Text(row), m_ink.Shown(row), m_ink.nWords,
                      [&](int column, std::uint64_t text, std::uint64_t shown) {
                          *end++ = {row, m_ink.nLeft + column, static_cast<std::uint16_t>(text),
                                    static_cast<std::uint16_t>(shown)};

@@ -30,33 +30,6 @@ inline std::uint64_t BitsFrom(const std::uint64_t *row, int column)
     return row[word] >> shift | row[word + 1] << 1 << (63 - shift);
 }
 
-/**
- * Covers the bits that are set in a row with blocks of @p pixels columns, at most 32, each of which begins at such a bit:
- * calls @p call(column, text, shown) with the bits of the block in both rows. One word more than @p words is read.
- */
-template <typename Call>
-inline void ForInkBlocks(const std::uint64_t *text, const std::uint64_t *shown, int words, int pixels, Call call)
-{
-    const std::uint64_t ofBlock = (std::uint64_t{1} << pixels) - 1;
-    const int lastPlace = 64 - pixels;
-    for (int column = 0; column < 64 * words;) {
-        std::uint64_t bits = BitsFrom(shown, column);
-        const std::uint64_t ofText = BitsFrom(text, column);
-        int place = 0;
-        while (bits) {
-            const int transparent = __builtin_ctzll(bits);
-            place += transparent;
-            if (place > lastPlace)
-                break;
-            bits >>= transparent;
-            call(column + place, ofText >> place & ofBlock, bits & ofBlock);
-            bits >>= pixels;
-            place += pixels;
-        }
-        column += bits ? place : 64;
-    }
-}
-
 /** The pixel that a coordinate in 64ths is rounded to. */
 inline int RoundToPixel(int fixed)
 {
