@@ -21,7 +21,7 @@ public:
     Plugin &operator=(const Plugin &) = delete;
 
     template <typename T>
-    T *Function(T & /*declared*/, const char *pName) const
+    T *Function(const char *pName) const
     {
         return reinterpret_cast<T *>(Symbol(pName));
     }
@@ -32,7 +32,7 @@ private:
     void *m_pLibrary;
 };
 
-#define PLUGIN_CALL(plugin, name) ((plugin).Function(name, #name))
+#define PLUGIN_CALL(plugin, name) ((plugin).Function<decltype(name)>(#name))
 
 /** An instance, with parameters by their names. */
 class Instance
