@@ -25,47 +25,51 @@ void OrElement(std::uint8_t *to, std::uint32_t value, int elementBytes)
 void OpaqueInk::AddSamples(Plane &plane, const Component &component, int i, const InkFrameColors &colors) const
 {
     plane.bSamples = true;
-    plane.samples.nPixelBytes = component.nStep * m_nElementBytes;
-    const int pixels = static_cast<int>(InkBytes) / plane.samples.nPixelBytes;
+    plane.pattern.nPixelBytes = component.nStep * m_nElementBytes;
+    const int pixels = static_cast<int>(InkBytes) / plane.pattern.nPixelBytes;
     const auto text = static_cast<std::uint32_t>(colors.text.codes[i]);
     const auto outline = static_cast<std::uint32_t>(colors.outline.codes[i]);
     for (int pixel = 0; pixel < pixels; ++pixel) {
         const int at = (pixel * component.nStep + component.nOffset) * m_nElementBytes;
-        OrElement(&plane.samples.text[at], text << component.nShift, m_nElementBytes);
-        OrElement(&plane.samples.outline[at], outline << component.nShift, m_nElementBytes);
-        OrElement(&plane.samples.bits[at], SampleBits(component, m_nElementBytes), m_nElementBytes);
+        OrElement(&plane.pattern.text[at], text << component.nShift, m_nElementBytes);
+        OrElement(&plane.pattern.outline[at], outline << component.nShift, m_nElementBytes);
+        OrElement(&plane.pattern.bits[at], SampleBits(component, m_nElementBytes), m_nElementBytes);
     }
 }
 
-void OpaqueInk::AddMeans(Plane &plane, const Component &component, int i, const InkFrameColors &colors) const
+void OpaqueInk::AddMeans(int plane, const Component &component, int i, const InkFrameColors &colors)
 {
-    plane.bMeans = true;
+    MeanPattern &pattern = m_chroma.pattern;
+    if (pattern.nPlanes == 0)
+        m_chroma.nPlane = plane;
+    pattern.nPlanes = plane - m_chroma.nPlane + 1;
     // Packed rows, which have luma between the chroma samples, are taken as one sample of each kind an element.
-    const bool isPacked = plane.bSamples;
-    plane.nElementBytes = isPacked ? 2 : m_nElementBytes;
-    plane.means.nComponents = isPacked ? 2 : component.nStep;
-    plane.means.nShift = isPacked ? 8 * (component.nOffset % 2) : component.nShift;
-    plane.means.nMax = static_cast<std::uint16_t>(component.Max());
-    plane.means.nOthers = isPacked ? static_cast<std::uint16_t>(0xFF00 >> plane.means.nShift) : 0;
-    const int number = isPacked ? component.nOffset / 2 : component.nOffset;
-    plane.means.text[number] = static_cast<std::uint16_t>(colors.text.codes[i]);
-    plane.means.outline[number] = static_cast<std::uint16_t>(colors.outline.codes[i]);
+    const bool isPacked = m_planes[plane].bSamples;
+    m_chroma.nElementBytes = isPacked ? 2 : m_nElementBytes;
+    pattern.nShift = isPacked ? 8 * (component.nOffset % 2) : component.nShift;
+    pattern.nMax = static_cast<std::uint16_t>(component.Max());
+    pattern.nOthers = isPacked ? static_cast<std::uint16_t>(0xFF00 >> pattern.nShift) : 0;
+    const int place = isPacked ? component.nOffset / 2 : component.nOffset;
+    const int number = place + plane - m_chroma.nPlane;
+    pattern.text[number] = static_cast<std::uint16_t>(colors.text.codes[i]);
+    pattern.outline[number] = static_cast<std::uint16_t>(colors.outline.codes[i]);
 }
 
 void OpaqueInk::Build(const InkRows &ink, const FrameLayout &layout, const InkFrameColors &colors)
 {
     m_nElementBytes = layout.format.nElementBytes;
     m_planes = {};
+    m_chroma = {};
     for (int plane = 0; plane < 4; ++plane) {
         layout.format.ForComponents(plane, [&](int i, const Component &component) {
             if (component.nColumnsLog2 > 0)
-                AddMeans(m_planes[plane], component, i, colors);
+                AddMeans(plane, component, i, colors);
             else
                 AddSamples(m_planes[plane], component, i, colors);
         });
     }
     // All formats have samples in their first plane.
-    ink.FindSamples(static_cast<int>(InkBytes) / m_planes[0].samples.nPixelBytes, m_samples);
+    ink.FindSamples(static_cast<int>(InkBytes) / m_planes[0].pattern.nPixelBytes, m_samples);
     if (layout.format.IsSubsampled())
         MeanBuilder(ink, layout, *m_pKernel).Build(m_means);
 }
@@ -73,11 +77,10 @@ void OpaqueInk::Build(const InkRows &ink, const FrameLayout &layout, const InkFr
 void OpaqueInk::Draw(const FramePlanes &planes) const
 {
     for (std::size_t i = 0; i < planes.size(); ++i) {
-        const Plane &plane = m_planes[i];
-        if (plane.bSamples)
-            m_pKernel->Fill(planes[i], m_samples.Data(), m_samples.Size(), plane.samples);
-        const auto drawMeans = plane.nElementBytes == 1 ? m_pKernel->Mean8 : m_pKernel->Mean16;
-        if (plane.bMeans)
-            drawMeans(planes[i], m_means.Data(), m_means.Size(), plane.means);
+        if (m_planes[i].bSamples)
+            m_pKernel->Fill(planes[i], m_samples.Data(), m_samples.Size(), m_planes[i].pattern);
     }
+    const auto drawMeans = m_chroma.nElementBytes == 1 ? m_pKernel->Mean8 : m_pKernel->Mean16;
+    if (m_chroma.pattern.nPlanes > 0)
+        drawMeans(&planes[m_chroma.nPlane], m_means.Data(), m_means.Size(), m_chroma.pattern);
 }

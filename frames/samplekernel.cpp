@@ -40,26 +40,33 @@ void Weigh(const MeanBits &bits, InkMeans &block)
 }
 
 template <typename Element>
-void Mean(const PlaneTarget &plane, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern)
+void MeanInPlane(const PlaneTarget &plane, const InkMeans &block, const MeanPattern &pattern, int firstComponent)
 {
     constexpr std::ptrdiff_t Bytes = sizeof(Element);
-    for (const InkMeans *block = blocks; block < blocks + count; ++block) {
-        std::uint8_t *row = plane.Row(block->nRow);
-        std::uint8_t *to = row + block->nFirst * (pattern.nComponents * Bytes);
-        for (std::size_t i = 0; i < MeanSamples && to < row + plane.nRowBytes; ++i) {
-            const int keep = MeanWhole - block->text[i] - block->outline[i];
-            for (int component = 0; component < pattern.nComponents; ++component, to += Bytes) {
-                if (keep == MeanWhole)
-                    continue;
-                const auto element = Read<Element>(to);
-                const int sum = block->text[i] * pattern.text[component] +
-                                block->outline[i] * pattern.outline[component] +
-                                keep * (element >> pattern.nShift & pattern.nMax);
-                const int mean = (sum + MeanWhole / 2) >> MeanShift;
-                const auto result = static_cast<Element>((element & pattern.nOthers) | mean << pattern.nShift);
-                std::memcpy(to, &result, sizeof result);
-            }
+    const int components = 2 / pattern.nPlanes;
+    std::uint8_t *row = plane.Row(block.nRow);
+    std::uint8_t *to = row + block.nFirst * (components * Bytes);
+    for (std::size_t i = 0; i < MeanSamples && to < row + plane.nRowBytes; ++i) {
+        const int keep = MeanWhole - block.text[i] - block.outline[i];
+        for (int component = firstComponent; component < firstComponent + components; ++component, to += Bytes) {
+            if (keep == MeanWhole)
+                continue;
+            const auto element = Read<Element>(to);
+            const int sum = block.text[i] * pattern.text[component] + block.outline[i] * pattern.outline[component] +
+                            keep * (element >> pattern.nShift & pattern.nMax);
+            const int mean = (sum + MeanWhole / 2) >> MeanShift;
+            const auto result = static_cast<Element>((element & pattern.nOthers) | mean << pattern.nShift);
+            std::memcpy(to, &result, sizeof result);
         }
+    }
+}
+
+template <typename Element>
+void Mean(const PlaneTarget *planes, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern)
+{
+    for (const InkMeans *block = blocks; block < blocks + count; ++block) {
+        for (int plane = 0; plane < pattern.nPlanes; ++plane)
+            MeanInPlane<Element>(planes[plane], *block, pattern, plane);
     }
 }
 

@@ -52,9 +52,9 @@ struct MeanBits {
     std::array<std::uint64_t, MeanRows> text, shown;           ///< as in InkBits; those after OfBlock do not count
 };
 
-/** How code values lie in a row, where the samples of one or two components take turns. */
+/** How code values of the two components lie in rows. */
 struct MeanPattern {
-    int nComponents;
+    int nPlanes;                                ///< 2: a plane for each component; 1: their samples take turns in a row
     std::array<std::uint16_t, 2> text, outline; ///< code values of the components
     int nShift;                                 ///< bits of an element below the sample
     std::uint16_t nMax;                         ///< largest code value
@@ -103,10 +103,13 @@ struct SampleKernel {
 
     /** Finds the 16ths of a block. */
     void (*Weigh)(const MeanBits &bits, InkMeans &block);
-    /** Samples become (text * its code + outline * its code + (16 - text - outline) * old + 8) / 16, truncated. */
-    void (*Mean8)(const PlaneTarget &plane, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern);
+    /**
+     * Samples become (text * its code + outline * its code + (16 - text - outline) * old + 8) / 16, truncated.
+     * @param planes  one or two, as the pattern says; two have the same size
+     */
+    void (*Mean8)(const PlaneTarget *planes, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern);
     /** The same for elements of 16 bits. */
-    void (*Mean16)(const PlaneTarget &plane, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern);
+    void (*Mean16)(const PlaneTarget *planes, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern);
 
     /** Makes the lists of 64 pixels. */
     void (*SpreadSamples)(const InkSamples &block, const InkMix &mix, InkMixLists &lists);

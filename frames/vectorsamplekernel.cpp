@@ -33,27 +33,35 @@ using ByteTag = hn::CappedTag<std::uint8_t, InkBytes>;
 using WideTag = hn::CappedTag<std::uint16_t, MeanSamples>;
 
 /**
- * Calls @p draw(block, bytes) for each block, with @p Size bytes to be read and written from its first on, of a copy
- * where the row ends before.
+ * Calls @p draw(block, bytes) for each block, with an address in each of the planes, which have the same size: @p Size
+ * bytes to be read and written from the block's first on, of a copy where the row ends before.
  */
-template <std::size_t Size, typename Block, typename Offset, typename Draw>
-inline void ForBlocks(const PlaneTarget &plane, const Block *blocks, std::size_t count, Offset offset, Draw draw)
+template <std::size_t Size, std::size_t Planes, typename Block, typename Offset, typename Draw>
+inline void ForBlocks(const PlaneTarget *planes, const Block *blocks, std::size_t count, Offset offset, Draw draw)
 {
     // A decoder's frames have left the caches, and rows are too far apart for the processor's own prefetching.
     constexpr std::size_t Ahead = 24;
     for (std::size_t n = 0; n < count; ++n) {
-        if (n + Ahead < count)
-            __builtin_prefetch(plane.Row(blocks[n + Ahead].nRow) + offset(blocks[n + Ahead]), 1);
-        std::uint8_t *bytes = plane.Row(blocks[n].nRow) + offset(blocks[n]);
-        const std::ptrdiff_t inRow = plane.nRowBytes - offset(blocks[n]);
+        std::array<std::uint8_t *, Planes> bytes;
+        for (std::size_t plane = 0; plane < Planes; ++plane) {
+            if (n + Ahead < count)
+                __builtin_prefetch(planes[plane].Row(blocks[n + Ahead].nRow) + offset(blocks[n + Ahead]), 1);
+            bytes[plane] = planes[plane].Row(blocks[n].nRow) + offset(blocks[n]);
+        }
+        const std::ptrdiff_t inRow = planes[0].nRowBytes - offset(blocks[n]);
         if (inRow >= static_cast<std::ptrdiff_t>(Size)) {
             draw(blocks[n], bytes);
-        } else {
-            std::array<std::uint8_t, Size> copy = {};
-            std::memcpy(copy.data(), bytes, inRow);
-            draw(blocks[n], copy.data());
-            std::memcpy(bytes, copy.data(), inRow);
+            continue;
         }
+        std::array<std::array<std::uint8_t, Size>, Planes> copies = {};
+        std::array<std::uint8_t *, Planes> copied;
+        for (std::size_t plane = 0; plane < Planes; ++plane) {
+            copied[plane] = copies[plane].data();
+            std::memcpy(copied[plane], bytes[plane], inRow);
+        }
+        draw(blocks[n], copied);
+        for (std::size_t plane = 0; plane < Planes; ++plane)
+            std::memcpy(bytes[plane], copied[plane], inRow);
     }
 }
 
@@ -86,7 +94,8 @@ void Fill(const PlaneTarget &plane, const InkSamples *blocks, std::size_t count,
     const InkPattern colors = pattern;
     const auto offset = [&pattern](const InkSamples &block)
                             HWY_ATTR { return std::ptrdiff_t{block.nColumn} * pattern.nPixelBytes; };
-    ForBlocks<InkBytes>(plane, blocks, count, offset, [&](const InkSamples &block, std::uint8_t *bytes) HWY_ATTR {
+    const auto draw = [&](const InkSamples &block, const std::array<std::uint8_t *, 1> &rows) HWY_ATTR {
+        std::uint8_t *bytes = rows[0];
         for (std::size_t i = 0; i < InkBytes; i += hn::Lanes(tag)) {
             const auto color = hn::IfThenElse(places.Mask(tag, block.nText, i), hn::LoadU(tag, &colors.text[i]),
                                               hn::LoadU(tag, &colors.outline[i]));
@@ -94,7 +103,8 @@ void Fill(const PlaneTarget &plane, const InkSamples *blocks, std::size_t count,
             const auto kept = hn::AndNot(drawn, hn::LoadU(tag, bytes + i));
             hn::StoreU(hn::Or(kept, hn::And(drawn, color)), tag, bytes + i);
         }
-    });
+    };
+    ForBlocks<InkBytes, 1>(&plane, blocks, count, offset, draw);
 }
 
 /** Sums of the weights of bits that are set, for a block's samples from number @p sample on. */
@@ -130,92 +140,96 @@ void Weigh(const MeanBits &bits, InkMeans &block)
     }
 }
 
-/** A block's weights for elements from number @p i on. */
-template <int Components>
+/** A block's weights for elements from number @p i on, of rows in which samples of both components take turns or not. */
+template <bool TakeTurns>
 inline auto WeightsAt(const std::array<std::uint8_t, MeanSamples> &weights, std::size_t i)
 {
     const WideTag tag;
-    if constexpr (Components == 1) {
-        return hn::PromoteTo(tag, hn::LoadU(hn::Rebind<std::uint8_t, WideTag>(), &weights[i]));
-    } else {
+    if constexpr (TakeTurns) {
         const hn::Repartition<std::uint32_t, WideTag> pairs;
         const auto weight =
             hn::PromoteTo(pairs, hn::LoadU(hn::Rebind<std::uint8_t, decltype(pairs)>(), &weights[i / 2]));
         return hn::BitCast(tag, hn::Or(weight, hn::ShiftLeft<16>(weight)));
+    } else {
+        return hn::PromoteTo(tag, hn::LoadU(hn::Rebind<std::uint8_t, WideTag>(), &weights[i]));
     }
 }
 
-/** The code values of components that take turns. */
-inline auto Codes(const std::array<std::uint16_t, 2> &codes, int components)
+/** Code values as they take turns in a row. */
+inline auto Codes(std::uint32_t even, std::uint32_t odd)
 {
-    const std::uint32_t second = components > 1 ? codes[1] : codes[0];
-    return hn::BitCast(WideTag(), hn::Set(hn::Repartition<std::uint32_t, WideTag>(), codes[0] | second << 16));
+    return hn::BitCast(WideTag(), hn::Set(hn::Repartition<std::uint32_t, WideTag>(), even | odd << 16));
 }
 
 /** Calls @p load(bytes) for a vector of elements, and @p store(bytes, elements) with what they become. */
-template <int Components, std::size_t ElementBytes, typename Load, typename Store>
-inline void DrawMeans(const PlaneTarget &plane, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern,
+template <std::size_t Planes, std::size_t ElementBytes, typename Load, typename Store>
+inline void DrawMeans(const PlaneTarget *planes, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern,
                       Load load, Store store)
 {
     const WideTag tag;
-    const auto codesOfText = Codes(pattern.text, Components);
-    const auto codesOfOutline = Codes(pattern.outline, Components);
+    constexpr std::size_t Elements = MeanSamples * 2 / Planes;
+    const MeanPattern values = pattern;
     const auto half = hn::Set(tag, MeanWhole / 2);
     const auto max = hn::Set(tag, pattern.nMax);
     const auto others = hn::Set(tag, pattern.nOthers);
     const int shift = pattern.nShift;
     const auto offset = [](const InkMeans &block)
-                            HWY_ATTR { return block.nFirst * std::ptrdiff_t{Components * ElementBytes}; };
-    const auto meanOf = [=](auto text, auto outline, auto old) HWY_ATTR {
-        // Numbers below 0 cancel out, since words wrap round.
-        const auto fromText = hn::Mul(text, hn::Sub(codesOfText, old));
-        const auto fromOutline = hn::Mul(outline, hn::Sub(codesOfOutline, old));
-        const auto fromOld = hn::Add(hn::ShiftLeft<MeanShift>(old), half);
-        return hn::ShiftRight<MeanShift>(hn::Add(fromOld, hn::Add(fromText, fromOutline)));
-    };
-    const auto draw = [&](const InkMeans &block, std::uint8_t *bytes) HWY_ATTR {
-        for (std::size_t i = 0; i < MeanSamples * Components; i += hn::Lanes(tag)) {
-            const auto text = WeightsAt<Components>(block.text, i);
-            const auto outline = WeightsAt<Components>(block.outline, i);
-            const auto element = load(bytes + i * ElementBytes);
-            if constexpr (ElementBytes == 1) {
-                // The whole byte is the sample, and without ink it comes out as it was.
-                store(bytes + i, meanOf(text, outline, element));
-                continue;
-            }
-            const auto old = hn::And(hn::ShiftRightSame(element, shift), max);
-            const auto mean = hn::ShiftLeftSame(meanOf(text, outline, old), shift);
-            const auto drawn = hn::Or(hn::And(element, others), mean);
+                            HWY_ATTR { return block.nFirst * static_cast<std::ptrdiff_t>(2 / Planes * ElementBytes); };
+    const auto draw = [&](const InkMeans &block, const std::array<std::uint8_t *, Planes> &rows) HWY_ATTR {
+        for (std::size_t i = 0; i < Elements; i += hn::Lanes(tag)) {
+            const auto text = WeightsAt<Planes == 1>(block.text, i);
+            const auto outline = WeightsAt<Planes == 1>(block.outline, i);
             const auto isKept = hn::Eq(hn::Or(text, outline), hn::Zero(tag));
-            store(bytes + i * ElementBytes, hn::IfThenElse(isKept, element, drawn));
+            for (std::size_t plane = 0; plane < Planes; ++plane) {
+                const std::size_t last = Planes == 1 ? 1 : plane;
+                const auto codesOfText = Codes(values.text[plane], values.text[last]);
+                const auto codesOfOutline = Codes(values.outline[plane], values.outline[last]);
+                const auto meanOf = [&](auto old) HWY_ATTR {
+                    // Numbers below 0 cancel out, since words wrap round.
+                    const auto fromText = hn::Mul(text, hn::Sub(codesOfText, old));
+                    const auto fromOutline = hn::Mul(outline, hn::Sub(codesOfOutline, old));
+                    const auto fromOld = hn::Add(hn::ShiftLeft<MeanShift>(old), half);
+                    return hn::ShiftRight<MeanShift>(hn::Add(fromOld, hn::Add(fromText, fromOutline)));
+                };
+                std::uint8_t *bytes = rows[plane] + i * ElementBytes;
+                const auto element = load(bytes);
+                if constexpr (ElementBytes == 1) {
+                    // The whole byte is the sample, and without ink it comes out as it was.
+                    store(bytes, meanOf(element));
+                } else {
+                    const auto old = hn::And(hn::ShiftRightSame(element, shift), max);
+                    const auto drawn = hn::Or(hn::And(element, others), hn::ShiftLeftSame(meanOf(old), shift));
+                    store(bytes, hn::IfThenElse(isKept, element, drawn));
+                }
+            }
         }
     };
-    ForBlocks<MeanSamples * Components * ElementBytes>(plane, blocks, count, offset, draw);
+    ForBlocks<Elements * ElementBytes, Planes>(planes, blocks, count, offset, draw);
 }
 
-void Mean8(const PlaneTarget &plane, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern)
+void Mean8(const PlaneTarget *planes, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern)
 {
     const hn::Rebind<std::uint8_t, WideTag> tag;
     const auto load = [=](const std::uint8_t *from) HWY_ATTR { return hn::PromoteTo(WideTag(), hn::LoadU(tag, from)); };
     const auto store = [=](std::uint8_t *to, hn::Vec<WideTag> elements) HWY_ATTR {
         hn::StoreU(hn::DemoteTo(tag, hn::BitCast(hn::RebindToSigned<WideTag>(), elements)), tag, to);
     };
-    if (pattern.nComponents == 1)
-        DrawMeans<1, 1>(plane, blocks, count, pattern, load, store);
+    if (pattern.nPlanes == 1)
+        DrawMeans<1, 1>(planes, blocks, count, pattern, load, store);
     else
-        DrawMeans<2, 1>(plane, blocks, count, pattern, load, store);
+        DrawMeans<2, 1>(planes, blocks, count, pattern, load, store);
 }
 
-void Mean16(const PlaneTarget &plane, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern)
+void Mean16(const PlaneTarget *planes, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern)
 {
     const hn::Repartition<std::uint8_t, WideTag> tag; // hosts' rows need not be aligned
     const auto load = [=](const std::uint8_t *from) HWY_ATTR { return hn::BitCast(WideTag(), hn::LoadU(tag, from)); };
     const auto store = [=](std::uint8_t *to, hn::Vec<WideTag> elements)
                            HWY_ATTR { hn::StoreU(hn::BitCast(tag, elements), tag, to); };
-    if (pattern.nComponents == 1)
-        DrawMeans<1, 2>(plane, blocks, count, pattern, load, store);
+    if (pattern.nPlanes == 1)
+        DrawMeans<1, 2>(planes, blocks, count, pattern, load, store);
     else
-        DrawMeans<2, 2>(plane, blocks, count, pattern, load, store);
+        DrawMeans<2, 2>(planes, blocks, count, pattern, load, store);
 }
 
 using MixTag = hn::CappedTag<std::int32_t, 16>;

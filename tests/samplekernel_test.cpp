@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -19,27 +20,29 @@ namespace
 
 constexpr int Rows = 3;
 
-/** A plane of random bytes that begins at any byte, whose rows may end within a block. */
+/** Two planes of random bytes that begin at any byte, whose rows may end within a block. */
 class SampleKernelTest : public testing::TestWithParam<NamedKernel<SampleKernel>>
 {
 protected:
     int Below(int bound) { return static_cast<int>(m_random() % static_cast<unsigned>(bound)); }
     std::uint64_t RandomBits() { return std::uint64_t{m_random()} << 32 | m_random(); }
 
-    void MakePlane(int rowBytes)
+    void MakePlanes(int rowBytes)
     {
         m_nStart = Below(33);
         m_nRowBytes = rowBytes;
         m_nLinesize = rowBytes + Below(20);
-        m_listBytes.resize(m_nStart + static_cast<std::size_t>(m_nLinesize) * Rows);
+        m_listBytes.resize(m_nStart + static_cast<std::size_t>(m_nLinesize) * 2 * Rows);
         for (std::uint8_t &byte : m_listBytes)
             byte = static_cast<std::uint8_t>(m_random());
         m_listExpected = m_listBytes;
     }
 
-    PlaneTarget Target(std::vector<std::uint8_t> &bytes) const
+    /** The second plane lies bottom up after the first. */
+    std::array<PlaneTarget, 2> Targets(std::vector<std::uint8_t> &bytes) const
     {
-        return {bytes.data() + m_nStart, m_nLinesize, m_nRowBytes};
+        std::uint8_t *first = bytes.data() + m_nStart;
+        return {{{first, m_nLinesize, m_nRowBytes}, {first + (2 * Rows - 1) * m_nLinesize, -m_nLinesize, m_nRowBytes}}};
     }
 
     /** 16ths of two colours, none of either in some samples. */
@@ -56,14 +59,16 @@ protected:
     template <typename Element>
     void ExpectMeans(const MeanPattern &pattern, int samples, const std::vector<InkMeans> &blocks)
     {
+        const int inRow = pattern.nPlanes == 1 ? 2 : 1;
         for (const InkMeans &block : blocks) {
-            const int count = std::min(static_cast<int>(MeanSamples), samples - block.nFirst) * pattern.nComponents;
-            for (int i = 0; i < count; ++i) {
-                const int text = block.text[i / pattern.nComponents];
-                const int outline = block.outline[i / pattern.nComponents];
-                const int component = i % pattern.nComponents;
-                std::uint8_t *at = Target(m_listExpected).Row(block.nRow) +
-                                   static_cast<std::size_t>(block.nFirst * pattern.nComponents + i) * sizeof(Element);
+            const int count = std::min(static_cast<int>(MeanSamples), samples - block.nFirst);
+            for (int i = 0; i < 2 * count; ++i) {
+                const int component = i % 2;
+                const int text = block.text[i / 2];
+                const int outline = block.outline[i / 2];
+                std::uint8_t *row = Targets(m_listExpected)[inRow == 2 ? 0 : component].Row(block.nRow);
+                const int place = (block.nFirst + i / 2) * inRow + (inRow == 2 ? component : 0);
+                std::uint8_t *at = row + static_cast<std::size_t>(place) * sizeof(Element);
                 const auto element = Read<Element>(at);
                 const int old = element >> pattern.nShift & pattern.nMax;
                 const int sum =
@@ -79,8 +84,8 @@ protected:
     void TestMeans(MeanPattern pattern, int n)
     {
         const int samples = 1 + n % 70;
-        pattern.nComponents = 1 + n % 2;
-        MakePlane(samples * pattern.nComponents * static_cast<int>(sizeof(Element)));
+        pattern.nPlanes = 1 + n % 2;
+        MakePlanes(samples * (2 / pattern.nPlanes) * static_cast<int>(sizeof(Element)));
         std::vector<InkMeans> blocks;
         for (int row = 0; row < Rows; ++row) {
             for (int first = Below(20); first < samples; first += MeanSamples + Below(20))
@@ -93,7 +98,7 @@ protected:
         ExpectMeans<Element>(pattern, samples, blocks);
         const SampleKernel &kernel = *GetParam().pKernel;
         const auto draw = sizeof(Element) == 1 ? kernel.Mean8 : kernel.Mean16;
-        draw(Target(m_listBytes), blocks.data(), blocks.size(), pattern);
+        draw(Targets(m_listBytes).data(), blocks.data(), blocks.size(), pattern);
         ASSERT_EQ(m_listBytes, m_listExpected);
     }
 
@@ -110,7 +115,7 @@ TEST_P(SampleKernelTest, Fills)
         const int unit = 1 + n % 6;
         const int pixels = static_cast<int>(InkBytes) / unit;
         const int columns = 1 + Below(200);
-        MakePlane(columns * unit);
+        MakePlanes(columns * unit);
         InkPattern pattern = {unit, {}, {}, {}};
         std::vector<std::uint8_t> colors(std::size_t{3} * unit);
         for (std::uint8_t &byte : colors)
@@ -131,13 +136,13 @@ TEST_P(SampleKernelTest, Fills)
             for (int i = 0; i < pixels * unit; ++i) {
                 if (!(block.nShown >> (i / unit) & 1))
                     continue;
-                std::uint8_t &byte = Target(m_listExpected).Row(block.nRow)[block.nColumn * unit + i];
+                std::uint8_t &byte = Targets(m_listExpected)[0].Row(block.nRow)[block.nColumn * unit + i];
                 const bool isText = block.nText >> (i / unit) & 1;
                 const std::uint8_t color = isText ? pattern.text[i] : pattern.outline[i];
                 byte = static_cast<std::uint8_t>((byte & ~pattern.bits[i]) | color);
             }
         }
-        GetParam().pKernel->Fill(Target(m_listBytes), blocks.data(), blocks.size(), pattern);
+        GetParam().pKernel->Fill(Targets(m_listBytes)[0], blocks.data(), blocks.size(), pattern);
         ASSERT_EQ(m_listBytes, m_listExpected);
     }
 }
