@@ -40,7 +40,7 @@ template <std::size_t Size, std::size_t Planes, typename Block, typename Offset,
 inline void ForBlocks(const PlaneTarget *planes, const Block *blocks, std::size_t count, Offset offset, Draw draw)
 {
     // A decoder's frames have left the caches, and rows are too far apart for the processor's own prefetching.
-    constexpr std::size_t Ahead = 24;
+    constexpr std::size_t Ahead = 48;
     for (std::size_t n = 0; n < count; ++n) {
         std::array<std::uint8_t *, Planes> bytes;
         for (std::size_t plane = 0; plane < Planes; ++plane) {
