@@ -1,5 +1,6 @@
 #include "burnerscene.h"
 
+#include <algorithm>
 #include <limits>
 #include <string>
 

@@ -4,6 +4,8 @@
 #include "parsers/parsermanager.h"
 #include "support/plaintext.h"
 
+#include <algorithm>
+
 /** The lines of a file as this process reads them: UTF-16 of either mark as little-endian. */
 inline std::vector<std::u16string> FileLines(std::string bytes)
 {

@@ -4,7 +4,7 @@
 #   PACKAGE: what the caller needs besides
 set -eu
 
-packages="cmake ninja-build ccache g++ clang clang-format clang-tidy cppcheck libclang-rt-14-dev pkg-config
+packages="cmake ninja-build ccache g++ clang clang-format clang-tidy cppcheck libclang-rt-dev pkg-config
     qtbase5-dev qtbase5-private-dev
     libavformat-dev libavcodec-dev libavutil-dev libswscale-dev
     libhwy-dev libcli11-dev libgtest-dev libbenchmark-dev libass-dev libavfilter-dev python3 python3-av valgrind

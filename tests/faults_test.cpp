@@ -2,6 +2,8 @@
 #include "support/faultstest.h"
 #include "support/faultyio.h"
 
+#include <algorithm>
+
 using faultyio::Fault;
 
 namespace

@@ -3,6 +3,7 @@
 #include "support/faultyio.h"
 #include "vobsub/psstream.h"
 
+#include <algorithm>
 #include <sys/stat.h>
 
 using faultyio::Fault;

@@ -7,6 +7,7 @@
 #include "support/videosubtitlepeer.h"
 #include "support/vobsubpair.h"
 
+#include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <memory>

@@ -2,6 +2,8 @@
 #include "support/fonts.h"
 #include "support/videosubtitletest.h"
 
+#include <algorithm>
+
 extern "C" {
 #include <libavutil/mem.h>
 }

@@ -10,6 +10,7 @@
 #include "vobsub/psstream.h"
 #include "vobsub/subtitledecoder.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <new>

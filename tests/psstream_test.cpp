@@ -6,6 +6,7 @@
 #include "support/temporaryfolder.h"
 #include "vobsub/psstream.h"
 
+#include <algorithm>
 #include <random>
 
 namespace

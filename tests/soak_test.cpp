@@ -6,6 +6,7 @@
 #include "support/temporaryfolder.h"
 #include "support/vobsubpair.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>

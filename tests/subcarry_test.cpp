@@ -1,6 +1,8 @@
 // What one fetch of the .sub file leaves in the decoder for the next one.
 #include "support/subparsertest.h"
 
+#include <algorithm>
+
 namespace
 {
 

@@ -2,6 +2,7 @@
 #include "support/pictureunit.h"
 #include "support/subtitledecodertest.h"
 
+#include <algorithm>
 #include <climits>
 
 namespace

@@ -1,6 +1,7 @@
 #include "support/textpaintertest.h"
 
 #include <QFontInfo>
+#include <algorithm>
 #include <array>
 #include <gtest/gtest.h>
 #include <random>

@@ -3,6 +3,7 @@
 #include "vobsub/psstream.h"
 #include "vobsub/subtitledecoder.h"
 
+#include <algorithm>
 #include <atomic>
 #include <thread>
 

@@ -1,5 +1,6 @@
 #include "decodedfilm.h"
 #include "examplestest.h"
+#include "support/turnedfilm.h"
 
 extern "C" {
 #include <libavutil/pixfmt.h>
@@ -103,19 +104,16 @@ TEST_F(FfmpegHostTest, TakesTheRangeThatTheFilmIsTaggedWith)
 
 TEST_F(FfmpegHostTest, BurnsUprightTextIntoATurnedFilm)
 {
-    const std::string strFlat = Video("flat.mp4", {"-c:v", "libx264", "-pix_fmt", "yuv420p"});
-    // FFmpeg counts them counterclockwise.
     const struct {
-        const char *pDegrees;
+        int nDegrees;
         int nOrientation;
-    } listCases[] = {{"90", SUBTITLE_ORIENTATION_TRANSPOSED | SUBTITLE_ORIENTATION_UPSIDE_DOWN},
-                     {"180", SUBTITLE_ORIENTATION_MIRRORED | SUBTITLE_ORIENTATION_UPSIDE_DOWN},
-                     {"270", SUBTITLE_ORIENTATION_TRANSPOSED | SUBTITLE_ORIENTATION_MIRRORED}};
-    for (const auto &[pDegrees, nOrientation] : listCases) {
-        const std::string strVideo = File(std::string(pDegrees) + ".mp4");
-        const Outcome made = ChildProcess::Run({"ffmpeg", "-nostdin", "-v", "error", "-i", strFlat, "-c", "copy",
-                                                "-metadata:s:v:0", std::string("rotate=") + pDegrees, strVideo});
-        ASSERT_EQ(made.nExit, 0) << made.strError;
+    } listCases[] = {{270, SUBTITLE_ORIENTATION_TRANSPOSED | SUBTITLE_ORIENTATION_UPSIDE_DOWN},
+                     {180, SUBTITLE_ORIENTATION_MIRRORED | SUBTITLE_ORIENTATION_UPSIDE_DOWN},
+                     {90, SUBTITLE_ORIENTATION_TRANSPOSED | SUBTITLE_ORIENTATION_MIRRORED}};
+    for (const auto &[nDegrees, nOrientation] : listCases) {
+        const std::string strVideo =
+            Video(std::to_string(nDegrees) + ".mp4", {"-c:v", "libx264", "-pix_fmt", "yuv420p"});
+        TurnFilm(strVideo, nDegrees);
         SubtitleFrame description = Description();
         description.orientation = nOrientation;
         ExpectPictures(strVideo, DecodedFilm(strVideo, "yuv420p", description), {25, 235});

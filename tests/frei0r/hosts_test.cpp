@@ -4,6 +4,8 @@
 
 #include "support/childprocess.h"
 
+#include <algorithm>
+
 namespace
 {
 

@@ -1,4 +1,5 @@
 #include "subburntest.h"
+#include "support/turnedfilm.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -136,11 +137,11 @@ TEST_F(SubburnTest, PixelsBetweenTheLettersStay)
 }
 
 struct Turn {
-    const char *pDegrees;
+    int nDegrees;
     int nWidth;
     int nHeight;
 
-    friend std::ostream &operator<<(std::ostream &stream, const Turn &turn) { return stream << turn.pDegrees; }
+    friend std::ostream &operator<<(std::ostream &stream, const Turn &turn) { return stream << turn.nDegrees; }
 };
 
 class UprightTest : public SubburnTest
@@ -175,8 +176,8 @@ class TurnTest : public UprightTest, public testing::WithParamInterface<Turn>
 TEST_P(TurnTest, TheSubtitleStandsUpright)
 {
     const Turn &turn = GetParam();
-    const std::string strInput = Clip("in.mp4", {"-i", GrayClip("stored.mp4", 320, 180), "-c", "copy",
-                                                 "-metadata:s:v:0", std::string("rotate=") + turn.pDegrees});
+    const std::string strInput = GrayClip("in.mp4", 320, 180);
+    TurnFilm(strInput, turn.nDegrees);
     const std::string strOutput = Burn(strInput, "out.mp4", m_listLossless);
     const std::string strMatrix = Probe(strInput, "stream_side_data=displaymatrix");
     EXPECT_NE(strMatrix.find("0000"), std::string::npos);
@@ -193,9 +194,8 @@ TEST_F(UprightTest, FramesMayBeAloneToSayHowTheyAreTurned)
     ExpectUpright(Burn(strInput, "out.mp4", m_listLossless), 180, 320);
 }
 
-INSTANTIATE_TEST_SUITE_P(Turns, TurnTest,
-                         testing::Values(Turn{"90", 180, 320}, Turn{"180", 320, 180}, Turn{"270", 180, 320}),
-                         [](const testing::TestParamInfo<Turn> &info) { return std::string(info.param.pDegrees); });
+INSTANTIATE_TEST_SUITE_P(Turns, TurnTest, testing::Values(Turn{90, 180, 320}, Turn{180, 320, 180}, Turn{270, 180, 320}),
+                         [](const testing::TestParamInfo<Turn> &info) { return std::to_string(info.param.nDegrees); });
 
 struct Matrix {
     const char *pName;

@@ -9,6 +9,7 @@ extern "C" {
 #include "api/libsubtitle.h"
 #include "frames/libsubtitleframe.h"
 
+#include <algorithm>
 #include <functional>
 #include <ostream>
 

@@ -1,4 +1,5 @@
 #include "subburntest.h"
+#include "support/turnedfilm.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -76,9 +77,9 @@ TEST_F(SnapshotTest, SeveralGetNumbers)
 
 TEST_F(SnapshotTest, StandsUpright)
 {
-    const std::string strFlat = Clip("flat.mp4", {"-f", "lavfi", "-i", "testsrc2=s=320x180:r=25:d=1", "-pix_fmt",
-                                                  "yuv444p", "-preset", "ultrafast"});
-    const std::string strInput = Clip("in.mp4", {"-i", strFlat, "-c", "copy", "-metadata:s:v:0", "rotate=90"});
+    const std::string strInput = Clip(
+        "in.mp4", {"-f", "lavfi", "-i", "testsrc2=s=320x180:r=25:d=1", "-pix_fmt", "yuv444p", "-preset", "ultrafast"});
+    TurnFilm(strInput, 90);
     EXPECT_EQ(Subburn({"--snapshot", "0", strInput, File("a.png")}).nExit, 0);
     EXPECT_EQ(Probe(File("a.png"), "stream=width,height"), "width=180\nheight=320\n");
     EXPECT_TRUE(SameTop(Picture(File("a.png")), ShownFrames(strInput, "rgb24").front()));

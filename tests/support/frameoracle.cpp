@@ -1,5 +1,6 @@
 #include "support/frameoracle.h"
 
+#include <algorithm>
 #include <cmath>
 #include <map>
 

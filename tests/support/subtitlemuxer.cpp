@@ -1,5 +1,6 @@
 #include "support/subtitlemuxer.h"
 
+#include <algorithm>
 #include <memory>
 #include <stdexcept>
 
