@@ -1,5 +1,6 @@
 #include "codecs.h"
 
+#include "frameturner.h"
 #include "pictureformat.h"
 
 #include <algorithm>
@@ -22,26 +23,22 @@ struct FreeMuxer {
     }
 };
 
+#if LIBAVCODEC_VERSION_INT >= AV_VERSION_INT(61, 13, 100)
+#define SUPPORTED_BY(codec, type, config, member) static_cast<const type *>(SupportedBy(codec, config))
+
+const void *SupportedBy(const AVCodec &codec, AVCodecConfig config)
+{
+    const void *pList = nullptr;
+    avcodec_get_supported_config(nullptr, &codec, config, 0, &pList, nullptr);
+    return pList;
+}
+#else
+#define SUPPORTED_BY(codec, type, config, member) static_cast<const type *>((codec).member)
+#endif
+
 const AVPixelFormat *RawFormatsOf(const AVCodec &codec)
 {
-#if LIBAVCODEC_VERSION_INT >= AV_VERSION_INT(61, 13, 100)
-    const void *pFormats = nullptr;
-    avcodec_get_supported_config(nullptr, &codec, AV_CODEC_CONFIG_PIX_FORMAT, 0, &pFormats, nullptr);
-    return static_cast<const AVPixelFormat *>(pFormats);
-#else
-    return codec.pix_fmts;
-#endif
-}
-
-const AVRational *RatesOf(const AVCodec &codec)
-{
-#if LIBAVCODEC_VERSION_INT >= AV_VERSION_INT(61, 13, 100)
-    const void *pRates = nullptr;
-    avcodec_get_supported_config(nullptr, &codec, AV_CODEC_CONFIG_FRAME_RATE, 0, &pRates, nullptr);
-    return static_cast<const AVRational *>(pRates);
-#else
-    return codec.supported_framerates;
-#endif
+    return SUPPORTED_BY(codec, AVPixelFormat, AV_CODEC_CONFIG_PIX_FORMAT, pix_fmts);
 }
 
 /** Transport streams carry anything as private data, which nothing can play. */
@@ -89,22 +86,67 @@ std::vector<AVPixelFormat> FormatsOf(const AVCodec &codec)
     return listFormats;
 }
 
-AVPixelFormat BestFormat(const AVCodec &codec, AVPixelFormat source)
+AVPixelFormat BestFormat(const AVCodec &codec, AVPixelFormat source, bool bTurned)
 {
     std::vector<AVPixelFormat> listFormats = FormatsOf(codec);
     // An encoder that names no formats takes any.
     if (!RawFormatsOf(codec))
-        listFormats = {IsBurnable(source) ? source : AV_PIX_FMT_YUV420P};
+        listFormats = {IsBurnable(source) ? source : AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUV420P};
+    const auto StaysAsStored = [](AVPixelFormat format) { return !FrameTurner::Takes(format); };
+    if (bTurned)
+        listFormats.erase(std::remove_if(listFormats.begin(), listFormats.end(), StaysAsStored), listFormats.end());
     if (std::find(listFormats.begin(), listFormats.end(), source) != listFormats.end())
         return source;
     listFormats.push_back(AV_PIX_FMT_NONE);
-    return avcodec_find_best_pix_fmt_of_list(listFormats.data(), source, 0, nullptr);
+    return avcodec_find_best_pix_fmt_of_list(listFormats.data(), source, HasAlpha(source) ? 1 : 0, nullptr);
 }
 
 AVRational NearestRate(const AVCodec &codec, AVRational wanted)
 {
-    const AVRational *pRates = RatesOf(codec);
+    const auto *pRates = SUPPORTED_BY(codec, AVRational, AV_CODEC_CONFIG_FRAME_RATE, supported_framerates);
     return pRates ? pRates[av_find_nearest_q_idx(wanted, pRates)] : wanted;
+}
+
+AVSampleFormat BestSampleFormat(const AVCodec &codec, AVSampleFormat source)
+{
+    const auto *pFormats = SUPPORTED_BY(codec, AVSampleFormat, AV_CODEC_CONFIG_SAMPLE_FORMAT, sample_fmts);
+    for (const AVSampleFormat *p = pFormats; p && *p != AV_SAMPLE_FMT_NONE; ++p) {
+        if (av_get_packed_sample_fmt(*p) == av_get_packed_sample_fmt(source))
+            return *p;
+    }
+    return pFormats ? *pFormats : source;
+}
+
+int BestSampleRate(const AVCodec &codec, int nSource)
+{
+    const auto *pRates = SUPPORTED_BY(codec, int, AV_CODEC_CONFIG_SAMPLE_RATE, supported_samplerates);
+    if (!pRates)
+        return nSource;
+    // The least that loses nothing, else the highest.
+    int nBest = 0;
+    for (; *pRates != 0; ++pRates) {
+        if (nBest < nSource ? *pRates > nBest : *pRates >= nSource && *pRates < nBest)
+            nBest = *pRates;
+    }
+    return nBest;
+}
+
+AVChannelLayout BestChannels(const AVCodec &codec, int nSource)
+{
+    AVChannelLayout usual = {};
+    av_channel_layout_default(&usual, nSource);
+    const auto *pLayouts = SUPPORTED_BY(codec, AVChannelLayout, AV_CODEC_CONFIG_CHANNEL_LAYOUT, ch_layouts);
+    if (!pLayouts)
+        return usual;
+    const AVChannelLayout *pBest = pLayouts;
+    for (; pLayouts->nb_channels != 0; ++pLayouts) {
+        if (av_channel_layout_compare(pLayouts, &usual) == 0)
+            return usual;
+        if (pLayouts->nb_channels <= nSource &&
+            (pBest->nb_channels > nSource || pLayouts->nb_channels > pBest->nb_channels))
+            pBest = pLayouts;
+    }
+    return *pBest;
 }
 
 bool CanHoldVideo(const AVOutputFormat &container, AVCodecID id)
@@ -121,6 +163,12 @@ bool CanHoldVideo(const AVOutputFormat &container, AVCodecID id)
     pParameters->width = TrialSide;
     pParameters->height = TrialSide;
     return AcceptsHeader(container, *pParameters, TrialTimeBase, nullptr);
+}
+
+bool CanHoldCodec(const AVOutputFormat &container, const AVCodec &codec)
+{
+    const int nAnswer = avformat_query_codec(&container, codec.id, FF_COMPLIANCE_EXPERIMENTAL);
+    return nAnswer < 0 && std::strcmp(container.name, "mpegts") == 0 ? TransportStreamKnows(codec.id) : nAnswer != 0;
 }
 
 bool CanHold(const AVOutputFormat &container, const AVStream &stream)

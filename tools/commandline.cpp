@@ -98,6 +98,10 @@ void CommandLine::AddFiles()
     m_app.add_option("--track", m_strTrack, "Subtitle track of that file as --list numbers it, 0 without this option")
         ->option_text("N")
         ->group("Subtitles");
+    m_app
+        .add_flag("--keep-track", m_options.bKeepTrack,
+                  "Keep the track that is burnt, too, but not as one that players show by themselves")
+        ->group("Subtitles");
     m_app.add_option("--list", m_strList, "Print the subtitle tracks of FILE and when their cues begin and end")
         ->option_text("FILE")
         ->group("Subtitles");
@@ -142,6 +146,15 @@ void CommandLine::AddEncoding()
     m_app.add_option("--preset", choice.strPreset, "The encoder's preset, such as fast or slow")
         ->option_text("NAME")
         ->group(Group);
+    m_app
+        .add_option("--audio-codec", m_strAudioCodec,
+                    "FFmpeg's name of the encoder for all sound, copy or none; without this\n"
+                    "option sound is copied, or encoded where OUTPUT cannot hold it")
+        ->option_text("NAME")
+        ->group(Group);
+    m_app.add_option("--audio-bitrate", m_strAudioBitrate, "Bits per second of sound that is encoded")
+        ->option_text("N")
+        ->group(Group);
 }
 
 void CommandLine::AddParts()
@@ -149,6 +162,11 @@ void CommandLine::AddParts()
     const char *const Group = "Parts and other ways";
     m_app.add_option("--start", m_strStart, "Begin at TIME; the output's time begins at 0")
         ->option_text("TIME")
+        ->group(Group);
+    m_app
+        .add_flag(
+            "--keep-times", m_options.bKeepTimes,
+            "Keep the clock of a broadcast; without this option times begin at 0\nwhere OUTPUT is no transport stream")
         ->group(Group);
     m_app.add_option("--duration", m_strDuration, "End after TIME")->option_text("TIME")->group(Group);
     m_app
@@ -209,6 +227,12 @@ void CommandLine::FinishEncoding()
         choice.dCrf = ParseQuality("--crf", *m_strCrf);
     if (m_strBitrate)
         choice.nBitrate = ParseBitrate("--bitrate", *m_strBitrate);
+    if (m_strAudioBitrate)
+        m_options.sound.nBitrate = ParseBitrate("--audio-bitrate", *m_strAudioBitrate);
+    m_options.sound.bCopyOnly = m_strAudioCodec == "copy";
+    m_options.sound.bNone = m_strAudioCodec == "none";
+    if (!m_options.sound.bCopyOnly && !m_options.sound.bNone)
+        m_options.sound.strCodec = m_strAudioCodec.value_or("");
     // An encoder prints a name that it does not know as it is.
     if (Escaped(choice.strPreset) != choice.strPreset)
         throw Failure(ExitCode::Usage, "--preset: there is no preset named \"" + choice.strPreset + "\"");
@@ -238,11 +262,11 @@ void CommandLine::ChooseMode()
 void CommandLine::CheckModes() const
 {
     const bool bEncoding = !m_options.encoder.strCodec.empty() || !m_options.encoder.strPreset.empty() ||
-                           m_options.encoder.dCrf || m_strBitrate;
+                           m_options.encoder.dCrf || m_strBitrate || m_strAudioCodec || m_strAudioBitrate;
     const bool bRange = m_options.range.nStart || m_options.range.nDuration;
     if (m_options.mode != Mode::Transcode && (bEncoding || bRange))
         throw Failure(ExitCode::Usage, std::string(m_options.mode == Mode::Pipe ? "--pipe" : "--snapshot") +
-                                           " goes with no --codec, --crf, --bitrate, --preset, --start or --duration");
+                                           " goes with no option of encoding, no --start and no --duration");
     if (m_options.mode == Mode::Pipe && (!m_options.strInput.empty() || !m_listSnapshots.empty()))
         throw Failure(ExitCode::Usage, "--pipe takes no INPUT, no OUTPUT and no --snapshot");
     if (m_options.mode == Mode::Pipe && m_options.subtitles.strFile.empty())

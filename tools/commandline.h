@@ -36,6 +36,8 @@ private:
     std::optional<std::string> m_strPosition;
     std::optional<std::string> m_strCrf;
     std::optional<std::string> m_strBitrate;
+    std::optional<std::string> m_strAudioCodec;
+    std::optional<std::string> m_strAudioBitrate;
     std::optional<std::string> m_strStart;
     std::optional<std::string> m_strDuration;
     std::optional<std::string> m_strPipe;

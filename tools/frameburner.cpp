@@ -16,17 +16,6 @@ void Scale(SwsContext &scaler, const AVFrame &from, AVFrame &to)
     sws_scale(&scaler, from.data, from.linesize, 0, from.height, to.data, to.linesize);
 }
 
-/** Bytes of a plane that hold what belongs to one pixel, or to one block of those that share chroma. */
-int GroupBytes(const AVPixFmtDescriptor &descriptor, int nPlane)
-{
-    int nBytes = 1;
-    for (int n = 0; n < descriptor.nb_components; ++n) {
-        if (descriptor.comp[n].plane == nPlane)
-            nBytes = std::max(nBytes, descriptor.comp[n].step);
-    }
-    return nBytes;
-}
-
 /** Copies to a frame of the same format what differs between two others. */
 void CopyChanged(const AVFrame &before, const AVFrame &after, AVFrame &to)
 {

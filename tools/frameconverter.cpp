@@ -1,8 +1,10 @@
 #include "frameconverter.h"
 
-FrameConverter::FrameConverter(int nWidth, int nHeight, AVPixelFormat format) :
+FrameConverter::FrameConverter(int nWidth, int nHeight, AVPixelFormat format, const Orientation &turn) :
     m_nWidth(nWidth), m_nHeight(nHeight), m_format(format)
 {
+    if (!turn.Alike())
+        m_turner.emplace(turn);
 }
 
 void FrameConverter::SetColors(AVFrame &frame, const AVFrame &source) const
@@ -23,6 +25,13 @@ void FrameConverter::SetColors(AVFrame &frame, const AVFrame &source) const
 }
 
 void FrameConverter::Convert(FramePtr &pFrame)
+{
+    Scale(pFrame);
+    if (m_turner)
+        m_turner->Turn(pFrame);
+}
+
+void FrameConverter::Scale(FramePtr &pFrame)
 {
     if (pFrame->width == m_nWidth && pFrame->height == m_nHeight && pFrame->format == m_format)
         return;

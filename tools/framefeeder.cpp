@@ -15,13 +15,14 @@ int64_t TimeOf(const AVPacket &packet)
 
 } // namespace
 
-FrameFeeder::FrameFeeder(MediaInput &input, const TimeRange &range, std::vector<bool> listCopied) :
+FrameFeeder::FrameFeeder(MediaInput &input, const TimeRange &range, std::vector<bool> listCopied, bool bKeepTimes) :
     m_input(input),
     m_listCopied(std::move(listCopied)),
     m_listAwaited(m_listCopied.size()),
     m_range(range),
     m_nOrigin(input.Origin()),
-    m_bShifts(range.nStart.has_value())
+    m_nShift(bKeepTimes ? 0 : m_nOrigin),
+    m_bCuts(range.nStart.has_value())
 {
     const AVRational base = Video().time_base;
     if (range.nStart) {
@@ -87,7 +88,7 @@ bool FrameFeeder::TakeFrame(AVFrame &frame, long &nMilliseconds)
     if (m_bVideoDone || frame.pts < m_nStart)
         return false;
     nMilliseconds = av_rescale_q(frame.pts - m_nOrigin, Video().time_base, Milliseconds);
-    if (!m_bBegun && m_bShifts)
+    if (!m_bBegun && m_bCuts)
         m_nShift = frame.pts;
     // Encoders and containers need time to go on.
     frame.pts = std::max(frame.pts - m_nShift, m_nLast == INT64_MIN ? INT64_MIN : m_nLast + 1);
@@ -110,11 +111,11 @@ bool FrameFeeder::TakePacket(AVPacket &packet)
         NotePastEnd(packet);
         return false;
     }
-    return !m_bShifts || !CutBefore(packet);
+    Shift(packet);
+    return !m_bCuts || !CutBefore(packet);
 }
 
-/** Shifts a packet; true when it lies before the first picture. */
-bool FrameFeeder::CutBefore(AVPacket &packet) const
+void FrameFeeder::Shift(AVPacket &packet) const
 {
     const AVStream &stream = *m_input.Format().streams[packet.stream_index];
     const int64_t nShift = av_rescale_q(m_nShift, Video().time_base, stream.time_base);
@@ -122,6 +123,12 @@ bool FrameFeeder::CutBefore(AVPacket &packet) const
         packet.pts -= nShift;
     if (packet.dts != AV_NOPTS_VALUE)
         packet.dts -= nShift;
+}
+
+/** Whether a shifted packet lies before the first picture. */
+bool FrameFeeder::CutBefore(AVPacket &packet) const
+{
+    const AVStream &stream = *m_input.Format().streams[packet.stream_index];
     const int64_t nTime = TimeOf(packet);
     if (nTime >= 0)
         return false;

@@ -4,7 +4,12 @@
 #include "failure.h"
 #include "interrupt.h"
 
+extern "C" {
+#include <libavutil/parseutils.h>
+}
+
 #include <algorithm>
+#include <filesystem>
 
 namespace
 {
@@ -48,6 +53,20 @@ void MediaInput::OpenDecoder()
     const int nResult = avcodec_open2(m_pDecoder.get(), pCodec, nullptr);
     if (nResult < 0)
         throw Failure(ExitCode::Input, m_strFile, "the video cannot be decoded: " + AvReason(nResult));
+}
+
+int MediaInput::StreamOf(const SubtitleSource &subtitles) const
+{
+    std::error_code error;
+    if (subtitles.strFile != m_strFile && !std::filesystem::equivalent(subtitles.strFile, m_strFile, error))
+        return -1;
+    int nTrack = 0;
+    for (unsigned n = 0; n < m_pFormat->nb_streams; ++n) {
+        const bool bSubtitles = m_pFormat->streams[n]->codecpar->codec_type == AVMEDIA_TYPE_SUBTITLE;
+        if (bSubtitles && nTrack++ == subtitles.nTrack)
+            return static_cast<int>(n);
+    }
+    return -1;
 }
 
 void MediaInput::Ignore(int nStream)
@@ -117,6 +136,7 @@ bool MediaInput::Receive(MediaItem &item)
 /** Reads one packet; true when it is one of another stream. */
 bool MediaInput::Feed(MediaItem &item)
 {
+    m_bRead = true;
     if (!ReadPacket(*m_pFormat, m_strFile, *m_pPacket)) {
         m_bDraining = true;
         avcodec_send_packet(m_pDecoder.get(), nullptr);
@@ -153,15 +173,48 @@ int64_t MediaInput::TimeAfter(const AVFrame &frame) const
     return frame.pts + std::max<int64_t>(nDuration, 1);
 }
 
-bool MediaInput::TrySeek(int64_t nTarget)
+int64_t MediaInput::End() const
 {
-    if (avformat_seek_file(m_pFormat.get(), m_pVideo->index, INT64_MIN, nTarget, nTarget, 0) < 0)
+    return m_nNextTimeStamp == AV_NOPTS_VALUE
+               ? 0
+               : av_rescale_q(m_nNextTimeStamp - Origin(), m_pVideo->time_base, Microseconds);
+}
+
+int64_t MediaInput::PromisedEnd() const
+{
+    const AVDictionaryEntry *pTag = av_dict_get(m_pVideo->metadata, "DURATION", nullptr, 0);
+    const int64_t nBegin = m_pVideo->start_time != AV_NOPTS_VALUE ? m_pVideo->start_time - Origin() : 0;
+    int64_t nEnd = 0;
+    if (!m_bDraining || m_pFormat->duration_estimation_method != AVFMT_DURATION_FROM_STREAM)
+        return 0;
+    if (m_pVideo->duration != AV_NOPTS_VALUE)
+        return av_rescale_q(nBegin + m_pVideo->duration, m_pVideo->time_base, Microseconds);
+    if (pTag && av_parse_time(&nEnd, pTag->value, 1) >= 0)
+        return nEnd;
+    // Of all streams, of which another may be the longest.
+    return m_pFormat->nb_streams == 1 && m_pFormat->duration != AV_NOPTS_VALUE ? m_pFormat->duration : 0;
+}
+
+bool MediaInput::TrySeek(int64_t nTarget, int nFlags)
+{
+    if (avformat_seek_file(m_pFormat.get(), nFlags == 0 ? m_pVideo->index : -1, INT64_MIN, nTarget, nTarget, nFlags) <
+        0)
         return false;
     avcodec_flush_buffers(m_pDecoder.get());
     m_listPending.clear();
     m_nNextTimeStamp = AV_NOPTS_VALUE;
     m_bDraining = false;
     return true;
+}
+
+/** Goes to the first picture. Times do not lead there in every format: a transport stream's first group has later ones. */
+void MediaInput::Rewind(int64_t nBegin)
+{
+    if (!m_bRead)
+        return;
+    const bool bByBytes = (m_pFormat->iformat->flags & AVFMT_TS_DISCONT) != 0;
+    if (!(bByBytes && TrySeek(0, AVSEEK_FLAG_BYTE)) && !TrySeek(nBegin))
+        throw Failure(ExitCode::Input, m_strFile, "cannot be read again from its beginning");
 }
 
 /** Reads up to the next frame, keeps all that was read, and tells whether the frame is early enough. */
@@ -178,16 +231,18 @@ bool MediaInput::LeadsUpTo(int64_t nTimeStamp)
 
 void MediaInput::SeekBefore(int64_t nTimeStamp)
 {
+    const int64_t nBegin = m_pVideo->start_time != AV_NOPTS_VALUE ? m_pVideo->start_time : Origin();
     const int64_t nDamaged = m_nDamaged;
     // Not every format knows where its key frames are; then the way back is found by trying.
     for (int nSeconds : {0, 2, 10, 60, 300}) {
         const int64_t nTarget = nTimeStamp - av_rescale_q(nSeconds, {1, 1}, m_pVideo->time_base);
+        if (nTarget <= nBegin)
+            break;
         if (TrySeek(nTarget) && LeadsUpTo(nTimeStamp)) {
             m_nDamaged = nDamaged;
             return;
         }
     }
-    const int64_t nBegin = m_pVideo->start_time != AV_NOPTS_VALUE ? m_pVideo->start_time : 0;
-    TrySeek(nBegin);
+    Rewind(nBegin);
     m_nDamaged = nDamaged;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "mediaitem.h"
+#include "options.h"
 
 #include <deque>
 
@@ -10,6 +11,9 @@ class MediaInput
 public:
     /** Throws a Failure when there is no video stream to decode. */
     explicit MediaInput(const std::string &strFile);
+
+    /** The stream that the subtitles are taken from, -1 where they come from another file. */
+    int StreamOf(const SubtitleSource &subtitles) const;
 
     /** Streams that are not wanted are not read. */
     void Ignore(int nStream);
@@ -33,6 +37,12 @@ public:
     AVRational FrameRate() const;
     AVRational SampleAspectRatio(AVFrame *pFrame) const;
 
+    /** Where the display of the last frame ended, of the file's own time, in microseconds. */
+    int64_t End() const;
+
+    /** Where the video ends by the container's word, likewise; 0 where it does not say, or the end was not reached. */
+    int64_t PromisedEnd() const;
+
     /** Frames and packets that did not decode, or not well. */
     int64_t Damaged() const { return m_nDamaged; }
 
@@ -42,7 +52,8 @@ private:
     bool Receive(MediaItem &item);
     bool Feed(MediaItem &item);
     bool ReadOn(MediaItem &item);
-    bool TrySeek(int64_t nTarget);
+    bool TrySeek(int64_t nTarget, int nFlags = 0);
+    void Rewind(int64_t nBegin);
     bool LeadsUpTo(int64_t nTimeStamp);
     void SetTimeStamp(AVFrame &frame);
 
@@ -55,4 +66,5 @@ private:
     int64_t m_nNextTimeStamp = AV_NOPTS_VALUE;
     int64_t m_nDamaged = 0;
     bool m_bDraining = false;
+    bool m_bRead = false;
 };

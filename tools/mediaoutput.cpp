@@ -6,6 +6,7 @@
 #include "streamdata.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace
 {
@@ -68,22 +69,68 @@ MediaOutput::~MediaOutput()
     avformat_free_context(m_pFormat);
 }
 
-std::vector<bool> MediaOutput::ChooseCopies(const MediaInput &input, Console &console) const
+bool MediaOutput::HasBroadcastClock() const
 {
+    return std::strcmp(Container().name, "mpegts") == 0;
+}
+
+bool MediaOutput::KeepsOrientation() const
+{
+    static const std::array<const char *, 8> Names = {"mov", "mp4", "3gp", "3g2", "psp", "ipod", "ismv", "f4v"};
+    return std::any_of(Names.begin(), Names.end(),
+                       [&](const char *pName) { return std::strcmp(Container().name, pName) == 0; });
+}
+
+std::vector<bool> MediaOutput::ChooseStreams(const MediaInput &input, const Options &options, Console &console)
+{
+    m_nBurnt = input.StreamOf(options.subtitles);
     const AVFormatContext &source = input.Format();
-    std::vector<bool> listCopied(source.nb_streams);
+    std::vector<bool> listWanted(source.nb_streams);
+    m_listTargets.resize(source.nb_streams);
+    int nSounds = 0;
+    int nSoundsLeft = 0;
     for (unsigned n = 0; n < source.nb_streams; ++n) {
         const AVStream &stream = *source.streams[n];
         // The demuxer itself has already put those to use, as chapters for example.
         if (&stream == &input.Video() || stream.discard == AVDISCARD_ALL)
             continue;
-        listCopied[n] = CanHold(Container(), stream);
-        if (!listCopied[n])
+        // Players would show it once more.
+        if (stream.index == m_nBurnt && !options.bKeepTrack)
+            continue;
+        const bool bSound = stream.codecpar->codec_type == AVMEDIA_TYPE_AUDIO;
+        if (bSound && options.sound.bNone)
+            continue;
+        listWanted[n] = bSound ? ChooseSound(stream, options.sound, console) : CanHold(Container(), stream);
+        nSounds += bSound ? 1 : 0;
+        nSoundsLeft += bSound && listWanted[n] ? 1 : 0;
+        if (!listWanted[n])
             console.Warn(m_strFile, std::string("left out stream ") + std::to_string(n) + " (" + KindOf(stream) + ", " +
                                         avcodec_get_name(stream.codecpar->codec_id) +
                                         "), which this container cannot hold");
     }
-    return listCopied;
+    if (nSounds > nSoundsLeft && nSoundsLeft == 0 && Container().audio_codec != AV_CODEC_ID_NONE)
+        throw Failure(ExitCode::Output, m_strFile, "no sound would be left (--audio-codec none leaves it out)");
+    return listWanted;
+}
+
+/** Copies what can be copied and encodes the rest; false where neither can be done. */
+bool MediaOutput::ChooseSound(const AVStream &source, const SoundChoice &choice, Console &console)
+{
+    if (choice.strCodec.empty() && CanHold(Container(), source))
+        return true;
+    const AVCodec *pCodec = choice.bCopyOnly ? nullptr : SoundEncoder::EncoderFor(Container(), choice);
+    if (pCodec && !CanHoldCodec(Container(), *pCodec))
+        throw Failure(ExitCode::Output, m_strFile,
+                      std::string("the container cannot hold ") + avcodec_get_name(pCodec->id) + " sound");
+    if (!pCodec)
+        return false;
+    std::unique_ptr<SoundEncoder> &pSound = m_listTargets[source.index].pSound;
+    pSound = std::make_unique<SoundEncoder>(source, Container(), *pCodec, choice, m_strFile);
+    if (choice.strCodec.empty())
+        console.Note(m_strFile + ": stream " + std::to_string(source.index) + " is encoded as " +
+                     avcodec_get_name(pCodec->id) + ", as this container cannot hold " +
+                     avcodec_get_name(source.codecpar->codec_id));
+    return true;
 }
 
 void MediaOutput::Begin(const MediaInput &input, const std::vector<bool> &listCopied, const VideoEncoder &encoder,
@@ -91,7 +138,6 @@ void MediaOutput::Begin(const MediaInput &input, const std::vector<bool> &listCo
 {
     const AVFormatContext &source = input.Format();
     CopyTags(source.metadata, &m_pFormat->metadata, true);
-    m_listTargets.resize(source.nb_streams);
     m_nVideo = input.Video().index;
     for (unsigned n = 0; n < source.nb_streams; ++n) {
         const AVStream &stream = *source.streams[n];
@@ -99,16 +145,20 @@ void MediaOutput::Begin(const MediaInput &input, const std::vector<bool> &listCo
         if (!bVideo && !listCopied[n])
             continue;
         AVStream &added = *Checked(avformat_new_stream(m_pFormat, nullptr));
-        CopyTags(stream.metadata, &added.metadata, bVideo);
+        CopyTags(stream.metadata, &added.metadata, bVideo || m_listTargets[n].pSound);
         added.id = stream.id;
         added.disposition = stream.disposition;
+        if (stream.index == m_nBurnt)
+            added.disposition &= ~(AV_DISPOSITION_DEFAULT | AV_DISPOSITION_FORCED);
         added.avg_frame_rate = stream.avg_frame_rate;
         if (bVideo)
             AddVideo(added, stream, encoder, first);
+        else if (m_listTargets[n].pSound)
+            AddSound(added, *m_listTargets[n].pSound);
         else
             AddCopy(added, stream);
         m_listTargets[n].pStream = &added;
-        m_listTargets[n].timeBase = stream.time_base;
+        m_listTargets[n].timeBase = m_listTargets[n].pSound ? added.time_base : stream.time_base;
     }
     CheckWritten(avio_open2(&m_pFormat->pb, m_pFormat->url, AVIO_FLAG_WRITE, &m_pFormat->interrupt_callback, nullptr));
     CheckWritten(avformat_write_header(m_pFormat, nullptr));
@@ -120,10 +170,15 @@ void MediaOutput::AddVideo(AVStream &stream, const AVStream &source, const Video
         throw std::bad_alloc();
     stream.time_base = encoder.TimeBase();
     stream.sample_aspect_ratio = encoder.Context().sample_aspect_ratio;
-    CopyPictureSideData(source, stream);
-    const AVFrameSideData *pMatrix = av_frame_get_side_data(&first, AV_FRAME_DATA_DISPLAYMATRIX);
-    if (pMatrix && !FindSideData(stream, AV_PKT_DATA_DISPLAYMATRIX))
-        SetSideData(stream, AV_PKT_DATA_DISPLAYMATRIX, pMatrix->data, pMatrix->size);
+    CopyPictureSideData(source, first, stream, KeepsOrientation());
+}
+
+void MediaOutput::AddSound(AVStream &stream, const SoundEncoder &encoder) const
+{
+    if (avcodec_parameters_from_context(stream.codecpar, &encoder.Context()) < 0)
+        throw std::bad_alloc();
+    stream.time_base = encoder.Context().time_base;
+    stream.avg_frame_rate = {0, 1};
 }
 
 void MediaOutput::AddCopy(AVStream &stream, const AVStream &source) const
@@ -164,11 +219,18 @@ void MediaOutput::WriteVideo(AVPacket &packet, AVRational timeBase)
     Write(packet, target);
 }
 
-void MediaOutput::WriteCopy(AVPacket &packet)
+void MediaOutput::WriteOther(AVPacket &packet)
 {
     Target &target = m_listTargets[packet.stream_index];
-    if (target.pStream)
+    if (target.pSound)
+        EncodeSound(&packet, target);
+    else if (target.pStream)
         Write(packet, target);
+}
+
+void MediaOutput::EncodeSound(const AVPacket *pPacket, Target &target)
+{
+    target.pSound->Encode(pPacket, [&](AVPacket &packet) { Write(packet, target); });
 }
 
 void MediaOutput::Write(AVPacket &packet, Target &target)
@@ -193,6 +255,10 @@ void MediaOutput::Write(AVPacket &packet, Target &target)
 
 void MediaOutput::Finish()
 {
+    for (Target &target : m_listTargets) {
+        if (target.pSound)
+            EncodeSound(nullptr, target);
+    }
     CheckWritten(av_write_trailer(m_pFormat));
     CheckWritten(m_pFormat->pb->error);
     CheckWritten(avio_closep(&m_pFormat->pb));

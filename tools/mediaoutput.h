@@ -3,6 +3,7 @@
 #include "console.h"
 #include "mediainput.h"
 #include "pendingfile.h"
+#include "soundencoder.h"
 #include "videoencoder.h"
 
 /** Writes the encoded video, and the copied packets of the other streams, into a container. */
@@ -18,8 +19,17 @@ public:
 
     const AVOutputFormat &Container() const { return *m_pFormat->oformat; }
 
-    /** Tells which streams of the input can be copied, and warns about the others. */
-    std::vector<bool> ChooseCopies(const MediaInput &input, Console &console) const;
+    /** Whether times in this container may begin anywhere, as they do in transport streams. */
+    bool HasBroadcastClock() const;
+
+    /** Whether players learn from this container how to turn the pictures. */
+    bool KeepsOrientation() const;
+
+    /**
+     * Tells which streams of the input are copied, or encoded where they are sound, and warns about those that cannot be.
+     * Throws a Failure where no sound would be left of an input that has some.
+     */
+    std::vector<bool> ChooseStreams(const MediaInput &input, const Options &options, Console &console);
 
     /**
      * Takes over all that is not pictures: streams, tags, chapters. Begins the file.
@@ -33,8 +43,8 @@ public:
     /** A packet of the encoder's time base. */
     void WriteVideo(AVPacket &packet, AVRational timeBase);
 
-    /** A packet of the input, as it was read. */
-    void WriteCopy(AVPacket &packet);
+    /** A packet of the input, as it was read; sound is encoded where it has to be. */
+    void WriteOther(AVPacket &packet);
 
     void Finish();
 
@@ -43,9 +53,13 @@ private:
         AVStream *pStream = nullptr;
         AVRational timeBase = {0, 1};
         int64_t nLast = AV_NOPTS_VALUE;
+        std::unique_ptr<SoundEncoder> pSound;
     };
 
     void AddVideo(AVStream &stream, const AVStream &source, const VideoEncoder &encoder, const AVFrame &first);
+    bool ChooseSound(const AVStream &source, const SoundChoice &choice, Console &console);
+    void EncodeSound(const AVPacket *pPacket, Target &target);
+    void AddSound(AVStream &stream, const SoundEncoder &encoder) const;
     void AddCopy(AVStream &stream, const AVStream &source) const;
     void Write(AVPacket &packet, Target &target);
     void CheckWritten(int nResult) const;
@@ -55,4 +69,5 @@ private:
     AVFormatContext *m_pFormat = nullptr;
     std::vector<Target> m_listTargets;
     int m_nVideo = 0;
+    int m_nBurnt = -1;
 };

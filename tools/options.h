@@ -35,6 +35,14 @@ struct EncoderChoice {
     int64_t nBitrate = 0;
 };
 
+/** How sound is encoded that has to be, or where the user names a codec. */
+struct SoundChoice {
+    std::string strCodec;
+    int64_t nBitrate = 0;
+    bool bCopyOnly = false;
+    bool bNone = false;
+};
+
 /** Part of the input, in microseconds of its own time. */
 struct TimeRange {
     std::optional<int64_t> nStart;
@@ -57,8 +65,11 @@ struct Options {
     SubtitleSource subtitles;
     Style style;
     EncoderChoice encoder;
+    SoundChoice sound;
     TimeRange range;
     std::vector<int64_t> listSnapshots;
     PipeFormat pipe;
     bool bQuiet = false;
+    bool bKeepTimes = false;
+    bool bKeepTrack = false;
 };

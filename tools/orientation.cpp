@@ -1,5 +1,7 @@
 #include "orientation.h"
 
+#include "streamdata.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -21,6 +23,15 @@ Orientation::Orientation(const int32_t *pMatrix)
         m_bFlipY = nB < 0;
     }
     std::copy_n(pMatrix, m_listMatrix.size(), m_listMatrix.begin());
+}
+
+Orientation Orientation::Of(const AVStream &stream, const AVFrame &first)
+{
+    const uint8_t *pMatrix = FindSideData(stream, AV_PKT_DATA_DISPLAYMATRIX);
+    const AVFrameSideData *pData = av_frame_get_side_data(&first, AV_FRAME_DATA_DISPLAYMATRIX);
+    if (!pMatrix && pData)
+        pMatrix = pData->data;
+    return Orientation(reinterpret_cast<const int32_t *>(pMatrix));
 }
 
 void Orientation::SetOn(AVFrame &frame) const

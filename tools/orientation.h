@@ -20,6 +20,9 @@ public:
     /** @param pMatrix  the nine numbers of a display matrix; null, and angles other than quarters, count as none. */
     explicit Orientation(const int32_t *pMatrix);
 
+    /** Of a stream; of its first frame where the stream does not say. */
+    static Orientation Of(const AVStream &stream, const AVFrame &first);
+
     bool Alike() const { return !m_bTranspose && !m_bFlipX && !m_bFlipY; }
     int ShownWidth(int nStoredWidth, int nStoredHeight) const { return m_bTranspose ? nStoredHeight : nStoredWidth; }
     int ShownHeight(int nStoredWidth, int nStoredHeight) const { return m_bTranspose ? nStoredWidth : nStoredHeight; }

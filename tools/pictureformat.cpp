@@ -4,6 +4,7 @@ extern "C" {
 #include <libavutil/opt.h>
 }
 
+#include <algorithm>
 #include <stdexcept>
 #include <tuple>
 
@@ -45,6 +46,22 @@ bool IsRgb(AVPixelFormat format)
 {
     const AVPixFmtDescriptor *pDescriptor = av_pix_fmt_desc_get(format);
     return pDescriptor && (pDescriptor->flags & (AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_PAL)) != 0;
+}
+
+bool HasAlpha(AVPixelFormat format)
+{
+    const AVPixFmtDescriptor *pDescriptor = av_pix_fmt_desc_get(format);
+    return pDescriptor && (pDescriptor->flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
+}
+
+int GroupBytes(const AVPixFmtDescriptor &descriptor, int nPlane)
+{
+    int nBytes = 1;
+    for (int n = 0; n < descriptor.nb_components; ++n) {
+        if (descriptor.comp[n].plane == nPlane)
+            nBytes = std::max(nBytes, descriptor.comp[n].step);
+    }
+    return nBytes;
 }
 
 bool IsFullRangeFormat(AVPixelFormat format)

@@ -21,6 +21,11 @@ bool IsBurnable(AVPixelFormat format);
 
 bool IsRgb(AVPixelFormat format);
 
+bool HasAlpha(AVPixelFormat format);
+
+/** Bytes of a plane that hold what belongs to one pixel, or to one block of those that share chroma. */
+int GroupBytes(const AVPixFmtDescriptor &descriptor, int nPlane);
+
 /** The old formats that stand for full range by themselves. */
 bool IsFullRangeFormat(AVPixelFormat format);
 

@@ -1,5 +1,8 @@
 #include "report.h"
 
+#include "ffmpegptr.h"
+#include "values.h"
+
 namespace
 {
 
@@ -14,6 +17,13 @@ void WarnOfDamage(Console &console, const std::string &strInput, int64_t nDamage
 {
     if (nDamaged > 0)
         console.Warn(strInput, Count(nDamaged, "frame") + " could not be decoded, or not without damage");
+}
+
+void WarnOfEarlyEnd(Console &console, const std::string &strInput, int64_t nEnd, int64_t nPromised)
+{
+    if (nPromised - nEnd > AV_TIME_BASE)
+        console.Warn(strInput, "the pictures end at " + TimeText(nEnd) + ", but it names " + TimeText(nPromised) +
+                                   " as their end; it may be cut off");
 }
 
 void WarnOfNone(Console &console, const std::string &strSubtitles, int64_t nCarrying)

@@ -3,26 +3,16 @@
 #include "failure.h"
 #include "frameburner.h"
 #include "frameconverter.h"
-#include "framepool.h"
 #include "report.h"
-#include "streamdata.h"
 #include "values.h"
 
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
 
 namespace
 {
-
-const int RgbBytes = 3;
-
-Orientation OrientationOf(const AVStream &stream)
-{
-    return Orientation(reinterpret_cast<const int32_t *>(FindSideData(stream, AV_PKT_DATA_DISPLAYMATRIX)));
-}
 
 PacketPtr EncodePng(const AVFrame &picture)
 {
@@ -76,24 +66,23 @@ void Snapshot::Run()
             PendingFile::RefuseSame(FileName(n), strInput);
         listFiles.push_back(std::make_unique<PendingFile>(FileName(n)));
     }
-    const Orientation orientation = OrientationOf(m_input.Video());
     std::unique_ptr<SubtitleRenderer> pRenderer;
     std::unique_ptr<FrameBurner> pBurner;
     int64_t nCarrying = 0;
     std::vector<std::string> listNotes;
     for (size_t n = 0; n < listFiles.size(); ++n) {
         FramePtr pFrame = FrameAt(m_options.listSnapshots[n]);
-        FrameConverter(pFrame->width, pFrame->height, AV_PIX_FMT_RGB24).Convert(pFrame);
-        const int nWidth = orientation.ShownWidth(pFrame->width, pFrame->height);
-        const int nHeight = orientation.ShownHeight(pFrame->width, pFrame->height);
-        if (!pRenderer || pRenderer->Width() != nWidth || pRenderer->Height() != nHeight) {
-            pRenderer = std::make_unique<SubtitleRenderer>(m_library, nWidth, nHeight, m_options);
-            pBurner = std::make_unique<FrameBurner>(*pRenderer, orientation);
+        pFrame->sample_aspect_ratio = m_input.SampleAspectRatio(pFrame.get());
+        FrameConverter(pFrame->width, pFrame->height, AV_PIX_FMT_RGB24, Orientation::Of(m_input.Video(), *pFrame))
+            .Convert(pFrame);
+        if (!pRenderer || pRenderer->Width() != pFrame->width || pRenderer->Height() != pFrame->height) {
+            pRenderer = std::make_unique<SubtitleRenderer>(m_library, pFrame->width, pFrame->height, m_options);
+            pBurner = std::make_unique<FrameBurner>(*pRenderer, Orientation(nullptr));
         }
         const int64_t nTime = pFrame->pts - m_input.Origin();
         const bool bCarries = pBurner->Burn(pFrame, av_rescale_q(nTime, m_input.Video().time_base, Milliseconds));
         nCarrying += bCarries ? 1 : 0;
-        Save(*Upright(std::move(pFrame), orientation), *listFiles[n]);
+        Save(*pFrame, *listFiles[n]);
         listNotes.push_back(FileName(n) + ": the picture at " +
                             TimeText(av_rescale_q(nTime, m_input.Video().time_base, Microseconds)) +
                             (bCarries ? ", with a subtitle" : ", without a subtitle"));
@@ -127,29 +116,6 @@ FramePtr Snapshot::FrameAt(int64_t nTime)
         throw Failure(ExitCode::Input, m_options.strInput,
                       "there is no picture at " + TimeText(nTime) + ", the video ends at " +
                           TimeText(av_rescale_q(m_input.TimeAfter(*pShown) - m_input.Origin(), base, Microseconds)));
-    return pShown;
-}
-
-/** An RGB frame as the viewer sees it. */
-FramePtr Snapshot::Upright(FramePtr pStored, const Orientation &orientation) const
-{
-    pStored->sample_aspect_ratio = m_input.SampleAspectRatio(pStored.get());
-    if (orientation.Alike())
-        return pStored;
-    const int nWidth = pStored->width;
-    const int nHeight = pStored->height;
-    FramePtr pShown = FramePool().Get(orientation.ShownWidth(nWidth, nHeight), orientation.ShownHeight(nWidth, nHeight),
-                                      AV_PIX_FMT_RGB24);
-    const auto walk = orientation.WalkShown(nWidth, nHeight, pShown->linesize[0], RgbBytes);
-    for (int y = 0; y < nHeight; ++y) {
-        const uint8_t *pFrom = pStored->data[0] + static_cast<ptrdiff_t>(y) * pStored->linesize[0];
-        uint8_t *pTo = pShown->data[0] + walk.nOrigin + y * walk.nStepY;
-        for (int x = 0; x < nWidth; ++x)
-            std::memcpy(pTo + x * walk.nStepX, pFrom + static_cast<ptrdiff_t>(x) * RgbBytes, RgbBytes);
-    }
-    pShown->sample_aspect_ratio = pStored->sample_aspect_ratio;
-    if (pShown->width != nWidth && pShown->sample_aspect_ratio.num > 0)
-        pShown->sample_aspect_ratio = av_inv_q(pShown->sample_aspect_ratio);
     return pShown;
 }
 

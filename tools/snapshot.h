@@ -3,7 +3,6 @@
 #include "console.h"
 #include "mediainput.h"
 #include "options.h"
-#include "orientation.h"
 #include "pendingfile.h"
 #include "subtitlerenderer.h"
 
@@ -17,7 +16,6 @@ public:
 
 private:
     FramePtr FrameAt(int64_t nTime);
-    FramePtr Upright(FramePtr pStored, const Orientation &orientation) const;
     void Save(const AVFrame &picture, const PendingFile &file) const;
     std::string FileName(size_t nIndex) const;
 

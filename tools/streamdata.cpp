@@ -8,10 +8,19 @@
 namespace
 {
 
-const std::array<AVPacketSideDataType, 6> PictureTypes = {
-    AV_PKT_DATA_DISPLAYMATRIX,       AV_PKT_DATA_STEREO3D,
-    AV_PKT_DATA_SPHERICAL,           AV_PKT_DATA_MASTERING_DISPLAY_METADATA,
-    AV_PKT_DATA_CONTENT_LIGHT_LEVEL, AV_PKT_DATA_AFD};
+struct PictureType {
+    AVPacketSideDataType ofStream;
+    AVFrameSideDataType ofFrame;
+};
+
+// Both sides have the same bytes.
+const std::array<PictureType, 6> PictureTypes = {
+    {{AV_PKT_DATA_DISPLAYMATRIX, AV_FRAME_DATA_DISPLAYMATRIX},
+     {AV_PKT_DATA_STEREO3D, AV_FRAME_DATA_STEREO3D},
+     {AV_PKT_DATA_SPHERICAL, AV_FRAME_DATA_SPHERICAL},
+     {AV_PKT_DATA_MASTERING_DISPLAY_METADATA, AV_FRAME_DATA_MASTERING_DISPLAY_METADATA},
+     {AV_PKT_DATA_CONTENT_LIGHT_LEVEL, AV_FRAME_DATA_CONTENT_LIGHT_LEVEL},
+     {AV_PKT_DATA_AFD, AV_FRAME_DATA_AFD}}};
 
 struct SideDataList {
     const AVPacketSideData *pFirst;
@@ -30,17 +39,6 @@ SideDataList SideDataOf(const AVStream &stream)
 #endif
 }
 
-} // namespace
-
-const uint8_t *FindSideData(const AVStream &stream, AVPacketSideDataType type)
-{
-    for (const AVPacketSideData &data : SideDataOf(stream)) {
-        if (data.type == type)
-            return data.data;
-    }
-    return nullptr;
-}
-
 void SetSideData(AVStream &stream, AVPacketSideDataType type, const uint8_t *pData, size_t nSize)
 {
 #if SUBBURN_CODED_SIDE_DATA
@@ -52,16 +50,35 @@ void SetSideData(AVStream &stream, AVPacketSideDataType type, const uint8_t *pDa
 #endif
 }
 
+} // namespace
+
+const uint8_t *FindSideData(const AVStream &stream, AVPacketSideDataType type)
+{
+    for (const AVPacketSideData &data : SideDataOf(stream)) {
+        if (data.type == type)
+            return data.data;
+    }
+    return nullptr;
+}
+
 void CopyAllSideData(const AVStream &from, AVStream &to)
 {
     for (const AVPacketSideData &data : SideDataOf(from))
         SetSideData(to, data.type, data.data, data.size);
 }
 
-void CopyPictureSideData(const AVStream &from, AVStream &to)
+void CopyPictureSideData(const AVStream &from, const AVFrame &first, AVStream &to, bool bMatrix)
 {
-    for (const AVPacketSideData &data : SideDataOf(from)) {
-        if (std::find(PictureTypes.begin(), PictureTypes.end(), data.type) != PictureTypes.end())
-            SetSideData(to, data.type, data.data, data.size);
+    for (const PictureType &type : PictureTypes) {
+        if (type.ofStream == AV_PKT_DATA_DISPLAYMATRIX && !bMatrix)
+            continue;
+        const AVFrameSideData *pOfFrame = av_frame_get_side_data(&first, type.ofFrame);
+        const SideDataList listData = SideDataOf(from);
+        const auto *const pOfStream = std::find_if(
+            listData.begin(), listData.end(), [&](const AVPacketSideData &data) { return data.type == type.ofStream; });
+        if (pOfStream != listData.end())
+            SetSideData(to, type.ofStream, pOfStream->data, pOfStream->size);
+        else if (pOfFrame)
+            SetSideData(to, type.ofStream, pOfFrame->data, pOfFrame->size);
     }
 }

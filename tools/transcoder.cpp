@@ -5,7 +5,6 @@
 #include "frameconverter.h"
 #include "interrupt.h"
 #include "report.h"
-#include "streamdata.h"
 
 #include <thread>
 
@@ -14,15 +13,6 @@ namespace
 
 // Two or three frames, with packets of sound between them: the more there are, the more memory the decoder has to touch.
 const size_t QueueItems = 6;
-
-Orientation OrientationOf(const AVStream &stream, const AVFrame &first)
-{
-    const uint8_t *pMatrix = FindSideData(stream, AV_PKT_DATA_DISPLAYMATRIX);
-    const AVFrameSideData *pData = av_frame_get_side_data(&first, AV_FRAME_DATA_DISPLAYMATRIX);
-    if (!pMatrix && pData)
-        pMatrix = pData->data;
-    return Orientation(reinterpret_cast<const int32_t *>(pMatrix));
-}
 
 } // namespace
 
@@ -38,7 +28,7 @@ Transcoder::Transcoder(const Options &options, const SubtitleLibrary &library, C
 {
 }
 
-VideoTraits Transcoder::TraitsOf(AVFrame &first) const
+VideoTraits Transcoder::TraitsOf(AVFrame &first, const Orientation &turn) const
 {
     VideoTraits traits;
     traits.timeBase = m_input.Video().time_base;
@@ -48,6 +38,13 @@ VideoTraits Transcoder::TraitsOf(AVFrame &first) const
     // Many files call their fields progressive; the frames know better.
     if (traits.fieldOrder <= AV_FIELD_PROGRESSIVE && FrameFieldOrder(first) != AV_FIELD_UNKNOWN)
         traits.fieldOrder = FrameFieldOrder(first);
+    traits.turn = turn;
+    const bool bTransposed = turn.ShownWidth(1, 0) == 0;
+    if (bTransposed) {
+        traits.fieldOrder = AV_FIELD_PROGRESSIVE;
+        if (traits.sampleAspectRatio.num > 0)
+            traits.sampleAspectRatio = av_inv_q(traits.sampleAspectRatio);
+    }
     return traits;
 }
 
@@ -55,29 +52,42 @@ void Transcoder::Run()
 {
     for (const std::string &strInput : {m_options.strInput, m_options.subtitles.strFile})
         PendingFile::RefuseSame(m_options.strOutput, strInput);
-    const std::vector<bool> listCopied = m_output.ChooseCopies(m_input, m_console);
+    const std::vector<bool> listCopied = m_output.ChooseStreams(m_input, m_options, m_console);
     for (unsigned n = 0; n < listCopied.size(); ++n) {
         if (!listCopied[n] && static_cast<int>(n) != m_input.Video().index)
             m_input.Ignore(static_cast<int>(n));
     }
-    FrameFeeder feeder(m_input, m_options.range, listCopied);
+    FrameFeeder feeder(m_input, m_options.range, listCopied, m_options.bKeepTimes || m_output.HasBroadcastClock());
     MediaItem first;
     if (!feeder.Next(first))
         throw Failure(ExitCode::Input, m_options.strInput,
                       m_options.range.nStart || m_options.range.nDuration ? "there is no picture in the wanted part"
                                                                           : "no picture could be decoded");
     AVFrame &frame = *first.pFrame;
-    const Orientation orientation = OrientationOf(m_input.Video(), frame);
+    const Orientation orientation = Orientation::Of(m_input.Video(), frame);
+    const Orientation turn = m_output.KeepsOrientation() ? Orientation(nullptr) : orientation;
     const SubtitleRenderer renderer(m_library, orientation.ShownWidth(frame.width, frame.height),
                                     orientation.ShownHeight(frame.width, frame.height), m_options);
-    m_encoder.Open(frame, TraitsOf(frame));
+    m_encoder.Open(frame, TraitsOf(frame, turn));
+    SayWhatChanges(frame, turn);
     m_output.AddChapters(m_input.Format(), feeder.Shift(), m_options.range.nDuration.value_or(0));
     m_output.Begin(m_input, listCopied, m_encoder, frame);
-    FrameConverter converter(frame.width, frame.height, m_encoder.Format());
-    FrameBurner burner(renderer, orientation);
+    FrameConverter converter(frame.width, frame.height, m_encoder.Format(), turn);
+    FrameBurner burner(renderer, turn.Alike() ? orientation : Orientation(nullptr));
     RunStages(std::move(first), feeder, converter, burner);
     m_output.Finish();
     Report();
+}
+
+void Transcoder::SayWhatChanges(const AVFrame &first, const Orientation &turn)
+{
+    if (!turn.Alike())
+        m_console.Note(m_options.strOutput +
+                       ": the pictures are turned upright, which this container cannot have players do");
+    const auto format = static_cast<AVPixelFormat>(first.format);
+    if (HasAlpha(format) && format != AV_PIX_FMT_PAL8 && !HasAlpha(m_encoder.Format()))
+        m_console.Warn(m_options.strOutput,
+                       std::string("the transparency is lost, ") + m_encoder.Context().codec->name + " has none");
 }
 
 void Transcoder::RunStages(MediaItem &&first, FrameFeeder &feeder, FrameConverter &converter, FrameBurner &burner)
@@ -143,7 +153,7 @@ void Transcoder::Encode(const FrameFeeder &feeder)
     while (std::optional<MediaItem> item = m_burnt.Pop()) {
         Interrupt::Check();
         if (item->pPacket) {
-            m_output.WriteCopy(*item->pPacket);
+            m_output.WriteOther(*item->pPacket);
             continue;
         }
         const int64_t nTime = av_rescale_q(item->pFrame->pts, m_input.Video().time_base, Microseconds);
@@ -170,5 +180,6 @@ void Transcoder::WritePackets()
 void Transcoder::Report()
 {
     WarnOfDamage(m_console, m_options.strInput, m_input.Damaged());
+    WarnOfEarlyEnd(m_console, m_options.strInput, m_input.End(), m_input.PromisedEnd());
     ReportFrames(m_console, m_options.strOutput, m_options.subtitles.strFile, m_nFrames, m_nCarrying);
 }

@@ -32,7 +32,8 @@ private:
     void WritePackets();
     bool Failed();
     void Report();
-    VideoTraits TraitsOf(AVFrame &first) const;
+    VideoTraits TraitsOf(AVFrame &first, const Orientation &turn) const;
+    void SayWhatChanges(const AVFrame &first, const Orientation &turn);
 
     const Options &m_options;
     const SubtitleLibrary &m_library;

@@ -8,6 +8,9 @@ extern "C" {
 #include <libavutil/opt.h>
 }
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstring>
 #include <exception>
@@ -35,6 +38,34 @@ bool NumbersFrames(const AVOutputFormat &container)
                        [&](const char *pName) { return std::strcmp(container.name, pName) == 0; });
 }
 
+/** Keeps what an encoder's library prints by itself off standard error, where FFmpeg's log does not reach it. */
+class Silence
+{
+public:
+    Silence() : m_nError(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0))
+    {
+        const int nNull = open("/dev/null", O_WRONLY | O_CLOEXEC);
+        if (m_nError >= 0 && nNull >= 0)
+            dup2(nNull, STDERR_FILENO);
+        if (nNull >= 0)
+            close(nNull);
+    }
+
+    ~Silence()
+    {
+        if (m_nError < 0)
+            return;
+        dup2(m_nError, STDERR_FILENO);
+        close(m_nError);
+    }
+
+    Silence(const Silence &) = delete;
+    Silence &operator=(const Silence &) = delete;
+
+private:
+    int m_nError;
+};
+
 bool HasOption(const AVCodecContext &context, const char *pName)
 {
     return context.priv_data && context.codec->priv_class &&
@@ -55,6 +86,12 @@ VideoEncoder::VideoEncoder(const AVOutputFormat &container, const EncoderChoice 
         throw Failure(ExitCode::Output, strFile,
                       std::string("the container cannot hold ") + avcodec_get_name(m_listCandidates.front()->id) +
                           " video");
+}
+
+VideoEncoder::~VideoEncoder()
+{
+    const Silence silence;
+    m_pContext.reset();
 }
 
 void VideoEncoder::ListCandidates()
@@ -94,6 +131,7 @@ void VideoEncoder::AddCandidates(AVCodecID id)
 
 void VideoEncoder::Open(const AVFrame &first, const VideoTraits &traits)
 {
+    const Silence silence;
     m_traits = traits;
     std::exception_ptr pFailure;
     for (const AVCodec *pCodec : m_listCandidates) {
@@ -121,18 +159,18 @@ void VideoEncoder::OpenAs(const AVCodec &codec, const AVFrame &first, const Vide
 {
     m_pContext = Checked(CodecPtr(avcodec_alloc_context3(&codec)));
     AVCodecContext &context = *m_pContext;
-    context.pix_fmt = BestFormat(codec, static_cast<AVPixelFormat>(first.format));
+    context.pix_fmt = BestFormat(codec, static_cast<AVPixelFormat>(first.format), !traits.turn.Alike());
     if (context.pix_fmt == AV_PIX_FMT_NONE)
         CheckOpened(codec, AVERROR(ENOSYS));
-    context.width = first.width;
-    context.height = first.height;
+    context.width = traits.turn.ShownWidth(first.width, first.height);
+    context.height = traits.turn.ShownHeight(first.width, first.height);
     context.sample_aspect_ratio = traits.sampleAspectRatio;
     FramePtr pTagged = NewFrame();
     av_frame_copy_props(pTagged.get(), &first);
     pTagged->width = first.width;
     pTagged->height = first.height;
     pTagged->format = context.pix_fmt;
-    FrameConverter(first.width, first.height, context.pix_fmt).SetColors(*pTagged, first);
+    FrameConverter(first.width, first.height, context.pix_fmt, traits.turn).SetColors(*pTagged, first);
     context.color_range = pTagged->color_range;
     context.color_primaries = pTagged->color_primaries;
     context.color_trc = pTagged->color_trc;

@@ -2,6 +2,7 @@
 
 #include "ffmpegptr.h"
 #include "options.h"
+#include "orientation.h"
 
 #include <vector>
 
@@ -11,6 +12,8 @@ struct VideoTraits {
     AVRational frameRate = {0, 1};
     AVRational sampleAspectRatio = {0, 1};
     AVFieldOrder fieldOrder = AV_FIELD_UNKNOWN;
+    // How the frames lie where they have to be turned first.
+    Orientation turn = Orientation(nullptr);
 };
 
 /** Encodes frames that come with time stamps of the source's time base. */
@@ -22,6 +25,11 @@ public:
      * @param strFile    the output's name, for errors.
      */
     VideoEncoder(const AVOutputFormat &container, const EncoderChoice &choice, const std::string &strFile);
+
+    ~VideoEncoder();
+
+    VideoEncoder(const VideoEncoder &) = delete;
+    VideoEncoder &operator=(const VideoEncoder &) = delete;
 
     /** Chooses the pixel format and opens the encoder. The frame is one as it comes from the decoder. */
     void Open(const AVFrame &first, const VideoTraits &traits);

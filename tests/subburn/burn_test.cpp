@@ -186,6 +186,21 @@ TEST_P(TurnTest, TheSubtitleStandsUpright)
     ExpectUpright(strOutput, turn.nWidth, turn.nHeight);
 }
 
+TEST_F(UprightTest, ContainersThatCannotTurnGetThePicturesTurned)
+{
+    const std::string strInput =
+        Clip("in.mp4", {"-i", GrayClip("stored.mp4", 320, 180), "-c", "copy", "-metadata:s:v:0", "rotate=90"});
+    for (const char *pName : {"out.mkv", "out.avi"}) {
+        Arguments listArguments = {"--font", "DejaVu Sans", strInput, File(pName)};
+        listArguments.insert(listArguments.end(), m_listLossless.begin(), m_listLossless.end());
+        EXPECT_EQ(Subburn(listArguments).strOut,
+                  File(pName) + ": the pictures are turned upright, which this container cannot have players do\n" +
+                      File(pName) + ": 50 frames, 17 with a subtitle\n");
+        EXPECT_EQ(Probe(File(pName), "stream=width,height:stream_side_data=displaymatrix"), "width=180\nheight=320\n");
+        ExpectUpright(File(pName), 180, 320);
+    }
+}
+
 TEST_F(UprightTest, FramesMayBeAloneToSayHowTheyAreTurned)
 {
     const std::string strInput = Clip("in.mkv", {"-i", GrayClip("stored.mp4", 320, 180), "-c", "copy", "-bsf:v",

@@ -1,5 +1,6 @@
 #include "subburntest.h"
 
+#include <cstdlib>
 #include <sstream>
 
 namespace
@@ -192,6 +193,64 @@ TEST_F(KeepTest, WhatTheContainerCannotHoldIsNamed)
     EXPECT_EQ(Probe(File("out.mp4"), "stream=codec_name"), "codec_name=h264\n");
 }
 
+TEST_F(KeepTest, Transparency)
+{
+    for (const auto &[strPixels, strExpected] : {std::pair<std::string, std::string>("yuva444p10le", "yuva444p10le"),
+                                                 {"rgba", "bgra"},
+                                                 {"gbrap12le", "gbrap12le"}}) {
+        const std::string strInput =
+            Clip("in.mkv", {"-f", "lavfi", "-i", "color=red@0.5:s=320x180:r=5:d=1,format=" + strPixels, "-c:v",
+                            strPixels == "rgba" ? "png" : "ffv1"});
+        const std::string strOutput = Burn(strInput, "out.mkv", {"--codec", "ffv1"});
+        EXPECT_EQ(Probe(strOutput, "stream=pix_fmt", "v", "csv=p=0"), strExpected + "\n");
+        const auto listFrames = Frames(strOutput, "rgba");
+        const auto Alphas = [&](size_t nFrame) {
+            std::array<int, 256> listCounts{};
+            for (size_t n = 3; n < listFrames[nFrame].size(); n += 4)
+                ++listCounts[static_cast<unsigned char>(listFrames[nFrame][n])];
+            return listCounts;
+        };
+        EXPECT_EQ(Alphas(0)[127] + Alphas(0)[128], 320 * 180) << strPixels;
+        // The text is opaque.
+        EXPECT_GT(Alphas(3)[255], 50) << strPixels;
+    }
+    const Outcome outcome = Subburn({"--codec", "libx264", "--preset", "ultrafast", File("in.mkv"), File("out.mkv")});
+    EXPECT_EQ(outcome.nExit, 0);
+    EXPECT_EQ(outcome.strError,
+              "subburn: warning: " + File("out.mkv") + ": the transparency is lost, libx264 has none\n");
+}
+
+TEST_F(KeepTest, WhatOnlyTheBitStreamSaysOfHdr)
+{
+    const std::string strInput =
+        Clip("in.ts", {"-f", "lavfi", "-i", "testsrc2=s=320x180:r=5:d=1,format=yuv420p10le", "-c:v", "libx265",
+                       "-preset", "ultrafast", "-x265-params",
+                       "log-level=none:hdr10=1:master-display=G(13250,34500)B(7500,3000)R(34000,16000)WP(15635,16450)L("
+                       "10000000,1):max-cll=1000,400"});
+    const Outcome outcome = Subburn({"--codec", "libx265", "--preset", "ultrafast", strInput, File("out.mkv")});
+    EXPECT_EQ(outcome.nExit, 0);
+    // The library of that encoder writes on standard error by itself.
+    EXPECT_EQ(outcome.strError, "");
+    const std::string strData = Probe(File("out.mkv"), "stream_side_data");
+    for (const char *pLine : {"red_x=17/25", "max_luminance=1000/1", "max_content=1000", "max_average=400"})
+        EXPECT_NE(strData.find(pLine), std::string::npos) << pLine << "\n" << strData;
+}
+
+TEST_F(KeepTest, AnInputThatIsCutOffIsWarnedOf)
+{
+    const std::string strWhole = UsualClip("whole.mkv");
+    const std::string strInput = File("in.mkv");
+    std::filesystem::copy(strWhole, strInput);
+    std::filesystem::resize_file(strInput, std::filesystem::file_size(strWhole) / 4);
+    const Outcome outcome = Subburn({"--preset", "ultrafast", strInput, File("out.mkv")});
+    EXPECT_EQ(outcome.nExit, 0);
+    EXPECT_NE(outcome.strError.find("subburn: warning: " + strInput + ": the pictures end at 0:00:00."),
+              std::string::npos)
+        << outcome.strError;
+    EXPECT_NE(outcome.strError.find(", but it names 0:00:02.000 as their end; it may be cut off\n"), std::string::npos)
+        << outcome.strError;
+}
+
 TEST_F(KeepTest, ContainersGetACodecTheyHold)
 {
     const std::string strInput = Clip("in.mp4", {"-f", "lavfi", "-i", "testsrc2=s=96x64:r=25:d=0.6"});
@@ -205,15 +264,25 @@ TEST_F(KeepTest, TheClockOfTransportStreams)
 {
     const std::string strInput =
         Clip("in.ts", {"-f", "lavfi", "-i", "testsrc2=s=320x180:r=25:d=2", "-f", "lavfi", "-i", "sine=d=2", "-c:v",
-                       "libx264", "-preset", "ultrafast", "-bf", "0", "-output_ts_offset", "100", "-c:a", "mp2"});
-    const std::string strOutput = Burn(strInput, "out.mkv", {"--codec", "ffv1"});
+                       "libx264", "-preset", "ultrafast", "-bf", "0", "-output_ts_offset", "90000", "-c:a", "mp2"});
     const auto listBefore = Frames(strInput, "yuv420p");
-    const auto listAfter = Frames(strOutput, "yuv420p");
-    ASSERT_EQ(listBefore.size(), listAfter.size());
     const double dFirst = std::stod(Times(strInput));
-    EXPECT_GT(dFirst, 100);
-    EXPECT_NEAR(std::stod(Times(strOutput)), dFirst, 0.001);
     const double dStart = std::stod(Probe(strInput, "format=start_time", "", "csv=p=0"));
+    EXPECT_GT(dStart, 90000);
+    const auto ExpectTimes = [&](const std::string &strName, const Arguments &listOptions, double dExpected) {
+        const std::string strOutput = Burn(strInput, strName, listOptions);
+        for (const char *pStream : {"v", "a"}) {
+            const std::string strTimes = Probe(strOutput, "frame=best_effort_timestamp_time", pStream, "csv=p=0");
+            EXPECT_NEAR(std::strtod(strTimes.c_str(), nullptr), dExpected, 0.1) << strName << pStream;
+        }
+        return strOutput;
+    };
+    const auto listAfter = Frames(ExpectTimes("out.mkv", {"--codec", "ffv1"}, dFirst - dStart), "yuv420p");
+    ExpectTimes("out.mp4", {"--preset", "ultrafast"}, dFirst - dStart);
+    ExpectTimes("out.avi", {"--preset", "ultrafast"}, dFirst - dStart);
+    ExpectTimes("kept.mkv", {"--keep-times", "--preset", "ultrafast"}, dFirst);
+    ExpectTimes("out.ts", {"--preset", "ultrafast"}, dFirst);
+    ASSERT_EQ(listBefore.size(), listAfter.size());
     std::istringstream times(Times(strInput));
     std::string strTime;
     for (size_t n = 0; n < listBefore.size() && std::getline(times, strTime); ++n) {

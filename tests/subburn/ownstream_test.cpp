@@ -96,6 +96,20 @@ class OwnStreamKindTest : public OwnStreamTest, public testing::WithParamInterfa
 
 } // namespace
 
+TEST_F(OwnStreamTest, TheBurntTrackIsNotKeptBesides)
+{
+    const std::string strInput = ClipWith(
+        "in.mkv", {m_strSubtitles, SrtFile("other.srt", "Other")},
+        {"-c:v", "ffv1", "-c:s", "subrip", "-disposition:s:0", "default+forced", "-metadata:s:s:1", "title=Other"});
+    const auto Tracks = [&](const Arguments &listOptions) {
+        Burnt(strInput, "", listOptions);
+        return Probe(File("out.mkv"), "stream_tags=title:stream_disposition=default,forced", "s", "csv=p=0");
+    };
+    EXPECT_EQ(Tracks({}), "0,0,Other\n");
+    EXPECT_EQ(Tracks({"--track", "1"}), "1,1\n");
+    EXPECT_EQ(Tracks({"--keep-track"}), "0,0\n0,0,Other\n");
+}
+
 TEST_P(OwnStreamKindTest, LooksLikeTheFile)
 {
     const std::string strFile = m_strSubtitles;

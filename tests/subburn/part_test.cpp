@@ -72,6 +72,30 @@ TEST_F(PartTest, TransportStreamsCountFromTheirBeginning)
         EXPECT_EQ(listBefore[n + 25] == listAfter[n], !IsDue(n + 25)) << "frame " << n;
 }
 
+TEST_F(PartTest, TheFirstGroupOfAStreamWithoutAnIndexIsFound)
+{
+    for (const char *pName : {"in.ts", "in.mpg"}) {
+        // One key frame, and frames that are shown before others that are stored first.
+        const std::string strInput = Clip(pName, {"-f", "lavfi", "-i", "testsrc2=s=96x64:r=25:d=3", "-c:v",
+                                                  "mpeg2video", "-q:v", "2", "-bf", "2", "-g", "250"});
+        const auto listBefore = Frames(strInput, "yuv420p");
+        ASSERT_EQ(listBefore.size(), 75U);
+        for (const auto &[strStart, nFirst] : {std::pair("0", 0), std::pair("0.04", 1), std::pair("1.2", 30)}) {
+            const std::string strOutput = Burn(strInput, "out.mkv", {"--start", strStart, "--codec", "ffv1"});
+            const auto listAfter = Frames(strOutput, "yuv420p");
+            ASSERT_EQ(listAfter.size(), 75U - nFirst) << pName << strStart;
+            for (const size_t nFrame : {0, 20, 34})
+                EXPECT_EQ(listAfter[nFrame] == listBefore[nFrame + nFirst], !IsDue(nFrame + nFirst)) << nFrame;
+        }
+        const Outcome outcome =
+            Subburn({"--snapshot", "2", "--snapshot", "0", "--snapshot", "1.6", strInput, File("a.png")});
+        EXPECT_EQ(outcome.nExit, 0) << outcome.strError;
+        EXPECT_EQ(outcome.strOut, File("a-1.png") + ": the picture at 0:00:02.000, without a subtitle\n" +
+                                      File("a-2.png") + ": the picture at 0:00:00.000, without a subtitle\n" +
+                                      File("a-3.png") + ": the picture at 0:00:01.600, without a subtitle\n");
+    }
+}
+
 TEST_F(PartTest, ChaptersMoveWithTheStart)
 {
     const std::string strTags = m_folder.Write(
