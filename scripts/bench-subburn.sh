@@ -53,7 +53,7 @@ burn() {
             -c:v "$3" ${preset:+"-${preset[0]}" "${preset[1]}"} "$folder/out.nut"
     else
         # FFmpeg's text has an 18th of the height for a line.
-        timed "$2 $3 $1" build-gcc/bin/subburn --quiet --subtitles "$folder/text.srt" --font 'DejaVu Sans' \
+        timed "$2 $3 $1" build-gcc/bin/subburn --overwrite --quiet --subtitles "$folder/text.srt" --font 'DejaVu Sans' \
             --size $(($2 / 24)) --codec "$3" ${preset:+"--${preset[0]}" "${preset[1]}"} "$clip" "$folder/out.nut"
     fi
 }

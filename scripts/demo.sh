@@ -13,8 +13,8 @@ subburn() {
 
 mkdir -p demo
 [ -f demo/dusk.mp4 ] || scripts/make-clip.sh demo/dusk.mp4
-subburn --subtitles scripts/demo.srt demo/dusk.mp4 demo/dusk-subtitled.mp4
-subburn --subtitles scripts/demo.srt --quiet --snapshot 14.5 demo/dusk.mp4 demo/dusk-subtitled.png
+subburn --overwrite --subtitles scripts/demo.srt demo/dusk.mp4 demo/dusk-subtitled.mp4
+subburn --overwrite --subtitles scripts/demo.srt --quiet --snapshot 14.5 demo/dusk.mp4 demo/dusk-subtitled.png
 
 echo
 echo "The video:   demo/dusk-subtitled.mp4"

@@ -22,7 +22,7 @@ picture() {
     size=$2
     shift 2
     clip "$size"
-    build/environment/run "$subburn" --quiet "$@" --snapshot 2 "$folder/$size.mkv" "$folder/picture.png"
+    build/environment/run "$subburn" --overwrite --quiet "$@" --snapshot 2 "$folder/$size.mkv" "$folder/picture.png"
     ffmpeg -nostdin -v error -y -i "$folder/picture.png" -pix_fmt yuvj444p -q:v 3 "docs/gallery/$name.jpg"
 }
 

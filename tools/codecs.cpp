@@ -86,11 +86,13 @@ std::vector<AVPixelFormat> FormatsOf(const AVCodec &codec)
     return listFormats;
 }
 
-AVPixelFormat BestFormat(const AVCodec &codec, AVPixelFormat source, bool bTurned)
+AVPixelFormat BestFormat(const AVCodec &codec, AVPixelFormat source, bool bTurned, bool bHardware)
 {
     std::vector<AVPixelFormat> listFormats = FormatsOf(codec);
+    if (bHardware)
+        listFormats = {AV_PIX_FMT_NV12, AV_PIX_FMT_P010};
     // An encoder that names no formats takes any.
-    if (!RawFormatsOf(codec))
+    else if (!RawFormatsOf(codec))
         listFormats = {IsBurnable(source) ? source : AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUV420P};
     const auto StaysAsStored = [](AVPixelFormat format) { return !FrameTurner::Takes(format); };
     if (bTurned)

@@ -9,9 +9,10 @@ std::vector<AVPixelFormat> FormatsOf(const AVCodec &codec);
 
 /**
  * The format of the source where the encoder takes it, else the one that loses least.
- * @param bTurned  whether the frames have to be turned in that format.
+ * @param bTurned    whether the frames have to be turned in that format.
+ * @param bHardware  whether they are uploaded to a device in it.
  */
-AVPixelFormat BestFormat(const AVCodec &codec, AVPixelFormat source, bool bTurned);
+AVPixelFormat BestFormat(const AVCodec &codec, AVPixelFormat source, bool bTurned, bool bHardware);
 
 /** The frame rate nearest to a wanted one that an encoder takes. */
 AVRational NearestRate(const AVCodec &codec, AVRational wanted);

@@ -10,6 +10,7 @@
 #include <climits>
 #include <filesystem>
 #include <iostream>
+#include <utility>
 
 namespace
 {
@@ -81,14 +82,22 @@ CommandLine::CommandLine() : m_app("Burns subtitles into a video.", "subburn")
     AddFiles();
     AddLook();
     AddEncoding();
+    AddSound();
+    AddOutput();
     AddParts();
 }
 
 void CommandLine::AddFiles()
 {
-    m_app.add_option("INPUT", m_options.strInput, "Video file; its first video stream gets the subtitles")
+    m_app
+        .add_option("INPUT", m_options.strInput,
+                    "Video file; its first video stream gets the subtitles. - is standard input")
         ->type_name("");
-    m_app.add_option("OUTPUT", m_options.strOutput, "File to write; its extension tells the container")->type_name("");
+    m_app
+        .add_option("OUTPUT", m_options.strOutput,
+                    "File to write; its extension tells the container. - is standard output")
+        ->type_name("");
+    m_app.add_option("-i,--input", m_strInput, "INPUT, for those used to it")->option_text("FILE");
     m_app
         .add_option("--subtitles", m_options.subtitles.strFile,
                     "Subtitle file, .idx of a VobSub pair, or any file with subtitle tracks;\n"
@@ -146,6 +155,30 @@ void CommandLine::AddEncoding()
     m_app.add_option("--preset", choice.strPreset, "The encoder's preset, such as fast or slow")
         ->option_text("NAME")
         ->group(Group);
+    m_app.add_option("--encoder-options", choice.strOptions, "Options of the encoder as FFmpeg names them")
+        ->option_text("KEY=VALUE:...")
+        ->group(Group);
+    m_app
+        .add_option("--pix-fmt", choice.strPixelFormat,
+                    "FFmpeg's name of the pixel format to encode; without this option\n"
+                    "INPUT's, or the nearest that the encoder takes")
+        ->option_text("NAME")
+        ->group(Group);
+    m_app
+        .add_flag("--compatible", choice.bCompatible,
+                  "For players that know little: 8-bit 4:2:0, and hvc1 for HEVC in MP4")
+        ->group(Group);
+    m_app
+        .add_option("--hwaccel", choice.strHardware,
+                    "Encode on a device, such as vaapi, nvenc or qsv, which is uploaded the\n"
+                    "pictures; with the encoder h264_NAME unless --codec names another")
+        ->option_text("NAME")
+        ->group(Group);
+}
+
+void CommandLine::AddSound()
+{
+    const char *const Group = "Encoding";
     m_app
         .add_option("--audio-codec", m_strAudioCodec,
                     "FFmpeg's name of the encoder for all sound, copy or none; without this\n"
@@ -155,6 +188,17 @@ void CommandLine::AddEncoding()
     m_app.add_option("--audio-bitrate", m_strAudioBitrate, "Bits per second of sound that is encoded")
         ->option_text("N")
         ->group(Group);
+}
+
+void CommandLine::AddOutput()
+{
+    const char *const Group = "Output";
+    m_app.add_option("--format", m_options.strFormat, "FFmpeg's name of the container; OUTPUT - needs it")
+        ->option_text("NAME")
+        ->group(Group);
+    m_app.add_flag("-y,--overwrite", m_bOverwrite, "Replace OUTPUT where it exists; else a terminal is asked")
+        ->group(Group);
+    m_app.add_flag("-n,--no-overwrite", m_bNoOverwrite, "Never replace OUTPUT")->group(Group);
 }
 
 void CommandLine::AddParts()
@@ -197,12 +241,32 @@ void CommandLine::Finish()
         m_options.range.nDuration = ParseTime("--duration", *m_strDuration);
     for (const std::string &strTime : m_listSnapshots)
         m_options.listSnapshots.push_back(ParseTime("--snapshot", strTime));
+    FinishFiles();
     ChooseMode();
     CheckModes();
     if (m_options.range.nDuration == 0)
         throw Failure(ExitCode::Usage, "--duration: must be more than 0");
     if (m_options.subtitles.strFile.empty())
         m_options.subtitles.strFile = m_options.strInput;
+}
+
+void CommandLine::FinishFiles()
+{
+    if (!m_strInput.empty()) {
+        if (!m_options.strOutput.empty())
+            throw Failure(ExitCode::Usage,
+                          "INPUT is named twice, as \"" + m_strInput + "\" and as \"" + m_options.strInput + "\"");
+        m_options.strOutput = std::exchange(m_options.strInput, m_strInput);
+    }
+    if (m_options.ReadsStandardInput() && m_options.subtitles.strFile.empty())
+        throw Failure(ExitCode::Usage, "standard input is read only once, so that --subtitles has to name a file");
+    if (m_options.ReadsStandardInput() && m_listSnapshots.size() > 1)
+        throw Failure(ExitCode::Usage, "standard input is read only once, so that there can be only one --snapshot");
+    if (m_options.WritesStandardOutput() && m_options.strFormat.empty())
+        throw Failure(ExitCode::Usage, "standard output has no extension, so that --format has to name a container");
+    if (m_bOverwrite && m_bNoOverwrite)
+        throw Failure(ExitCode::Usage, "--overwrite excludes --no-overwrite");
+    m_options.replacing = m_bOverwrite ? Replacing::Yes : m_bNoOverwrite ? Replacing::No : Replacing::Ask;
 }
 
 void CommandLine::FinishLook()
@@ -223,6 +287,8 @@ void CommandLine::FinishLook()
 void CommandLine::FinishEncoding()
 {
     EncoderChoice &choice = m_options.encoder;
+    if (choice.bCompatible && !choice.strPixelFormat.empty())
+        throw Failure(ExitCode::Usage, "--compatible excludes --pix-fmt");
     if (m_strCrf)
         choice.dCrf = ParseQuality("--crf", *m_strCrf);
     if (m_strBitrate)
@@ -262,7 +328,10 @@ void CommandLine::ChooseMode()
 void CommandLine::CheckModes() const
 {
     const bool bEncoding = !m_options.encoder.strCodec.empty() || !m_options.encoder.strPreset.empty() ||
-                           m_options.encoder.dCrf || m_strBitrate || m_strAudioCodec || m_strAudioBitrate;
+                           m_options.encoder.dCrf || m_strBitrate || m_strAudioCodec || m_strAudioBitrate ||
+                           !m_options.encoder.strOptions.empty() || !m_options.encoder.strPixelFormat.empty() ||
+                           !m_options.encoder.strHardware.empty() || m_options.encoder.bCompatible ||
+                           (!m_options.strFormat.empty());
     const bool bRange = m_options.range.nStart || m_options.range.nDuration;
     if (m_options.mode != Mode::Transcode && (bEncoding || bRange))
         throw Failure(ExitCode::Usage, std::string(m_options.mode == Mode::Pipe ? "--pipe" : "--snapshot") +

@@ -17,6 +17,8 @@ private:
     void AddFiles();
     void AddLook();
     void AddEncoding();
+    void AddSound();
+    void AddOutput();
     void AddParts();
     void Finish();
     void FinishLook();
@@ -24,6 +26,7 @@ private:
     void FinishList();
     void ChooseMode();
     void CheckModes() const;
+    void FinishFiles();
 
     CLI::App m_app;
     Options m_options;
@@ -37,6 +40,9 @@ private:
     std::optional<std::string> m_strCrf;
     std::optional<std::string> m_strBitrate;
     std::optional<std::string> m_strAudioCodec;
+    std::string m_strInput;
+    bool m_bOverwrite = false;
+    bool m_bNoOverwrite = false;
     std::optional<std::string> m_strAudioBitrate;
     std::optional<std::string> m_strStart;
     std::optional<std::string> m_strDuration;

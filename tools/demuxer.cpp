@@ -16,6 +16,8 @@ constexpr std::string_view FileScheme = "file:";
 /** A file's address, or what may be an address already; throws a Failure for what is opened and never ends. */
 std::string UrlOf(const std::string &strFile)
 {
+    if (strFile == "-")
+        return "pipe:0";
     std::error_code error;
     if (std::filesystem::exists(strFile, error)) {
         CheckReadable(strFile);
@@ -34,7 +36,7 @@ void CheckRead(int nResult, const std::string &strFile)
 {
     Interrupt::Check();
     if (nResult < 0)
-        throw Failure(ExitCode::Input, strFile, AvReason(nResult));
+        throw Failure(ExitCode::Input, strFile == "-" ? "standard input" : strFile, AvReason(nResult));
 }
 
 } // namespace

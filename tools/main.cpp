@@ -30,7 +30,8 @@ void Run(const Options &options)
         return;
     }
     const SubtitleLibrary library;
-    Console console(options.bQuiet, options.mode == Mode::Pipe ? stderr : stdout);
+    const bool bPictures = options.mode == Mode::Pipe || options.WritesStandardOutput();
+    Console console(options.bQuiet, bPictures ? stderr : stdout);
     if (options.mode == Mode::Pipe)
         RawPipe(options, library, console).Run();
     else if (options.mode == Mode::Snapshot)

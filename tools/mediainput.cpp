@@ -233,6 +233,8 @@ void MediaInput::SeekBefore(int64_t nTimeStamp)
 {
     const int64_t nBegin = m_pVideo->start_time != AV_NOPTS_VALUE ? m_pVideo->start_time : Origin();
     const int64_t nDamaged = m_nDamaged;
+    if (m_pFormat->pb && (m_pFormat->pb->seekable & AVIO_SEEKABLE_NORMAL) == 0 && !m_bRead)
+        return;
     // Not every format knows where its key frames are; then the way back is found by trying.
     for (int nSeconds : {0, 2, 10, 60, 300}) {
         const int64_t nTarget = nTimeStamp - av_rescale_q(nSeconds, {1, 1}, m_pVideo->time_base);

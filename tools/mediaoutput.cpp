@@ -11,13 +11,20 @@
 namespace
 {
 
-const AVOutputFormat *ContainerFor(const std::string &strFile)
+const AVOutputFormat *ContainerFor(const Options &options)
 {
-    const AVOutputFormat *pContainer = av_guess_format(nullptr, strFile.c_str(), nullptr);
+    const std::string strFile = options.OutputName();
+    const bool bNamed = !options.strFormat.empty();
+    const AVOutputFormat *pContainer =
+        av_guess_format(bNamed ? options.strFormat.c_str() : nullptr, bNamed ? nullptr : strFile.c_str(), nullptr);
+    if (!pContainer && bNamed)
+        throw Failure(ExitCode::Usage, "--format: there is no container format named \"" + options.strFormat + "\"");
     if (!pContainer)
         throw Failure(ExitCode::Output, strFile, "no container format goes by this file name");
     if ((pContainer->flags & AVFMT_NOFILE) != 0 || pContainer->video_codec == AV_CODEC_ID_NONE)
-        throw Failure(ExitCode::Output, strFile, "this is not the name of a video file");
+        throw Failure(ExitCode::Output, strFile,
+                      bNamed ? options.strFormat + " is not a format of video files"
+                             : "this is not the name of a video file");
     return pContainer;
 }
 
@@ -56,10 +63,14 @@ const char *KindOf(const AVStream &stream)
 
 } // namespace
 
-MediaOutput::MediaOutput(const std::string &strFile) : m_strFile(strFile), m_pending((ContainerFor(strFile), strFile))
+MediaOutput::MediaOutput(const Options &options) :
+    m_strFile(options.OutputName()), m_bCompatible(options.encoder.bCompatible)
 {
-    const std::string strUrl = "file:" + m_pending.Path();
-    avformat_alloc_output_context2(&m_pFormat, ContainerFor(strFile), nullptr, strUrl.c_str());
+    const AVOutputFormat *pContainer = ContainerFor(options);
+    if (!options.WritesStandardOutput())
+        m_pending.emplace(options.strOutput);
+    const std::string strUrl = m_pending ? "file:" + m_pending->Path() : "pipe:1";
+    avformat_alloc_output_context2(&m_pFormat, pContainer, nullptr, strUrl.c_str());
     Checked(m_pFormat)->interrupt_callback = Interrupt::Callback();
 }
 
@@ -74,7 +85,7 @@ bool MediaOutput::HasBroadcastClock() const
     return std::strcmp(Container().name, "mpegts") == 0;
 }
 
-bool MediaOutput::KeepsOrientation() const
+bool MediaOutput::IsMp4() const
 {
     static const std::array<const char *, 8> Names = {"mov", "mp4", "3gp", "3g2", "psp", "ipod", "ismv", "f4v"};
     return std::any_of(Names.begin(), Names.end(),
@@ -161,13 +172,23 @@ void MediaOutput::Begin(const MediaInput &input, const std::vector<bool> &listCo
         m_listTargets[n].timeBase = m_listTargets[n].pSound ? added.time_base : stream.time_base;
     }
     CheckWritten(avio_open2(&m_pFormat->pb, m_pFormat->url, AVIO_FLAG_WRITE, &m_pFormat->interrupt_callback, nullptr));
-    CheckWritten(avformat_write_header(m_pFormat, nullptr));
+    AVDictionary *pOptions = nullptr;
+    // Players begin before they have all of a file; what cannot be written twice is written in pieces.
+    if (IsMp4() && m_pending)
+        av_dict_set(&pOptions, "movflags", "+faststart", 0);
+    else if (IsMp4())
+        av_dict_set(&pOptions, "movflags", "+frag_keyframe+empty_moov+default_base_moof", 0);
+    const int nResult = avformat_write_header(m_pFormat, &pOptions);
+    av_dict_free(&pOptions);
+    CheckWritten(nResult);
 }
 
 void MediaOutput::AddVideo(AVStream &stream, const AVStream &source, const VideoEncoder &encoder, const AVFrame &first)
 {
     if (avcodec_parameters_from_context(stream.codecpar, &encoder.Context()) < 0)
         throw std::bad_alloc();
+    if (m_bCompatible && IsMp4() && encoder.Context().codec_id == AV_CODEC_ID_HEVC)
+        stream.codecpar->codec_tag = MKTAG('h', 'v', 'c', '1');
     stream.time_base = encoder.TimeBase();
     stream.sample_aspect_ratio = encoder.Context().sample_aspect_ratio;
     CopyPictureSideData(source, first, stream, KeepsOrientation());
@@ -262,7 +283,8 @@ void MediaOutput::Finish()
     CheckWritten(av_write_trailer(m_pFormat));
     CheckWritten(m_pFormat->pb->error);
     CheckWritten(avio_closep(&m_pFormat->pb));
-    m_pending.Commit();
+    if (m_pending)
+        m_pending->Commit();
 }
 
 void MediaOutput::CheckWritten(int nResult) const

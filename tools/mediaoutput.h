@@ -10,8 +10,8 @@
 class MediaOutput
 {
 public:
-    /** Throws a Failure when no container goes by the file's name. */
-    explicit MediaOutput(const std::string &strFile);
+    /** Throws a Failure when no container goes by the output's name. */
+    explicit MediaOutput(const Options &options);
     ~MediaOutput();
 
     MediaOutput(const MediaOutput &) = delete;
@@ -23,7 +23,7 @@ public:
     bool HasBroadcastClock() const;
 
     /** Whether players learn from this container how to turn the pictures. */
-    bool KeepsOrientation() const;
+    bool KeepsOrientation() const { return IsMp4(); }
 
     /**
      * Tells which streams of the input are copied, or encoded where they are sound, and warns about those that cannot be.
@@ -57,6 +57,7 @@ private:
     };
 
     void AddVideo(AVStream &stream, const AVStream &source, const VideoEncoder &encoder, const AVFrame &first);
+    bool IsMp4() const;
     bool ChooseSound(const AVStream &source, const SoundChoice &choice, Console &console);
     void EncodeSound(const AVPacket *pPacket, Target &target);
     void AddSound(AVStream &stream, const SoundEncoder &encoder) const;
@@ -65,7 +66,8 @@ private:
     void CheckWritten(int nResult) const;
 
     std::string m_strFile;
-    PendingFile m_pending;
+    std::optional<PendingFile> m_pending;
+    bool m_bCompatible;
     AVFormatContext *m_pFormat = nullptr;
     std::vector<Target> m_listTargets;
     int m_nVideo = 0;

@@ -33,6 +33,11 @@ struct EncoderChoice {
     std::string strPreset;
     std::optional<double> dCrf;
     int64_t nBitrate = 0;
+    std::string strPixelFormat;
+    std::string strOptions;
+    std::string strHardware;
+    // For players that know little: 8 bits, 4:2:0.
+    bool bCompatible = false;
 };
 
 /** How sound is encoded that has to be, or where the user names a codec. */
@@ -56,12 +61,17 @@ struct PipeFormat {
     int nScale = 1;
 };
 
+enum class Replacing { Ask, Yes, No };
+
 enum class Mode { Transcode, Snapshot, Pipe, List };
 
 struct Options {
     Mode mode = Mode::Transcode;
     std::string strInput;
     std::string strOutput;
+    // Of the container, where the name of the output does not tell.
+    std::string strFormat;
+    Replacing replacing = Replacing::Ask;
     SubtitleSource subtitles;
     Style style;
     EncoderChoice encoder;
@@ -70,6 +80,13 @@ struct Options {
     std::vector<int64_t> listSnapshots;
     PipeFormat pipe;
     bool bQuiet = false;
+
+    bool ReadsStandardInput() const { return strInput == "-"; }
+    bool WritesStandardOutput() const { return strOutput == "-"; }
+
+    /** As messages name it. */
+    std::string OutputName() const { return WritesStandardOutput() ? "standard output" : strOutput; }
+
     bool bKeepTimes = false;
     bool bKeepTrack = false;
 };

@@ -1,6 +1,7 @@
 #include "pendingfile.h"
 
 #include "failure.h"
+#include "printable.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -63,6 +64,19 @@ void PendingFile::Commit()
     if (std::rename(m_strPending.c_str(), m_strFinal.c_str()) != 0)
         throw Failure(ExitCode::Output, m_strGiven, Reason(errno));
     m_strPending.clear();
+}
+
+void PendingFile::CheckReplacing(const std::string &strOutput, Replacing replacing)
+{
+    std::error_code error;
+    if (replacing == Replacing::Yes || !std::filesystem::exists(strOutput, error))
+        return;
+    if (replacing == Replacing::No || isatty(STDIN_FILENO) != 1 || isatty(STDERR_FILENO) != 1)
+        throw Failure(ExitCode::Output, strOutput, "exists; --overwrite replaces it");
+    (void)std::fprintf(stderr, "subburn: %s exists. Replace it? [y/N] ", Escaped(strOutput).c_str());
+    const int nAnswer = std::getchar();
+    if (nAnswer != 'y' && nAnswer != 'Y')
+        throw Failure(ExitCode::Output, strOutput, "exists and is kept");
 }
 
 void PendingFile::RefuseSame(const std::string &strOutput, const std::string &strInput)

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <string>
+#include "options.h"
 
 /** An output that gets its final name only when it is complete, and leaves nothing behind otherwise. */
 class PendingFile
@@ -17,6 +17,9 @@ public:
     const std::string &Path() const { return m_strPending; }
 
     void Commit();
+
+    /** Throws a Failure when a file is there already and is not to be replaced; on a terminal the user is asked. */
+    static void CheckReplacing(const std::string &strOutput, Replacing replacing);
 
     /** Throws a Failure when both names mean the same file. */
     static void RefuseSame(const std::string &strOutput, const std::string &strInput);

@@ -64,6 +64,7 @@ void Snapshot::Run()
     for (size_t n = 0; n < m_options.listSnapshots.size(); ++n) {
         for (const std::string &strInput : {m_options.strInput, m_options.subtitles.strFile})
             PendingFile::RefuseSame(FileName(n), strInput);
+        PendingFile::CheckReplacing(FileName(n), m_options.replacing);
         listFiles.push_back(std::make_unique<PendingFile>(FileName(n)));
     }
     std::unique_ptr<SubtitleRenderer> pRenderer;

@@ -21,8 +21,8 @@ Transcoder::Transcoder(const Options &options, const SubtitleLibrary &library, C
     m_library(library),
     m_console(console),
     m_input(options.strInput),
-    m_output(options.strOutput),
-    m_encoder(m_output.Container(), options.encoder, options.strOutput),
+    m_output(options),
+    m_encoder(m_output.Container(), options.encoder, options.OutputName()),
     m_decoded(QueueItems),
     m_burnt(QueueItems)
 {
@@ -52,6 +52,7 @@ void Transcoder::Run()
 {
     for (const std::string &strInput : {m_options.strInput, m_options.subtitles.strFile})
         PendingFile::RefuseSame(m_options.strOutput, strInput);
+    PendingFile::CheckReplacing(m_options.strOutput, m_options.replacing);
     const std::vector<bool> listCopied = m_output.ChooseStreams(m_input, m_options, m_console);
     for (unsigned n = 0; n < listCopied.size(); ++n) {
         if (!listCopied[n] && static_cast<int>(n) != m_input.Video().index)
@@ -82,12 +83,26 @@ void Transcoder::Run()
 void Transcoder::SayWhatChanges(const AVFrame &first, const Orientation &turn)
 {
     if (!turn.Alike())
-        m_console.Note(m_options.strOutput +
+        m_console.Note(m_options.OutputName() +
                        ": the pictures are turned upright, which this container cannot have players do");
     const auto format = static_cast<AVPixelFormat>(first.format);
     if (HasAlpha(format) && format != AV_PIX_FMT_PAL8 && !HasAlpha(m_encoder.Format()))
-        m_console.Warn(m_options.strOutput,
+        m_console.Warn(m_options.OutputName(),
                        std::string("the transparency is lost, ") + m_encoder.Context().codec->name + " has none");
+    if (m_options.encoder.strCodec.empty() && m_options.encoder.strPixelFormat.empty())
+        WarnOfRareProfile();
+}
+
+void Transcoder::WarnOfRareProfile()
+{
+    const AVPixFmtDescriptor &format = *av_pix_fmt_desc_get(m_encoder.Format());
+    const bool bSubsampled = format.log2_chroma_w == 1 && format.log2_chroma_h == 1;
+    if (m_encoder.Context().codec_id != AV_CODEC_ID_H264 || format.nb_components < 3 ||
+        (bSubsampled && format.comp[0].depth == 8))
+        return;
+    const char *pProfile = bSubsampled ? "10" : format.log2_chroma_w == 1 ? "4:2:2" : "4:4:4";
+    m_console.Warn(m_options.OutputName(), std::string("the video is of the H.264 profile High ") + pProfile +
+                                               ", which many players do not show; --compatible makes 8-bit 4:2:0");
 }
 
 void Transcoder::RunStages(MediaItem &&first, FrameFeeder &feeder, FrameConverter &converter, FrameBurner &burner)
@@ -158,7 +173,7 @@ void Transcoder::Encode(const FrameFeeder &feeder)
         }
         const int64_t nTime = av_rescale_q(item->pFrame->pts, m_input.Video().time_base, Microseconds);
         nBegin = nBegin == AV_NOPTS_VALUE ? nTime : nBegin;
-        m_encoder.Send(item->pFrame.get());
+        m_encoder.Send(std::move(item->pFrame));
         WritePackets();
         m_console.Progress(++m_nFrames, nTime - nBegin, nTotal);
     }
@@ -181,5 +196,5 @@ void Transcoder::Report()
 {
     WarnOfDamage(m_console, m_options.strInput, m_input.Damaged());
     WarnOfEarlyEnd(m_console, m_options.strInput, m_input.End(), m_input.PromisedEnd());
-    ReportFrames(m_console, m_options.strOutput, m_options.subtitles.strFile, m_nFrames, m_nCarrying);
+    ReportFrames(m_console, m_options.OutputName(), m_options.subtitles.strFile, m_nFrames, m_nCarrying);
 }

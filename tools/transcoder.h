@@ -33,6 +33,7 @@ private:
     bool Failed();
     void Report();
     VideoTraits TraitsOf(AVFrame &first, const Orientation &turn) const;
+    void WarnOfRareProfile();
     void SayWhatChanges(const AVFrame &first, const Orientation &turn);
 
     const Options &m_options;

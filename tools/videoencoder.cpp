@@ -96,10 +96,15 @@ VideoEncoder::~VideoEncoder()
 
 void VideoEncoder::ListCandidates()
 {
-    if (!m_choice.strCodec.empty()) {
-        const AVCodec *pCodec = avcodec_find_encoder_by_name(m_choice.strCodec.c_str());
+    const std::string strOfHardware = m_choice.strHardware.empty() ? "" : "h264_" + m_choice.strHardware;
+    const std::string &strCodec = m_choice.strCodec.empty() ? strOfHardware : m_choice.strCodec;
+    if (!strCodec.empty()) {
+        const AVCodec *pCodec = avcodec_find_encoder_by_name(strCodec.c_str());
+        if ((!pCodec || pCodec->type != AVMEDIA_TYPE_VIDEO) && m_choice.strCodec.empty())
+            throw Failure(ExitCode::Usage,
+                          "--hwaccel: this FFmpeg has no encoder for \"" + m_choice.strHardware + "\"");
         if (!pCodec || pCodec->type != AVMEDIA_TYPE_VIDEO)
-            throw Failure(ExitCode::Usage, "--codec: there is no video encoder named \"" + m_choice.strCodec + "\"");
+            throw Failure(ExitCode::Usage, "--codec: there is no video encoder named \"" + strCodec + "\"");
         m_listCandidates.push_back(pCodec);
         return;
     }
@@ -159,9 +164,10 @@ void VideoEncoder::OpenAs(const AVCodec &codec, const AVFrame &first, const Vide
 {
     m_pContext = Checked(CodecPtr(avcodec_alloc_context3(&codec)));
     AVCodecContext &context = *m_pContext;
-    context.pix_fmt = BestFormat(codec, static_cast<AVPixelFormat>(first.format), !traits.turn.Alike());
-    if (context.pix_fmt == AV_PIX_FMT_NONE)
+    m_format = ChooseFormat(codec, static_cast<AVPixelFormat>(first.format), !traits.turn.Alike());
+    if (m_format == AV_PIX_FMT_NONE)
         CheckOpened(codec, AVERROR(ENOSYS));
+    context.pix_fmt = m_format;
     context.width = traits.turn.ShownWidth(first.width, first.height);
     context.height = traits.turn.ShownHeight(first.width, first.height);
     context.sample_aspect_ratio = traits.sampleAspectRatio;
@@ -169,8 +175,8 @@ void VideoEncoder::OpenAs(const AVCodec &codec, const AVFrame &first, const Vide
     av_frame_copy_props(pTagged.get(), &first);
     pTagged->width = first.width;
     pTagged->height = first.height;
-    pTagged->format = context.pix_fmt;
-    FrameConverter(first.width, first.height, context.pix_fmt, traits.turn).SetColors(*pTagged, first);
+    pTagged->format = m_format;
+    FrameConverter(first.width, first.height, m_format, traits.turn).SetColors(*pTagged, first);
     context.color_range = pTagged->color_range;
     context.color_primaries = pTagged->color_primaries;
     context.color_trc = pTagged->color_trc;
@@ -187,7 +193,41 @@ void VideoEncoder::OpenAs(const AVCodec &codec, const AVFrame &first, const Vide
     SetTiming(codec, traits);
     SetRate(codec);
     SetUsualOptions(codec);
-    CheckOpened(codec, avcodec_open2(&context, &codec, nullptr));
+    if (!m_choice.strHardware.empty())
+        m_hardware.emplace(m_choice.strHardware, codec).SetUp(context, m_format);
+    OpenWithOptions(codec);
+}
+
+AVPixelFormat VideoEncoder::ChooseFormat(const AVCodec &codec, AVPixelFormat source, bool bTurned) const
+{
+    if (m_choice.strPixelFormat.empty() && !m_choice.bCompatible)
+        return BestFormat(codec, source, bTurned, !m_choice.strHardware.empty());
+    const std::string strName = m_choice.strPixelFormat.empty() ? "yuv420p" : m_choice.strPixelFormat;
+    const std::string strOption = m_choice.strPixelFormat.empty() ? "--compatible" : "--pix-fmt";
+    const AVPixelFormat format = av_get_pix_fmt(strName.c_str());
+    if (format == AV_PIX_FMT_NONE)
+        throw Failure(ExitCode::Usage, strOption + ": there is no pixel format named \"" + strName + "\"");
+    if (BestFormat(codec, format, bTurned, !m_choice.strHardware.empty()) != format)
+        throw Failure(ExitCode::Usage,
+                      strOption + ": the encoder " + codec.name + " does not take \"" + strName + "\"");
+    return format;
+}
+
+void VideoEncoder::OpenWithOptions(const AVCodec &codec)
+{
+    AVDictionary *pOptions = nullptr;
+    const int nParsed = av_dict_parse_string(&pOptions, m_choice.strOptions.c_str(), "=", ":", 0);
+    const int nResult = nParsed < 0 ? nParsed : avcodec_open2(m_pContext.get(), &codec, &pOptions);
+    const AVDictionaryEntry *pLeft = av_dict_get(pOptions, "", nullptr, AV_DICT_IGNORE_SUFFIX);
+    const std::string strLeft = pLeft ? pLeft->key : "";
+    av_dict_free(&pOptions);
+    if (nParsed < 0)
+        throw Failure(ExitCode::Usage,
+                      "--encoder-options: \"" + m_choice.strOptions + "\" is not a list such as tune=film:bf=2");
+    CheckOpened(codec, nResult);
+    if (!strLeft.empty())
+        throw Failure(ExitCode::Usage, std::string("--encoder-options: the encoder ") + codec.name +
+                                           " has no option named \"" + strLeft + "\"");
 }
 
 void VideoEncoder::SetTiming(const AVCodec &codec, const VideoTraits &traits)
@@ -213,7 +253,7 @@ void VideoEncoder::SetRate(const AVCodec &codec)
             throw Failure(ExitCode::Usage, std::string("--crf: the encoder ") + codec.name + " has no such setting");
         // Some encoders would otherwise take their usual bit rate for a limit.
         context.bit_rate = 0;
-        SetOption("crf", std::to_string(*m_choice.dCrf));
+        SetOption("crf", "crf", std::to_string(*m_choice.dCrf));
     } else if (m_choice.nBitrate > 0) {
         context.bit_rate = m_choice.nBitrate;
     } else if (!HasOption(context, "crf")) {
@@ -225,25 +265,55 @@ void VideoEncoder::SetRate(const AVCodec &codec)
     }
 }
 
-void VideoEncoder::SetOption(const char *pName, const std::string &strValue)
+void VideoEncoder::SetOption(const char *pOurs, const char *pName, const std::string &strValue)
 {
     if (av_opt_set(m_pContext->priv_data, pName, strValue.c_str(), 0) < 0)
-        throw Failure(ExitCode::Usage, std::string("--") + pName + ": the encoder " + m_pContext->codec->name +
+        throw Failure(ExitCode::Usage, std::string("--") + pOurs + ": the encoder " + m_pContext->codec->name +
                                            " does not take \"" + strValue + "\"");
+}
+
+/** Encoders that only number their speeds get the names of the others. */
+std::string VideoEncoder::PresetFor(const AVCodec &codec, const char *pOption) const
+{
+    struct Speed {
+        const char *pName;
+        int nAom;
+        int nVpx;
+        int nSvt;
+    };
+    static const std::array<Speed, 10> Speeds = {{{"ultrafast", 8, 8, 12},
+                                                  {"superfast", 8, 6, 11},
+                                                  {"veryfast", 7, 5, 10},
+                                                  {"faster", 6, 4, 9},
+                                                  {"fast", 5, 3, 8},
+                                                  {"medium", 4, 2, 7},
+                                                  {"slow", 3, 1, 5},
+                                                  {"slower", 2, 1, 4},
+                                                  {"veryslow", 1, 0, 2},
+                                                  {"placebo", 0, 0, 0}}};
+    const auto *const pSpeed = std::find_if(Speeds.begin(), Speeds.end(),
+                                            [&](const Speed &speed) { return m_choice.strPreset == speed.pName; });
+    if (pSpeed == Speeds.end() || (std::strcmp(pOption, "preset") == 0 && std::strcmp(codec.name, "libsvtav1") != 0))
+        return m_choice.strPreset;
+    const int nSpeed = std::strcmp(codec.name, "libsvtav1") == 0    ? pSpeed->nSvt
+                       : std::strncmp(codec.name, "libaom", 6) == 0 ? pSpeed->nAom
+                                                                    : pSpeed->nVpx;
+    return std::to_string(nSpeed);
 }
 
 void VideoEncoder::SetUsualOptions(const AVCodec &codec)
 {
-    if (!m_choice.strPreset.empty()) {
-        if (!HasOption(*m_pContext, "preset"))
-            throw Failure(ExitCode::Usage, std::string("--preset: the encoder ") + codec.name + " has no presets");
-        SetOption("preset", m_choice.strPreset);
-    }
     if (std::strncmp(codec.name, "libvpx", 6) == 0) {
         // Its default speed is for those who can wait for days.
         av_opt_set_int(m_pContext->priv_data, "cpu-used", 4, 0);
         av_opt_set_int(m_pContext->priv_data, "row-mt", 1, 0);
     }
+    if (m_choice.strPreset.empty())
+        return;
+    const char *pOption = HasOption(*m_pContext, "preset") ? "preset" : "cpu-used";
+    if (!HasOption(*m_pContext, pOption))
+        throw Failure(ExitCode::Usage, std::string("--preset: the encoder ") + codec.name + " has no presets");
+    SetOption("preset", pOption, PresetFor(codec, pOption));
 }
 
 AVRational VideoEncoder::TimeBase() const
@@ -264,15 +334,17 @@ void VideoEncoder::Stamp(AVFrame &frame)
     frame.pts = timing.nEncoder;
 }
 
-void VideoEncoder::Send(AVFrame *pFrame)
+void VideoEncoder::Send(FramePtr pFrame)
 {
     if (pFrame) {
         Stamp(*pFrame);
         // The source's choice of key frames and qualities is not the encoder's.
         pFrame->pict_type = AV_PICTURE_TYPE_NONE;
         pFrame->quality = m_pContext->global_quality;
+        if (m_hardware)
+            m_hardware->Upload(pFrame);
     }
-    const int nResult = avcodec_send_frame(m_pContext.get(), pFrame);
+    const int nResult = avcodec_send_frame(m_pContext.get(), pFrame.get());
     if (nResult < 0)
         throw Failure(ExitCode::Output, m_strFile, "encoding failed: " + AvReason(nResult));
 }

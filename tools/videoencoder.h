@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ffmpegptr.h"
+#include "hardwareframes.h"
 #include "options.h"
 #include "orientation.h"
 
@@ -34,14 +35,15 @@ public:
     /** Chooses the pixel format and opens the encoder. The frame is one as it comes from the decoder. */
     void Open(const AVFrame &first, const VideoTraits &traits);
 
-    AVPixelFormat Format() const { return m_pContext->pix_fmt; }
+    /** Of the frames that Send() takes. */
+    AVPixelFormat Format() const { return m_format; }
     const AVCodecContext &Context() const { return *m_pContext; }
 
     /** The time base of the packets. */
     AVRational TimeBase() const;
 
     /** Null ends the stream. */
-    void Send(AVFrame *pFrame);
+    void Send(FramePtr pFrame);
 
     /** @return false when the next frame has to come first. */
     bool Receive(AVPacket &packet);
@@ -59,7 +61,11 @@ private:
     void CheckOpened(const AVCodec &codec, int nResult) const;
     void SetTiming(const AVCodec &codec, const VideoTraits &traits);
     void SetRate(const AVCodec &codec);
-    void SetOption(const char *pName, const std::string &strValue);
+    /** @param pOurs  the option that the user gave. */
+    void SetOption(const char *pOurs, const char *pName, const std::string &strValue);
+    std::string PresetFor(const AVCodec &codec, const char *pOption) const;
+    AVPixelFormat ChooseFormat(const AVCodec &codec, AVPixelFormat source, bool bTurned) const;
+    void OpenWithOptions(const AVCodec &codec);
     void SetUsualOptions(const AVCodec &codec);
     void Stamp(AVFrame &frame);
 
@@ -67,7 +73,9 @@ private:
     const EncoderChoice &m_choice;
     std::string m_strFile;
     std::vector<const AVCodec *> m_listCandidates;
+    std::optional<HardwareFrames> m_hardware;
     CodecPtr m_pContext;
+    AVPixelFormat m_format = AV_PIX_FMT_NONE;
     VideoTraits m_traits;
     // The output only numbers its frames, so the encoder's own time stamps go through.
     bool m_bEven = false;

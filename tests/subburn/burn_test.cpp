@@ -300,7 +300,8 @@ TEST_F(SubburnTest, AnEncoderThatLacksTheFormatGetsTheNearest)
 {
     const std::string strInput =
         Clip("in.mkv", {"-f", "lavfi", "-i", "testsrc2=s=320x180:r=25:d=1", "-c:v", "ffv1", "-pix_fmt", "bgr0"});
-    const std::string strOutput = Burn(strInput, "out.mp4", {"--crf", "0", "--preset", "ultrafast"});
+    const std::string strOutput =
+        Burn(strInput, "out.mp4", {"--codec", "libx264", "--crf", "0", "--preset", "ultrafast"});
     EXPECT_EQ(Probe(strOutput, "stream=pix_fmt,color_range,color_space"),
               "pix_fmt=yuv444p\ncolor_range=tv\ncolor_space=smpte170m\n");
     const auto listBefore = Frames(strInput, "rgb24");

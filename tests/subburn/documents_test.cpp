@@ -67,7 +67,7 @@ Options HelpOptions()
         std::smatch match;
         EXPECT_TRUE(std::regex_search(strOption, match, std::regex(R"(^(-\w)?,?(--[\w-]+)( [^ ]+)?)"))) << strOption;
         if (match[1].matched)
-            options[match[1]] = "";
+            options[match[1]] = match[3].matched ? match[3].str().substr(1) : "";
         options[match[2]] = match[3].matched ? match[3].str().substr(1) : "";
     }
     return options;
@@ -120,7 +120,7 @@ TEST(DocumentsTest, ManPageHasEveryOption)
         const std::regex expression(R"(^(?:Fl (\w) , )?Fl (-[\w-]+)(?: Ar ([^ ]+))?$)");
         ASSERT_TRUE(std::regex_search(strItem, match, expression)) << strItem;
         if (match[1].matched)
-            options["-" + match[1].str()] = "";
+            options["-" + match[1].str()] = match[3];
         options["-" + match[2].str()] = match[3];
     }
     EXPECT_EQ(options, HelpOptions());

@@ -65,6 +65,12 @@ Outcome SubburnTest::Subburn(const Arguments &listArguments, const std::string &
     Arguments listCommand = {SUBBURN_PROGRAM};
     if (!m_strSubtitles.empty())
         listCommand.insert(listCommand.end(), {"--subtitles", m_strSubtitles});
+    const auto Has = [&](const char *pOption) {
+        return std::find(listArguments.begin(), listArguments.end(), pOption) != listArguments.end();
+    };
+    // Outputs of one test may have one name.
+    if (!Has("--list") && !Has("--pipe") && !Has("--no-overwrite"))
+        listCommand.emplace_back("--overwrite");
     listCommand.insert(listCommand.end(), listArguments.begin(), listArguments.end());
     return ChildProcess::Run(listCommand, strInput, listExtra);
 }

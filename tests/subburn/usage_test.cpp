@@ -38,6 +38,8 @@ TEST_F(SubburnTest, WrongUsageIsOneLine)
         {"--bitrate", "M", "in.mkv", "out.mkv"},
         {"--bitrate", "fast", "in.mkv", "out.mkv"},
         {"--bitrate", "1M", "--crf", "20", "in.mkv", "out.mkv"},
+        {"--compatible", "--pix-fmt", "yuv420p", "in.mkv", "out.mkv"},
+        {"--overwrite", "-n", "in.mkv", "out.mkv"},
         {"--snapshot", "1", "in.mkv", "out.jpg"},
         {"--snapshot", "1", "--start", "1", "in.mkv", "out.png"},
         {"--pipe", "320x180@25", "in.mkv", "out.mkv"},
