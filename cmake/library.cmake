@@ -9,6 +9,7 @@ add_library(subtitle_objects OBJECT
   parsers/inputformats.cpp
   parsers/iparser.cpp
   parsers/localfile.cpp
+  parsers/overlapindex.cpp
   parsers/parsermanager.cpp
   parsers/srtparser.cpp
   render/blendkernel.cpp
@@ -39,7 +40,8 @@ add_library(subtitle_objects OBJECT
   vobsub/subfilereader.cpp
   vobsub/subparser.cpp
   vobsub/subtitledecoder.cpp
-  vobsub/subtitlewrite.cpp)
+  vobsub/subtitlewrite.cpp
+  vobsub/visiblepicture.cpp)
 target_include_directories(subtitle_objects PUBLIC ${PROJECT_SOURCE_DIR})
 # Qt's private headers are not clean under every warning of ours.
 target_include_directories(subtitle_objects SYSTEM PRIVATE ${Qt5Gui_PRIVATE_INCLUDE_DIRS})

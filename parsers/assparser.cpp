@@ -103,6 +103,7 @@ int AssParser::Open(const QString &path, int /*track*/)
 {
     m_listItems.clear();
     m_index = {};
+    m_dueTexts.Clear();
     TextReader reader;
     reader.Open(path);
     Versions versions;
@@ -115,6 +116,11 @@ int AssParser::Open(const QString &path, int /*track*/)
 QString AssParser::GetSubtitle(long ms)
 {
     return DueText(m_listItems, m_index, ms);
+}
+
+QStringList AssParser::AllDueTexts(long ms)
+{
+    return m_dueTexts.At(m_listItems, ms, [](const auto &, const auto &) { return false; });
 }
 
 void AssParser::ParseLine(const QString &line, Versions &versions)

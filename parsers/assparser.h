@@ -1,6 +1,7 @@
 #pragma once
 
 #include "parsers/cueindex.h"
+#include "parsers/duetexts.h"
 #include "parsers/iparser.h"
 
 #include <QList>
@@ -33,6 +34,7 @@ public:
     /** Never fails: a file that cannot be read has no events. Style and resolution stay where the file has none. */
     int Open(const QString &path, int track) override;
     QString GetSubtitle(long ms) override;
+    QStringList AllDueTexts(long ms) override;
 
     /**
      * Cuts the next field off a line, without the spaces before it. Where the separator is missing, the field is the
@@ -67,6 +69,7 @@ private:
 
     QList<AssSubtitleItem> m_listItems; ///< in file order
     CueIndex m_index;
+    DueTexts m_dueTexts;
     QString m_strReserved;
     QString m_strCollisions; ///< one character, 1 for reversed collisions and 0 for normal ones
     int m_nPlayResX = 0;

@@ -122,6 +122,7 @@ int FFParser::Open(const QString &path, int track)
 {
     m_listItems.clear();
     m_index = {};
+    m_dueTexts.Clear();
     m_bTrack = false;
     const QByteArray name = path.toUtf8();
     Input input;
@@ -159,4 +160,9 @@ int FFParser::Open(const QString &path, int track)
 QString FFParser::GetSubtitle(long ms)
 {
     return DueText(m_listItems, m_index, ms);
+}
+
+QStringList FFParser::AllDueTexts(long ms)
+{
+    return m_dueTexts.At(m_listItems, ms, [](const auto &, const auto &) { return false; });
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "parsers/cueindex.h"
+#include "parsers/duetexts.h"
 #include "parsers/iparser.h"
 
 #include <QList>
@@ -26,9 +27,11 @@ public:
     int Open(const QString &path, int track) override;
     bool HasTrack() override { return m_bTrack; }
     QString GetSubtitle(long ms) override;
+    QStringList AllDueTexts(long ms) override;
 
 private:
     bool m_bTrack = false;
     QList<FFSubtitleItem> m_listItems; ///< in the order of the packets
     CueIndex m_index;
+    DueTexts m_dueTexts;
 };

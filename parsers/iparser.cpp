@@ -23,3 +23,13 @@ RowRange IParser::VisibleRows()
 {
     return RowRange::All();
 }
+
+QStringList IParser::AllDueTexts(long /*ms*/)
+{
+    return {};
+}
+
+ColorPicture IParser::ToColorPicture(const QString & /*key*/)
+{
+    return {};
+}

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "parsers/colorpicture.h"
 #include "parsers/rowrange.h"
 
 #include <QImage>
 #include <QRect>
 #include <QString>
+#include <QStringList>
 
 /**
  * A subtitle file in some format: read whole by Open(), then asked what is due at a time and, where the subtitles are
@@ -47,4 +49,13 @@ public:
 
     /** Rows of the last picture; all others are transparent. */
     virtual RowRange VisibleRows();
+
+    /**
+     * All texts that are due at a time, in file order, where GetSubtitle() has one; none where subtitles are pictures.
+     * @param ms  presentation time in milliseconds.
+     */
+    virtual QStringList AllDueTexts(long ms);
+
+    /** The picture for a key in its own size and colours; without pixels when there is none. */
+    virtual ColorPicture ToColorPicture(const QString &key);
 };

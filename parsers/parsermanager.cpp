@@ -76,3 +76,13 @@ RowRange ParserManager::VisibleRows()
 {
     return m_pParser ? m_pParser->VisibleRows() : RowRange::All();
 }
+
+QStringList ParserManager::AllDueTexts(long ms)
+{
+    return m_pParser ? m_pParser->AllDueTexts(ms) : QStringList();
+}
+
+ColorPicture ParserManager::ToColorPicture(const QString &key)
+{
+    return m_pParser ? m_pParser->ToColorPicture(key) : ColorPicture();
+}

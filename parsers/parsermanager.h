@@ -39,6 +39,12 @@ public:
     /** Rows of the last picture; all others are transparent. All rows without a parser. */
     RowRange VisibleRows();
 
+    /** All texts that are due at @p ms milliseconds, in file order; none without a parser and of pictures. */
+    Q_DECL_HIDDEN QStringList AllDueTexts(long ms);
+
+    /** The picture for a key in its own size and colours; without pixels when there is none. */
+    Q_DECL_HIDDEN ColorPicture ToColorPicture(const QString &key);
+
 private:
     IParser *m_pParser = nullptr;
 };

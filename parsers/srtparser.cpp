@@ -142,6 +142,7 @@ int SrtParser::Open(const QString &path, int /*track*/)
 {
     m_listItems.clear();
     m_index = {};
+    m_dueTexts.Clear();
     TextReader reader;
     reader.Open(path);
 
@@ -169,6 +170,15 @@ int SrtParser::Open(const QString &path, int /*track*/)
 QString SrtParser::GetSubtitle(long ms)
 {
     return DueText(m_listItems, m_index, ms);
+}
+
+QStringList SrtParser::AllDueTexts(long ms)
+{
+    // The lines after a blank one inside a cue: see TakeTextBlock().
+    return m_dueTexts.At(m_listItems, ms, [](const SrtSubtitleItem &before, const SrtSubtitleItem &item) {
+        return item.nStart == before.nStart && item.nEnd == before.nEnd &&
+               (item.strText.isEmpty() || item.strText.startsWith(QLatin1Char('\n')));
+    });
 }
 
 int ParseTime(const QString &text)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "parsers/cueindex.h"
+#include "parsers/duetexts.h"
 #include "parsers/iparser.h"
 
 #include <QList>
@@ -21,12 +22,14 @@ public:
     /** Never fails: a file that cannot be read has no cues. */
     int Open(const QString &path, int track) override;
     QString GetSubtitle(long ms) override;
+    QStringList AllDueTexts(long ms) override;
 
 private:
     friend class SrtParserPeer; // through which tests look inside
 
     QList<SrtSubtitleItem> m_listItems; ///< in file order
     CueIndex m_index;
+    DueTexts m_dueTexts;
 };
 
 /**

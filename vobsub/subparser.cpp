@@ -7,6 +7,7 @@
 #include "vobsub/decoderview.h"
 #include "vobsub/psstream.h"
 #include "vobsub/subtitledecoder.h"
+#include "vobsub/visiblepicture.h"
 
 #include <QMutex>
 #include <QStringList>
@@ -202,18 +203,23 @@ void SubParser::SetVideoSize(int width, int height)
     m_nVideoHeight = height;
 }
 
-QImage SubParser::TextToImage(const QString &key, QRect &rect)
+bool SubParser::FetchEntry(const QString &key, QByteArray &bytes)
 {
     const int entry = key.toInt();
     if (entry < 0 || entry >= m_listItems.size())
-        return QImage();
+        return false;
     // Positions beyond 32 bits wrap round, and so does a length where the next entry lies before this one.
     const auto start = static_cast<std::uint32_t>(m_listItems[entry].nFilePos);
     const bool isLast = entry == m_listItems.size() - 1;
     const std::uint32_t length =
         isLast ? LastEntryLength : static_cast<std::uint32_t>(m_listItems[entry + 1].nFilePos) - start;
+    return m_reader.Fetch(m_strSubFile, start, length, bytes);
+}
+
+QImage SubParser::TextToImage(const QString &key, QRect &rect)
+{
     QByteArray bytes;
-    if (!m_reader.Fetch(m_strSubFile, start, length, bytes) || !DecodeAndScale(bytes))
+    if (!FetchEntry(key, bytes) || !DecodeAndScale(bytes))
         return QImage();
     QImage image = MakeImage();
     if (!image.isNull())
@@ -221,9 +227,18 @@ QImage SubParser::TextToImage(const QString &key, QRect &rect)
     return image;
 }
 
-bool SubParser::DecodeAndScale(QByteArray &bytes)
+ColorPicture SubParser::ToColorPicture(const QString &key)
 {
+    QByteArray bytes;
+    if (!FetchEntry(key, bytes))
+        return {};
     const std::lock_guard<std::mutex> lock(decoderMutex);
+    Decode(bytes);
+    return VisiblePicture();
+}
+
+void SubParser::Decode(QByteArray &bytes)
+{
     try {
         TakeDecoder();
     } catch (...) {
@@ -234,6 +249,12 @@ bool SubParser::DecodeAndScale(QByteArray &bytes)
     if (!m_reader.IsContinued())
         subtitle_drop_input();
     DecodePSStream(reinterpret_cast<unsigned char *>(bytes.data()), bytes.size());
+}
+
+bool SubParser::DecodeAndScale(QByteArray &bytes)
+{
+    const std::lock_guard<std::mutex> lock(decoderMutex);
+    Decode(bytes);
     return MakeScaler() && ScaleCanvas();
 }
 

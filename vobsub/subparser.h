@@ -63,11 +63,18 @@ public:
 
     RowRange VisibleRows() override;
 
+    /** The entry's picture on the canvas, in the palette's colours; a contrast of 15 is opaque. */
+    ColorPicture ToColorPicture(const QString &key) override;
+
 private:
     friend class SubParserPeer; // through which tests look inside
 
     int FindStream(const TextReader &reader, int streamIndex);
     void IndexStarts();
+    /** The bytes of an entry; false when there are none. */
+    bool FetchEntry(const QString &key, QByteArray &bytes);
+    /** The caller holds the decoder's lock. */
+    void Decode(QByteArray &bytes);
     bool DecodeAndScale(QByteArray &bytes);
     void BecomeDecoderUser();
     void TakeDecoder();

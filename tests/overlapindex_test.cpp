@@ -1,0 +1,100 @@
+// All cues that are due at a time, against a search through the list, and the texts of files whose cues overlap.
+#include "parsers/assparser.h"
+#include "parsers/overlapindex.h"
+#include "parsers/srtparser.h"
+#include "support/temporaryfolder.h"
+
+#include <gtest/gtest.h>
+#include <random>
+
+namespace
+{
+
+std::vector<int> Search(const std::vector<CueIndex::Span> &spans, std::int64_t ms, std::size_t limit)
+{
+    std::vector<int> found;
+    for (std::size_t i = 0; i < spans.size() && found.size() < limit; ++i) {
+        if (spans[i].nFirst <= ms && ms <= spans[i].nLast)
+            found.push_back(static_cast<int>(i));
+    }
+    return found;
+}
+
+TEST(OverlapIndex, FindsWhatASearchFinds)
+{
+    std::mt19937 random(7);
+    for (const int count : {0, 1, 2, 15, 16, 17, 300, 5000}) {
+        std::vector<CueIndex::Span> spans;
+        for (int i = 0; i < count; ++i) {
+            const std::int64_t first = random() % 4 == 0 ? random() % 1000 : i;
+            spans.push_back({first, first + static_cast<int>(random() % 40) - 5});
+        }
+        const OverlapIndex index(spans);
+        for (std::int64_t ms = -2; ms < 1100; ++ms) {
+            ASSERT_EQ(index.Find(ms, 64), Search(spans, ms, 64)) << count << " cues at " << ms;
+            ASSERT_EQ(index.Find(ms, 2), Search(spans, ms, 2)) << count << " cues at " << ms;
+        }
+    }
+    EXPECT_TRUE(OverlapIndex().Find(0, 1).empty());
+}
+
+template <typename Parser>
+QStringList TextsAt(const std::string &name, const std::string &file, long ms)
+{
+    const TemporaryFolder folder;
+    Parser parser;
+    EXPECT_EQ(parser.Open(QString::fromStdString(folder.Write(name, file)), 0), 1);
+    return parser.AllDueTexts(ms);
+}
+
+QStringList Texts(std::initializer_list<const char *> texts)
+{
+    QStringList list;
+    for (const char *text : texts)
+        list.append(QString::fromUtf8(text));
+    return list;
+}
+
+TEST(DueTexts, AreThoseOfAllCuesInFileOrder)
+{
+    const std::string file = "1\n00:00:01,000 --> 00:00:05,000\nlower\n\n2\n00:00:00,500 --> 00:00:03,000\nupper\n\n"
+                             "3\n00:00:02,000 --> 00:00:03,000\nlower\n";
+    EXPECT_EQ(TextsAt<SrtParser>("a.srt", file, 700), Texts({"upper"}));
+    EXPECT_EQ(TextsAt<SrtParser>("a.srt", file, 1000), Texts({"lower", "upper"}));
+    EXPECT_EQ(TextsAt<SrtParser>("a.srt", file, 2500), Texts({"lower", "upper"})) << "each text once";
+    EXPECT_EQ(TextsAt<SrtParser>("a.srt", file, 4000), Texts({"lower"}));
+    EXPECT_EQ(TextsAt<SrtParser>("a.srt", file, 6000), Texts({}));
+}
+
+TEST(DueTexts, AreNoneAtTheStart)
+{
+    EXPECT_EQ(TextsAt<SrtParser>("a.srt", "00:00:00,000 --> 00:00:05,000\ntext\n", 0), Texts({}));
+    EXPECT_EQ(TextsAt<SrtParser>("a.srt", "00:00:00,000 --> 00:00:05,000\ntext\n", 1), Texts({"text"}));
+}
+
+TEST(DueTexts, AreWholeWhereABlankLinePartsThem)
+{
+    const std::string file =
+        "1\n00:00:01,000 --> 00:00:05,000\nfirst\n\nsecond\n\n\n2\n00:00:07,000 --> 00:00:09,000\nnext\n";
+    EXPECT_EQ(TextsAt<SrtParser>("a.srt", file, 2000), Texts({"first\nsecond"}));
+    EXPECT_EQ(TextsAt<SrtParser>("a.srt", file, 8000), Texts({"next"}));
+}
+
+TEST(DueTexts, AreThoseOfAScriptsEvents)
+{
+    const std::string file = "[Script Info]\nScriptType: v4.00+\n[Events]\n"
+                             "Dialogue: 0,0:00:01.00,0:00:05.00,Default,,0,0,0,,one\n"
+                             "Dialogue: 0,0:00:02.00,0:00:05.00,Default,,0,0,0,,two\n";
+    EXPECT_EQ(TextsAt<AssParser>("a.ass", file, 1500), Texts({"one"}));
+    EXPECT_EQ(TextsAt<AssParser>("a.ass", file, 3000), Texts({"one", "two"}));
+}
+
+TEST(DueTexts, AreAsManyAsMayShow)
+{
+    std::string file;
+    for (int i = 0; i < 100; ++i)
+        file += "00:00:01,000 --> 00:00:05,000\ncue " + std::to_string(i) + "x\n\n";
+    EXPECT_EQ(TextsAt<SrtParser>("a.srt", file, 3000).size(), MaxDueCues);
+}
+
+} // namespace
