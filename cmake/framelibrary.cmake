@@ -1,6 +1,7 @@
 # The library that burns into the frames of decoders, compiled once as the other is (library.cmake).
 add_library(subtitleframe_objects OBJECT
   frames/avframereader.cpp
+  frames/blendlists.cpp
   frames/chromasite.cpp
   frames/frameburner.cpp
   frames/framecolors.cpp
@@ -9,11 +10,14 @@ add_library(subtitleframe_objects OBJECT
   frames/libsubtitleframe.cpp
   frames/meanbuilder.cpp
   frames/mixedink.cpp
+  frames/naturalink.cpp
+  frames/naturalmap.cpp
   frames/opaqueink.cpp
   frames/pixelformat.cpp
   frames/pixelmap.cpp
   frames/samplekernel.cpp
   frames/samplerows.cpp
+  frames/vectorblend.cpp
   frames/vectorsamplekernel.cpp)
 target_include_directories(subtitleframe_objects PUBLIC ${PROJECT_SOURCE_DIR})
 target_compile_definitions(subtitleframe_objects PUBLIC QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)

@@ -14,17 +14,24 @@ add_library(subtitle_objects OBJECT
   parsers/srtparser.cpp
   render/blendkernel.cpp
   render/compositor.cpp
+  render/coveragedisc.cpp
+  render/coverageglyphs.cpp
   render/glyphoutline.cpp
   render/glyphpainter.cpp
   render/glyphshape.cpp
   render/idledispatcher.cpp
   render/messagesilencer.cpp
+  render/naturalpicture.cpp
+  render/naturaltext.cpp
+  render/naturalview.cpp
   render/polygonfiller.cpp
   render/qtruntime.cpp
   render/qtuse.cpp
   render/recordedtext.cpp
   render/textbitmap.cpp
+  render/textfitter.cpp
   render/textink.cpp
+  render/textlayout.cpp
   render/textpainter.cpp
   render/vectorkernel.cpp
   render/videosubtitle.cpp

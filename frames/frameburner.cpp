@@ -8,6 +8,7 @@ extern "C" {
 }
 
 #include <cstdlib>
+#include <type_traits>
 
 namespace
 {
@@ -72,7 +73,12 @@ bool IsSizeOf(const SubtitleFrame &frame, int width, int height)
 
 } // namespace
 
-class FrameBurner::Visitor : public ShownVisitor
+/** Receives what shows in either look. */
+class FrameBurner::LookVisitor : public ShownVisitor, public NaturalVisitor
+{
+};
+
+class FrameBurner::Visitor : public LookVisitor
 {
 public:
     Visitor(FrameBurner &burner, const SubtitleFrame &frame, Preparer *preparer) :
@@ -80,6 +86,7 @@ public:
     {
     }
     void Visit(const ShownSubtitle &shown) override { m_nResult = m_burner.BurnShown(shown, m_frame, m_pPreparer); }
+    void Visit(const NaturalSubtitle &shown) override { m_nResult = m_burner.BurnShown(shown, m_frame, m_pPreparer); }
     int Result() const { return m_nResult; }
 
 private:
@@ -97,42 +104,87 @@ int FrameBurner::SetWhite(double level)
     return 0;
 }
 
+int FrameBurner::SetLook(int look)
+{
+    if (look != SUBTITLE_LOOK_EXACT && look != SUBTITLE_LOOK_NATURAL)
+        return -1;
+    m_nLook = look;
+    return 0;
+}
+
+int FrameBurner::SetOutline(double width)
+{
+    if (!(width >= 0 && width <= 20))
+        return -1;
+    m_dOutline = width;
+    return 0;
+}
+
+int FrameBurner::SetSafeArea(double percent)
+{
+    if (!(percent >= 0 && percent <= 25))
+        return -1;
+    m_dSafeArea = percent;
+    return 0;
+}
+
+int FrameBurner::Visit(LookVisitor &visitor)
+{
+    return m_nLook == SUBTITLE_LOOK_NATURAL ? m_renderer.VisitNatural(Settings(), visitor)
+                                            : m_renderer.VisitShown(visitor);
+}
+
 int FrameBurner::IsDue()
 {
-    class DueVisitor : public ShownVisitor
+    class DueVisitor : public LookVisitor
     {
     public:
         void Visit(const ShownSubtitle &shown) override { m_bDue = shown.nVersion != 0; }
+        void Visit(const NaturalSubtitle &shown) override { m_bDue = shown.nVersion != 0; }
         bool m_bDue = false;
     } visitor;
-    return m_renderer.VisitShown(visitor) == 0 ? visitor.m_bDue : -1;
+    return Visit(visitor) == 0 ? visitor.m_bDue : -1;
 }
 
 int FrameBurner::Burn(const SubtitleFrame &frame, Preparer *preparer)
 {
     Visitor visitor(*this, frame, preparer);
-    return m_renderer.VisitShown(visitor) == 0 ? visitor.Result() : -1;
+    return Visit(visitor) == 0 ? visitor.Result() : -1;
 }
 
-int FrameBurner::BurnShown(const ShownSubtitle &shown, SubtitleFrame frame, Preparer *preparer)
+template <typename Shown>
+int FrameBurner::BurnShown(const Shown &shown, SubtitleFrame frame, Preparer *preparer)
 {
+    constexpr bool IsNatural = std::is_same_v<Shown, NaturalSubtitle>;
     if (frame.width < 1 || frame.height < 1 || !IsSizeOf(frame, shown.nFrameWidth, shown.nFrameHeight) ||
         !Describe(frame) || !HasPlanes(frame, m_layout))
         return -1;
     if (shown.nVersion == 0)
         return 0;
-    if (shown.nVersion != m_nVersion)
+    if (shown.nVersion != m_nVersion || m_bNatural != IsNatural) {
+        const DefaultFloats floats;
+        m_nVersion = 0;
         Rebuild(shown);
+        m_bNatural = IsNatural;
+        m_nVersion = shown.nVersion;
+    }
     if (preparer && !preparer->Prepare(frame))
         return -1;
     FramePlanes planes = {};
     for (std::size_t i = 0; i < planes.size(); ++i)
         planes[i] = {frame.data[i], frame.linesize[i], m_layout.listRowBytes[i]};
-    if (m_bOpaque)
+    Draw(planes);
+    return 0;
+}
+
+void FrameBurner::Draw(const FramePlanes &planes) const
+{
+    if (m_bNatural)
+        m_naturalInk.Draw(planes);
+    else if (m_bOpaque)
         m_opaqueInk.Draw(planes);
     else
         m_mixedInk.Draw(planes);
-    return 0;
 }
 
 bool FrameBurner::Describe(const SubtitleFrame &frame)
@@ -171,15 +223,19 @@ bool FrameBurner::DescribeAnew(const SubtitleFrame &frame, double white)
 
 void FrameBurner::Rebuild(const ShownSubtitle &shown)
 {
-    const DefaultFloats floats;
-    m_nVersion = 0;
     const Orientation orientation(m_description.orientation, shown.nFrameWidth, shown.nFrameHeight);
     m_bOpaque = shown.nPictureCount == 0 && shown.nInkWeight == 255;
     if (shown.nPictureCount > 0)
         RebuildPicture(shown, orientation);
     else
         RebuildText(InkRows(shown, orientation), shown);
-    m_nVersion = shown.nVersion;
+}
+
+void FrameBurner::Rebuild(const NaturalSubtitle &shown)
+{
+    const Orientation orientation(m_description.orientation, shown.nFrameWidth, shown.nFrameHeight);
+    m_naturalMap.Build(shown, orientation, m_colors);
+    m_naturalInk.Build(m_naturalMap, m_layout, m_colors, shown.colors);
 }
 
 void FrameBurner::RebuildText(const InkRows &ink, const ShownSubtitle &shown)

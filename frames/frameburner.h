@@ -5,8 +5,11 @@
 #include "frames/inkrows.h"
 #include "frames/libsubtitleframe.h"
 #include "frames/mixedink.h"
+#include "frames/naturalink.h"
+#include "frames/naturalmap.h"
 #include "frames/opaqueink.h"
 #include "frames/pixelmap.h"
+#include "render/naturalsubtitle.h"
 #include "render/shownsubtitle.h"
 
 #include <atomic>
@@ -40,20 +43,34 @@ public:
     /** @param preparer  called before anything is drawn; may be null. */
     int Burn(const SubtitleFrame &frame, Preparer *preparer);
     int SetWhite(double level);
+    int SetLook(int look);
+    int SetOutline(double width);
+    int SetSafeArea(double percent);
     /** 1 when Burn() would draw, 0 when not, -1 when the image cannot be built. */
     int IsDue();
 
 private:
     class Visitor;
-    int BurnShown(const ShownSubtitle &shown, SubtitleFrame frame, Preparer *preparer);
+    class LookVisitor;
+    /** What is due, with nVersion and the frame's size as in ShownSubtitle. */
+    template <typename Shown>
+    int BurnShown(const Shown &shown, SubtitleFrame frame, Preparer *preparer);
+    NaturalSettings Settings() const { return {m_dOutline, m_dSafeArea}; }
+    /** Has a visitor called with what shows in the look that is set. */
+    int Visit(LookVisitor &visitor);
+    void Draw(const FramePlanes &planes) const;
     bool Describe(const SubtitleFrame &frame);
     bool DescribeAnew(const SubtitleFrame &frame, double white);
     void Rebuild(const ShownSubtitle &shown);
+    void Rebuild(const NaturalSubtitle &shown);
     void RebuildText(const InkRows &ink, const ShownSubtitle &shown);
     void RebuildPicture(const ShownSubtitle &shown, const Orientation &orientation);
 
     VideoSubtitle &m_renderer;
     std::atomic<double> m_dWhite = ReferenceWhite;
+    std::atomic<int> m_nLook = SUBTITLE_LOOK_EXACT;
+    std::atomic<double> m_dOutline = NaturalSettings().dOutline;
+    std::atomic<double> m_dSafeArea = NaturalSettings().dSafeArea;
 
     // Only touched with the renderer's lock held.
     SubtitleFrame m_description = {}; ///< that the rest is for; without planes
@@ -62,9 +79,12 @@ private:
     FrameLayout m_layout = {};
     FrameColors m_colors;
     std::uint64_t m_nVersion = 0; ///< of what is kept; 0 when nothing is
+    bool m_bNatural = false;      ///< what is kept is in the natural look
     bool m_bOpaque = false;
     PixelMap m_map;
     std::vector<FrameColor> m_listColors;
     OpaqueInk m_opaqueInk;
     MixedInk m_mixedInk;
+    NaturalMap m_naturalMap;
+    NaturalInk m_naturalInk;
 };

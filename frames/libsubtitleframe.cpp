@@ -41,6 +41,21 @@ int SetSubtitleBurnerWhite(void *burner, double level)
     return burner ? static_cast<FrameBurner *>(burner)->SetWhite(level) : -1;
 }
 
+int SetSubtitleBurnerLook(void *burner, int look)
+{
+    return burner ? static_cast<FrameBurner *>(burner)->SetLook(look) : -1;
+}
+
+int SetSubtitleBurnerOutline(void *burner, double width)
+{
+    return burner ? static_cast<FrameBurner *>(burner)->SetOutline(width) : -1;
+}
+
+int SetSubtitleBurnerSafeArea(void *burner, double percent)
+{
+    return burner ? static_cast<FrameBurner *>(burner)->SetSafeArea(percent) : -1;
+}
+
 int IsSubtitleDue(void *burner)
 {
     return burner ? Guarded(-1, [&] { return static_cast<FrameBurner *>(burner)->IsDue(); }) : -1;

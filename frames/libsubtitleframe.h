@@ -39,6 +39,19 @@
  *    primaries, scaled so that white has the level of SetSubtitleBurnerWhite(), and coded as ITU-R BT.2100 says; for
  *    HLG as on a display of 1,000 cd/m2 (system gamma 1.2). All other transfers take the values as they are.
  *
+ * The natural look
+ *  What the above says holds for the exact look, which is that of a new burner. With SUBTITLE_LOOK_NATURAL,
+ *  - text is smooth, and its outline has a width that follows the picture's height. Lines are broken and placed as in
+ *    the exact look where they fit into the safe area; where they do not, lines are made narrower, and the font smaller. Of
+ *    more than two lines the lower edge lies where that of two does;
+ *  - all texts that are due show, in the order of the file from the bottom up, each once;
+ *  - pictures have the colours of their palette and the alpha that they bring, without a colour that counts as
+ *    transparent, and are scaled with a filter;
+ *  - the opacity counts once and nothing changes places: with a the coverage of a pixel times the opacity, from 0 to 1, and c
+ *    the code value of the subtitle's colour, a sample s becomes a c + (1 - a) s, and a chroma sample of several pixels
+ *    the mean of that, with the weights above. Results are within a code value of 8 bits of that. Alpha becomes
+ *    a max + (1 - a) A.
+ *
  * Formats, by FFmpeg's names
  *  yuv420p, yuv422p, yuv444p, also with 10 and 12 bits; yuvj420p, yuvj422p, yuvj444p; yuva420p, yuva422p, yuva444p;
  *  nv12, nv21, nv16, p010; yuyv422, uyvy422; gray, gray10; gbrp, gbrp10; rgb24, bgr24, rgb48; rgba, bgra, argb, abgr,
@@ -50,7 +63,7 @@
  *
  * Threads
  *  A burner holds the lock of its handle while it draws, so BurnSubtitle(), BurnSubtitleAVFrame(), IsSubtitleDue() and
- *  SetSubtitleBurnerWhite() wait for each other and for the functions of libsubtitle.h that wait. Several burners may
+ *  the setters of burners wait for each other and for the functions of libsubtitle.h that wait. Several burners may
  *  work on one handle. Creating and destroying a burner must not happen while another thread is in a function with the
  *  same burner. No other thread may use the frame while it is drawn.
  *
@@ -78,6 +91,12 @@ enum {
     SUBTITLE_ORIENTATION_MIRRORED = 1,    /**< left and right exchanged */
     SUBTITLE_ORIENTATION_UPSIDE_DOWN = 2, /**< top and bottom exchanged; with MIRRORED, turned by 180 degrees */
     SUBTITLE_ORIENTATION_TRANSPOSED = 4   /**< first, rows and columns exchanged */
+};
+
+/** How a burner's subtitles look: see SetSubtitleBurnerLook(). */
+enum {
+    SUBTITLE_LOOK_EXACT = 0,  /**< the pixels that ProcessSubtitleFrame() draws */
+    SUBTITLE_LOOK_NATURAL = 1 /**< smooth text with an outline that scales, pictures in their colours */
 };
 
 /**
@@ -149,6 +168,35 @@ void DestroySubtitleBurner(void *burner);
  * @return 0; -1, with nothing changed, for a level out of range and for a null burner.
  */
 int SetSubtitleBurnerWhite(void *burner, double level);
+
+/**
+ * Chooses how subtitles look. A new burner has SUBTITLE_LOOK_EXACT. See "The natural look" above.
+ *
+ * @param burner  the burner.
+ * @param look  SUBTITLE_LOOK_EXACT or SUBTITLE_LOOK_NATURAL.
+ * @return 0; -1, with nothing changed, for any other look and for a null burner.
+ */
+int SetSubtitleBurnerLook(void *burner, int look);
+
+/**
+ * Sets how wide the outline of text is in the natural look: 2 without it.
+ *
+ * @param burner  the burner.
+ * @param width  pixels in a picture of 720 rows, 0 to 20; in others it is wider or narrower as they are higher or lower.
+ *               0 draws no outline.
+ * @return 0; -1, with nothing changed, for a width out of range and for a null burner.
+ */
+int SetSubtitleBurnerOutline(void *burner, double width);
+
+/**
+ * Sets what text keeps clear of at the picture's edges in the natural look: 2.5 without it.
+ *
+ * @param burner  the burner.
+ * @param percent  of the picture's width at the left and at the right, and of its height at the top and at the bottom;
+ *                 0 to 25.
+ * @return 0; -1, with nothing changed, for a number out of range and for a null burner.
+ */
+int SetSubtitleBurnerSafeArea(void *burner, double percent);
 
 /**
  * Whether a subtitle is due. A host whose frames are shared or out of reach copies, maps or fetches a frame only when

@@ -5,6 +5,7 @@
 #include <QStringList>
 
 #include <optional>
+#include <vector>
 
 /** Cues of a file that show at once, at most. */
 constexpr int MaxDueCues = 64;
@@ -24,10 +25,19 @@ public:
     QStringList At(const List &items, long ms, Continues continues);
 
     /** The list is another one. */
-    void Clear() { m_index.reset(); }
+    void Clear()
+    {
+        m_index.reset();
+        m_listPlaces.clear();
+        m_texts.clear();
+    }
 
 private:
     std::optional<OverlapIndex> m_index;
+    std::vector<int> m_listFound;
+    // Of the last time, so that nothing is allocated while the same cues are due.
+    std::vector<int> m_listPlaces;
+    QStringList m_texts;
 };
 
 template <typename List, typename Continues>
@@ -42,17 +52,22 @@ QStringList DueTexts::At(const List &items, long ms, Continues continues)
             spans.push_back({item.nStart, item.nEnd});
         m_index.emplace(std::move(spans));
     }
-    QStringList texts;
+    m_index->Find(ms, MaxDueItems, m_listFound);
+    if (m_listFound == m_listPlaces)
+        return m_texts;
+    m_listPlaces.clear();
+    m_texts.clear();
     int last = -1;
-    for (const int place : m_index->Find(ms, MaxDueItems)) {
+    for (const int place : m_listFound) {
         const QString &text = items[place].strText;
-        if (!texts.isEmpty() && last == place - 1 && continues(items[last], items[place])) {
-            texts.last() += text;
+        if (!m_texts.isEmpty() && last == place - 1 && continues(items[last], items[place])) {
+            m_texts.last() += text;
             last = place;
-        } else if (texts.size() < MaxDueCues && !text.trimmed().isEmpty() && !texts.contains(text)) {
-            texts.append(text);
+        } else if (m_texts.size() < MaxDueCues && !text.trimmed().isEmpty() && !m_texts.contains(text)) {
+            m_texts.append(text);
             last = place;
         }
     }
-    return texts;
+    m_listPlaces = m_listFound;
+    return m_texts;
 }

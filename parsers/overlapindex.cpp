@@ -38,12 +38,11 @@ OverlapIndex::OverlapIndex(std::vector<CueIndex::Span> spans)
     }
 }
 
-std::vector<int> OverlapIndex::Find(std::int64_t ms, std::size_t limit) const
+void OverlapIndex::Find(std::int64_t ms, std::size_t limit, std::vector<int> &found) const
 {
-    std::vector<int> found;
+    found.clear();
     if (!m_listLevels.empty() && !m_listLevels.back().empty())
         Collect(m_listLevels.size() - 1, 0, ms, limit, found);
-    return found;
 }
 
 // NOLINTNEXTLINE(misc-no-recursion): at most as deep as the levels, of which there are few

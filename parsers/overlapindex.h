@@ -13,8 +13,8 @@ public:
     /** @param spans  of the cues of a list, in its order. */
     explicit OverlapIndex(std::vector<CueIndex::Span> spans);
 
-    /** The places of the cues due at @p ms, in the order of the list; the first @p limit of them. */
-    std::vector<int> Find(std::int64_t ms, std::size_t limit) const;
+    /** The places of the cues due at @p ms, in the order of the list; the first @p limit of them. @p found is emptied first. */
+    void Find(std::int64_t ms, std::size_t limit, std::vector<int> &found) const;
 
 private:
     void Collect(std::size_t level, std::size_t at, std::int64_t ms, std::size_t limit, std::vector<int> &found) const;

@@ -109,6 +109,28 @@ QGlyphLayout CopyLayout(const QGlyphLayout &from, std::vector<char> &memory)
     return copy;
 }
 
+/** Pixels of a filled path, by QPainter's antialiasing. */
+ByteMask FillCoverage(const QPainterPath &path)
+{
+    const QRect box = path.boundingRect().toAlignedRect().adjusted(-1, -1, 1, 1);
+    if (path.isEmpty())
+        return {};
+    QImage image(box.size(), QImage::Format_Alpha8);
+    if (image.isNull())
+        return {};
+    image.fill(0);
+    QPainterPath moved = path.translated(-box.topLeft());
+    moved.setFillRule(Qt::WindingFill);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.fillPath(moved, Qt::black);
+    painter.end();
+    ByteMask mask = MakeByteMask(box.left(), box.top(), box.width(), box.height());
+    for (int row = 0; row < mask.nRows; ++row)
+        std::copy_n(image.constScanLine(row), mask.nColumns, mask.Row(row));
+    return mask;
+}
+
 } // namespace
 
 bool FontKey::operator==(const FontKey &other) const
@@ -191,6 +213,11 @@ bool GlyphRun::IsRightToLeft() const
     return m_pItem->flags.testFlag(QTextItem::RightToLeft);
 }
 
+bool GlyphRun::IsColored() const
+{
+    return m_pItem->pFont->glyphFormat == QFontEngine::Format_ARGB;
+}
+
 double GlyphRun::RightEdge() const
 {
     QFixed edge;
@@ -232,6 +259,21 @@ std::optional<BitMask> GlyphRun::Image(std::uint32_t glyph, FixedPoint place) co
                 return std::nullopt;
         }
     }
+    return mask;
+}
+
+ByteMask GlyphRun::Coverage(std::uint32_t glyph, int fraction) const
+{
+    const QFontEngine::Glyph *image =
+        Source() == GlyphSource::Image
+            ? m_pItem->pFont->glyphData(glyph, QFixed::fromFixed(fraction), QFontEngine::Format_A8, QTransform())
+            : nullptr;
+    if (!image || !image->data || image->format != QFontEngine::Format_A8)
+        return FillCoverage(Path(glyph).translated(fraction / 64.0, 0));
+    ByteMask mask = MakeByteMask(image->x, -image->y, image->width, image->height);
+    const int stride = (image->width + 3) / 4 * 4; // as QPainter has it
+    for (int row = 0; row < mask.nRows; ++row)
+        std::copy_n(image->data + static_cast<std::ptrdiff_t>(row) * stride, mask.nColumns, mask.Row(row));
     return mask;
 }
 

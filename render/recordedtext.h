@@ -1,5 +1,6 @@
 #pragma once
 
+#include "render/bytemask.h"
 #include "render/textink.h"
 
 #include <QByteArray>
@@ -67,6 +68,9 @@ public:
 
     bool IsRightToLeft() const;
 
+    /** Whether glyphs bring colours of their own. */
+    bool IsColored() const;
+
     /** In pixels, of the glyphs' bounding boxes. */
     double RightEdge() const;
 
@@ -81,6 +85,13 @@ public:
      * @param place  only the fraction of a pixel in x counts.
      */
     std::optional<BitMask> Image(std::uint32_t glyph, FixedPoint place) const;
+
+    /**
+     * How much of each pixel a glyph covers, relative to the pixel that its origin lies in. Of a font that is painted
+     * without antialiasing these are 0 and 255.
+     * @param fraction  the part of a pixel, in 64ths, that the glyph is moved to the right by.
+     */
+    ByteMask Coverage(std::uint32_t glyph, int fraction) const;
 
     /** A glyph's outline with its origin at (0, 0). */
     QPainterPath Path(std::uint32_t glyph) const;

@@ -3,10 +3,10 @@
 #include "parsers/framelimit.h"
 #include "render/messagesilencer.h"
 #include "render/recordedtext.h"
+#include "render/textlayout.h"
 
 #include <QPainter>
 #include <QThread>
-#include <QtMath>
 
 #include <algorithm>
 #include <functional>
@@ -14,28 +14,8 @@
 namespace
 {
 
-constexpr int DrawFlags = Qt::AlignHCenter | Qt::TextWordWrap;
-
 constexpr int LongText = 4096;   // UTF-16 units
 constexpr int WideFrame = 16384; // pixels; Qt's rasteriser tells places in 16 bits, and draws nothing beyond
-
-/** What is painted of a text. Surrogate pairs are not parted. */
-QString Beginning(const QString &text)
-{
-    constexpr int Size = TextPainter::MaxTextSize;
-    return text.left(text.size() > Size && text.at(Size - 1).isHighSurrogate() ? Size - 1 : Size);
-}
-
-/** A transparent image; null without memory. */
-QImage CreateCanvas(int width, int height)
-{
-    constexpr double InchesPerMeter = 1 / 0.0254;
-    QImage canvas(width, height, QImage::Format_ARGB32);
-    canvas.fill(0);
-    canvas.setDotsPerMeterX(qRound(DotsPerInch * InchesPerMeter));
-    canvas.setDotsPerMeterY(qRound(DotsPerInch * InchesPerMeter));
-    return canvas;
-}
 
 /** Without antialiasing, which would bring other colours than the pen's. */
 QFont PaintFont(const QFont &font)
@@ -99,32 +79,36 @@ void PaintRow(QRgb *pixels, const TextInk &ink, int row, int width, const TextSt
 
 } // namespace
 
+QImage CreateTextCanvas(int width, int height)
+{
+    constexpr double InchesPerMeter = 1 / 0.0254;
+    QImage canvas(width, height, QImage::Format_ARGB32);
+    canvas.fill(0);
+    canvas.setDotsPerMeterX(qRound(DotsPerInch * InchesPerMeter));
+    canvas.setDotsPerMeterY(qRound(DotsPerInch * InchesPerMeter));
+    return canvas;
+}
+
 PaintedText TextPainter::Paint(const TextStyle &style, int width, int height, const QString &wholeText)
 {
     if (!IsPossibleFrame(width, height))
         return {};
-    const QString text = Beginning(wholeText);
+    const QString text = PaintedPart(wholeText);
     std::optional<MessageSilencer> silencer;
     if (HasNewCharacters(style.font, text))
         silencer.emplace();
     const QFont font = PaintFont(style.font);
-    // The frame, moved so that lines centred in it are centred in the text's box, which depends on the lines.
-    const int middle = width / 2;
-    const QRectF frameBox(middle + 1 - width / 2.0, 0, width, height);
-    RecordedText recorded(font, frameBox, DrawFlags | Qt::TextDontClip, text);
-    const int textHeight = qCeil(recorded.Bounds().height());
-    const int halfWidth = qCeil(recorded.Bounds().width()) / 2;
-    const QRect box(QPoint(middle - halfWidth, 0), QPoint(middle + halfWidth + 1, textHeight));
+    const auto [recorded, box] = LayOutText(font, {width, height}, width, text);
     PaintedText result;
-    result.nTextHeight = textHeight;
+    result.nTextHeight = box.height() - 1;
     result.rcText = box;
-    const auto layOut = [&](int dx) { return RecordedText(font, box.translated(dx, 0), DrawFlags, text); };
-    if (!recorded.HasLinesOfBox(box.width()))
-        recorded = layOut(0);
+    const auto layOut = [&font = font, &text = text, rcBox = box](int dx) {
+        return RecordedText(font, rcBox.translated(dx, 0), TextFlags, text);
+    };
     if (style.bOutline && std::max(width, height) <= WideFrame)
         result.ink = m_glyphPainter.Paint(recorded, {width, height});
     if (!result.ink) {
-        result.image = CreateCanvas(width, height);
+        result.image = CreateTextCanvas(width, height);
         if (!result.image.isNull())
             PaintBySingleDraws(result.image, style, recorded, layOut);
     }
@@ -137,7 +121,7 @@ void TextPainter::Load(const QFont &font)
     if (!HasNewCharacters(font, text))
         return;
     const MessageSilencer silencer;
-    (void)RecordedText(PaintFont(font), QRectF(0, 0, 1, 1), DrawFlags, text);
+    (void)RecordedText(PaintFont(font), QRectF(0, 0, 1, 1), TextFlags, text);
 }
 
 bool TextPainter::HasNewCharacters(const QFont &font, const QString &text)
@@ -161,7 +145,7 @@ QImage MakeImage(const PaintedText &painted, const TextStyle &style, int width, 
 {
     if (!painted.ink)
         return painted.image;
-    QImage image = CreateCanvas(width, height);
+    QImage image = CreateTextCanvas(width, height);
     const TextInk &ink = *painted.ink;
     for (int row = 0; row < ink.text.nRows && !image.isNull(); ++row) {
         const int y = ink.text.nTop + row;

@@ -11,6 +11,9 @@
 #include <bitset>
 #include <optional>
 
+/** A transparent image of DotsPerInch, QImage::Format_ARGB32; null without memory. */
+QImage CreateTextCanvas(int width, int height);
+
 /** How text looks; colours are 0xAARRGGBB words whose alpha is 0xFF. */
 struct TextStyle {
     QFont font;

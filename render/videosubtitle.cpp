@@ -1,6 +1,7 @@
 #include "render/videosubtitle.h"
 
 #include "render/messagesilencer.h"
+#include "render/naturalview.h"
 #include "render/qtruntime.h"
 #include "render/qtuse.h"
 #include "render/scopedlock.h"
@@ -106,6 +107,7 @@ void VideoSubtitle::CreateVideoSubtitle(int width, int height)
     m_bOutline = 1;
     m_nLogoPos = 85;
     m_nVideoWidth = width;
+    ++m_nChanges;
 }
 
 int VideoSubtitle::SetFontParam(const char *family, int pointSize, int style)
@@ -127,7 +129,7 @@ int VideoSubtitle::SetFontParam(const char *family, int pointSize, int style)
         const std::lock_guard<std::mutex> lock(m_fontMutex);
         *m_pFont = font;
     }
-    m_bDirty = 1;
+    MarkChanged();
     return 0;
 }
 
@@ -141,14 +143,14 @@ int VideoSubtitle::SetSubFontColor(uchar r, uchar g, uchar b)
     if (color == m_nFontColor)
         return -1;
     m_nFontColor = color;
-    m_bDirty = 1;
+    MarkChanged();
     return 0;
 }
 
 int VideoSubtitle::SetSubOutlineColor(int /*enable*/, uchar r, uchar g, uchar b)
 {
-    m_bDirty = 1;
     m_nOutlineColor = qRgb(r, g, b);
+    MarkChanged();
     return 0;
 }
 
@@ -172,7 +174,7 @@ int VideoSubtitle::SetLogoPos(int percent)
 int VideoSubtitle::SetSubtitleFile(const char *path, int track)
 {
     const ScopedLock lock(m_mutex);
-    m_bDirty = 1;
+    MarkChanged();
     m_nAnchorOffset = PercentOf(m_nVideoHeight, 85);
     const QtUse use;
     if (!path || !*path || !use)
@@ -213,6 +215,7 @@ int VideoSubtitle::SetTimeStamp(long ms)
     if (ms < 0)
         return -1;
     try {
+        m_nTime = ms;
         const QString subtitle = m_parserManager.GetSubtitle(ms);
         if (subtitle != m_strSubtitle) {
             m_strSubtitle = subtitle;
@@ -220,6 +223,7 @@ int VideoSubtitle::SetTimeStamp(long ms)
         }
     } catch (...) {
         m_strSubtitle.clear(); // rather none than one of another time
+        m_nTime = 0;
         throw;
     }
     return 0;
@@ -245,6 +249,60 @@ int VideoSubtitle::VisitShown(ShownVisitor &visitor)
     shown.nFrameHeight = m_nVideoHeight;
     visitor.Visit(shown);
     return 0;
+}
+
+int VideoSubtitle::VisitNatural(const NaturalSettings &settings, NaturalVisitor &visitor)
+{
+    const ScopedLock lock(m_mutex);
+    NaturalSubtitle shown = {};
+    if (m_pFont) {
+        if (!EnsureNatural(settings))
+            return -1;
+        shown = m_pNaturalView->Shown(m_nAlpha);
+    }
+    shown.nFrameWidth = m_nVideoWidth;
+    shown.nFrameHeight = m_nVideoHeight;
+    visitor.Visit(shown);
+    return 0;
+}
+
+void VideoSubtitle::MarkChanged()
+{
+    m_bDirty = 1;
+    ++m_nChanges;
+}
+
+bool VideoSubtitle::EnsureNatural(const NaturalSettings &settings)
+{
+    const bool isText = m_parserManager.IsTextSub();
+    // In this order, so that a font that is set meanwhile is not forgotten.
+    NaturalKey key;
+    key.nChanges = m_nChanges;
+    key.frame = QSize(m_nVideoWidth, m_nVideoHeight);
+    key.nPosition = m_nLogoPos;
+    key.settings = settings;
+    if (isText)
+        key.listTexts = m_parserManager.AllDueTexts(m_nTime);
+    else
+        key.strPicture = m_strSubtitle;
+    if (m_pNaturalView && m_pNaturalView->IsOf(key))
+        return true;
+    const QtUse use(QtUse::Work::Painting);
+    if (!use)
+        return false;
+    if (!m_pNaturalView)
+        m_pNaturalView = std::make_unique<NaturalView>();
+    if (isText) {
+        EnsureFonts();
+        m_pNaturalView->PaintText(key, Style());
+        return true;
+    }
+    const MessageSilencer silencer; // as in OpenFile()
+    ColorPicture picture;
+    if (!key.strPicture.isEmpty())
+        picture = m_parserManager.ToColorPicture(key.strPicture);
+    m_pNaturalView->PaintPicture(key, picture, FrameOffset(m_nVideoHeight, m_nLogoPos, PercentOf(m_nVideoHeight, 85)));
+    return true;
 }
 
 int VideoSubtitle::DrawSubSurface(AVPicture *frame)

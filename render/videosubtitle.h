@@ -3,6 +3,7 @@
 #include "api/libsubtitle.h"
 #include "parsers/parsermanager.h"
 #include "render/compositor.h"
+#include "render/naturalsubtitle.h"
 #include "render/textpainter.h"
 
 #include <QFont>
@@ -14,11 +15,13 @@
 #include <memory>
 #include <mutex>
 
+class NaturalView;
+
 /**
  * The renderer behind a handle; libsubtitle.h says what each operation means to a host.
  *
- * SetSubFontColor(), SetAlpah(), SetLogoPos(), SetSubtitleFile(), HasTrack(), SetTimeStamp(), ProcessFrame() and
- * VisitShown() wait for each other. SetFontParam() and SetSubOutlineColor() may be called meanwhile and do not wait.
+ * SetSubFontColor(), SetAlpah(), SetLogoPos(), SetSubtitleFile(), HasTrack(), SetTimeStamp(), ProcessFrame(),
+ * VisitShown() and VisitNatural() wait for each other. SetFontParam() and SetSubOutlineColor() may be called meanwhile and do not wait.
  * Nothing else may overlap.
  *
  * While the process ends, everything that would paint, read or set a font returns -1, and there are no new renderers.
@@ -61,6 +64,11 @@ public:
      * out. When the image cannot be built, -1 or an exception as from ProcessFrame(), and it is not called.
      */
     int VisitShown(ShownVisitor &visitor);
+    /**
+     * The same with the natural look. It is kept for one kind of settings: those who ask in turn with different ones wait
+     * for it to be painted each time.
+     */
+    int VisitNatural(const NaturalSettings &settings, NaturalVisitor &visitor);
     /** Rebuilds the image if anything changed, then blends it. The caller holds the lock. */
     int DrawSubSurface(AVPicture *frame);
     /** Blends the current image. The caller holds the lock. */
@@ -81,6 +89,10 @@ private:
     Q_DECL_HIDDEN void Rebuild();
     /** The same if anything changed. False where the process ends. */
     Q_DECL_HIDDEN bool EnsureBuilt();
+    /** Marks what is painted as out of date, in either look. */
+    Q_DECL_HIDDEN void MarkChanged();
+    /** Paints the natural look if anything changed. False where the process ends. */
+    Q_DECL_HIDDEN bool EnsureNatural(const NaturalSettings &settings);
     /** Gives the compositor the current image, unless it has the text's ink. */
     Q_DECL_HIDDEN void LookUpImage();
     Q_DECL_HIDDEN Placement CurrentPlacement() const;
@@ -113,4 +125,7 @@ private:
     RowRange m_rowsVisible = RowRange::All(); ///< in all others the image has no visible pixel
     bool m_bInk = false;                      ///< the compositor has the text's ink, and m_pImage is null
     Compositor m_compositor;
+    std::atomic<unsigned> m_nChanges = 0;        ///< of style and file
+    long m_nTime = 0;                            ///< set last
+    std::unique_ptr<NaturalView> m_pNaturalView; ///< null until someone asks
 };

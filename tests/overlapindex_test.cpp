@@ -30,12 +30,17 @@ TEST(OverlapIndex, FindsWhatASearchFinds)
             spans.push_back({first, first + static_cast<int>(random() % 40) - 5});
         }
         const OverlapIndex index(spans);
+        std::vector<int> found = {1, 2, 3};
         for (std::int64_t ms = -2; ms < 1100; ++ms) {
-            ASSERT_EQ(index.Find(ms, 64), Search(spans, ms, 64)) << count << " cues at " << ms;
-            ASSERT_EQ(index.Find(ms, 2), Search(spans, ms, 2)) << count << " cues at " << ms;
+            for (const std::size_t limit : {64, 2}) {
+                index.Find(ms, limit, found);
+                ASSERT_EQ(found, Search(spans, ms, limit)) << count << " cues at " << ms;
+            }
         }
     }
-    EXPECT_TRUE(OverlapIndex().Find(0, 1).empty());
+    std::vector<int> found = {1};
+    OverlapIndex().Find(0, 1, found);
+    EXPECT_TRUE(found.empty());
 }
 
 template <typename Parser>

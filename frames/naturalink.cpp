@@ -1,0 +1,259 @@
+#include "frames/naturalink.h"
+
+#include "frames/samplerows.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace
+{
+
+/** Groups without a covered pixel between two runs that are not worth a span of their own. */
+constexpr int MaxGap = 1;
+
+float CodeOf(const FrameColor &color, int component)
+{
+    return static_cast<float>(color.fine[component]) / (1 << FineBits);
+}
+
+/** Adds @p share of each number of a row, moved by @p from places, at every second place. */
+void AddSeconds(std::vector<float> &to, const std::vector<float> &row, std::size_t from, float share)
+{
+    for (std::size_t i = 0; i < to.size(); ++i)
+        to[i] += share * row[2 * i + from];
+}
+
+} // namespace
+
+void NaturalInk::Build(const NaturalMap &map, const FrameLayout &layout, const FrameColors &colors,
+                       const InkColors &ofText)
+{
+    m_layout = layout;
+    m_colors = {colors.Convert(ofText.text), colors.Convert(ofText.outline)};
+    m_bPicture = map.HasPicture();
+    for (ByteBlend &blend : m_bytes)
+        blend.Clear();
+    for (SampleBlend &blend : m_samples)
+        blend = {};
+    for (int plane = 0; plane < m_layout.format.nPlanes; ++plane)
+        BuildPlane(map, plane);
+}
+
+void NaturalInk::BuildPlane(const NaturalMap &map, int plane)
+{
+    bool isMeanOfRows = false;
+    bool isUsed = false;
+    m_layout.format.ForComponents(plane, [&](int, const Component &component) {
+        isUsed = true;
+        isMeanOfRows |= component.nRowsLog2 > 0;
+    });
+    int first = map.Area().nTop;
+    int last = first + map.Area().nRows - 1;
+    if (!isUsed || last < first)
+        return;
+    if (isMeanOfRows)
+        m_layout.rows.ToSamples(first, last);
+    for (int row = first; row <= last; ++row) {
+        m_listGroups.assign(map.GroupCount(), 0);
+        const Taps taps = isMeanOfRows ? m_layout.rows.At(row) : Taps{1, {row}, {Taps::Whole}};
+        for (int tap = 0; tap < taps.nCount; ++tap) {
+            const std::uint8_t *groups = map.Groups(taps.positions[tap]);
+            for (std::size_t i = 0; groups && i < m_listGroups.size(); ++i)
+                m_listGroups[i] |= groups[i];
+        }
+        ForRuns(
+            map.GroupCount(), MaxGap, [&](int i) { return m_listGroups[i] != 0; },
+            [&](int from, int end) {
+                const int right = map.Area().nLeft + map.Area().nColumns;
+                BuildRun(map, plane, row, map.Area().nLeft + from * NaturalMap::GroupPixels,
+                         std::min(map.Area().nLeft + end * NaturalMap::GroupPixels, right));
+            });
+    }
+}
+
+void NaturalInk::BuildRun(const NaturalMap &map, int plane, int row, int first, int end)
+{
+    bool hasSingles = false;
+    bool hasMeans = false;
+    bool isMeanOfRows = false;
+    m_layout.format.ForComponents(plane, [&](int, const Component &component) {
+        (component.nColumnsLog2 > 0 ? hasMeans : hasSingles) = true;
+        isMeanOfRows |= component.nRowsLog2 > 0;
+    });
+    if (hasMeans) {
+        int firstSample = first;
+        int lastSample = end - 1;
+        m_layout.columns.ToSamples(firstSample, lastSample);
+        LoadMeans(map, isMeanOfRows ? m_layout.rows.At(row) : Taps{1, {row}, {Taps::Whole}}, firstSample,
+                  lastSample - firstSample + 1);
+        // So that both kinds begin in one place.
+        first = 2 * firstSample;
+        end = std::min(2 * (lastSample + 1), m_layout.nWidth);
+    }
+    if (hasSingles)
+        LoadShares(map, row, first, end - first);
+    if (m_layout.format.nElementBytes == 1) {
+        PutBytes(plane, row, !hasSingles);
+        return;
+    }
+    m_layout.format.ForComponents(plane, [&](int i, const Component &component) {
+        PutSamples(i, row, component.nColumnsLog2 > 0 ? m_means : m_single);
+    });
+}
+
+void NaturalInk::AddPictureCodes(const NaturalMap &map, Shares &shares) const
+{
+    for (int i = 0; i < 4; ++i) {
+        if (!m_bPicture || (i < 3 ? i >= m_layout.format.nColors : !m_layout.format.bAlpha))
+            continue;
+        std::vector<float> &codes = shares.pictureCodes[i];
+        codes.resize(shares.nCount);
+        for (int pixel = 0; pixel < shares.nCount; ++pixel)
+            codes[pixel] = m_weights.picture[pixel] * CodeOf(map.Colors()[m_weights.colors[pixel]], i);
+    }
+}
+
+void NaturalInk::LoadShares(const NaturalMap &map, int row, int first, int count)
+{
+    map.Load(row, first, count, m_weights);
+    m_single.nFirst = first;
+    m_single.nCount = count;
+    AddPictureCodes(map, m_single);
+    std::swap(m_single.text, m_weights.text);
+    std::swap(m_single.outline, m_weights.outline);
+    std::swap(m_single.picture, m_weights.picture);
+}
+
+void NaturalInk::LoadMeans(const NaturalMap &map, const Taps &rows, int first, int count)
+{
+    const int pixel = 2 * first - 1;
+    const std::size_t pixels = 2 * static_cast<std::size_t>(count) + 2;
+    m_means.nFirst = first;
+    m_means.nCount = count;
+    for (auto *list : {&m_means.text, &m_means.outline, &m_means.picture})
+        list->assign(count, 0.0F);
+    for (auto &codes : m_means.pictureCodes)
+        codes.assign(m_bPicture ? count : 0, 0.0F);
+    const std::array<int, 4> columns = m_layout.columns.Weights();
+    // Beyond the frame's sides are the pixels at the sides.
+    const std::size_t before = pixel < 0 ? 1 : 0;
+    const std::size_t inFrame = std::min<std::ptrdiff_t>(m_layout.nWidth - pixel, static_cast<std::ptrdiff_t>(pixels));
+    const auto extend = [&](std::vector<float> &list) {
+        list.resize(pixels);
+        if (before > 0)
+            list[0] = list[1];
+        for (std::size_t i = inFrame; i < pixels; ++i)
+            list[i] = list[inFrame - 1];
+    };
+    for (int tap = 0; tap < rows.nCount; ++tap) {
+        map.Load(rows.positions[tap], pixel, static_cast<int>(pixels), m_weights);
+        m_row.nCount = static_cast<int>(pixels);
+        AddPictureCodes(map, m_row);
+        const auto add = [&](std::vector<float> &to, std::vector<float> &row) {
+            extend(row);
+            for (std::size_t i = 0; i < columns.size(); ++i) {
+                if (columns[i] != 0)
+                    AddSeconds(to, row, i,
+                               static_cast<float>(rows.weights[tap] * columns[i]) / (Taps::Whole * Taps::Whole));
+            }
+        };
+        add(m_means.text, m_weights.text);
+        add(m_means.outline, m_weights.outline);
+        if (!m_bPicture)
+            continue;
+        add(m_means.picture, m_weights.picture);
+        for (int i = 0; i < m_layout.format.nColors; ++i)
+            add(m_means.pictureCodes[i], m_row.pictureCodes[i]);
+    }
+}
+
+/** Calls @p put(sample, code, rest): what is added to it, and how much of it stays. */
+template <typename Put>
+void NaturalInk::ForParts(int component, const Shares &shares, Put put) const
+{
+    const float text = CodeOf(m_colors.text, component);
+    const float outline = CodeOf(m_colors.outline, component);
+    const std::size_t count = shares.nCount;
+    if (!m_bPicture) {
+        for (std::size_t i = 0; i < count; ++i)
+            put(i, shares.text[i] * text + shares.outline[i] * outline, 1 - shares.text[i] - shares.outline[i]);
+        return;
+    }
+    const std::vector<float> &codes = shares.pictureCodes[component];
+    for (std::size_t i = 0; i < count; ++i) {
+        put(i, shares.text[i] * text + shares.outline[i] * outline + codes[i],
+            1 - shares.text[i] - shares.outline[i] - shares.picture[i]);
+    }
+}
+
+void NaturalInk::PutBytes(int plane, int row, bool isSubsampled)
+{
+    ByteBlend &blend = m_bytes[plane];
+    int first = 0;
+    int count = 0;
+    m_layout.format.ForComponents(plane, [&](int, const Component &component) {
+        const Shares &shares = component.nColumnsLog2 > 0 ? m_means : m_single;
+        if (component.nColumnsLog2 == 0 || isSubsampled)
+            first = shares.nFirst * component.nStep;
+        count = std::max(count, shares.nCount * component.nStep);
+    });
+    const std::size_t at = blend.Add(row, first, count);
+    m_layout.format.ForComponents(plane, [&](int i, const Component &component) {
+        const std::size_t step = component.nStep;
+        std::uint16_t *bases = blend.listBases.data() + at + component.nOffset;
+        std::uint8_t *rests = blend.listRests.data() + at + component.nOffset;
+        ForParts(i, component.nColumnsLog2 > 0 ? m_means : m_single, [&](std::size_t sample, float code, float rest) {
+            constexpr float Middle = 127.5F; // of a byte; also half of what the sum is divided by
+            const float whole = 255 * rest;
+            const int rounded = static_cast<int>(whole + 0.5F);
+            rests[sample * step] = static_cast<std::uint8_t>(rounded);
+            // What the rounding takes or adds is made up for as for a byte of middle size.
+            bases[sample * step] =
+                static_cast<std::uint16_t>(255 * code + (whole - static_cast<float>(rounded)) * Middle + Middle);
+        });
+    });
+}
+
+void NaturalInk::PutSamples(int component, int row, const Shares &shares)
+{
+    SampleBlend &blend = m_samples[component];
+    blend.listSpans.push_back({row, shares.nFirst, shares.nCount, blend.listBases.size()});
+    ForParts(component, shares, [&](std::size_t, float code, float rest) {
+        constexpr float Whole = 65536;
+        blend.listBases.push_back(static_cast<std::uint32_t>(Whole * code + Whole / 2));
+        blend.listRests.push_back(static_cast<std::uint32_t>(std::clamp(Whole * rest + 0.5F, 0.0F, Whole)));
+    });
+}
+
+void NaturalInk::Draw(const FramePlanes &planes) const
+{
+    if (m_layout.format.nElementBytes == 1) {
+        for (std::size_t plane = 0; plane < planes.size(); ++plane)
+            m_pKernel->Blend(planes[plane], m_bytes[plane]);
+        return;
+    }
+    for (int component = 0; component < 4; ++component)
+        DrawSamples(planes, component);
+}
+
+void NaturalInk::DrawSamples(const FramePlanes &planes, int component) const
+{
+    const SampleBlend &blend = m_samples[component];
+    const Component &format = m_layout.format.components[component];
+    const auto max = static_cast<std::uint64_t>(format.Max());
+    SampleChunk values;
+    for (const Span &span : blend.listSpans) {
+        const SampleRow samples(planes, format, m_layout.format.nElementBytes, span.nRow);
+        for (int done = 0; done < span.nCount; done += ChunkSamples) {
+            const int count = std::min(ChunkSamples, span.nCount - done);
+            const std::uint32_t *bases = blend.listBases.data() + span.nAt + done;
+            const std::uint32_t *rests = blend.listRests.data() + span.nAt + done;
+            samples.Load(values.data(), span.nFirst + done, count);
+            for (int i = 0; i < count; ++i) {
+                const std::uint64_t sum = bases[i] + std::uint64_t{rests[i]} * static_cast<std::uint32_t>(values[i]);
+                values[i] = static_cast<std::int32_t>(std::min(sum >> 16, max));
+            }
+            samples.Store(values.data(), span.nFirst + done, count);
+        }
+    }
+}

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "frames/blendlists.h"
+#include "frames/framecolors.h"
+#include "frames/framelayout.h"
+#include "frames/naturalmap.h"
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+/** The natural look in the format of a frame: how much of each sample stays, and what is added. */
+class NaturalInk
+{
+public:
+    void Build(const NaturalMap &map, const FrameLayout &layout, const FrameColors &colors, const InkColors &ofText);
+    /** Allocates nothing. */
+    void Draw(const FramePlanes &planes) const;
+
+private:
+    /** Shares of neighbours in a row of samples, and what the picture adds to each component. */
+    struct Shares {
+        int nFirst, nCount; ///< samples
+        std::vector<float> text, outline, picture;
+        std::array<std::vector<float>, 4> pictureCodes;
+    };
+    void BuildPlane(const NaturalMap &map, int plane);
+    void BuildRun(const NaturalMap &map, int plane, int row, int first, int end);
+    void LoadShares(const NaturalMap &map, int row, int first, int count);
+    void LoadMeans(const NaturalMap &map, const Taps &rows, int first, int count);
+    void AddPictureCodes(const NaturalMap &map, Shares &shares) const;
+    void PutBytes(int plane, int row, bool isSubsampled);
+    void PutSamples(int component, int row, const Shares &shares);
+    template <typename Put>
+    void ForParts(int component, const Shares &shares, Put put) const;
+    void DrawSamples(const FramePlanes &planes, int component) const;
+
+    const BlendBytesKernel *m_pKernel = &BestBlendBytes(); ///< chosen ahead: asking the processor takes a while
+    FrameLayout m_layout = {};
+    InkFrameColors m_colors = {};
+    std::array<ByteBlend, 4> m_bytes;     ///< of the planes, where elements are bytes
+    std::array<SampleBlend, 4> m_samples; ///< of the components, where they are not
+    // While something is built.
+    bool m_bPicture = false;
+    NaturalMap::Weights m_weights;
+    Shares m_single = {}; ///< of samples that belong to one pixel
+    Shares m_means = {};  ///< of chroma samples that belong to several
+    Shares m_row = {};    ///< of the pixels that such samples are of
+    std::vector<std::uint8_t> m_listGroups;
+};

@@ -1,0 +1,52 @@
+#include "render/coverageglyphs.h"
+
+#include <algorithm>
+
+namespace
+{
+
+constexpr std::size_t MaxBytes = std::size_t{24} * 1024 * 1024;
+
+} // namespace
+
+void CoverageGlyphs::SetOutline(double width)
+{
+    if (width == m_dOutline)
+        return;
+    m_listFonts.clear();
+    m_nBytes = 0;
+    m_disc = CoverageDisc(width);
+    m_dOutline = width;
+}
+
+void CoverageGlyphs::Limit()
+{
+    if (m_nBytes <= MaxBytes)
+        return;
+    m_listFonts.clear();
+    m_nBytes = 0;
+}
+
+CoverageGlyphs::Font &CoverageGlyphs::FindFont(const GlyphRun &run)
+{
+    const FontKey key = run.Key();
+    const auto font =
+        std::find_if(m_listFonts.begin(), m_listFonts.end(), [&](const Font &known) { return known.key == key; });
+    return font != m_listFonts.end() ? *font : m_listFonts.emplace_back(Font{key, {}});
+}
+
+const CoveredGlyph &CoverageGlyphs::Find(const GlyphRun &run, std::uint32_t glyph, FixedPoint place)
+{
+    Font &font = FindFont(run);
+    // Qt has four places for images; more would not be seen of larger glyphs either.
+    const int fraction = run.Source() == GlyphSource::Image ? run.SubPixelOf(place) : place.nX & 0x30;
+    const std::uint64_t key = std::uint64_t{glyph} << 8 | static_cast<unsigned>(fraction);
+    const auto known = font.mapGlyphs.find(key);
+    if (known != font.mapGlyphs.end())
+        return known->second;
+    CoveredGlyph covered;
+    covered.text = run.Coverage(glyph, fraction);
+    covered.outline = m_disc.Spread(covered.text);
+    m_nBytes += 256 + covered.text.listBytes.size() + covered.outline.listBytes.size();
+    return font.mapGlyphs.emplace(key, std::move(covered)).first->second;
+}

@@ -1,0 +1,185 @@
+#include "render/naturaltext.h"
+
+#include "parsers/framelimit.h"
+#include "render/messagesilencer.h"
+#include "render/textfitter.h"
+
+#include <QPainter>
+
+#include <algorithm>
+#include <climits>
+#include <set>
+
+namespace
+{
+
+/** Smooth edges, whatever the system's settings are. */
+QFont SmoothFont(const QFont &font)
+{
+    QFont smooth = font;
+    smooth.setStyleStrategy(QFont::PreferAntialias);
+    return smooth;
+}
+
+/** The row of a frame at which the lower edge of a text lies. */
+int LowerEdge(const TextLayout &layout, const QSize &frame, int position)
+{
+    const auto middle = static_cast<int>(std::int64_t{frame.height()} * position / 100);
+    const int height = layout.rcBox.height() - 1;
+    std::set<int> lines;
+    for (const GlyphRun &run : layout.text.Runs())
+        lines.insert(static_cast<int>(run.Position().y()));
+    // Of more than two lines as much hangs below the middle as of two.
+    const int count = std::max(2, static_cast<int>(lines.size()));
+    const int lower = lines.size() <= 2 ? height - height / 2 : height / count;
+    return middle + lower;
+}
+
+/** The texts that are painted, of which no more than of a single one. */
+QStringList PaintedParts(const QStringList &texts)
+{
+    QStringList parts;
+    int rest = TextPainter::MaxTextSize;
+    for (const QString &text : texts) {
+        if (text.size() > rest && !parts.isEmpty())
+            break;
+        parts.append(PaintedPart(text));
+        rest -= parts.last().size();
+    }
+    return parts;
+}
+
+void AddSaturated(std::uint8_t *to, const std::uint8_t *from, int count)
+{
+    for (int i = 0; i < count; ++i)
+        to[i] = static_cast<std::uint8_t>(std::min(255, to[i] + from[i]));
+}
+
+void AddGreatest(std::uint8_t *to, const std::uint8_t *from, int count)
+{
+    for (int i = 0; i < count; ++i)
+        to[i] = std::max(to[i], from[i]);
+}
+
+/** Calls @p add(to, from, count) for the rows of a mask, moved, that lie in another. */
+template <typename Add>
+void AddTo(ByteMask &to, const ByteMask &mask, int dx, int dy, Add add)
+{
+    const int left = mask.nLeft + dx - to.nLeft;
+    const int top = mask.nTop + dy - to.nTop;
+    const int first = std::max(0, -left);
+    const int end = std::min(mask.nColumns, to.nColumns - left);
+    if (first >= end)
+        return;
+    for (int row = std::max(0, -top); row < mask.nRows && top + row < to.nRows; ++row)
+        add(to.Row(top + row) + left + first, mask.Row(row) + first, end - first);
+}
+
+} // namespace
+
+NaturalInk NaturalText::Paint(const TextStyle &style, const QSize &frame, const QStringList &texts, int position,
+                              const NaturalSettings &settings)
+{
+    if (!IsPossibleFrame(frame.width(), frame.height()) || texts.isEmpty())
+        return {};
+    const MessageSilencer silencer;
+    const SafeArea area(frame, settings);
+    m_glyphs.SetOutline(area.dOutline);
+    m_glyphs.Limit();
+    std::vector<TextLayout> layouts = FitTexts(SmoothFont(style.font), frame, area, PaintedParts(texts));
+    int rows = 0;
+    for (const TextLayout &layout : layouts)
+        rows += layout.rcBox.height() - 1;
+    int bottom = std::max(LowerEdge(layouts.front(), frame, position), area.nTop + rows);
+    bottom = std::min(bottom, area.nBottom);
+    std::vector<Block> blocks;
+    blocks.reserve(layouts.size());
+    for (TextLayout &layout : layouts) {
+        bottom -= layout.rcBox.height() - 1;
+        blocks.push_back({std::move(layout), bottom});
+    }
+    return Compose(blocks, frame);
+}
+
+NaturalInk NaturalText::Compose(const std::vector<Block> &blocks, const QSize &frame)
+{
+    struct Placed {
+        const CoveredGlyph *pGlyph;
+        int nX, nY;
+    };
+    std::vector<Placed> glyphs;
+    int left = frame.width();
+    int right = 0;
+    int top = frame.height();
+    int bottom = 0; // after the last
+    bool isColored = false;
+    for (const Block &block : blocks) {
+        for (const GlyphRun &run : block.layout.text.Runs()) {
+            isColored |= run.IsColored();
+            for (std::size_t i = 0; i < run.Glyphs().size() && !run.IsColored(); ++i) {
+                const FixedPoint place = run.Places()[i];
+                const int y = RoundToPixel(place.nY) + block.nOffset;
+                if (y < -run.Reach() || y > frame.height() + run.Reach())
+                    continue;
+                const CoveredGlyph &glyph = m_glyphs.Find(run, run.Glyphs()[i], place);
+                const Placed placed = {&glyph, place.nX >> 6, y};
+                for (const ByteMask *mask : {&glyph.text, &glyph.outline}) {
+                    if (mask->nRows == 0 || mask->nColumns == 0)
+                        continue;
+                    left = std::min(left, placed.nX + mask->nLeft);
+                    right = std::max(right, placed.nX + mask->nLeft + mask->nColumns);
+                    top = std::min(top, placed.nY + mask->nTop);
+                    bottom = std::max(bottom, placed.nY + mask->nTop + mask->nRows);
+                }
+                glyphs.push_back(placed);
+            }
+        }
+    }
+    left = std::max(left, 0);
+    top = std::max(top, 0);
+    right = std::min(right, frame.width());
+    bottom = std::min(bottom, frame.height());
+    NaturalInk ink;
+    if (left < right && top < bottom) {
+        ink.text = MakeByteMask(left, top, right - left, bottom - top);
+        ink.outline = ink.text;
+        for (const Placed &placed : glyphs) {
+            AddTo(ink.text, placed.pGlyph->text, placed.nX, placed.nY, AddSaturated);
+            AddTo(ink.outline, placed.pGlyph->outline, placed.nX, placed.nY, AddGreatest);
+        }
+    }
+    if (isColored)
+        PaintColored(blocks, frame, ink);
+    return ink;
+}
+
+void NaturalText::PaintColored(const std::vector<Block> &blocks, const QSize &frame, NaturalInk &ink)
+{
+    int top = INT_MAX;
+    int bottom = INT_MIN;
+    const auto forRuns = [&](auto call) {
+        for (const Block &block : blocks) {
+            for (const GlyphRun &run : block.layout.text.Runs()) {
+                if (run.IsColored())
+                    call(run, block.nOffset);
+            }
+        }
+    };
+    forRuns([&](const GlyphRun &run, int offset) {
+        const int row = static_cast<int>(run.Position().y()) + offset;
+        top = std::min(top, row - run.Reach());
+        bottom = std::max(bottom, row + run.Reach());
+    });
+    top = std::max(top, 0);
+    bottom = std::min(bottom, frame.height());
+    if (top >= bottom)
+        return;
+    QImage image = CreateTextCanvas(frame.width(), bottom - top);
+    if (image.isNull())
+        return;
+    QPainter painter(&image);
+    forRuns([&](const GlyphRun &run, int offset) { run.Draw(painter, {0, offset - top}); });
+    painter.end();
+    ink.colored = image;
+    ink.ptColored = {0, top};
+}

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "render/bytemask.h"
+#include "render/coverageglyphs.h"
+#include "render/naturalsubtitle.h"
+#include "render/textlayout.h"
+#include "render/textpainter.h"
+
+#include <QImage>
+#include <QPoint>
+#include <QStringList>
+
+#include <vector>
+
+/** Text painted for viewers, in pixels of the frame. */
+struct NaturalInk {
+    ByteMask text;
+    ByteMask outline; ///< of the same place and size
+    QImage colored;   ///< glyphs that bring colours of their own, QImage::Format_ARGB32; null when there are none
+    QPoint ptColored; ///< where it lies
+};
+
+/**
+ * Paints texts antialiased, with an outline of a width that follows the frame's, one above the other. Where they fit, lines
+ * are where TextPainter has them.
+ */
+class NaturalText
+{
+public:
+    /**
+     * @param texts     the first one lowest.
+     * @param position  percent of the frame's height at which the middle of one line or two lies; the lower edge of more
+     *                  lines is that of two.
+     */
+    NaturalInk Paint(const TextStyle &style, const QSize &frame, const QStringList &texts, int position,
+                     const NaturalSettings &settings);
+
+private:
+    /** A text laid out, and what is to be added to its rows. */
+    struct Block {
+        TextLayout layout;
+        int nOffset;
+    };
+    NaturalInk Compose(const std::vector<Block> &blocks, const QSize &frame);
+    void PaintColored(const std::vector<Block> &blocks, const QSize &frame, NaturalInk &ink);
+
+    CoverageGlyphs m_glyphs;
+};
