@@ -67,26 +67,25 @@ PlainSubtitle::PlainSubtitle(const BlendInput &in) :
     });
 }
 
-/** The subtitle's pixel at a place of the frame as it is stored. */
-PlainSubtitle::Pixel FrameOracle::Covering(int x, int y) const
+std::pair<int, int> FrameOracle::Place(int x, int y) const
 {
     switch (m_description.orientation) {
     case SUBTITLE_ORIENTATION_UPRIGHT:
-        return m_subtitle.At(x, y);
+        return {x, y};
     case SUBTITLE_ORIENTATION_MIRRORED:
-        return m_subtitle.At(m_subtitle.Width() - 1 - x, y);
+        return {m_nWidth - 1 - x, y};
     case SUBTITLE_ORIENTATION_UPSIDE_DOWN:
-        return m_subtitle.At(x, m_subtitle.Height() - 1 - y);
+        return {x, m_nHeight - 1 - y};
     case SUBTITLE_ORIENTATION_MIRRORED | SUBTITLE_ORIENTATION_UPSIDE_DOWN:
-        return m_subtitle.At(m_subtitle.Width() - 1 - x, m_subtitle.Height() - 1 - y);
+        return {m_nWidth - 1 - x, m_nHeight - 1 - y};
     case SUBTITLE_ORIENTATION_TRANSPOSED:
-        return m_subtitle.At(y, x);
+        return {y, x};
     case SUBTITLE_ORIENTATION_TRANSPOSED | SUBTITLE_ORIENTATION_MIRRORED:
-        return m_subtitle.At(m_subtitle.Width() - 1 - y, x);
+        return {m_nWidth - 1 - y, x};
     case SUBTITLE_ORIENTATION_TRANSPOSED | SUBTITLE_ORIENTATION_UPSIDE_DOWN:
-        return m_subtitle.At(y, m_subtitle.Height() - 1 - x);
+        return {y, m_nHeight - 1 - x};
     default:
-        return m_subtitle.At(m_subtitle.Width() - 1 - y, m_subtitle.Height() - 1 - x);
+        return {m_nWidth - 1 - y, m_nHeight - 1 - x};
     }
 }
 
@@ -158,10 +157,16 @@ int FrameOracle::ChromaRowOf(int y) const
     return std::max(row, 0);
 }
 
-/** A component of a pixel with the subtitle on it, where the chroma of what is below is that of one sample. */
-double FrameOracle::Drawn(const PlainSubtitle::Pixel &pixel, int component, int x, int y, int chromaX,
-                          int chromaY) const
+double FrameOracle::CodeOf(const Rgb &rgb, int component) const
 {
+    const Yuv yuv = ToYuv(rgb);
+    const double values[2][3] = {{yuv.y, yuv.u, yuv.v}, {rgb.red, rgb.green, rgb.blue}};
+    return ToCode(values[IsRgb()][component], component);
+}
+
+double FrameOracle::Drawn(int component, int x, int y, int chromaX, int chromaY) const
+{
+    const PlainSubtitle::Pixel pixel = Covering(x, y);
     Rgb rgb = {};
     if (IsRgb()) {
         rgb = {FromCode(m_frame.Get(0, x, y), 0), FromCode(m_frame.Get(1, x, y), 1), FromCode(m_frame.Get(2, x, y), 2)};
@@ -176,11 +181,15 @@ double FrameOracle::Drawn(const PlainSubtitle::Pixel &pixel, int component, int 
     const Rgb mixed = {(pixel.k * (pixel.red / 255.0) + rest * rgb.blue) / 255,
                        (pixel.k * (pixel.green / 255.0) + rest * rgb.green) / 255,
                        (pixel.k * (pixel.blue / 255.0) + rest * rgb.red) / 255};
-    const Yuv yuv = ToYuv(mixed);
-    const double values[2][3] = {{yuv.y, yuv.u, yuv.v}, {mixed.red, mixed.green, mixed.blue}};
-    const double code = ToCode(values[IsRgb()][component], component);
+    const double code = CodeOf(mixed, component);
     // Opaque text has the code value that its colour is rounded to.
-    return m_subtitle.IsOpaque() ? std::min<double>(std::floor(code + 0.5), m_frame.Max(component)) : code;
+    return m_pSubtitle->IsOpaque() ? std::min<double>(std::floor(code + 0.5), m_frame.Max(component)) : code;
+}
+
+double FrameOracle::DrawnAlpha(int component, int x, int y) const
+{
+    const double k = Covering(x, y).k;
+    return (k * m_frame.Max(component) + (255 - k) * m_frame.Get(component, x, y)) / 255;
 }
 
 PlainSample FrameOracle::Chroma(int component, int x, int y) const
@@ -191,10 +200,10 @@ PlainSample FrameOracle::Chroma(int component, int x, int y) const
     for (const auto &[row, rowWeight] :
          OfRows(location, y, m_description.height, format.log2_chroma_h, m_description.interlaced != 0)) {
         for (const auto &[column, columnWeight] : OfColumns(location, x, m_description.width, format.log2_chroma_w)) {
-            const PlainSubtitle::Pixel pixel = Covering(column, row);
-            sample.bTouched |= pixel.bDrawn;
+            const bool isTouched = Touches(column, row);
+            sample.bTouched |= isTouched;
             sample.value += rowWeight * columnWeight *
-                            (pixel.bDrawn ? Drawn(pixel, component, column, row, x, y) : m_frame.Get(component, x, y));
+                            (isTouched ? Drawn(component, column, row, x, y) : m_frame.Get(component, x, y));
         }
     }
     return sample;
@@ -206,13 +215,11 @@ PlainSample FrameOracle::Sample(int component, int x, int y) const
     if (m_frame.IsChroma(component)) {
         sample = Chroma(component, x, y);
     } else {
-        const PlainSubtitle::Pixel pixel = Covering(x, y);
-        sample.bTouched = pixel.bDrawn;
-        const double max = m_frame.Max(component);
-        if (pixel.bDrawn && m_frame.IsAlpha(component))
-            sample.value = (pixel.k * max + (255 - pixel.k) * m_frame.Get(component, x, y)) / 255;
-        else if (pixel.bDrawn)
-            sample.value = Drawn(pixel, component, x, y, x >> m_frame.Description().log2_chroma_w, ChromaRowOf(y));
+        sample.bTouched = Touches(x, y);
+        if (sample.bTouched && m_frame.IsAlpha(component))
+            sample.value = DrawnAlpha(component, x, y);
+        else if (sample.bTouched)
+            sample.value = Drawn(component, x, y, x >> m_frame.Description().log2_chroma_w, ChromaRowOf(y));
     }
     sample.value = std::min<double>(std::max(sample.value, 0.0), m_frame.Max(component));
     return sample;

@@ -4,6 +4,7 @@
 #include "support/planeframe.h"
 
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 /** A picture's pixels, each drawn or not, with its colour and weight. */
@@ -48,20 +49,44 @@ class FrameOracle
 public:
     /** @param frame  with random samples, as it was @param description  without anything left open */
     FrameOracle(const PlaneFrame &frame, const SubtitleFrame &description, const PlainSubtitle &subtitle) :
-        m_frame(frame), m_description(description), m_subtitle(subtitle)
+        FrameOracle(frame, description, subtitle.Width(), subtitle.Height(), &subtitle)
     {
     }
+    virtual ~FrameOracle() = default;
 
     PlainSample Sample(int component, int x, int y) const;
 
-private:
+protected:
     struct Rgb {
         double red, green, blue;
     };
+    /** @param width, height  of the picture as shown @param subtitle  for this class's own definitions; else null */
+    FrameOracle(const PlaneFrame &frame, const SubtitleFrame &description, int width, int height,
+                const PlainSubtitle *subtitle) :
+        m_frame(frame), m_description(description), m_nWidth(width), m_nHeight(height), m_pSubtitle(subtitle)
+    {
+    }
+
+    /** Whether the subtitle touches a pixel of the frame. */
+    virtual bool Touches(int x, int y) const { return Covering(x, y).bDrawn; }
+    /** A component of a pixel with the subtitle on it, where the chroma of what is below is that of one sample. */
+    virtual double Drawn(int component, int x, int y, int chromaX, int chromaY) const;
+    virtual double DrawnAlpha(int component, int x, int y) const;
+
+    /** Where a place of the frame as it is stored is in the picture as shown: column and row. */
+    std::pair<int, int> Place(int x, int y) const;
+    double CodeOf(const Rgb &rgb, int component) const;
+    const PlaneFrame &Frame() const { return m_frame; }
+
+private:
     struct Yuv {
         double y, u, v;
     };
-    PlainSubtitle::Pixel Covering(int x, int y) const;
+    PlainSubtitle::Pixel Covering(int x, int y) const
+    {
+        const auto [column, row] = Place(x, y);
+        return m_pSubtitle->At(column, row);
+    }
     bool IsRgb() const { return m_frame.Description().flags & AV_PIX_FMT_FLAG_RGB; }
     bool IsGrey() const { return m_frame.Description().nb_components < 3; }
     Yuv ToYuv(const Rgb &rgb) const;
@@ -69,10 +94,10 @@ private:
     double ToCode(double value, int component) const;
     double FromCode(double code, int component) const;
     int ChromaRowOf(int y) const;
-    double Drawn(const PlainSubtitle::Pixel &pixel, int component, int x, int y, int chromaX, int chromaY) const;
     PlainSample Chroma(int component, int x, int y) const;
 
     const PlaneFrame &m_frame;
     SubtitleFrame m_description;
-    const PlainSubtitle &m_subtitle;
+    int m_nWidth, m_nHeight;
+    const PlainSubtitle *m_pSubtitle;
 };
