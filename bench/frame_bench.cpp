@@ -17,11 +17,12 @@ const std::array<const char *, 4> Formats = {"yuv420p", "nv12", "p010le", "rgb24
 class FrameHost
 {
 public:
-    explicit FrameHost(const benchmark::State &state) :
+    explicit FrameHost(const benchmark::State &state, int look = SUBTITLE_LOOK_EXACT) :
         m_ring(FrameRing::Of(Argument(state, 0), Argument(state, 1))),
         m_subtitle(CreateVideoSubtitle(Argument(state, 0), Argument(state, 1))),
         m_burner(CreateSubtitleBurner(m_subtitle))
     {
+        SetSubtitleBurnerLook(m_burner, look);
         SetSubtitleFontParam(m_subtitle, "DejaVu Sans", 0, 0);
         SetSubtitleFile(m_subtitle, SrtFile(FilmCues).c_str(), 0);
         m_frame.width = Argument(state, 0);
@@ -73,6 +74,38 @@ void FrameChange(benchmark::State &state)
     MeasureChanges(state, [&](int n) { host.Process(CueDistance * (2 + n)); });
 }
 
+void NaturalSteady(benchmark::State &state)
+{
+    FrameHost host(state, SUBTITLE_LOOK_NATURAL);
+    host.Process(CueDistance);
+    long ms = 0;
+    for ([[maybe_unused]] auto _ : state)
+        host.Process(CueDistance + ms++ % CueDuration);
+}
+
+void NaturalChange(benchmark::State &state)
+{
+    FrameHost host(state, SUBTITLE_LOOK_NATURAL);
+    MeasureChanges(state, [&](int n) { host.Process(CueDistance * (2 + n)); });
+}
+
+void NaturalSizes(benchmark::internal::Benchmark *benchmark)
+{
+    constexpr int Yuv420p = 0;
+    constexpr int Rgb24 = 3;
+    for (const int format : {Rgb24, Yuv420p}) {
+        for (const auto &[width, height] : FrameSizes)
+            benchmark->Args({width, height, format});
+    }
+    benchmark->Unit(benchmark::kMicrosecond);
+}
+
+void NaturalChanges(benchmark::internal::Benchmark *benchmark)
+{
+    NaturalSizes(benchmark);
+    benchmark->Iterations(ChangeCount)->UseManualTime();
+}
+
 void FormatsAndOpacities(benchmark::internal::Benchmark *benchmark)
 {
     for (int format = 0; format < static_cast<int>(Formats.size()); ++format) {
@@ -91,5 +124,7 @@ void FormatChanges(benchmark::internal::Benchmark *benchmark)
 
 BENCHMARK(SteadyFrame)->Apply(FormatsAndOpacities);
 BENCHMARK(FrameChange)->Apply(FormatChanges);
+BENCHMARK(NaturalSteady)->Apply(NaturalSizes);
+BENCHMARK(NaturalChange)->Apply(NaturalChanges);
 
 } // namespace
