@@ -14,7 +14,20 @@ void Blend(const PlaneTarget &plane, const ByteBlend &blend)
     }
 }
 
-constexpr BlendBytesKernel Portable = {Blend};
+void Put(const float *text, const float *outline, std::size_t count, const ByteCodes &codes, std::uint16_t *bases,
+         std::uint8_t *rests)
+{
+    for (std::size_t i = 0; i < count; ++i) {
+        const float rest = 1 - text[i] - outline[i];
+        for (int byte = 0; byte < codes.nStep; ++byte) {
+            if (codes.bUsed[byte])
+                PutPart(text[i] * codes.text[byte] + outline[i] * codes.outline[byte], rest,
+                        bases[i * codes.nStep + byte], rests[i * codes.nStep + byte]);
+        }
+    }
+}
+
+constexpr BlendBytesKernel Portable = {Blend, Put};
 
 } // namespace
 

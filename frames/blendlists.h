@@ -2,6 +2,7 @@
 
 #include "frames/framelayout.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -31,10 +32,32 @@ struct SampleBlend {
     std::vector<std::uint32_t> listRests; ///< 0 to 65,536
 };
 
-/** All kernels give the same bytes. */
+/** What two colours put into the bytes of a pixel, or of a pair of chroma samples. */
+struct ByteCodes {
+    int nStep;                          ///< bytes a pixel
+    std::array<bool, 4> bUsed;          ///< of these; the others stay as they are
+    std::array<float, 4> text, outline; ///< code values
+};
+
+/**
+ * What a sample's part of a list becomes: @p code is added, and @p rest of it stays. What the rounding of the rest takes or
+ * adds is made up for as for a byte of middle size.
+ */
+inline void PutPart(float code, float rest, std::uint16_t &base, std::uint8_t &rounded)
+{
+    constexpr float Middle = 127.5F; // of a byte; also half of what the sum is divided by
+    const float whole = 255 * rest;
+    rounded = static_cast<std::uint8_t>(whole + 0.5F);
+    base = static_cast<std::uint16_t>(255 * code + (whole - static_cast<float>(rounded)) * Middle + Middle);
+}
+
+/** All kernels give the same bytes, except that numbers of Put() may differ by 1. */
 struct BlendBytesKernel {
     /** Bytes after a span may be written with what they hold; nothing after a row's end is read or written. */
     void (*Blend)(const PlaneTarget &plane, const ByteBlend &blend);
+    /** Fills in lists for pixels with shares of two colours. Of what is not used there is nothing written. */
+    void (*Put)(const float *text, const float *outline, std::size_t count, const ByteCodes &codes,
+                std::uint16_t *bases, std::uint8_t *rests);
 };
 
 /** For any processor. */

@@ -35,8 +35,11 @@ void NaturalInk::Build(const NaturalMap &map, const FrameLayout &layout, const F
         blend.Clear();
     for (SampleBlend &blend : m_samples)
         blend = {};
-    for (int plane = 0; plane < m_layout.format.nPlanes; ++plane)
+    for (int plane = 0; plane < m_layout.format.nPlanes; ++plane) {
+        if (m_layout.format.nElementBytes == 1)
+            m_listCodes[plane] = CodesOf(plane);
         BuildPlane(map, plane);
+    }
 }
 
 void NaturalInk::BuildPlane(const NaturalMap &map, int plane)
@@ -198,20 +201,34 @@ void NaturalInk::PutBytes(int plane, int row, bool isSubsampled)
         count = std::max(count, shares.nCount * component.nStep);
     });
     const std::size_t at = blend.Add(row, first, count);
+    std::uint16_t *bases = blend.listBases.data() + at;
+    std::uint8_t *rests = blend.listRests.data() + at;
+    if (!m_bPicture && m_listCodes[plane].nStep > 0) {
+        const Shares &shares = isSubsampled ? m_means : m_single;
+        m_pKernel->Put(shares.text.data(), shares.outline.data(), shares.nCount, m_listCodes[plane], bases, rests);
+        return;
+    }
     m_layout.format.ForComponents(plane, [&](int i, const Component &component) {
-        const std::size_t step = component.nStep;
-        std::uint16_t *bases = blend.listBases.data() + at + component.nOffset;
-        std::uint8_t *rests = blend.listRests.data() + at + component.nOffset;
         ForParts(i, component.nColumnsLog2 > 0 ? m_means : m_single, [&](std::size_t sample, float code, float rest) {
-            constexpr float Middle = 127.5F; // of a byte; also half of what the sum is divided by
-            const float whole = 255 * rest;
-            const int rounded = static_cast<int>(whole + 0.5F);
-            rests[sample * step] = static_cast<std::uint8_t>(rounded);
-            // What the rounding takes or adds is made up for as for a byte of middle size.
-            bases[sample * step] =
-                static_cast<std::uint16_t>(255 * code + (whole - static_cast<float>(rounded)) * Middle + Middle);
+            const std::size_t byte = sample * component.nStep + component.nOffset;
+            PutPart(code, rest, bases[byte], rests[byte]);
         });
     });
+}
+
+/** Of a plane whose components all have as many samples; else without a step. */
+ByteCodes NaturalInk::CodesOf(int plane) const
+{
+    ByteCodes codes = {};
+    bool isOfOneKind = true;
+    m_layout.format.ForComponents(plane, [&](int i, const Component &component) {
+        isOfOneKind &= codes.nStep == 0 || codes.nStep == component.nStep;
+        codes.nStep = component.nStep;
+        codes.bUsed[component.nOffset] = true;
+        codes.text[component.nOffset] = CodeOf(m_colors.text, i);
+        codes.outline[component.nOffset] = CodeOf(m_colors.outline, i);
+    });
+    return isOfOneKind ? codes : ByteCodes();
 }
 
 void NaturalInk::PutSamples(int component, int row, const Shares &shares)

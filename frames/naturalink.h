@@ -30,6 +30,7 @@ private:
     void LoadMeans(const NaturalMap &map, const Taps &rows, int first, int count);
     void AddPictureCodes(const NaturalMap &map, Shares &shares) const;
     void PutBytes(int plane, int row, bool isSubsampled);
+    ByteCodes CodesOf(int plane) const;
     void PutSamples(int component, int row, const Shares &shares);
     template <typename Put>
     void ForParts(int component, const Shares &shares, Put put) const;
@@ -41,6 +42,7 @@ private:
     std::array<ByteBlend, 4> m_bytes;     ///< of the planes, where elements are bytes
     std::array<SampleBlend, 4> m_samples; ///< of the components, where they are not
     // While something is built.
+    std::array<ByteCodes, 4> m_listCodes = {}; ///< of the planes
     bool m_bPicture = false;
     NaturalMap::Weights m_weights;
     Shares m_single = {}; ///< of samples that belong to one pixel

@@ -119,17 +119,26 @@ void NaturalMap::FindGroups()
     m_nGroups = (m_area.nColumns + GroupPixels - 1) / GroupPixels;
     m_listGroups.assign(static_cast<std::size_t>(m_nGroups) * m_area.nRows, 0);
     std::uint8_t *group = m_listGroups.data();
+    const std::size_t whole = m_area.nColumns / GroupPixels;
+    const std::size_t rest = m_area.nColumns % GroupPixels;
+    const auto any = [](const std::uint8_t *bytes, std::size_t count) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, bytes, count);
+        return word;
+    };
     for (int row = 0; row < m_area.nRows; ++row) {
-        const std::size_t begin = static_cast<std::size_t>(row) * m_area.nColumns;
-        for (int column = 0; column < m_area.nColumns; column += GroupPixels, ++group) {
-            const std::size_t count = std::min(GroupPixels, m_area.nColumns - column);
-            const auto isCovered = [&](const std::uint8_t *bytes) {
-                std::uint64_t any = 0;
-                std::memcpy(&any, bytes + begin + column, count);
-                return any != 0;
-            };
-            *group = isCovered(m_pText) || isCovered(m_pOutline) || (m_bPicture && isCovered(m_listAlphas.data()));
+        const std::size_t at = static_cast<std::size_t>(row) * m_area.nColumns;
+        const std::uint8_t *text = m_pText + at;
+        const std::uint8_t *outline = m_pOutline + at;
+        const std::uint8_t *alphas = m_bPicture ? m_listAlphas.data() + at : text;
+        for (std::size_t i = 0; i < whole; ++i) {
+            const std::size_t first = i * GroupPixels;
+            *group++ = (any(text + first, GroupPixels) | any(outline + first, GroupPixels) |
+                        any(alphas + first, GroupPixels)) != 0;
         }
+        const std::size_t last = whole * GroupPixels;
+        if (rest > 0)
+            *group++ = (any(text + last, rest) | any(outline + last, rest) | any(alphas + last, rest)) != 0;
     }
 }
 
@@ -142,12 +151,17 @@ const std::uint8_t *NaturalMap::Groups(int row) const
 
 void NaturalMap::Load(int row, int column, int count, Weights &weights) const
 {
-    for (auto *list : {&weights.text, &weights.outline, &weights.picture})
-        list->assign(count, 0.0F);
-    weights.colors.assign(m_bPicture ? count : 0, 0);
     const int first = std::max(column, m_area.nLeft);
     const int end = std::min(column + count, m_area.nLeft + m_area.nColumns);
-    if (row < m_area.nTop || row >= m_area.nTop + m_area.nRows || first >= end)
+    const bool isOutside = row < m_area.nTop || row >= m_area.nTop + m_area.nRows || first >= end;
+    for (auto *list : {&weights.text, &weights.outline, &weights.picture}) {
+        if (isOutside || end - first < count || list == &weights.picture)
+            list->assign(list != &weights.picture || m_bPicture ? count : 0, 0.0F);
+        else
+            list->resize(count);
+    }
+    weights.colors.assign(m_bPicture ? count : 0, 0);
+    if (isOutside)
         return;
     const std::size_t at = At(row) + (first - m_area.nLeft);
     const std::size_t to = first - column;

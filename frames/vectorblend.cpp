@@ -79,7 +79,76 @@ void Blend(const PlaneTarget &plane, const ByteBlend &blend)
     }
 }
 
-constexpr BlendBytesKernel Vectors = {Blend};
+using FloatTag = hn::CappedTag<float, 16>;
+using BaseTag = hn::Rebind<std::uint16_t, FloatTag>;
+using RestTag = hn::Rebind<std::uint8_t, FloatTag>;
+
+template <int Step>
+HWY_INLINE void PutVector(const float *text, const float *outline, const ByteCodes &codes, std::uint16_t *bases,
+                          std::uint8_t *rests)
+{
+    const FloatTag tag;
+    const hn::RebindToSigned<FloatTag> whole32;
+    const hn::RebindToSigned<BaseTag> whole16;
+    const BaseTag baseTag;
+    const RestTag restTag;
+    const auto ofText = hn::LoadU(tag, text);
+    const auto ofOutline = hn::LoadU(tag, outline);
+    const auto whole = hn::Mul(hn::Set(tag, 255.0F), hn::Sub(hn::Sub(hn::Set(tag, 1.0F), ofText), ofOutline));
+    const auto rounded = hn::ConvertTo(whole32, hn::Add(whole, hn::Set(tag, 0.5F)));
+    const auto middle = hn::Set(tag, 127.5F);
+    const auto correction = hn::Add(hn::Mul(hn::Sub(whole, hn::ConvertTo(tag, rounded)), middle), middle);
+    const auto rest = hn::DemoteTo(restTag, hn::DemoteTo(whole16, rounded));
+    const auto baseOf = [&](int byte) HWY_ATTR {
+        const auto code = hn::Add(hn::Mul(ofText, hn::Set(tag, codes.text[byte])),
+                                  hn::Mul(ofOutline, hn::Set(tag, codes.outline[byte])));
+        const auto base = hn::Add(hn::Mul(hn::Set(tag, 255.0F), code), correction);
+        return codes.bUsed[byte] ? hn::DemoteTo(baseTag, hn::ConvertTo(whole32, base)) : hn::Set(baseTag, 127);
+    };
+    const auto restOf = [&](int byte) HWY_ATTR { return codes.bUsed[byte] ? rest : hn::Set(restTag, 255); };
+    if constexpr (Step == 1) {
+        hn::StoreU(baseOf(0), baseTag, bases);
+        hn::StoreU(rest, restTag, rests);
+    } else if constexpr (Step == 2) {
+        hn::StoreInterleaved2(baseOf(0), baseOf(1), baseTag, bases);
+        hn::StoreInterleaved2(restOf(0), restOf(1), restTag, rests);
+    } else if constexpr (Step == 3) {
+        hn::StoreInterleaved3(baseOf(0), baseOf(1), baseOf(2), baseTag, bases);
+        hn::StoreInterleaved3(restOf(0), restOf(1), restOf(2), restTag, rests);
+    } else {
+        hn::StoreInterleaved4(baseOf(0), baseOf(1), baseOf(2), baseOf(3), baseTag, bases);
+        hn::StoreInterleaved4(restOf(0), restOf(1), restOf(2), restOf(3), restTag, rests);
+    }
+}
+
+template <int Step>
+HWY_INLINE void PutPixels(const float *text, const float *outline, std::size_t count, const ByteCodes &codes,
+                          std::uint16_t *bases, std::uint8_t *rests)
+{
+    const std::size_t lanes = hn::Lanes(FloatTag());
+    std::size_t i = 0;
+    for (; i + lanes <= count; i += lanes)
+        PutVector<Step>(text + i, outline + i, codes, bases + i * Step, rests + i * Step);
+    PortableBlendBytes().Put(text + i, outline + i, count - i, codes, bases + i * Step, rests + i * Step);
+}
+
+void Put(const float *text, const float *outline, std::size_t count, const ByteCodes &codes, std::uint16_t *bases,
+         std::uint8_t *rests)
+{
+    const bool isWhole = std::all_of(codes.bUsed.begin(), codes.bUsed.begin() + codes.nStep, [](bool b) { return b; });
+    if (codes.nStep == 1)
+        PutPixels<1>(text, outline, count, codes, bases, rests);
+    else if (codes.nStep == 2 && isWhole)
+        PutPixels<2>(text, outline, count, codes, bases, rests);
+    else if (codes.nStep == 3 && isWhole)
+        PutPixels<3>(text, outline, count, codes, bases, rests);
+    else if (codes.nStep == 4)
+        PutPixels<4>(text, outline, count, codes, bases, rests);
+    else
+        PortableBlendBytes().Put(text, outline, count, codes, bases, rests);
+}
+
+constexpr BlendBytesKernel Vectors = {Blend, Put};
 
 const BlendBytesKernel &Kernel()
 {
