@@ -107,6 +107,20 @@ void CommandLine::AddFiles()
     m_app.add_option("--track", m_strTrack, "Subtitle track of that file as --list numbers it, 0 without this option")
         ->option_text("N")
         ->group("Subtitles");
+    SubtitleSource &source = m_options.subtitles;
+    m_app
+        .add_option("--encoding", source.strEncoding,
+                    "Encoding of text without a byte-order mark as iconv names it, or auto to\n"
+                    "guess; the locale's, which is UTF-8 nearly everywhere, without this option")
+        ->option_text("NAME")
+        ->group("Subtitles");
+    m_app.add_flag("--raw", source.bRaw, "Hand text over with its tags and drawings")->group("Subtitles");
+    m_app.add_option("--delay", m_strDelay, "Show subtitles so many seconds later; earlier with a minus")
+        ->option_text("SECONDS")
+        ->group("Subtitles");
+    m_app.add_option("--stretch", m_strStretch, "Multiply their times, by 1.001 or by 25/23.976")
+        ->option_text("FACTOR")
+        ->group("Subtitles");
     m_app
         .add_flag("--keep-track", m_options.bKeepTrack,
                   "Keep the track that is burnt, too, but not as one that players show by themselves")
@@ -235,6 +249,10 @@ void CommandLine::Finish()
     FinishEncoding();
     if (m_strTrack)
         m_options.subtitles.nTrack = ParseWhole("--track", *m_strTrack, 0, INT_MAX);
+    if (m_strDelay)
+        m_options.subtitles.nDelay = ParseDelay("--delay", *m_strDelay);
+    if (m_strStretch)
+        m_options.subtitles.dStretch = ParseFactor("--stretch", *m_strStretch);
     if (m_strStart)
         m_options.range.nStart = ParseTime("--start", *m_strStart);
     if (m_strDuration)
@@ -307,11 +325,12 @@ void CommandLine::FinishEncoding()
 void CommandLine::FinishList()
 {
     for (const CLI::Option *pOption : m_app.get_options()) {
-        if (pOption->count() > 0 && !pOption->check_lname("list"))
-            throw Failure(ExitCode::Usage, "--list takes no INPUT, no OUTPUT and no other option");
+        const bool bOfText = pOption->check_lname("encoding") || pOption->check_lname("raw");
+        if (pOption->count() > 0 && !pOption->check_lname("list") && !bOfText)
+            throw Failure(ExitCode::Usage, "--list takes no INPUT, no OUTPUT and of options --encoding and --raw");
     }
     m_options.mode = Mode::List;
-    m_options.strInput = *m_strList;
+    m_options.subtitles.strFile = *m_strList;
 }
 
 void CommandLine::ChooseMode()

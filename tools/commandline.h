@@ -32,6 +32,8 @@ private:
     Options m_options;
     std::vector<std::string> m_listSnapshots;
     std::optional<std::string> m_strTrack;
+    std::optional<std::string> m_strDelay;
+    std::optional<std::string> m_strStretch;
     std::optional<std::string> m_strSize;
     std::optional<std::string> m_strColor;
     std::optional<std::string> m_strOutline;

@@ -217,15 +217,42 @@ std::string CueText(AVCodecID id, const AVPacket &packet)
     if (id == AV_CODEC_ID_ASS)
         return AssEventText(strPayload);
     if (id == AV_CODEC_ID_SUBRIP || id == AV_CODEC_ID_WEBVTT)
-        return Tidy(WithoutTags(strPayload));
+        return PlainText(std::string(strPayload));
     return Tidy(std::string(id == AV_CODEC_ID_MOV_TEXT ? MovText(strPayload) : strPayload));
+}
+
+std::string PlainText(const std::string &strText)
+{
+    return Tidy(WithoutTags(strText));
+}
+
+std::string PlainLines(const std::string &strText)
+{
+    return Tidy(strText);
+}
+
+std::string PlainScriptText(const std::string &strText)
+{
+    return Tidy(WithoutOverrides(strText));
+}
+
+std::string WithoutBlocks(const std::string &strText)
+{
+    std::string strPlain = strText;
+    for (size_t n = strPlain.find('{'); n != std::string::npos; n = strPlain.find('{', n)) {
+        const size_t nEnd = strPlain.find('}', n);
+        if (nEnd == std::string::npos)
+            break;
+        strPlain.erase(n, nEnd + 1 - n);
+    }
+    return Tidy(strPlain);
 }
 
 std::string AssEventText(std::string_view strEvent)
 {
     for (int n = 0; n < AssFieldsBeforeText; ++n)
         strEvent.remove_prefix(std::min(strEvent.find(','), strEvent.size() - 1) + 1);
-    return Tidy(WithoutOverrides(strEvent));
+    return PlainScriptText(std::string(strEvent));
 }
 
 bool ShowsAnything(AVCodecID id, const AVPacket &packet)

@@ -17,16 +17,18 @@
 namespace
 {
 
-void List(const std::string &strFile)
+void List(const Options &options)
 {
-    if (std::fputs(TrackListText(strFile).c_str(), stdout) < 0 || std::fflush(stdout) != 0)
+    const bool bQuiet = true;
+    Console console(bQuiet, stderr);
+    if (std::fputs(TrackListText(options, console).c_str(), stdout) < 0 || std::fflush(stdout) != 0)
         throw Failure(ExitCode::Output, "standard output", std::generic_category().message(errno));
 }
 
 void Run(const Options &options)
 {
     if (options.mode == Mode::List) {
-        List(options.strInput);
+        List(options);
         return;
     }
     const SubtitleLibrary library;

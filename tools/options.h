@@ -26,6 +26,13 @@ struct Style {
 struct SubtitleSource {
     std::string strFile;
     int nTrack = 0;
+    // Of text without a byte-order mark; "auto" guesses, empty is the locale's.
+    std::string strEncoding;
+    // Text is handed over with its markup.
+    bool bRaw = false;
+    // The file's times are multiplied by the one, then the other is added, in milliseconds.
+    double dStretch = 1;
+    int64_t nDelay = 0;
 };
 
 struct EncoderChoice {

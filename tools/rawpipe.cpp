@@ -35,7 +35,7 @@ RawPipe::RawPipe(const Options &options, const SubtitleLibrary &library, Console
 void RawPipe::Run()
 {
     const PipeFormat &format = m_options.pipe;
-    const SubtitleRenderer renderer(m_library, format.nWidth, format.nHeight, m_options);
+    const SubtitleRenderer renderer(m_library, format.nWidth, format.nHeight, m_options, m_console);
     const AVRational frameTime = {format.nScale, format.nRate};
     int64_t nFrames = 0;
     int64_t nCarrying = 0;

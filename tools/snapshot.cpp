@@ -77,7 +77,8 @@ void Snapshot::Run()
         FrameConverter(pFrame->width, pFrame->height, AV_PIX_FMT_RGB24, Orientation::Of(m_input.Video(), *pFrame))
             .Convert(pFrame);
         if (!pRenderer || pRenderer->Width() != pFrame->width || pRenderer->Height() != pFrame->height) {
-            pRenderer = std::make_unique<SubtitleRenderer>(m_library, pFrame->width, pFrame->height, m_options);
+            pRenderer =
+                std::make_unique<SubtitleRenderer>(m_library, pFrame->width, pFrame->height, m_options, m_console);
             pBurner = std::make_unique<FrameBurner>(*pRenderer, Orientation(nullptr));
         }
         const int64_t nTime = pFrame->pts - m_input.Origin();

@@ -3,27 +3,24 @@
 #include "failure.h"
 #include "processlocale.h"
 #include "readable.h"
+#include "srtwriter.h"
+#include "subtitletext.h"
 #include "subtitletracks.h"
+#include "textencoding.h"
 #include "vobsubindex.h"
 
 #include <strings.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <string_view>
+#include <sstream>
 #include <system_error>
 
 namespace
 {
 
-const char *const ByteOrderMark = "\xef\xbb\xbf";
-// Shows nothing, and keeps a line of text from being taken for a number or a time.
-const char *const ZeroWidthSpace = "\xe2\x80\x8b";
-constexpr std::string_view Arrow = "-->";
-const int64_t UsualMilliseconds = 5000;
 // The library takes larger files for ones without subtitles.
 const std::uintmax_t MaxFileBytes = std::uintmax_t(128) * 1024 * 1024;
 
@@ -55,88 +52,57 @@ void CheckPicturesReadable(const std::string &strIndex)
     }
 }
 
-/** The library cuts the product of the seconds off; half a thousandth more makes each time come out as it is. */
-std::string SrtTime(int64_t nMilliseconds)
-{
-    std::array<char, 48> listText{};
-    (void)std::snprintf(listText.data(), listText.size(), "%02lld:%02d:%02d,%03d5",
-                        static_cast<long long>(nMilliseconds / 3600000), static_cast<int>(nMilliseconds / 60000 % 60),
-                        static_cast<int>(nMilliseconds / 1000 % 60), static_cast<int>(nMilliseconds % 1000));
-    return listText.data();
-}
-
-bool LooksLikeANumber(const std::string &strLine)
-{
-    const auto IsAscii = [](char c) { return static_cast<unsigned char>(c) < 0x80; };
-    return std::any_of(strLine.begin(), strLine.end(), [](char c) { return c >= '0' && c <= '9'; }) &&
-           std::all_of(strLine.begin(), strLine.end(), [&](char c) {
-               return !IsAscii(c) || std::string("0123456789+- \t\v\f").find(c) != std::string::npos;
-           });
-}
-
-/** A line as the library's reader of SubRip files takes it for text, looking the same. */
-std::string SrtLine(std::string strLine)
-{
-    // An empty line would end the cue.
-    if (strLine.empty())
-        return " ";
-    for (size_t n = strLine.find(Arrow); n != std::string::npos; n = strLine.find(Arrow, n))
-        strLine.insert(n + Arrow.size() - 1, ZeroWidthSpace);
-    return LooksLikeANumber(strLine) ? strLine + ZeroWidthSpace : strLine;
-}
-
-std::string SrtText(const std::string &strText)
-{
-    std::string strLines;
-    for (size_t nBegin = 0; nBegin <= strText.size();) {
-        const size_t nEnd = std::min(strText.find('\n', nBegin), strText.size());
-        strLines += SrtLine(strText.substr(nBegin, nEnd - nBegin)) + "\n";
-        nBegin = nEnd + 1;
-    }
-    return strLines;
-}
-
-int64_t EndOf(const Cue &cue)
-{
-    if (cue.bEndKnown)
-        return cue.nEnd;
-    const int64_t nUsual = cue.nStart + UsualMilliseconds;
-    return cue.nEnd > cue.nStart ? std::min(cue.nEnd, nUsual) : nUsual;
-}
-
-/** Where cues overlap the library shows the first, so the order of the script counts. */
-std::string SrtOf(std::vector<Cue> listCues)
-{
-    std::stable_sort(listCues.begin(), listCues.end(), [](const Cue &a, const Cue &b) { return a.nOrder < b.nOrder; });
-    std::string strSrt = ByteOrderMark;
-    int nNumber = 0;
-    for (const Cue &cue : listCues) {
-        if (!cue.strText.empty())
-            strSrt += std::to_string(++nNumber) + "\n" + SrtTime(cue.nStart) + " " + std::string(Arrow) + " " +
-                      SrtTime(EndOf(cue)) + "\n" + SrtText(cue.strText) + "\n";
-    }
-    return strSrt;
-}
-
 } // namespace
 
-SubtitleFile::SubtitleFile(const SubtitleSource &source) : m_strPath(source.strFile)
+SubtitleFile::SubtitleFile(const SubtitleSource &source, Console &console) : m_strPath(source.strFile)
 {
     const char *const pExtension = DirectExtension(source.strFile);
     if (!pExtension) {
-        Extract(source);
+        Extract(source, console);
     } else {
         // The library takes a file that it cannot open for one without subtitles.
         CheckReadable(source.strFile);
+        CheckSize(source.strFile, source.strFile);
         if (HasPictures())
             CheckPicturesReadable(source.strFile);
-        if (!SurvivesLocale(source.strFile))
+        else
+            Prepare(source, console);
+        if (!m_folder && !SurvivesLocale(source.strFile))
             Link(source.strFile, pExtension);
     }
     CheckSize(m_strPath, source.strFile);
     // Qt takes names that begin with a colon for resources of the program, and drops a byte-order mark.
     if (std::filesystem::path(m_strPath).is_relative())
         m_strPath.insert(0, "./");
+}
+
+bool SubtitleFile::IsText(const std::string &strFile)
+{
+    return DirectExtension(strFile) && !VobSubIndex::IsIndex(strFile);
+}
+
+/** A file that the library would read otherwise than its user expects is replaced by one that it reads so. */
+void SubtitleFile::Prepare(const SubtitleSource &source, Console &console)
+{
+    if (source.bRaw && source.strEncoding.empty())
+        return;
+    const SubtitleText text(source);
+    if (!text.Guess().empty())
+        console.Note(source.strFile + ": the encoding is taken for " + text.Guess());
+    if (text.IsCleaned())
+        console.Note(source.strFile + ": tags and drawings are left out, --raw keeps them");
+    if (text.IsCleaned() || text.IsConverted())
+        WritePrivate(std::string("text") + DirectExtension(source.strFile), text.Text());
+}
+
+void SubtitleFile::WritePrivate(const std::string &strName, const std::string &strContent)
+{
+    m_strPath = (std::filesystem::path(m_folder.emplace().Path()) / strName).string();
+    std::ofstream stream(m_strPath, std::ios::binary);
+    stream << strContent;
+    stream.close();
+    if (!stream)
+        throw Failure(ExitCode::Output, m_strPath, std::generic_category().message(errno));
 }
 
 bool SubtitleFile::HasPictures() const
@@ -167,14 +133,26 @@ std::string SubtitleFile::ReasonAgainst(int nTrack) const
                          : "not a kind of subtitle file the library reads";
 }
 
-void SubtitleFile::Extract(const SubtitleSource &source)
+void SubtitleFile::Extract(const SubtitleSource &source, Console &console)
 {
     SubtitleTracks tracks(source.strFile);
-    const std::string strSrt = SrtOf(tracks.ReadOnly(source.nTrack).Cues());
-    m_strPath = (std::filesystem::path(m_folder.emplace().Path()) / "track.srt").string();
-    std::ofstream stream(m_strPath, std::ios::binary);
-    stream << strSrt;
-    stream.close();
-    if (!stream)
-        throw Failure(ExitCode::Output, m_strPath, std::generic_category().message(errno));
+    std::vector<Cue> listCues = tracks.ReadOnly(source.nTrack).Cues();
+    if (!source.strEncoding.empty())
+        Convert(listCues, source, console);
+    WritePrivate("track.srt", SrtOf(std::move(listCues)));
+}
+
+/** Guesses by all texts at once, as single ones are too short. */
+void SubtitleFile::Convert(std::vector<Cue> &listCues, const SubtitleSource &source, Console &console)
+{
+    const char cBetween = '\f';
+    std::string strAll;
+    for (const Cue &cue : listCues)
+        strAll += cue.strText + cBetween;
+    TextEncoding encoding(source.strEncoding);
+    std::istringstream texts(encoding.ToUtf8(strAll, source.strFile));
+    for (Cue &cue : listCues)
+        std::getline(texts, cue.strText, cBetween);
+    if (!encoding.Guess().empty())
+        console.Note(source.strFile + ": the encoding is taken for " + encoding.Guess());
 }

@@ -1,28 +1,37 @@
 #include "subtitlerenderer.h"
 
 #include "failure.h"
+#include "fonts.h"
 #include "readable.h"
+
+#include <cmath>
 
 namespace
 {
 
-std::unique_ptr<SubtitleFile> Prepared(const SubtitleSource &source)
+std::unique_ptr<SubtitleFile> Prepared(const SubtitleSource &source, Console &console)
 {
     CheckDescriptors(source.strFile);
-    return std::make_unique<SubtitleFile>(source);
+    return std::make_unique<SubtitleFile>(source, console);
 }
 
 } // namespace
 
-SubtitleRenderer::SubtitleRenderer(const SubtitleLibrary &library, int nWidth, int nHeight, const Options &options) :
+SubtitleRenderer::SubtitleRenderer(const SubtitleLibrary &library, int nWidth, int nHeight, const Options &options,
+                                   Console &console) :
     m_library(library),
-    m_pFile(Prepared(options.subtitles)),
+    m_dStretch(options.subtitles.dStretch),
+    m_nDelay(options.subtitles.nDelay),
+    m_pFile(Prepared(options.subtitles, console)),
     m_pHandle(Checked(library.m_pCreate(nWidth, nHeight)), library.m_pDestroy),
     m_pBurner(Checked(library.m_pCreateBurner(m_pHandle.get())), library.m_pDestroyBurner),
     m_nWidth(nWidth),
     m_nHeight(nHeight)
 {
     Apply(options.style);
+    const std::string strSubstitute = options.style.strFont ? SubstituteFor(*options.style.strFont) : "";
+    if (!strSubstitute.empty() && !m_pFile->HasPictures())
+        console.Warn(*options.style.strFont, "there is no such font, " + strSubstitute + " is used instead");
     Open(options.subtitles);
 }
 
@@ -54,7 +63,8 @@ void SubtitleRenderer::Open(const SubtitleSource &source)
 
 bool SubtitleRenderer::Seek(long nMilliseconds) const
 {
-    return m_library.m_pSetTimeStamp(m_pHandle.get(), nMilliseconds) == 0 && m_library.m_pIsDue(m_pBurner.get()) > 0;
+    const long nOwn = std::lround(static_cast<double>(nMilliseconds - m_nDelay) / m_dStretch);
+    return m_library.m_pSetTimeStamp(m_pHandle.get(), nOwn) == 0 && m_library.m_pIsDue(m_pBurner.get()) > 0;
 }
 
 bool SubtitleRenderer::Draw(AVFrame &frame) const

@@ -16,10 +16,10 @@ public:
      * Throws a Failure when the subtitles that the options name cannot be read.
      * @param nWidth, nHeight  of the picture as it is shown.
      */
-    SubtitleRenderer(const SubtitleLibrary &library, int nWidth, int nHeight, const Options &options);
+    SubtitleRenderer(const SubtitleLibrary &library, int nWidth, int nHeight, const Options &options, Console &console);
 
     /**
-     * Goes to a time.
+     * Goes to a time of the pictures.
      * @return whether a subtitle shows then.
      */
     bool Seek(long nMilliseconds) const;
@@ -41,6 +41,8 @@ private:
     void Apply(const Style &style);
 
     const SubtitleLibrary &m_library;
+    double m_dStretch;
+    int64_t m_nDelay;
     // Kept as long as the handle needs it.
     std::unique_ptr<SubtitleFile> m_pFile;
     std::unique_ptr<void, decltype(&::DestroyVideoSubtitle)> m_pHandle;

@@ -1,11 +1,16 @@
 #include "tracklist.h"
 
 #include "printable.h"
+#include "subtitlerenderer.h"
+#include "subtitletext.h"
 #include "subtitletracks.h"
 #include "values.h"
 #include "vobsubindex.h"
 
+#include <strings.h>
+
 #include <algorithm>
+#include <map>
 
 namespace
 {
@@ -22,6 +27,8 @@ const std::array<Column, 7> Columns = {{{"track", true},
                                         {"cues", true},
                                         {"first", true},
                                         {"last", true}}};
+// Whether a cue shows does not depend on the size of the picture.
+const int AnySide = 64;
 const char *const Gap = "  ";
 const char *const Nothing = "-";
 
@@ -83,6 +90,34 @@ std::vector<Row> RowsOfIndex(const std::string &strFile)
     return listRows;
 }
 
+/** The library is asked whether it shows each cue, as it passes over what it does not understand. */
+std::vector<Row> RowsOfText(const Options &options, Console &console)
+{
+    const std::string &strFile = options.subtitles.strFile;
+    const SubtitleLibrary library;
+    const SubtitleRenderer renderer(library, AnySide, AnySide, options, console);
+    const std::vector<SubtitleText::TextCue> listAll = SubtitleText(options.subtitles).Cues();
+    std::map<std::string, int> mapTroubles;
+    std::vector<Cue> listShown;
+    for (const SubtitleText::TextCue &text : listAll) {
+        Cue cue;
+        cue.nStart = text.nStart;
+        cue.nEnd = text.nEnd;
+        const bool bMayShow = text.nStart >= 0 && text.nStart <= text.nEnd;
+        if (bMayShow && renderer.Seek((text.nStart + text.nEnd + 1) / 2))
+            listShown.push_back(cue);
+        else
+            ++mapTroubles[text.pTrouble ? text.pTrouble : "the library reads other times, or no text"];
+    }
+    for (const auto &[strTrouble, nCues] : mapTroubles)
+        console.Warn(strFile, std::to_string(nCues) + " of " + std::to_string(listAll.size()) +
+                                  (listAll.size() == 1 ? " cue does not show: " : " cues do not show: ") + strTrouble);
+    const bool bSubRip = strcasecmp(strFile.c_str() + strFile.rfind('.'), ".srt") == 0;
+    if (listAll.empty())
+        return {};
+    return {Headings(), RowOf(0, avcodec_get_name(bSubRip ? AV_CODEC_ID_SUBRIP : AV_CODEC_ID_ASS), "", "", listShown)};
+}
+
 std::string TableText(const std::vector<Row> &listRows)
 {
     std::array<int, Columns.size()> listWidths{};
@@ -104,8 +139,11 @@ std::string TableText(const std::vector<Row> &listRows)
 
 } // namespace
 
-std::string TrackListText(const std::string &strFile)
+std::string TrackListText(const Options &options, Console &console)
 {
-    const std::vector<Row> listRows = VobSubIndex::IsIndex(strFile) ? RowsOfIndex(strFile) : RowsOf(strFile);
+    const std::string &strFile = options.subtitles.strFile;
+    const std::vector<Row> listRows = VobSubIndex::IsIndex(strFile)   ? RowsOfIndex(strFile)
+                                      : SubtitleFile::IsText(strFile) ? RowsOfText(options, console)
+                                                                      : RowsOf(strFile);
     return listRows.size() > 1 ? TableText(listRows) : Escaped(strFile) + ": there are no subtitles in it\n";
 }

@@ -68,7 +68,7 @@ void Transcoder::Run()
     const Orientation orientation = Orientation::Of(m_input.Video(), frame);
     const Orientation turn = m_output.KeepsOrientation() ? Orientation(nullptr) : orientation;
     const SubtitleRenderer renderer(m_library, orientation.ShownWidth(frame.width, frame.height),
-                                    orientation.ShownHeight(frame.width, frame.height), m_options);
+                                    orientation.ShownHeight(frame.width, frame.height), m_options, m_console);
     m_encoder.Open(frame, TraitsOf(frame, turn));
     SayWhatChanges(frame, turn);
     m_output.AddChapters(m_input.Format(), feeder.Shift(), m_options.range.nDuration.value_or(0));

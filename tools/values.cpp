@@ -22,6 +22,7 @@ const int MaxSide = 16384;
 const size_t MaxSideDigits = 5;
 const double MaxBitrate = 1e12;
 const double MaxQuality = 1000;
+const double MaxFactor = 100;
 // Two of these add up, in the finest time base, without an overflow.
 const int64_t MaxTime = int64_t(100000) * 3600 * AV_TIME_BASE;
 
@@ -99,6 +100,30 @@ int64_t ParseBitrate(const std::string &strOption, const std::string &strText)
     if (!ConsistsOf(strNumber, "0123456789.") || *pEnd != '\0' || dRate < 1 || dRate > MaxBitrate)
         Refuse(strOption, strText, "a bit rate such as 800k or 4M");
     return std::llround(dRate);
+}
+
+int64_t ParseDelay(const std::string &strOption, const std::string &strText)
+{
+    const bool bMinus = !strText.empty() && strText.front() == '-';
+    if (!ConsistsOf(strText.substr(bMinus ? 1 : 0), "0123456789:."))
+        Refuse(strOption, strText, "a time such as 1.5 or -0:02.5");
+    const int64_t nTime = av_rescale(ParseTime(strOption, strText.substr(bMinus ? 1 : 0)), 1000, AV_TIME_BASE);
+    return bMinus ? -nTime : nTime;
+}
+
+double ParseFactor(const std::string &strOption, const std::string &strText)
+{
+    const auto Number = [](const std::string &strNumber) {
+        char *pEnd = nullptr;
+        const double dNumber = std::strtod(strNumber.c_str(), &pEnd);
+        return ConsistsOf(strNumber, "0123456789.") && *pEnd == '\0' ? dNumber : 0;
+    };
+    const size_t nSlash = strText.find('/');
+    const double dBelow = nSlash == std::string::npos ? 1 : Number(strText.substr(nSlash + 1));
+    const double dFactor = dBelow > 0 ? Number(strText.substr(0, nSlash)) / dBelow : 0;
+    if (dFactor < 1 / MaxFactor || dFactor > MaxFactor)
+        Refuse(strOption, strText, "a factor such as 1.001 or 25/23.976");
+    return dFactor;
 }
 
 PipeFormat ParsePipeFormat(const std::string &strOption, const std::string &strText)

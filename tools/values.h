@@ -13,6 +13,10 @@ int64_t ParseTime(const std::string &strOption, const std::string &strText);
 Rgb ParseColor(const std::string &strOption, const std::string &strText);
 /** Bits per second. */
 int64_t ParseBitrate(const std::string &strOption, const std::string &strText);
+/** Milliseconds, either way up to 100000 hours. */
+int64_t ParseDelay(const std::string &strOption, const std::string &strText);
+/** A number from 0.01 to 100, or a quotient of two. */
+double ParseFactor(const std::string &strOption, const std::string &strText);
 PipeFormat ParsePipeFormat(const std::string &strOption, const std::string &strText);
 
 /** A time as the user reads it: 1:02:03.500. */

@@ -107,6 +107,48 @@ TEST_F(ListTest, SubtitleFiles)
                    "track  codec  " + strTracks + "    0  ass    -         -         2  0:00:00.400  0:00:01.400\n");
 }
 
+TEST_F(ListTest, OfTextFilesWhatTheLibraryShows)
+{
+    const std::string strHead = "track  codec   language  title  cues        first         last\n";
+    const auto Expect = [&](const std::string &strFile, const std::string &strRow, const std::string &strWarnings) {
+        const Outcome outcome = Subburn({"--list", strFile});
+        EXPECT_EQ(outcome.nExit, 0);
+        EXPECT_EQ(outcome.strOut, strRow);
+        EXPECT_EQ(outcome.strError, strWarnings);
+    };
+    const auto Warning = [](const std::string &strFile, const std::string &strText) {
+        return "subburn: warning: " + strFile + ": " + strText + "\n";
+    };
+    const std::string strPlain = m_folder.Write("plain.srt", "00:00:01,000 --> 00:00:02,000\nOne\n\n"
+                                                             "00:00:03,000 --> 00:00:04,000\nTwo\n");
+    Expect(strPlain, strHead + "    0  subrip  -         -         2  0:00:01.000  0:00:04.000\n", "");
+    const std::string strReturns = m_folder.Write("returns.srt", "1\r00:00:01,000 --> 00:00:02,000\rOne\r\r2\r"
+                                                                 "00:00:03,000 --> 00:00:04,000\rTwo\r\r\n");
+    const std::string strNone = "track  codec   language  title  cues  first  last\n"
+                                "    0  subrip  -         -         0      -     -\n";
+    Expect(strReturns, strNone, Warning(strReturns, "2 of 2 cues do not show: lines end in carriage returns alone"));
+    const std::string strPlaces = m_folder.Write(
+        "places.srt", "1\n00:00:01,000 --> 00:00:02,000 X1:100 X2:200\nOne\n\n2\n00:00:03,000 --> 00:00:04,000\nTwo\n\n"
+                      "3\n00:00:06,000 --> 00:00:05,000\nThree\n\n4\n00:00:07,000 --> 8\nFour\n");
+    Expect(strPlaces, strHead + "    0  subrip  -         -         1  0:00:03.000  0:00:04.000\n",
+           Warning(strPlaces, "1 of 4 cues do not show: text follows the end time") +
+               Warning(strPlaces, "1 of 4 cues do not show: the end comes before the start") +
+               Warning(strPlaces, "1 of 4 cues do not show: the times cannot be read"));
+    const std::string strScript =
+        m_folder.Write("script.ass", "[Script Info]\nScriptType: v4.00+\n[Events]\n"
+                                     "Dialogue: 0,0:00:01.00,0:00:02.00,Default,,0,0,0,,One\n"
+                                     "Dialogue: 0,0:00:04:56,0:00:08:90,Default,,0,0,0,,Two\n");
+    Expect(strScript,
+           "track  codec  language  title  cues        first         last\n"
+           "    0  ass    -         -         1  0:00:01.000  0:00:02.000\n",
+           Warning(strScript, "1 of 2 cues do not show: the times cannot be read"));
+    const std::string strLocal = m_folder.Write("local.srt", "1\n00:00:01,000 --> 00:00:02,000\n\xe4\xf6\xfc\n");
+    ExpectFailure(strLocal,
+                  "is not valid UTF-8; --encoding NAME reads it, such as windows-1252, and --encoding auto guesses");
+    EXPECT_EQ(Subburn({"--list", strLocal, "--encoding", "latin1"}).strOut,
+              strHead + "    0  subrip  -         -         1  0:00:01.000  0:00:02.000\n");
+}
+
 TEST_F(ListTest, NoTracksAtAll)
 {
     const std::string strInput = UsualClip();
@@ -128,7 +170,7 @@ TEST_F(ListTest, StandsAlone)
                                         Arguments{"--subtitles", "a.srt"}, Arguments{"--pipe", "320x180@25"}}) {
         const Outcome outcome = Subburn(Joined({{"--list", "in.mkv"}, listOthers}));
         EXPECT_EQ(outcome.nExit, 1);
-        EXPECT_EQ(outcome.strError, "subburn: --list takes no INPUT, no OUTPUT and no other option\n");
+        EXPECT_EQ(outcome.strError, "subburn: --list takes no INPUT, no OUTPUT and of options --encoding and --raw\n");
     }
 }
 

@@ -1,0 +1,223 @@
+#include "subtitletext.h"
+
+#include "cuetext.h"
+#include "failure.h"
+#include "srtwriter.h"
+#include "textencoding.h"
+
+#include <strings.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+#include <system_error>
+
+namespace
+{
+
+const char *const ByteOrderMark = "\xef\xbb\xbf";
+const char *const Blanks = " \t\v\f\r";
+const std::string Arrow = "-->";
+const std::string EventKey = "dialogue:";
+// Layer,Start,End,Style,Name,MarginL,MarginR,MarginV,Effect come before the text.
+const int ScriptFieldsBeforeText = 9;
+
+std::string ContentOf(const std::string &strFile)
+{
+    std::ifstream stream(strFile, std::ios::binary);
+    std::ostringstream content;
+    content << stream.rdbuf();
+    if (!stream)
+        throw Failure(ExitCode::Input, strFile, std::generic_category().message(errno));
+    return content.str();
+}
+
+std::vector<std::string> Split(const std::string &strText, char cEnd)
+{
+    std::vector<std::string> listLines;
+    std::istringstream lines(strText);
+    for (std::string strLine; std::getline(lines, strLine, cEnd);)
+        listLines.push_back(strLine);
+    return listLines;
+}
+
+bool IsBlank(const std::string &strLine)
+{
+    return strLine.find_first_not_of(Blanks) == std::string::npos;
+}
+
+bool IsTimeLine(const std::string &strLine)
+{
+    const size_t nArrow = strLine.find(Arrow);
+    return nArrow != std::string::npos && nArrow > 0;
+}
+
+bool IsNumber(const std::string &strLine)
+{
+    return !IsBlank(strLine) && strLine.find_first_not_of(std::string("0123456789+-") + Blanks) == std::string::npos;
+}
+
+bool EndsText(const std::string &strLine)
+{
+    return strLine.empty() || IsTimeLine(strLine) || IsNumber(strLine);
+}
+
+bool IsEvent(const std::string &strLine)
+{
+    const size_t nBegin = std::min(strLine.find_first_not_of(Blanks), strLine.size());
+    return strncasecmp(strLine.c_str() + nBegin, EventKey.c_str(), EventKey.size()) == 0;
+}
+
+/** Where a field of an event begins, npos where there are fewer. */
+size_t FieldOf(const std::string &strLine, int nField)
+{
+    size_t nAt = strLine.find(':') + 1;
+    for (; nField > 0 && nAt != std::string::npos; --nField) {
+        nAt = strLine.find(',', nAt);
+        nAt += nAt != std::string::npos ? 1 : 0;
+    }
+    return nAt;
+}
+
+/** A time such as 1:02:03,5, in milliseconds, and what follows it; -1 where there is none. */
+int64_t TimeAt(const std::string &strText, std::string &strRest)
+{
+    int nHours = 0;
+    int nMinutes = 0;
+    double dSeconds = 0;
+    int nRead = 0;
+    std::string strPoint = strText;
+    std::replace(strPoint.begin(), strPoint.end(), ',', '.');
+    // NOLINTNEXTLINE(cert-err34-c): the digits always fit
+    if (std::sscanf(strPoint.c_str(), " %6d:%6d:%12lf%n", &nHours, &nMinutes, &dSeconds, &nRead) != 3)
+        return -1;
+    strRest = strText.substr(nRead);
+    return (int64_t(nHours) * 60 + nMinutes) * 60000 + static_cast<int64_t>(dSeconds * 1000 + 0.5);
+}
+
+/** @param bField  whether the end has to be all of a field, where otherwise text may be meant to follow it. */
+SubtitleText::TextCue CueOf(const std::string &strStart, const std::string &strEnd, bool bField)
+{
+    SubtitleText::TextCue cue;
+    std::string strRestOfStart;
+    std::string strRest;
+    cue.nStart = TimeAt(strStart, strRestOfStart);
+    cue.nEnd = TimeAt(strEnd, strRest);
+    if (cue.nStart < 0 || cue.nEnd < 0 || !IsBlank(strRestOfStart) || (bField && !IsBlank(strRest)))
+        cue.pTrouble = "the times cannot be read";
+    else if (!IsBlank(strRest))
+        cue.pTrouble = "text follows the end time";
+    else if (cue.nEnd < cue.nStart)
+        cue.pTrouble = "the end comes before the start";
+    return cue;
+}
+
+/** Whether lines end as on very old machines; the library takes all of them for one. */
+bool EndsInReturnsOnly(const std::string &strText)
+{
+    size_t nReturns = 0;
+    for (size_t n = 0; n + 1 < strText.size(); ++n)
+        nReturns += strText[n] == '\r' && strText[n + 1] != '\n' ? 1 : 0;
+    return nReturns > static_cast<size_t>(std::count(strText.begin(), strText.end(), '\n'));
+}
+
+std::string Joined(const std::vector<std::string> &listLines, size_t nBegin, size_t nEnd)
+{
+    std::string strText;
+    for (size_t n = nBegin; n < nEnd; ++n)
+        strText += (n > nBegin ? "\n" : "") + listLines[n];
+    return strText;
+}
+
+} // namespace
+
+SubtitleText::SubtitleText(const SubtitleSource &source) :
+    m_bScript(strcasecmp(source.strFile.c_str() + source.strFile.rfind('.'), ".srt") != 0)
+{
+    const std::string strBytes = ContentOf(source.strFile);
+    TextEncoding encoding(source.strEncoding);
+    std::string strText = encoding.ToUtf8(strBytes, source.strFile);
+    m_strGuess = encoding.Guess();
+    m_bConverted = !source.strEncoding.empty() && strText != strBytes;
+    m_bReturnsOnly = EndsInReturnsOnly(strText);
+    // The library leaves carriage returns out.
+    if (!m_bReturnsOnly)
+        strText.erase(std::remove(strText.begin(), strText.end(), '\r'), strText.end());
+    m_listLines = Split(strText, m_bReturnsOnly ? '\r' : '\n');
+    if (source.bRaw || m_bReturnsOnly)
+        return;
+    if (m_bScript)
+        CleanScript();
+    else
+        CleanSubRip();
+}
+
+std::string SubtitleText::Text() const
+{
+    const char cEnd = m_bReturnsOnly ? '\r' : '\n';
+    std::string strText = ByteOrderMark;
+    for (const std::string &strLine : m_listLines)
+        strText += strLine + cEnd;
+    return strText;
+}
+
+void SubtitleText::CleanSubRip()
+{
+    std::vector<std::string> listCleaned;
+    for (size_t n = 0; n < m_listLines.size();) {
+        const size_t nBegin = n;
+        while (n < m_listLines.size() && !EndsText(m_listLines[n]))
+            ++n;
+        const std::string strText = Joined(m_listLines, nBegin, n);
+        const std::string strPlain = PlainText(strText);
+        if (n == nBegin)
+            listCleaned.push_back(m_listLines[n++]);
+        else if (strPlain == PlainLines(strText))
+            listCleaned.insert(listCleaned.end(), m_listLines.begin() + nBegin, m_listLines.begin() + n);
+        else if (!strPlain.empty())
+            listCleaned.push_back(SrtText(strPlain).substr(0, SrtText(strPlain).size() - 1));
+        m_bCleaned = m_bCleaned || (n > nBegin && strPlain != PlainLines(strText));
+    }
+    if (m_bCleaned)
+        m_listLines = std::move(listCleaned);
+}
+
+void SubtitleText::CleanScript()
+{
+    for (std::string &strLine : m_listLines) {
+        const size_t nText = IsEvent(strLine) ? FieldOf(strLine, ScriptFieldsBeforeText) : std::string::npos;
+        if (nText == std::string::npos)
+            continue;
+        std::string strPlain = PlainScriptText(strLine.substr(nText));
+        for (size_t n = strPlain.find('\n'); n != std::string::npos; n = strPlain.find('\n', n))
+            strPlain.replace(n, 1, "\\N");
+        // Of markup the library itself leaves out blocks in braces.
+        if (strPlain == WithoutBlocks(strLine.substr(nText)))
+            continue;
+        strLine.replace(nText, std::string::npos, strPlain);
+        m_bCleaned = true;
+    }
+}
+
+std::vector<SubtitleText::TextCue> SubtitleText::Cues() const
+{
+    std::vector<TextCue> listCues;
+    for (size_t n = 0; n < m_listLines.size(); ++n) {
+        const std::string &strLine = m_listLines[n];
+        const size_t nArrow = strLine.find(Arrow);
+        const size_t nStart = m_bScript && IsEvent(strLine) ? FieldOf(strLine, 1) : std::string::npos;
+        const size_t nEnd = nStart != std::string::npos ? FieldOf(strLine, 2) : std::string::npos;
+        if (nEnd != std::string::npos)
+            listCues.push_back(CueOf(strLine.substr(nStart, nEnd - 1 - nStart),
+                                     strLine.substr(nEnd, strLine.find(',', nEnd) - nEnd), true));
+        else if (!m_bScript && IsTimeLine(strLine) && n + 1 < m_listLines.size() && !EndsText(m_listLines[n + 1]))
+            listCues.push_back(CueOf(strLine.substr(0, nArrow), strLine.substr(nArrow + Arrow.size()), false));
+        else
+            continue;
+        if (m_bReturnsOnly)
+            listCues.back().pTrouble = "lines end in carriage returns alone";
+    }
+    return listCues;
+}
