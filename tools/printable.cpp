@@ -71,10 +71,14 @@ std::string Escaped(const std::string &strText)
 
 bool IsUtf8(const std::string &strText)
 {
-    bool bValid = true;
-    ForEachCharacter(strText,
-                     [&](int32_t nCode, const std::string & /*strCharacter*/) { bValid = bValid && nCode != Invalid; });
-    return bValid;
+    const auto *pNext = reinterpret_cast<const uint8_t *>(strText.data());
+    const uint8_t *pEnd = pNext + strText.size();
+    int32_t nCode = 0;
+    while (pNext < pEnd) {
+        if (av_utf8_decode(&nCode, &pNext, pEnd, 0) < 0)
+            return false;
+    }
+    return true;
 }
 
 int WidthOf(const std::string &strText)

@@ -8,6 +8,7 @@
 #include "subtitletracks.h"
 #include "textencoding.h"
 #include "vobsubindex.h"
+#include "vobsubtrack.h"
 
 #include <strings.h>
 
@@ -64,7 +65,7 @@ SubtitleFile::SubtitleFile(const SubtitleSource &source, Console &console) : m_s
         CheckReadable(source.strFile);
         CheckSize(source.strFile, source.strFile);
         if (HasPictures())
-            CheckPicturesReadable(source.strFile);
+            PreparePictures(source, console);
         else
             Prepare(source, console);
         if (!m_folder && !SurvivesLocale(source.strFile))
@@ -93,6 +94,20 @@ void SubtitleFile::Prepare(const SubtitleSource &source, Console &console)
         console.Note(source.strFile + ": tags and drawings are left out, --raw keeps them");
     if (text.IsCleaned() || text.IsConverted())
         WritePrivate(std::string("text") + DirectExtension(source.strFile), text.Text());
+}
+
+void SubtitleFile::PreparePictures(const SubtitleSource &source, Console &console)
+{
+    CheckPicturesReadable(source.strFile);
+    PrivateFolder &folder = m_folder.emplace();
+    const std::string strOwn = (std::filesystem::path(folder.Path()) / "track.idx").string();
+    if (!source.bRaw && SeparateVobSubTrack(source.strFile, source.nTrack, strOwn)) {
+        m_strPath = strOwn;
+        console.Note(source.strFile + ": pictures of other tracks between those of track " +
+                     std::to_string(source.nTrack) + " are left out");
+    } else {
+        m_folder.reset();
+    }
 }
 
 void SubtitleFile::WritePrivate(const std::string &strName, const std::string &strContent)

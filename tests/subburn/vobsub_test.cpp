@@ -118,7 +118,6 @@ protected:
         EXPECT_EQ(outcome.strOut, strText);
     }
 
-private:
     /** A pack with the picture in one packet, which carries a time stamp. */
     static std::string Packet(int nIndex, int nMilliseconds, const PictureUnit &unit)
     {
@@ -239,6 +238,34 @@ TEST_F(VobSubTest, TracksAreNumberedAsInTheIndex)
     ExpectBounds(Changed(Piped(strIndex, 5)[40]), 240, 60, 80, 20, "track 5");
     ExpectFailure(strIndex, strIndex + ": there is no subtitle track 0, there are 2 and 5");
     ExpectFailure(strIndex, strIndex + ": there is no subtitle track 1, there are 2 and 5", {"--track", "1"});
+}
+
+TEST_F(VobSubTest, PicturesOfOtherTracksBetweenAreLeftOut)
+{
+    const PictureUnit first = PictureUnit::Filled(20, 120, 80, 20);
+    const PictureUnit second = PictureUnit::Filled(240, 20, 80, 20);
+    std::string strPictures;
+    std::array<std::string, 2> listTracks;
+    for (const auto &[nTrack, nMilliseconds] : {std::pair(0, 400), {1, 400}, {0, 1200}, {1, 1200}}) {
+        std::array<char, 64> listLine{};
+        (void)std::snprintf(listLine.data(), listLine.size(), "timestamp: 00:00:%02d:%03d, filepos: %09zx\n",
+                            nMilliseconds / 1000, nMilliseconds % 1000, strPictures.size());
+        listTracks[nTrack] += listLine.data();
+        strPictures += Packet(nTrack, nMilliseconds, nTrack == 0 ? first : second);
+    }
+    m_folder.Write("turns.sub", strPictures);
+    const std::string strIndex =
+        m_folder.Write("turns.idx", std::string("size: 320x180\n") + Palette + "id: en, index: 0\n" + listTracks[0] +
+                                        "id: de, index: 1\n" + listTracks[1]);
+    for (const size_t nFrame : {15U, 40U}) {
+        ExpectBounds(Changed(Piped(strIndex, 0)[nFrame]), 20, 120, 80, 20, "track 0");
+        ExpectBounds(Changed(Piped(strIndex, 1)[nFrame]), 240, 20, 80, 20, "track 1");
+    }
+    ExpectBounds(Changed(Piped(strIndex, 0, {"--raw"})[15]), 240, 20, 80, 20, "as it is");
+    m_strSubtitles = strIndex;
+    EXPECT_EQ(Subburn({"--snapshot", "0.5", GreyClip(), File("a.png")}).strOut,
+              strIndex + ": pictures of other tracks between those of track 0 are left out\n" + File("a.png") +
+                  ": the picture at 0:00:00.480, with a subtitle\n");
 }
 
 TEST_F(VobSubTest, ListLeavesOutWhatCannotBeSelected)
