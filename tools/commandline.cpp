@@ -132,7 +132,7 @@ void CommandLine::AddFiles()
 
 void CommandLine::AddLook()
 {
-    const char *const Group = "Look of text subtitles";
+    const char *const Group = "Look";
     Style &style = m_options.style;
     m_app.add_option("--font", style.strFont, "Font family")->option_text("FAMILY")->group(Group);
     m_app.add_option("--size", m_strSize, "Size; 72 points are 96 pixels of the video")
@@ -143,12 +143,22 @@ void CommandLine::AddLook()
     m_app.add_option("--color", m_strColor, "Colour of the text, white without this option")
         ->option_text("COLOR")
         ->group(Group);
-    m_app.add_option("--outline-color", m_strOutline, "Colour of the outline; pure black hides it, #010101 does not")
+    m_app
+        .add_option("--outline-color", m_strOutline,
+                    "Colour of the outline; with --exact pure black hides it, #010101\ndoes not")
         ->option_text("COLOR")
+        ->group(Group);
+    m_app.add_option("--outline-width", m_strOutlineWidth, "Width of the outline at 720 rows, 2 without this option")
+        ->option_text("PIXELS")
         ->group(Group);
     m_app.add_option("--opacity", m_strOpacity, "From 0, invisible, to 255, opaque")->option_text("N")->group(Group);
     m_app.add_option("--position", m_strPosition, "Centre line in percent of the height, 85 without this option")
         ->option_text("N")
+        ->group(Group);
+    m_app
+        .add_flag("--exact", style.bExact,
+                  "The library's own pixels: text without grey levels, an outline of 2\n"
+                  "pixels at any size, pictures of DVDs in grey")
         ->group(Group);
 }
 
@@ -300,6 +310,10 @@ void CommandLine::FinishLook()
         style.nOpacity = ParseWhole("--opacity", *m_strOpacity, 0, 255);
     if (m_strPosition)
         style.nPosition = ParseWhole("--position", *m_strPosition, 0, 100);
+    if (m_strOutlineWidth)
+        style.dOutlineWidth = ParseOutlineWidth("--outline-width", *m_strOutlineWidth);
+    if (style.bExact && style.dOutlineWidth)
+        throw Failure(ExitCode::Usage, "--exact excludes --outline-width");
 }
 
 void CommandLine::FinishEncoding()

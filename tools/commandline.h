@@ -39,6 +39,7 @@ private:
     std::optional<std::string> m_strOutline;
     std::optional<std::string> m_strOpacity;
     std::optional<std::string> m_strPosition;
+    std::optional<std::string> m_strOutlineWidth;
     std::optional<std::string> m_strCrf;
     std::optional<std::string> m_strBitrate;
     std::optional<std::string> m_strAudioCodec;

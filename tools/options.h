@@ -21,6 +21,8 @@ struct Style {
     std::optional<Rgb> outline;
     std::optional<int> nOpacity;
     std::optional<int> nPosition;
+    bool bExact = false; ///< the library's own pixels, not the natural look
+    std::optional<double> dOutlineWidth;
 };
 
 struct SubtitleSource {

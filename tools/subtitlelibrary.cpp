@@ -33,6 +33,8 @@ SubtitleLibrary::SubtitleLibrary()
     Resolve(m_pPixelFormat, "SubtitlePixelFormat");
     Resolve(m_pCreateBurner, "CreateSubtitleBurner");
     Resolve(m_pDestroyBurner, "DestroySubtitleBurner");
+    Resolve(m_pSetLook, "SetSubtitleBurnerLook");
+    Resolve(m_pSetOutlineWidth, "SetSubtitleBurnerOutline");
     Resolve(m_pIsDue, "IsSubtitleDue");
     Resolve(m_pBurn, "BurnSubtitleAVFrame");
 }

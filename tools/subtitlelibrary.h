@@ -24,6 +24,8 @@ public:
     decltype(&::SubtitlePixelFormat) m_pPixelFormat = nullptr;
     decltype(&::CreateSubtitleBurner) m_pCreateBurner = nullptr;
     decltype(&::DestroySubtitleBurner) m_pDestroyBurner = nullptr;
+    decltype(&::SetSubtitleBurnerLook) m_pSetLook = nullptr;
+    decltype(&::SetSubtitleBurnerOutline) m_pSetOutlineWidth = nullptr;
     decltype(&::IsSubtitleDue) m_pIsDue = nullptr;
     decltype(&::BurnSubtitleAVFrame) m_pBurn = nullptr;
 

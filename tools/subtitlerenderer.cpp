@@ -51,6 +51,9 @@ void SubtitleRenderer::Apply(const Style &style)
         m_library.m_pSetOpacity(pHandle, *style.nOpacity);
     if (style.nPosition)
         m_library.m_pSetPosition(pHandle, *style.nPosition);
+    m_library.m_pSetLook(m_pBurner.get(), style.bExact ? SUBTITLE_LOOK_EXACT : SUBTITLE_LOOK_NATURAL);
+    if (style.dOutlineWidth)
+        m_library.m_pSetOutlineWidth(m_pBurner.get(), *style.dOutlineWidth);
 }
 
 void SubtitleRenderer::Open(const SubtitleSource &source)

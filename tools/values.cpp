@@ -22,6 +22,7 @@ const int MaxSide = 16384;
 const size_t MaxSideDigits = 5;
 const double MaxBitrate = 1e12;
 const double MaxQuality = 1000;
+const double MaxOutlineWidth = 20;
 const double MaxFactor = 100;
 // Two of these add up, in the finest time base, without an overflow.
 const int64_t MaxTime = int64_t(100000) * 3600 * AV_TIME_BASE;
@@ -64,6 +65,15 @@ double ParseQuality(const std::string &strOption, const std::string &strText)
     if (!ConsistsOf(strText, "0123456789.-") || *pEnd != '\0' || std::abs(dQuality) > MaxQuality)
         Refuse(strOption, strText, "a quality such as 18 or 23.5");
     return dQuality;
+}
+
+double ParseOutlineWidth(const std::string &strOption, const std::string &strText)
+{
+    char *pEnd = nullptr;
+    const double dWidth = std::strtod(strText.c_str(), &pEnd);
+    if (!ConsistsOf(strText, "0123456789.") || *pEnd != '\0' || dWidth > MaxOutlineWidth)
+        Refuse(strOption, strText, "a width of 0 to 20 pixels");
+    return dWidth;
 }
 
 int64_t ParseTime(const std::string &strOption, const std::string &strText)

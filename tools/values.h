@@ -10,6 +10,8 @@ int ParseWhole(const std::string &strOption, const std::string &strText, int nLe
 double ParseQuality(const std::string &strOption, const std::string &strText);
 /** Microseconds, up to 100000 hours. */
 int64_t ParseTime(const std::string &strOption, const std::string &strText);
+/** Pixels, 0 to 20. */
+double ParseOutlineWidth(const std::string &strOption, const std::string &strText);
 Rgb ParseColor(const std::string &strOption, const std::string &strText);
 /** Bits per second. */
 int64_t ParseBitrate(const std::string &strOption, const std::string &strText);
