@@ -16,6 +16,16 @@ float CodeOf(const FrameColor &color, int component)
     return static_cast<float>(color.fine[component]) / (1 << FineBits);
 }
 
+/** Gives pixels beyond the frame's sides what those at the sides have. @param first  column of the row's first pixel */
+void ExtendSides(std::vector<float> &row, int first, int width)
+{
+    if (first < 0)
+        row[0] = row[1];
+    const std::size_t inFrame = width - first;
+    for (std::size_t i = inFrame; i < row.size(); ++i)
+        row[i] = row[inFrame - 1];
+}
+
 /** Adds @p share of each number of a row, moved by @p from places, at every second place. */
 void AddSeconds(std::vector<float> &to, const std::vector<float> &row, std::size_t from, float share)
 {
@@ -87,14 +97,20 @@ void NaturalInk::BuildRun(const NaturalMap &map, int plane, int row, int first, 
         int firstSample = first;
         int lastSample = end - 1;
         m_layout.columns.ToSamples(firstSample, lastSample);
-        LoadMeans(map, isMeanOfRows ? m_layout.rows.At(row) : Taps{1, {row}, {Taps::Whole}}, firstSample,
-                  lastSample - firstSample + 1);
+        const Taps rows = isMeanOfRows ? m_layout.rows.At(row) : Taps{1, {row}, {Taps::Whole}};
+        const int count = lastSample - firstSample + 1;
+        if (m_bPicture)
+            LoadMeans(map, rows, firstSample, count);
+        else
+            LoadTextMeans(map, rows, firstSample, count);
         // So that both kinds begin in one place.
         first = 2 * firstSample;
         end = std::min(2 * (lastSample + 1), m_layout.nWidth);
     }
-    if (hasSingles)
+    if (hasSingles && m_bPicture)
         LoadShares(map, row, first, end - first);
+    else if (hasSingles)
+        LoadTextShares(map, row, first, end - first);
     if (m_layout.format.nElementBytes == 1) {
         PutBytes(plane, row, !hasSingles);
         return;
@@ -127,6 +143,45 @@ void NaturalInk::LoadShares(const NaturalMap &map, int row, int first, int count
     std::swap(m_single.picture, m_weights.picture);
 }
 
+void NaturalInk::LoadTextShares(const NaturalMap &map, int row, int first, int count)
+{
+    m_single.nFirst = first;
+    m_single.nCount = count;
+    m_single.text.resize(count);
+    m_single.outline.resize(count);
+    if (map.Cover(row, first, count, m_text, m_outline)) {
+        m_pKernel->Share(m_text.pBytes, m_outline.pBytes, count, map.Opacity(), m_single.text.data(),
+                         m_single.outline.data());
+        return;
+    }
+    std::fill(m_single.text.begin(), m_single.text.end(), 0.0F);
+    std::fill(m_single.outline.begin(), m_single.outline.end(), 0.0F);
+}
+
+void NaturalInk::LoadTextMeans(const NaturalMap &map, const Taps &rows, int first, int count)
+{
+    const int pixel = 2 * first - 1;
+    const std::size_t pixels = 2 * static_cast<std::size_t>(count) + 2;
+    m_means.nFirst = first;
+    m_means.nCount = count;
+    m_row.text.assign(pixels, 0.0F);
+    m_row.outline.assign(pixels, 0.0F);
+    for (int tap = 0; tap < rows.nCount; ++tap) {
+        const float weight = map.Opacity() * static_cast<float>(rows.weights[tap]) / Taps::Whole;
+        if (map.Cover(rows.positions[tap], pixel, static_cast<int>(pixels), m_text, m_outline))
+            m_pKernel->AddShare(m_text.pBytes, m_outline.pBytes, pixels, weight, m_row.text.data(),
+                                m_row.outline.data());
+    }
+    std::array<float, 4> weights = {};
+    for (std::size_t i = 0; i < weights.size(); ++i)
+        weights[i] = static_cast<float>(m_layout.columns.Weights()[i]) / Taps::Whole;
+    for (auto [from, to] : {std::pair(&m_row.text, &m_means.text), std::pair(&m_row.outline, &m_means.outline)}) {
+        ExtendSides(*from, pixel, m_layout.nWidth);
+        to->resize(count);
+        m_pKernel->Halve(from->data(), count, weights, to->data());
+    }
+}
+
 void NaturalInk::LoadMeans(const NaturalMap &map, const Taps &rows, int first, int count)
 {
     const int pixel = 2 * first - 1;
@@ -138,22 +193,13 @@ void NaturalInk::LoadMeans(const NaturalMap &map, const Taps &rows, int first, i
     for (auto &codes : m_means.pictureCodes)
         codes.assign(m_bPicture ? count : 0, 0.0F);
     const std::array<int, 4> columns = m_layout.columns.Weights();
-    // Beyond the frame's sides are the pixels at the sides.
-    const std::size_t before = pixel < 0 ? 1 : 0;
-    const std::size_t inFrame = std::min<std::ptrdiff_t>(m_layout.nWidth - pixel, static_cast<std::ptrdiff_t>(pixels));
-    const auto extend = [&](std::vector<float> &list) {
-        list.resize(pixels);
-        if (before > 0)
-            list[0] = list[1];
-        for (std::size_t i = inFrame; i < pixels; ++i)
-            list[i] = list[inFrame - 1];
-    };
     for (int tap = 0; tap < rows.nCount; ++tap) {
         map.Load(rows.positions[tap], pixel, static_cast<int>(pixels), m_weights);
         m_row.nCount = static_cast<int>(pixels);
         AddPictureCodes(map, m_row);
         const auto add = [&](std::vector<float> &to, std::vector<float> &row) {
-            extend(row);
+            row.resize(pixels);
+            ExtendSides(row, pixel, m_layout.nWidth);
             for (std::size_t i = 0; i < columns.size(); ++i) {
                 if (columns[i] != 0)
                     AddSeconds(to, row, i,
@@ -200,10 +246,11 @@ void NaturalInk::PutBytes(int plane, int row, bool isSubsampled)
             first = shares.nFirst * component.nStep;
         count = std::max(count, shares.nCount * component.nStep);
     });
-    const std::size_t at = blend.Add(row, first, count);
+    const bool isPut = !m_bPicture && m_listCodes[plane].nStep > 0;
+    const std::size_t at = blend.Add(row, first, count, isPut);
     std::uint16_t *bases = blend.listBases.data() + at;
     std::uint8_t *rests = blend.listRests.data() + at;
-    if (!m_bPicture && m_listCodes[plane].nStep > 0) {
+    if (isPut) {
         const Shares &shares = isSubsampled ? m_means : m_single;
         m_pKernel->Put(shares.text.data(), shares.outline.data(), shares.nCount, m_listCodes[plane], bases, rests);
         return;
@@ -216,7 +263,7 @@ void NaturalInk::PutBytes(int plane, int row, bool isSubsampled)
     });
 }
 
-/** Of a plane whose components all have as many samples; else without a step. */
+/** Of a plane whose bytes are all filled in by one kind of samples; else without a step. */
 ByteCodes NaturalInk::CodesOf(int plane) const
 {
     ByteCodes codes = {};
@@ -228,7 +275,8 @@ ByteCodes NaturalInk::CodesOf(int plane) const
         codes.text[component.nOffset] = CodeOf(m_colors.text, i);
         codes.outline[component.nOffset] = CodeOf(m_colors.outline, i);
     });
-    return isOfOneKind ? codes : ByteCodes();
+    const bool isWhole = std::all_of(codes.bUsed.begin(), codes.bUsed.begin() + codes.nStep, [](bool b) { return b; });
+    return isOfOneKind && (isWhole || codes.nStep == 4) ? codes : ByteCodes();
 }
 
 void NaturalInk::PutSamples(int component, int row, const Shares &shares)

@@ -27,6 +27,9 @@ private:
     void BuildPlane(const NaturalMap &map, int plane);
     void BuildRun(const NaturalMap &map, int plane, int row, int first, int end);
     void LoadShares(const NaturalMap &map, int row, int first, int count);
+    /** The same of pixels and samples that no picture has a share in. */
+    void LoadTextShares(const NaturalMap &map, int row, int first, int count);
+    void LoadTextMeans(const NaturalMap &map, const Taps &rows, int first, int count);
     void LoadMeans(const NaturalMap &map, const Taps &rows, int first, int count);
     void AddPictureCodes(const NaturalMap &map, Shares &shares) const;
     void PutBytes(int plane, int row, bool isSubsampled);
@@ -48,5 +51,7 @@ private:
     Shares m_single = {}; ///< of samples that belong to one pixel
     Shares m_means = {};  ///< of chroma samples that belong to several
     Shares m_row = {};    ///< of the pixels that such samples are of
+    NaturalMap::Bytes m_text = {};
+    NaturalMap::Bytes m_outline = {};
     std::vector<std::uint8_t> m_listGroups;
 };

@@ -182,3 +182,23 @@ void NaturalMap::Load(int row, int column, int count, Weights &weights) const
         weights.colors[to + i] = m_listNumbers[at + i];
     }
 }
+
+bool NaturalMap::Cover(int row, int column, int count, Bytes &text, Bytes &outline) const
+{
+    const int first = std::max(column, m_area.nLeft);
+    const int end = std::min(column + count, m_area.nLeft + m_area.nColumns);
+    if (row < m_area.nTop || row >= m_area.nTop + m_area.nRows || first >= end)
+        return false;
+    const std::size_t at = At(row) + (first - m_area.nLeft);
+    const auto take = [&](const std::uint8_t *from, Bytes &to) {
+        to.pBytes = from + at;
+        if (end - first == count)
+            return;
+        to.listOwn.assign(count, 0);
+        std::copy_n(from + at, end - first, to.listOwn.begin() + (first - column));
+        to.pBytes = to.listOwn.data();
+    };
+    take(m_pText, text);
+    take(m_pOutline, outline);
+    return true;
+}

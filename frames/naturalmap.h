@@ -21,6 +21,12 @@ public:
         std::vector<std::uint32_t> colors; ///< the picture's, numbers in Colors()
     };
 
+    /** Bytes of somebody else, or of its own. */
+    struct Bytes {
+        const std::uint8_t *pBytes;
+        std::vector<std::uint8_t> listOwn;
+    };
+
     /** @param shown  must stay as it is while the map is used. */
     void Build(const NaturalSubtitle &shown, const Orientation &orientation, const FrameColors &colors);
 
@@ -33,6 +39,13 @@ public:
     /** For each group of a row's pixels in the area whether any is covered; null for a row outside. */
     const std::uint8_t *Groups(int row) const;
     int GroupCount() const { return m_nGroups; }
+
+    float Opacity() const { return m_fOpacity; }
+    /**
+     * How much text and outline cover of @p count pixels of a row of the frame from @p column on; false, with nothing
+     * written, where they cover none. Bytes of pixels in the area alone are not copied.
+     */
+    bool Cover(int row, int column, int count, Bytes &text, Bytes &outline) const;
 
     /** The weights of @p count pixels of a row of the frame from @p column on, which may lie outside the area. */
     void Load(int row, int column, int count, Weights &weights) const;

@@ -135,20 +135,64 @@ HWY_INLINE void PutPixels(const float *text, const float *outline, std::size_t c
 void Put(const float *text, const float *outline, std::size_t count, const ByteCodes &codes, std::uint16_t *bases,
          std::uint8_t *rests)
 {
-    const bool isWhole = std::all_of(codes.bUsed.begin(), codes.bUsed.begin() + codes.nStep, [](bool b) { return b; });
     if (codes.nStep == 1)
         PutPixels<1>(text, outline, count, codes, bases, rests);
-    else if (codes.nStep == 2 && isWhole)
+    else if (codes.nStep == 2)
         PutPixels<2>(text, outline, count, codes, bases, rests);
-    else if (codes.nStep == 3 && isWhole)
+    else if (codes.nStep == 3)
         PutPixels<3>(text, outline, count, codes, bases, rests);
-    else if (codes.nStep == 4)
-        PutPixels<4>(text, outline, count, codes, bases, rests);
     else
-        PortableBlendBytes().Put(text, outline, count, codes, bases, rests);
+        PutPixels<4>(text, outline, count, codes, bases, rests);
 }
 
-constexpr BlendBytesKernel Vectors = {Blend, Put};
+template <bool IsAdded>
+void Share(const std::uint8_t *text, const std::uint8_t *outline, std::size_t count, float weight, float *textShares,
+           float *outlineShares)
+{
+    const FloatTag tag;
+    const hn::RebindToSigned<FloatTag> whole;
+    const RestTag byteTag;
+    const auto ofText = hn::Set(tag, weight / 255);
+    const auto ofOutline = hn::Set(tag, weight / (255 * 255));
+    const auto all = hn::Set(tag, 255.0F);
+    const auto load = [&](const std::uint8_t *bytes)
+                          HWY_ATTR { return hn::ConvertTo(tag, hn::PromoteTo(whole, hn::LoadU(byteTag, bytes))); };
+    std::size_t i = 0;
+    for (; i + hn::Lanes(tag) <= count; i += hn::Lanes(tag)) {
+        const auto covered = load(text + i);
+        auto shareOfText = hn::Mul(covered, ofText);
+        auto shareOfOutline = hn::Mul(hn::Mul(hn::Sub(all, covered), load(outline + i)), ofOutline);
+        if constexpr (IsAdded) {
+            shareOfText = hn::Add(shareOfText, hn::LoadU(tag, textShares + i));
+            shareOfOutline = hn::Add(shareOfOutline, hn::LoadU(tag, outlineShares + i));
+        }
+        hn::StoreU(shareOfText, tag, textShares + i);
+        hn::StoreU(shareOfOutline, tag, outlineShares + i);
+    }
+    const BlendBytesKernel &portable = PortableBlendBytes();
+    (IsAdded ? portable.AddShare : portable.Share)(text + i, outline + i, count - i, weight, textShares + i,
+                                                   outlineShares + i);
+}
+
+void Halve(const float *from, std::size_t count, const std::array<float, 4> &weights, float *to)
+{
+    const FloatTag tag;
+    std::size_t i = 0;
+    for (; i + hn::Lanes(tag) <= count; i += hn::Lanes(tag)) {
+        hn::Vec<FloatTag> first;
+        hn::Vec<FloatTag> second;
+        hn::Vec<FloatTag> third;
+        hn::Vec<FloatTag> fourth;
+        hn::LoadInterleaved2(tag, from + 2 * i, first, second);
+        hn::LoadInterleaved2(tag, from + 2 * i + 2, third, fourth);
+        const auto left = hn::Add(hn::Mul(first, hn::Set(tag, weights[0])), hn::Mul(second, hn::Set(tag, weights[1])));
+        const auto right = hn::Add(hn::Mul(third, hn::Set(tag, weights[2])), hn::Mul(fourth, hn::Set(tag, weights[3])));
+        hn::StoreU(hn::Add(left, right), tag, to + i);
+    }
+    PortableBlendBytes().Halve(from + 2 * i, count - i, weights, to + i);
+}
+
+constexpr BlendBytesKernel Vectors = {Blend, Put, Share<false>, Share<true>, Halve};
 
 const BlendBytesKernel &Kernel()
 {

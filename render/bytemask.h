@@ -14,18 +14,22 @@ struct ByteMask {
 
     const std::uint8_t *Row(int row) const { return listBytes.data() + static_cast<std::size_t>(row) * nColumns; }
     std::uint8_t *Row(int row) { return listBytes.data() + static_cast<std::size_t>(row) * nColumns; }
+
+    /** Nothing covered, in the memory that it has. */
+    void Reset(int left, int top, int columns, int rows)
+    {
+        nLeft = left;
+        nTop = top;
+        nColumns = columns;
+        nRows = rows;
+        listBytes.assign(static_cast<std::size_t>(columns) * rows, 0);
+    }
 };
 
 /** Nothing covered. */
 inline ByteMask MakeByteMask(int left, int top, int columns, int rows)
 {
-    ByteMask mask = {left, top, columns, rows, {}};
-    mask.listBytes.assign(static_cast<std::size_t>(columns) * rows, 0);
+    ByteMask mask;
+    mask.Reset(left, top, columns, rows);
     return mask;
-}
-
-/** A quotient of a product of two bytes, rounded to nearest. */
-constexpr int Over255(int product)
-{
-    return (product + 128 + ((product + 128) >> 8)) >> 8;
 }

@@ -77,11 +77,12 @@ void AddTo(ByteMask &to, const ByteMask &mask, int dx, int dy, Add add)
 
 } // namespace
 
-NaturalInk NaturalText::Paint(const TextStyle &style, const QSize &frame, const QStringList &texts, int position,
-                              const NaturalSettings &settings)
+void NaturalText::Paint(const TextStyle &style, const QSize &frame, const QStringList &texts, int position,
+                        const NaturalSettings &settings, NaturalInk &ink)
 {
+    ink.Clear();
     if (!IsPossibleFrame(frame.width(), frame.height()) || texts.isEmpty())
-        return {};
+        return;
     const MessageSilencer silencer;
     const SafeArea area(frame, settings);
     m_glyphs.SetOutline(area.dOutline);
@@ -98,10 +99,10 @@ NaturalInk NaturalText::Paint(const TextStyle &style, const QSize &frame, const 
         bottom -= layout.rcBox.height() - 1;
         blocks.push_back({std::move(layout), bottom});
     }
-    return Compose(blocks, frame);
+    Compose(blocks, frame, ink);
 }
 
-NaturalInk NaturalText::Compose(const std::vector<Block> &blocks, const QSize &frame)
+void NaturalText::Compose(const std::vector<Block> &blocks, const QSize &frame, NaturalInk &ink)
 {
     struct Placed {
         const CoveredGlyph *pGlyph;
@@ -139,10 +140,9 @@ NaturalInk NaturalText::Compose(const std::vector<Block> &blocks, const QSize &f
     top = std::max(top, 0);
     right = std::min(right, frame.width());
     bottom = std::min(bottom, frame.height());
-    NaturalInk ink;
     if (left < right && top < bottom) {
-        ink.text = MakeByteMask(left, top, right - left, bottom - top);
-        ink.outline = ink.text;
+        for (ByteMask *mask : {&ink.text, &ink.outline})
+            mask->Reset(left, top, right - left, bottom - top);
         for (const Placed &placed : glyphs) {
             AddTo(ink.text, placed.pGlyph->text, placed.nX, placed.nY, AddSaturated);
             AddTo(ink.outline, placed.pGlyph->outline, placed.nX, placed.nY, AddGreatest);
@@ -150,7 +150,6 @@ NaturalInk NaturalText::Compose(const std::vector<Block> &blocks, const QSize &f
     }
     if (isColored)
         PaintColored(blocks, frame, ink);
-    return ink;
 }
 
 void NaturalText::PaintColored(const std::vector<Block> &blocks, const QSize &frame, NaturalInk &ink)

@@ -18,6 +18,13 @@ struct NaturalInk {
     ByteMask outline; ///< of the same place and size
     QImage colored;   ///< glyphs that bring colours of their own, QImage::Format_ARGB32; null when there are none
     QPoint ptColored; ///< where it lies
+
+    void Clear()
+    {
+        for (ByteMask *mask : {&text, &outline})
+            mask->Reset(0, 0, 0, 0);
+        colored = QImage();
+    }
 };
 
 /**
@@ -31,9 +38,10 @@ public:
      * @param texts     the first one lowest.
      * @param position  percent of the frame's height at which the middle of one line or two lies; the lower edge of more
      *                  lines is that of two.
+     * @param ink       is painted anew in the memory that it has; nothing is covered without texts.
      */
-    NaturalInk Paint(const TextStyle &style, const QSize &frame, const QStringList &texts, int position,
-                     const NaturalSettings &settings);
+    void Paint(const TextStyle &style, const QSize &frame, const QStringList &texts, int position,
+               const NaturalSettings &settings, NaturalInk &ink);
 
 private:
     /** A text laid out, and what is to be added to its rows. */
@@ -41,7 +49,7 @@ private:
         TextLayout layout;
         int nOffset;
     };
-    NaturalInk Compose(const std::vector<Block> &blocks, const QSize &frame);
+    void Compose(const std::vector<Block> &blocks, const QSize &frame, NaturalInk &ink);
     void PaintColored(const std::vector<Block> &blocks, const QSize &frame, NaturalInk &ink);
 
     CoverageGlyphs m_glyphs;

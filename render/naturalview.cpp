@@ -44,7 +44,7 @@ ScaledPicture Cropped(const QImage &image, QPoint place)
 void NaturalView::Clear()
 {
     m_bPainted = false;
-    m_ink = {};
+    m_ink.Clear();
     m_picture = {};
     ++m_nVersion;
 }
@@ -52,7 +52,7 @@ void NaturalView::Clear()
 void NaturalView::PaintText(const NaturalKey &key, const TextStyle &style)
 {
     Clear();
-    m_ink = m_painter.Paint(style, key.frame, key.listTexts, key.nPosition, key.settings);
+    m_painter.Paint(style, key.frame, key.listTexts, key.nPosition, key.settings, m_ink);
     m_colors = {Bytes(style.nFontColor), Bytes(style.nOutlineColor)};
     if (!m_ink.colored.isNull())
         m_picture = Cropped(m_ink.colored, m_ink.ptColored);

@@ -138,7 +138,9 @@ QRect Covered(const NaturalInk &ink)
 NaturalInk Paint(const QSize &frame, const QStringList &texts, int position = 85, int pixelSize = 0)
 {
     static NaturalText painter;
-    return painter.Paint(Style(pixelSize > 0 ? pixelSize : frame.height() / 14), frame, texts, position, {2, 2.5});
+    NaturalInk ink;
+    painter.Paint(Style(pixelSize > 0 ? pixelSize : frame.height() / 14), frame, texts, position, {2, 2.5}, ink);
+    return ink;
 }
 
 QString Lines(int count)
