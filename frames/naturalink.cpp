@@ -45,79 +45,96 @@ void NaturalInk::Build(const NaturalMap &map, const FrameLayout &layout, const F
         blend.Clear();
     for (SampleBlend &blend : m_samples)
         blend = {};
+    std::array<PlaneGroup, 4> groups = {};
     for (int plane = 0; plane < m_layout.format.nPlanes; ++plane) {
         if (m_layout.format.nElementBytes == 1)
             m_listCodes[plane] = CodesOf(plane);
-        BuildPlane(map, plane);
+        const PlaneGroup of = KindOf(plane);
+        // Alike planes together, so that shares are found once.
+        auto *group = std::find_if(groups.begin(), groups.end(),
+                                   [&](const PlaneGroup &other) { return other.nPlanes == 0 || other.IsAlike(of); });
+        const int count = group->nPlanes;
+        if (count == 0)
+            *group = of;
+        group->listPlanes[count] = plane;
+        group->nPlanes = count + 1;
+    }
+    for (const PlaneGroup &group : groups) {
+        if (group.nPlanes > 0 && (group.bSingles || group.bMeans))
+            BuildPlanes(map, group);
     }
 }
 
-void NaturalInk::BuildPlane(const NaturalMap &map, int plane)
+NaturalInk::PlaneGroup NaturalInk::KindOf(int plane) const
 {
-    bool isMeanOfRows = false;
-    bool isUsed = false;
+    PlaneGroup kind = {};
     m_layout.format.ForComponents(plane, [&](int, const Component &component) {
-        isUsed = true;
-        isMeanOfRows |= component.nRowsLog2 > 0;
+        (component.nColumnsLog2 > 0 ? kind.bMeans : kind.bSingles) = true;
+        kind.bMeansOfRows |= component.nRowsLog2 > 0;
     });
+    return kind;
+}
+
+Taps NaturalInk::RowsOf(const PlaneGroup &group, int row) const
+{
+    return group.bMeansOfRows ? m_layout.rows.At(row) : Taps{1, {row}, {Taps::Whole}};
+}
+
+void NaturalInk::BuildPlanes(const NaturalMap &map, const PlaneGroup &group)
+{
     int first = map.Area().nTop;
     int last = first + map.Area().nRows - 1;
-    if (!isUsed || last < first)
+    if (last < first)
         return;
-    if (isMeanOfRows)
+    if (group.bMeansOfRows)
         m_layout.rows.ToSamples(first, last);
     for (int row = first; row <= last; ++row) {
         m_listGroups.assign(map.GroupCount(), 0);
-        const Taps taps = isMeanOfRows ? m_layout.rows.At(row) : Taps{1, {row}, {Taps::Whole}};
+        const Taps taps = RowsOf(group, row);
         for (int tap = 0; tap < taps.nCount; ++tap) {
-            const std::uint8_t *groups = map.Groups(taps.positions[tap]);
-            for (std::size_t i = 0; groups && i < m_listGroups.size(); ++i)
-                m_listGroups[i] |= groups[i];
+            const std::uint8_t *covered = map.Groups(taps.positions[tap]);
+            for (std::size_t i = 0; covered && i < m_listGroups.size(); ++i)
+                m_listGroups[i] |= covered[i];
         }
         ForRuns(
             map.GroupCount(), MaxGap, [&](int i) { return m_listGroups[i] != 0; },
             [&](int from, int end) {
                 const int right = map.Area().nLeft + map.Area().nColumns;
-                BuildRun(map, plane, row, map.Area().nLeft + from * NaturalMap::GroupPixels,
+                BuildRun(map, group, row, map.Area().nLeft + from * NaturalMap::GroupPixels,
                          std::min(map.Area().nLeft + end * NaturalMap::GroupPixels, right));
             });
     }
 }
 
-void NaturalInk::BuildRun(const NaturalMap &map, int plane, int row, int first, int end)
+void NaturalInk::BuildRun(const NaturalMap &map, const PlaneGroup &group, int row, int first, int end)
 {
-    bool hasSingles = false;
-    bool hasMeans = false;
-    bool isMeanOfRows = false;
-    m_layout.format.ForComponents(plane, [&](int, const Component &component) {
-        (component.nColumnsLog2 > 0 ? hasMeans : hasSingles) = true;
-        isMeanOfRows |= component.nRowsLog2 > 0;
-    });
-    if (hasMeans) {
+    if (group.bMeans) {
         int firstSample = first;
         int lastSample = end - 1;
         m_layout.columns.ToSamples(firstSample, lastSample);
-        const Taps rows = isMeanOfRows ? m_layout.rows.At(row) : Taps{1, {row}, {Taps::Whole}};
         const int count = lastSample - firstSample + 1;
         if (m_bPicture)
-            LoadMeans(map, rows, firstSample, count);
+            LoadMeans(map, RowsOf(group, row), firstSample, count);
         else
-            LoadTextMeans(map, rows, firstSample, count);
+            LoadTextMeans(map, RowsOf(group, row), firstSample, count);
         // So that both kinds begin in one place.
         first = 2 * firstSample;
         end = std::min(2 * (lastSample + 1), m_layout.nWidth);
     }
-    if (hasSingles && m_bPicture)
+    if (group.bSingles && m_bPicture)
         LoadShares(map, row, first, end - first);
-    else if (hasSingles)
+    else if (group.bSingles)
         LoadTextShares(map, row, first, end - first);
-    if (m_layout.format.nElementBytes == 1) {
-        PutBytes(plane, row, !hasSingles);
-        return;
+    for (int i = 0; i < group.nPlanes; ++i) {
+        const int plane = group.listPlanes[i];
+        if (m_layout.format.nElementBytes == 1) {
+            PutBytes(plane, row, !group.bSingles);
+            continue;
+        }
+        m_layout.format.ForComponents(plane, [&](int component, const Component &of) {
+            PutSamples(component, row, of.nColumnsLog2 > 0 ? m_means : m_single);
+        });
     }
-    m_layout.format.ForComponents(plane, [&](int i, const Component &component) {
-        PutSamples(i, row, component.nColumnsLog2 > 0 ? m_means : m_single);
-    });
 }
 
 void NaturalInk::AddPictureCodes(const NaturalMap &map, Shares &shares) const

@@ -24,8 +24,24 @@ private:
         std::vector<float> text, outline, picture;
         std::array<std::vector<float>, 4> pictureCodes;
     };
-    void BuildPlane(const NaturalMap &map, int plane);
-    void BuildRun(const NaturalMap &map, int plane, int row, int first, int end);
+    /** Planes with the same kinds of samples. */
+    struct PlaneGroup {
+        bool bSingles;     ///< samples that belong to one pixel
+        bool bMeans;       ///< samples that belong to several
+        bool bMeansOfRows; ///< these in more than one row
+        int nPlanes;
+        std::array<int, 4> listPlanes;
+
+        bool IsAlike(const PlaneGroup &other) const
+        {
+            return bSingles == other.bSingles && bMeans == other.bMeans && bMeansOfRows == other.bMeansOfRows;
+        }
+    };
+    PlaneGroup KindOf(int plane) const;
+    /** The rows of pixels that a row of samples belongs to. */
+    Taps RowsOf(const PlaneGroup &group, int row) const;
+    void BuildPlanes(const NaturalMap &map, const PlaneGroup &group);
+    void BuildRun(const NaturalMap &map, const PlaneGroup &group, int row, int first, int end);
     void LoadShares(const NaturalMap &map, int row, int first, int count);
     /** The same of pixels and samples that no picture has a share in. */
     void LoadTextShares(const NaturalMap &map, int row, int first, int count);
