@@ -1,6 +1,7 @@
 #include "frei0r/burnparameters.h"
 
 #include "libsubtitle.h"
+#include "libsubtitleframe.h"
 
 #include <algorithm>
 #include <array>
@@ -25,6 +26,7 @@ constexpr std::array<f0r_param_info_t, static_cast<std::size_t>(Parameter::Count
     {"font-color", F0R_PARAM_COLOR, "Colour of text"},
     {"outline-color", F0R_PARAM_COLOR, "Colour of the outline of text; black is no outline"},
     {"offset", F0R_PARAM_STRING, "Time in the subtitle file, in seconds, at which the host's time is 0"},
+    {"natural", F0R_PARAM_BOOL, "Smooth text, all texts that are due, DVD pictures in their colours"},
 }};
 
 template <typename T>
@@ -109,6 +111,9 @@ void BurnParameters::Set(int nParameter, const void *pValue)
     case Parameter::Offset:
         SetText(m_strOffset, pValue);
         break;
+    case Parameter::Natural:
+        m_bNatural = Flag(pValue);
+        break;
     case Parameter::Count:
         break;
     }
@@ -149,6 +154,9 @@ void BurnParameters::Get(int nParameter, void *pValue) const
         break;
     case Parameter::Offset:
         return GetText(m_strOffset, pValue);
+    case Parameter::Natural:
+        *static_cast<f0r_param_bool *>(pValue) = m_bNatural ? 1 : 0;
+        break;
     case Parameter::Count:
         break;
     }
@@ -166,6 +174,11 @@ int BurnParameters::Points(int nHeight) const
         return 0;
     // A point is 4/3 pixels, and the library's largest size is 4096.
     return std::max(1, static_cast<int>(std::lround(std::min(m_fFontSize * nHeight * 0.75, 4096.0))));
+}
+
+int BurnParameters::Look() const
+{
+    return m_bNatural ? SUBTITLE_LOOK_NATURAL : SUBTITLE_LOOK_EXACT;
 }
 
 int BurnParameters::Style() const

@@ -21,6 +21,7 @@ enum class Parameter {
     FontColor,
     OutlineColor,
     Offset,
+    Natural,
     Count
 };
 
@@ -55,6 +56,8 @@ public:
     const std::string &Family() const { return m_strFamily; }
     /** Of text in frames of a height; 0 for the library's default. */
     int Points(int nHeight) const;
+    /** SUBTITLE_LOOK_... */
+    int Look() const;
     /** SUBTITLE_STYLE_... */
     int Style() const;
     BurnColor FontColor() const { return ToBytes(m_fontColor); }
@@ -83,4 +86,5 @@ private:
     f0r_param_color_t m_fontColor = {1, 1, 1};
     f0r_param_color_t m_outlineColor = {10 / 255.0F, 10 / 255.0F, 10 / 255.0F};
     std::string m_strOffset = "0";
+    bool m_bNatural = false;
 };

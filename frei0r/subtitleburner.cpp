@@ -76,6 +76,8 @@ void SubtitleBurner::SetStyle()
         SetSubtitleAlpah(m_pSubtitle, m_parameters.Alpha());
     if (!m_bGiven || m_parameters.Percent() != m_given.Percent())
         SetSubtitlePos(m_pSubtitle, m_parameters.Percent());
+    if (!m_bGiven || m_parameters.Look() != m_given.Look())
+        SetSubtitleBurnerLook(m_pBurner, m_parameters.Look());
     const BurnColor font = m_parameters.FontColor();
     if (!m_bGiven || !(font == m_given.FontColor()))
         SetSubtitleFontColor(m_pSubtitle, font.nRed, font.nGreen, font.nBlue);

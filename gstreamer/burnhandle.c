@@ -69,6 +69,10 @@ gboolean BurnHandleApply(const BurnHandle *pHandle, const BurnSettings *pSetting
                                 Byte(pSettings->nOutlineColor, 0));
     if (nChanged & ChangedWhite)
         SetSubtitleBurnerWhite(pHandle->pBurner, pSettings->dWhite);
+    if (nChanged & ChangedLook) {
+        SetSubtitleBurnerLook(pHandle->pBurner, pSettings->nLook);
+        SetSubtitleBurnerOutline(pHandle->pBurner, pSettings->dOutlineWidth);
+    }
     const gboolean bDone = !bOpen || (SetSubtitleFile(pSubtitle, pSettings->pFile, pSettings->nTrack) == 0 &&
                                       HasSubtitleTrack(pSubtitle) == 1);
     HandleGateLeave();

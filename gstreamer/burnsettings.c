@@ -1,6 +1,7 @@
 #include "burnsettings.h"
 
 #include <gst/video/video.h>
+#include <libsubtitleframe.h>
 
 enum {
     PropFile = 1,
@@ -14,7 +15,9 @@ enum {
     PropFontColor,
     PropOutlineColor,
     PropWhiteLevel,
-    PropOrientation
+    PropOrientation,
+    PropLook,
+    PropOutlineWidth
 };
 
 enum {
@@ -22,7 +25,8 @@ enum {
     DefaultPos = 85,
     DefaultFontColor = 0xFFFFFF,
     DefaultOutlineColor = 0x0A0A0A,
-    DefaultWhite = 203
+    DefaultWhite = 203,
+    DefaultOutlineWidth = 2
 };
 
 static const struct {
@@ -39,7 +43,21 @@ static const struct {
                   [PropFontColor] = {G_STRUCT_OFFSET(BurnSettings, nFontColor), ChangedFontColor},
                   [PropOutlineColor] = {G_STRUCT_OFFSET(BurnSettings, nOutlineColor), ChangedOutlineColor},
                   [PropWhiteLevel] = {G_STRUCT_OFFSET(BurnSettings, dWhite), ChangedWhite},
-                  [PropOrientation] = {G_STRUCT_OFFSET(BurnSettings, nOrientation), 0}};
+                  [PropOrientation] = {G_STRUCT_OFFSET(BurnSettings, nOrientation), 0},
+                  [PropLook] = {G_STRUCT_OFFSET(BurnSettings, nLook), ChangedLook},
+                  [PropOutlineWidth] = {G_STRUCT_OFFSET(BurnSettings, dOutlineWidth), ChangedLook}};
+
+static GType LookType(void)
+{
+    static const GEnumValue values[] = {
+        {SUBTITLE_LOOK_EXACT, "The library's own pixels", "exact"},
+        {SUBTITLE_LOOK_NATURAL, "Smooth text, all texts that are due, DVD pictures in their colours", "natural"},
+        {0, NULL, NULL}};
+    static gsize type = 0;
+    if (g_once_init_enter(&type))
+        g_once_init_leave(&type, g_enum_register_static("SubtitleBurnLook", values));
+    return type;
+}
 
 void BurnSettingsInstall(GObjectClass *pClass)
 {
@@ -75,6 +93,12 @@ void BurnSettingsInstall(GObjectClass *pClass)
     listSpecs[PropOrientation] = g_param_spec_enum(
         "orientation", "Orientation", "How the picture is turned when it is shown; auto is as tags say",
         GST_TYPE_VIDEO_ORIENTATION_METHOD, GST_VIDEO_ORIENTATION_AUTO, flags);
+    listSpecs[PropLook] =
+        g_param_spec_enum("look", "Look", "How subtitles look", LookType(), SUBTITLE_LOOK_EXACT, flags);
+    listSpecs[PropOutlineWidth] =
+        g_param_spec_double("outline-width", "Outline width",
+                            "Width of the outline in the natural look, in pixels of a picture of 720 rows", 0, 20,
+                            DefaultOutlineWidth, flags);
     g_object_class_install_properties(pClass, G_N_ELEMENTS(listSpecs), listSpecs);
 }
 
@@ -85,6 +109,8 @@ void BurnSettingsInit(BurnSettings *pSettings)
                                 .nFontColor = DefaultFontColor,
                                 .nOutlineColor = DefaultOutlineColor,
                                 .dWhite = DefaultWhite,
+                                .nLook = SUBTITLE_LOOK_EXACT,
+                                .dOutlineWidth = DefaultOutlineWidth,
                                 .nOrientation = GST_VIDEO_ORIENTATION_AUTO};
 }
 

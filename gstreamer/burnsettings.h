@@ -12,7 +12,8 @@ enum {
     ChangedOutlineColor = 32,
     ChangedWhite = 64,
     ChangedToDefault = 128, /**< to what no setter sets, only a new handle has */
-    ChangedAll = 255
+    ChangedLook = 256,
+    ChangedAll = 511
 };
 
 /** The values of the element's properties. None of the functions takes a lock. */
@@ -28,6 +29,8 @@ typedef struct {
     guint nFontColor;
     guint nOutlineColor;
     gdouble dWhite;
+    gint nLook; /**< SUBTITLE_LOOK_... */
+    gdouble dOutlineWidth;
     gint nOrientation; /**< GstVideoOrientationMethod; nothing that a handle has */
     guint nChanged;    /**< since they were last taken */
 } BurnSettings;

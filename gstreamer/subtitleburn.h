@@ -33,6 +33,8 @@
  *  - font-color (uint, 0 to 0xFFFFFF, 0xFFFFFF): SetSubtitleFontColor(), as 0xRRGGBB
  *  - outline-color (uint, 0 to 0xFFFFFF, 0x0A0A0A): SetSubtitleOutlineColor(), as 0xRRGGBB
  *  - white-level (double, 1 to 10000, 203): SetSubtitleBurnerWhite(), in cd/m2
+ *  - look (exact or natural, exact): SetSubtitleBurnerLook()
+ *  - outline-width (double, 0 to 20, 2): SetSubtitleBurnerOutline()
  *  - orientation (GstVideoOrientationMethod, auto): how the picture is turned after this element, so that text is upright
  *    when it is shown; the frame is not turned. "auto" is as the stream's image-orientation tag says, "identity" upright.
  *

@@ -26,7 +26,7 @@ protected:
     const std::string m_strFrame = Frame();
 };
 
-const char *const Beginning = "create 336 184\nburner\nfont \"\" 0 0\nalpha 255\npos 85\ncolor 255 255 255\n"
+const char *const Beginning = "create 336 184\nburner\nfont \"\" 0 0\nalpha 255\npos 85\nlook 0\ncolor 255 255 255\n"
                               "outline 10 10 10\n";
 
 } // namespace
@@ -75,6 +75,11 @@ int SetSubtitleAlpah(void * /*handle*/, int alpha)
 int SetSubtitlePos(void * /*handle*/, int percent)
 {
     return Call("pos", percent);
+}
+
+int SetSubtitleBurnerLook(void * /*burner*/, int look)
+{
+    return Call("look", look);
 }
 
 int SetSubtitleFontParam(void * /*handle*/, const char *family, int pointSize, int style)
@@ -149,9 +154,13 @@ TEST_F(CallsOfFrei0rTest, ADifferentValueCallsItsSetterAlone)
     expect("file \"text.srt\" 3\n");
     instance.SetText("offset", "0.0");
     expect("");
+    instance.SetNumber("natural", 1);
+    expect("look 1\n");
+    instance.SetNumber("natural", 0);
+    expect("look 0\n");
     // No setter returns to the default size.
     instance.SetNumber("font-size", 0);
-    expect("create 336 184\ndestroy\nburner\nfont \"Some Sans\" 0 1\nalpha 128\npos 50\ncolor 255 0 0\n"
+    expect("create 336 184\ndestroy\nburner\nfont \"Some Sans\" 0 1\nalpha 128\npos 50\nlook 0\ncolor 255 0 0\n"
            "outline 0 0 255\nfile \"text.srt\" 3\n");
 }
 

@@ -69,7 +69,7 @@ void Instance::SetText(const char *pName, const std::string &strValue) const
 // Flags and numbers are both doubles.
 void Instance::SetNumber(const char *pName, double fValue) const
 {
-    const bool bFlag = std::string("milliseconds bold italic").find(pName) != std::string::npos;
+    const bool bFlag = std::string("milliseconds bold italic natural").find(pName) != std::string::npos;
     Set(Find(pName, bFlag ? F0R_PARAM_BOOL : F0R_PARAM_DOUBLE), &fValue);
 }
 
@@ -88,7 +88,7 @@ std::string Instance::Text(const char *pName) const
 
 double Instance::Number(const char *pName) const
 {
-    const bool bFlag = std::string("milliseconds bold italic").find(pName) != std::string::npos;
+    const bool bFlag = std::string("milliseconds bold italic natural").find(pName) != std::string::npos;
     double fValue = -1;
     Get(Find(pName, bFlag ? F0R_PARAM_BOOL : F0R_PARAM_DOUBLE), &fValue);
     return fValue;

@@ -47,7 +47,8 @@ TEST_F(ParametersTest, AreListed)
         {"location", F0R_PARAM_STRING},  {"milliseconds", F0R_PARAM_BOOL},   {"subtitle-track", F0R_PARAM_STRING},
         {"alpha", F0R_PARAM_DOUBLE},     {"pos", F0R_PARAM_DOUBLE},          {"font-family", F0R_PARAM_STRING},
         {"font-size", F0R_PARAM_DOUBLE}, {"bold", F0R_PARAM_BOOL},           {"italic", F0R_PARAM_BOOL},
-        {"font-color", F0R_PARAM_COLOR}, {"outline-color", F0R_PARAM_COLOR}, {"offset", F0R_PARAM_STRING}};
+        {"font-color", F0R_PARAM_COLOR}, {"outline-color", F0R_PARAM_COLOR}, {"offset", F0R_PARAM_STRING},
+        {"natural", F0R_PARAM_BOOL}};
     f0r_param_info_t info = {};
     int n = 0;
     for (const auto &expected : listExpected) {
@@ -79,6 +80,7 @@ TEST_F(ParametersTest, HaveDefaults)
     const f0r_param_color_t outline = instance.Color("outline-color");
     EXPECT_EQ(std::tie(outline.r, outline.g, outline.b), std::make_tuple(10 / 255.0F, 10 / 255.0F, 10 / 255.0F));
     EXPECT_EQ(instance.Text("offset"), "0");
+    EXPECT_EQ(instance.Number("natural"), 0);
 }
 
 TEST_F(ParametersTest, AreKeptAsTheyWereSet)
@@ -92,7 +94,7 @@ TEST_F(ParametersTest, AreKeptAsTheyWereSet)
         instance.SetNumber(pName, 0.3);
         EXPECT_EQ(instance.Number(pName), 0.3);
     }
-    for (const char *pName : {"milliseconds", "bold", "italic"}) {
+    for (const char *pName : {"milliseconds", "bold", "italic", "natural"}) {
         instance.SetNumber(pName, 0.5);
         EXPECT_EQ(instance.Number(pName), 1);
         instance.SetNumber(pName, 0.49);
@@ -104,7 +106,7 @@ TEST_F(ParametersTest, AreKeptAsTheyWereSet)
         EXPECT_EQ(std::tie(color.r, color.g, color.b), std::make_tuple(0.1F, 0.2F, 0.3F));
     }
     double fUntouched = 7;
-    for (const int nOutside : {12, -1, 1000}) {
+    for (const int nOutside : {13, -1, 1000}) {
         instance.Set(nOutside, &fUntouched);
         instance.Get(nOutside, &fUntouched);
         EXPECT_EQ(fUntouched, 7);

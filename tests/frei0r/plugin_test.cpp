@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cmath>
 #include <limits>
+#include <set>
 #include <thread>
 #include <vector>
 
@@ -47,7 +48,7 @@ TEST_F(PluginTest, SaysWhatItIs)
     EXPECT_EQ(info.frei0r_version, FREI0R_MAJOR_VERSION);
     EXPECT_EQ(info.major_version, PLUGIN_MAJOR);
     EXPECT_EQ(info.minor_version, PLUGIN_MINOR);
-    EXPECT_EQ(info.num_params, 12);
+    EXPECT_EQ(info.num_params, 13);
     EXPECT_STREQ(info.explanation, "Burns the subtitles of a file into video frames");
 }
 
@@ -73,6 +74,23 @@ TEST_F(PluginTest, CoveredPixelsBecomeOpaque)
         nText += strPixel[0] == '\xff' ? 1 : 0;
     }
     EXPECT_GT(nText, 50U);
+}
+
+TEST_F(PluginTest, NaturalLookIsSmooth)
+{
+    const auto colors = [&] {
+        const std::string strOut = m_instance.Update(m_strFrame, 0.5);
+        std::set<std::string> setColors;
+        for (std::size_t n = 0; n < strOut.size(); n += 4) {
+            if (strOut.substr(n, 4) != m_strFrame.substr(n, 4))
+                setColors.insert(strOut.substr(n, 4));
+        }
+        return setColors.size();
+    };
+    m_instance.SetNumber("natural", 1);
+    EXPECT_GT(colors(), 50U);
+    m_instance.SetNumber("natural", 0);
+    EXPECT_EQ(colors(), 2U);
 }
 
 TEST_F(PluginTest, DrawsInPlace)

@@ -79,6 +79,16 @@ int SetSubtitleBurnerWhite(void * /*burner*/, double level)
     return Call("white", level);
 }
 
+int SetSubtitleBurnerLook(void * /*burner*/, int nLook)
+{
+    return Call("look", nLook);
+}
+
+int SetSubtitleBurnerOutline(void * /*burner*/, double width)
+{
+    return Call("width", width);
+}
+
 int IsSubtitleDue(void * /*burner*/)
 {
     return Call("due") == 0 ? static_cast<int>(bDue) : -1;
@@ -118,9 +128,10 @@ TEST_F(CallsTest, HandleIsMadeWithTheCapsAndDestroyedAtTheEnd)
 {
     {
         const Element element("location=" + m_strSubtitles + " track=3 font-family=Fünf white-level=150.5");
-        EXPECT_EQ(TakeLog(), "create 323 181\nburner\ndestroy no burner\ndestroy none\nalpha 255\npos 85\n"
-                             "font Fünf 0 0\ncolour 255 255 255\noutline 10 10 10\nwhite 150.5\nfile " +
-                                 m_strSubtitles + " 3\ntrack\n");
+        EXPECT_EQ(TakeLog(),
+                  "create 323 181\nburner\ndestroy no burner\ndestroy none\nalpha 255\npos 85\n"
+                  "font Fünf 0 0\ncolour 255 255 255\noutline 10 10 10\nwhite 150.5\nlook 0\nwidth 2\nfile " +
+                      m_strSubtitles + " 3\ntrack\n");
         EXPECT_TRUE(element.Push(m_strFrame, Due) == m_strFrame);
         EXPECT_EQ(TakeLog(), "time 1500\ndue\nframe 972\n");
     }
@@ -175,7 +186,7 @@ TEST_F(CallsTest, WithoutAFileTheLibraryIsNotCalled)
     element.Set("location", m_strSubtitles);
     element.Push(m_strFrame, Due);
     EXPECT_EQ(TakeLog(), "create 323 181\nburner\ndestroy no burner\ndestroy none\nalpha 255\npos 20\nfont  0 0\n"
-                         "colour 255 255 255\noutline 10 10 10\nwhite 203\nfile " +
+                         "colour 255 255 255\noutline 10 10 10\nwhite 203\nlook 0\nwidth 2\nfile " +
                              m_strSubtitles + " 0\ntrack\ntime 1500\ndue\nframe 972\n");
     // Switched off and on again, the handle stays, and learns of what was set meanwhile.
     element.Set("location", "");
@@ -203,7 +214,7 @@ TEST_F(CallsTest, OldHandleIsDestroyedAfterTheNewOneWasMade)
     element.SetCaps(other);
     element.Push(PlainFrame(other), Due);
     EXPECT_EQ(TakeLog(), "create 64 36\nburner\ndestroy burner\ndestroy\nalpha 255\npos 85\nfont  0 0\n"
-                         "colour 255 255 255\noutline 10 10 10\nwhite 203\nfile " +
+                         "colour 255 255 255\noutline 10 10 10\nwhite 203\nlook 0\nwidth 2\nfile " +
                              m_strSubtitles + " 0\ntrack\ntime 1500\ndue\nframe 192\n");
 }
 

@@ -56,6 +56,9 @@ TEST_F(LaunchTest, InspectShowsElementAndProperties)
               strFlags + "Integer. Range: 0 - 2147483647 Default: 0 \n",
           "  orientation         : How the picture is turned when it is shown; auto is as tags say" + strFlags +
               "Enum \"GstVideoOrientationMethod\" Default: 8, \"auto\"\n",
+          "  look                : How subtitles look" + strFlags + "Enum \"SubtitleBurnLook\" Default: 0, \"exact\"\n",
+          "  outline-width       : Width of the outline in the natural look, in pixels of a picture of 720 rows" +
+              strFlags + "Double. Range:               0 -              20 Default:               2 \n",
           "  white-level         : Level of white text on PQ and HLG frames, in cd/m2" + strFlags +
               "Double. Range:               1 -           10000 Default:             203 \n"})
         EXPECT_NE(outcome.strOut.find(strText), std::string::npos) << strText << "is not in\n" << outcome.strOut;
