@@ -139,6 +139,24 @@ def format_rows(t):
     return rows
 
 
+def natural_rows(t):
+    rows = []
+    for number, name in ((3, "RGB24"), (0, "yuv420p")):
+        for label, args in SIZES:
+            floor = t(f"MemcpyOfText/{args}")
+            rows.append(Row(f"steady frame in {name}, natural look, {label}", t(f"NaturalSteady/{args}/{number}"),
+                            [("floor", floor)], "at most 1.5 × floor", [(floor, 1.5)]))
+    for label, args in SIZES:
+        peer = t(f"AssChange/{args}/0")
+        rows.append(Row(f"frame in RGB24 on which the cue changes, natural look, {label}, mean of 200",
+                        t(f"NaturalChange/{args}/3"), [("libass list", peer)], "below libass", [(peer, 1)]))
+    for label, args in SIZES[2:]:
+        peer = t(f"AssFrameChange/{args}/0")
+        rows.append(Row(f"frame in yuv420p on which the cue changes, natural look, {label}, mean of 200",
+                        t(f"NaturalChange/{args}/0"), [("libass merged", peer)], "below libass", [(peer, 1)]))
+    return rows
+
+
 def file_rows(t):
     few, many = t("Lookup/1500"), t("Lookup/100000")
     rows = [Row("lookup, 100,000 cues, random times", many,
@@ -179,7 +197,7 @@ def processor():
 
 def table(t):
     lines = ["| work | here | peer: ratio | goal | |", "|---|---|---|---|---|"]
-    for row in steady_rows(t) + change_rows(t) + format_rows(t) + file_rows(t) + process_rows(t):
+    for row in steady_rows(t) + change_rows(t) + format_rows(t) + natural_rows(t) + file_rows(t) + process_rows(t):
         lines.append("| " + " | ".join(row.cells()) + " |")
     third = [cache["size"] >> 20 for cache in t.context["caches"] if cache["level"] == 3]
     third = f", L3 {third[0]} MB" if third else ""
