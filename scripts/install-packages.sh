@@ -7,7 +7,8 @@ set -eu
 packages="cmake ninja-build ccache g++ clang clang-format clang-tidy cppcheck libclang-rt-dev pkg-config
     qtbase5-dev qtbase5-private-dev
     libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libswresample-dev
-    libhwy-dev libcli11-dev libuchardet-dev libfontconfig-dev libgtest-dev libbenchmark-dev libass-dev libavfilter-dev python3 python3-av valgrind
+    libhwy-dev libcli11-dev libuchardet-dev libfontconfig-dev
+    libgtest-dev libbenchmark-dev libass-dev libavfilter-dev python3 python3-av valgrind
     bash-completion mandoc zsh
     libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
     gstreamer1.0-tools gstreamer1.0-plugins-base gstreamer1.0-plugins-good

@@ -9,9 +9,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstdio>
 #include <fstream>
 #include <sstream>
+#include <string_view>
 #include <system_error>
 
 namespace
@@ -19,8 +21,8 @@ namespace
 
 const char *const ByteOrderMark = "\xef\xbb\xbf";
 const char *const Blanks = " \t\v\f\r";
-const std::string Arrow = "-->";
-const std::string EventKey = "dialogue:";
+constexpr std::string_view Arrow = "-->";
+constexpr std::string_view EventKey = "dialogue:";
 // Layer,Start,End,Style,Name,MarginL,MarginR,MarginV,Effect come before the text.
 const int ScriptFieldsBeforeText = 9;
 
@@ -67,7 +69,7 @@ bool EndsText(const std::string &strLine)
 bool IsEvent(const std::string &strLine)
 {
     const size_t nBegin = std::min(strLine.find_first_not_of(Blanks), strLine.size());
-    return strncasecmp(strLine.c_str() + nBegin, EventKey.c_str(), EventKey.size()) == 0;
+    return strncasecmp(strLine.c_str() + nBegin, EventKey.data(), EventKey.size()) == 0;
 }
 
 /** Where a field of an event begins, npos where there are fewer. */
@@ -94,7 +96,7 @@ int64_t TimeAt(const std::string &strText, std::string &strRest)
     if (std::sscanf(strPoint.c_str(), " %6d:%6d:%12lf%n", &nHours, &nMinutes, &dSeconds, &nRead) != 3)
         return -1;
     strRest = strText.substr(nRead);
-    return (int64_t(nHours) * 60 + nMinutes) * 60000 + static_cast<int64_t>(dSeconds * 1000 + 0.5);
+    return (int64_t(nHours) * 60 + nMinutes) * 60000 + std::llround(dSeconds * 1000);
 }
 
 /** @param bField  whether the end has to be all of a field, where otherwise text may be meant to follow it. */
@@ -170,15 +172,15 @@ void SubtitleText::CleanSubRip()
         const size_t nBegin = n;
         while (n < m_listLines.size() && !EndsText(m_listLines[n]))
             ++n;
+        // Any other line is one by itself.
+        n = std::max(n, nBegin + 1);
         const std::string strText = Joined(m_listLines, nBegin, n);
         const std::string strPlain = PlainText(strText);
-        if (n == nBegin)
-            listCleaned.push_back(m_listLines[n++]);
-        else if (strPlain == PlainLines(strText))
-            listCleaned.insert(listCleaned.end(), m_listLines.begin() + nBegin, m_listLines.begin() + n);
+        if (strPlain == PlainLines(strText))
+            listCleaned.push_back(strText);
         else if (!strPlain.empty())
             listCleaned.push_back(SrtText(strPlain).substr(0, SrtText(strPlain).size() - 1));
-        m_bCleaned = m_bCleaned || (n > nBegin && strPlain != PlainLines(strText));
+        m_bCleaned = m_bCleaned || strPlain != PlainLines(strText);
     }
     if (m_bCleaned)
         m_listLines = std::move(listCleaned);

@@ -101,7 +101,8 @@ TrackIndex ReadTrack(const std::string &strIndex, int nTrack)
         if (StartsWith(strLine, "id:")) {
             const size_t nNumber = strLine.find("index:");
             bHeader = false;
-            bWanted = !bFound && nNumber != std::string::npos && std::atoi(strLine.c_str() + nNumber + 6) == nTrack;
+            bWanted = !bFound && nNumber != std::string::npos &&
+                      std::strtol(strLine.c_str() + nNumber + 6, nullptr, 10) == nTrack;
             bFound = bFound || bWanted;
         }
         if (bWanted && StartsWith(strLine, "timestamp:") && strLine.size() > PositionColumn)

@@ -1,5 +1,9 @@
 #include "subburntest.h"
 
+#include <algorithm>
+#include <ostream>
+#include <sstream>
+
 namespace
 {
 
@@ -141,3 +145,69 @@ TEST_F(TextTest, TimesAreMovedAndStretched)
                                               {"--stretch", "1/0"}})
         EXPECT_EQ(Subburn({strOption, strValue, m_strInput, File("out.mkv")}).nExit, 1) << strOption << strValue;
 }
+
+namespace
+{
+
+struct RealFile {
+    const char *pName;
+    const char *pEncoding;
+    // Frames of 80 in 20 seconds that show a cue, where FFmpeg's demuxer cannot count them as the library does.
+    int nFrames;
+
+    friend std::ostream &operator<<(std::ostream &stream, const RealFile &file) { return stream << file.pName; }
+};
+
+class RealFileTest : public SubburnTest, public testing::WithParamInterface<RealFile>
+{
+protected:
+    /** Frames, four a second, within the times of FFmpeg's packets; the library shows nothing at time 0. */
+    int CountOfDemuxer(const std::string &strFile) const
+    {
+        std::vector<std::pair<double, double>> listCues;
+        std::istringstream lines(Probe(strFile, "packet=pts_time,duration_time", "s", "csv=p=0"));
+        for (std::string strLine; std::getline(lines, strLine);) {
+            const double dStart = std::stod(strLine);
+            listCues.emplace_back(dStart, dStart + std::stod(strLine.substr(strLine.find(',') + 1)));
+        }
+        int nFrames = 0;
+        for (int n = 1; n < 80; ++n) {
+            nFrames += std::any_of(listCues.begin(), listCues.end(), [&](const auto &cue) {
+                return cue.first <= n / 4.0 + 1e-6 && n / 4.0 <= cue.second + 1e-6;
+            });
+        }
+        return nFrames;
+    }
+};
+
+} // namespace
+
+TEST_P(RealFileTest, ShowsOnAsManyFramesAsAnIndependentCount)
+{
+    const RealFile &file = GetParam();
+    m_strSubtitles = std::string(DATA_FOLDER "/") + file.pName;
+    const std::string strInput =
+        Clip("in.mkv", {"-f", "lavfi", "-i", "color=s=64x36:r=4:d=20", "-c:v", "mpeg4", "-g", "80"});
+    Arguments listArguments = {"--codec", "mpeg4", strInput, File("out.mkv")};
+    if (*file.pEncoding != '\0')
+        listArguments.insert(listArguments.end(), {"--encoding", file.pEncoding});
+    const Outcome outcome = Subburn(listArguments);
+    EXPECT_EQ(outcome.nExit, 0) << outcome.strError;
+    const int nExpected = file.nFrames >= 0 ? file.nFrames : CountOfDemuxer(m_strSubtitles);
+    EXPECT_GT(nExpected, 0);
+    const std::string strNote = File("out.mkv") + ": 80 frames, " + std::to_string(nExpected) + " with a subtitle\n";
+    EXPECT_EQ(outcome.strOut.substr(outcome.strOut.find(File("out.mkv"))), strNote);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, RealFileTest,
+    testing::Values(RealFile{"alignment.srt", "", -1}, RealFile{"big5.srt", "big5", -1},
+                    RealFile{"example-in-html-entities.srt", "", -1}, RealFile{"example-in-styled.srt", "", -1},
+                    RealFile{"typical.srt", "", -1}, RealFile{"typical_extra_blank_line.srt", "", -1},
+                    RealFile{"typical_missing_sequence.srt", "", -1}, RealFile{"typical_with_tags.srt", "", -1},
+                    RealFile{"typical_utf16le.ass", "", 8}, RealFile{"utf16.srt", "", -1}, RealFile{"utf8.srt", "", -1},
+                    RealFile{"windows-1250.srt", "cp1250", -1}, RealFile{"windows-1252.srt", "cp1252", -1},
+                    RealFile{"windows-1254.srt", "cp1254", -1}, RealFile{"windows-1256.srt", "cp1256", -1},
+                    RealFile{"windows-874.srt", "cp874", -1}, RealFile{"positioning.ass", "", 8},
+                    RealFile{"newlines.vtt", "", 4}, RealFile{"with_tags.vtt", "", -1},
+                    RealFile{"with_overlapping_timestamps.vtt", "", -1}));
