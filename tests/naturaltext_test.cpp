@@ -71,8 +71,7 @@ const char16_t *const Texts[] = {
     u"x",
     u"Hello, World",
     u"The quick brown fox jumps over\nthe lazy dog",
-    u"A line that is so long that it has to be wrapped at the words, in every frame but the very widest of them all, "
-    u"and goes on and on and on until nobody reads it any more",
+    u"A line that is so long that it has to be wrapped at the words, in every frame but the widest, and goes on and on",
     u"Ünïcödé ŁÓŹ ÅÄÖ fi fl ffi",
     u"Ελληνικά, Русский, Հայերեն",
     u"مرحبا بالعالم، كيف حالك",
