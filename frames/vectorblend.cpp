@@ -79,7 +79,8 @@ void Blend(const PlaneTarget &plane, const ByteBlend &blend)
     }
 }
 
-using FloatTag = hn::CappedTag<float, 16>;
+// As many as NaturalMap::GroupPixels, so that runs end with a vector.
+using FloatTag = hn::CappedTag<float, 8>;
 using BaseTag = hn::Rebind<std::uint16_t, FloatTag>;
 using RestTag = hn::Rebind<std::uint8_t, FloatTag>;
 
