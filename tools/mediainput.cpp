@@ -161,6 +161,9 @@ void MediaInput::SetTimeStamp(AVFrame &frame)
         frame.pts = frame.best_effort_timestamp;
     if (frame.pts == AV_NOPTS_VALUE)
         frame.pts = m_nNextTimeStamp != AV_NOPTS_VALUE ? m_nNextTimeStamp : Origin();
+    if (m_nLastTimeStamp != AV_NOPTS_VALUE)
+        m_nLongest = std::max(m_nLongest, frame.pts - m_nLastTimeStamp);
+    m_nLastTimeStamp = frame.pts;
     m_nNextTimeStamp = TimeAfter(frame);
 }
 
@@ -178,6 +181,13 @@ int64_t MediaInput::End() const
     return m_nNextTimeStamp == AV_NOPTS_VALUE
                ? 0
                : av_rescale_q(m_nNextTimeStamp - Origin(), m_pVideo->time_base, Microseconds);
+}
+
+int64_t MediaInput::MissingTime() const
+{
+    // The last frame of a slide show may be on display for as long as any other.
+    const int64_t nMissing = PromisedEnd() - End();
+    return nMissing > av_rescale_q(m_nLongest, m_pVideo->time_base, Microseconds) ? nMissing : 0;
 }
 
 int64_t MediaInput::PromisedEnd() const
@@ -203,6 +213,7 @@ bool MediaInput::TrySeek(int64_t nTarget, int nFlags)
     avcodec_flush_buffers(m_pDecoder.get());
     m_listPending.clear();
     m_nNextTimeStamp = AV_NOPTS_VALUE;
+    m_nLastTimeStamp = AV_NOPTS_VALUE;
     m_bDraining = false;
     return true;
 }

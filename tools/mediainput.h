@@ -40,8 +40,8 @@ public:
     /** Where the display of the last frame ended, of the file's own time, in microseconds. */
     int64_t End() const;
 
-    /** Where the video ends by the container's word, likewise; 0 where it does not say, or the end was not reached. */
-    int64_t PromisedEnd() const;
+    /** How much later it ends by the container's word, likewise; 0 where it does not say, or the end was not reached. */
+    int64_t MissingTime() const;
 
     /** Frames and packets that did not decode, or not well. */
     int64_t Damaged() const { return m_nDamaged; }
@@ -49,6 +49,7 @@ public:
 private:
     void Open();
     void OpenDecoder();
+    int64_t PromisedEnd() const;
     bool Receive(MediaItem &item);
     bool Feed(MediaItem &item);
     bool ReadOn(MediaItem &item);
@@ -64,6 +65,8 @@ private:
     PacketPtr m_pPacket = NewPacket();
     std::deque<MediaItem> m_listPending;
     int64_t m_nNextTimeStamp = AV_NOPTS_VALUE;
+    int64_t m_nLastTimeStamp = AV_NOPTS_VALUE;
+    int64_t m_nLongest = 0;
     int64_t m_nDamaged = 0;
     bool m_bDraining = false;
     bool m_bRead = false;

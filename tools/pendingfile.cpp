@@ -1,6 +1,7 @@
 #include "pendingfile.h"
 
 #include "failure.h"
+#include "interrupt.h"
 #include "printable.h"
 
 #include <fcntl.h>
@@ -75,6 +76,7 @@ void PendingFile::CheckReplacing(const std::string &strOutput, Replacing replaci
         throw Failure(ExitCode::Output, strOutput, "exists; --overwrite replaces it");
     (void)std::fprintf(stderr, "subburn: %s exists. Replace it? [y/N] ", Escaped(strOutput).c_str());
     const int nAnswer = std::getchar();
+    Interrupt::Check();
     if (nAnswer != 'y' && nAnswer != 'Y')
         throw Failure(ExitCode::Output, strOutput, "exists and is kept");
 }

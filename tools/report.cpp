@@ -19,10 +19,10 @@ void WarnOfDamage(Console &console, const std::string &strInput, int64_t nDamage
         console.Warn(strInput, Count(nDamaged, "frame") + " could not be decoded, or not without damage");
 }
 
-void WarnOfEarlyEnd(Console &console, const std::string &strInput, int64_t nEnd, int64_t nPromised)
+void WarnOfEarlyEnd(Console &console, const std::string &strInput, int64_t nEnd, int64_t nMissing)
 {
-    if (nPromised - nEnd > AV_TIME_BASE)
-        console.Warn(strInput, "the pictures end at " + TimeText(nEnd) + ", but it names " + TimeText(nPromised) +
+    if (nMissing > AV_TIME_BASE)
+        console.Warn(strInput, "the pictures end at " + TimeText(nEnd) + ", but it names " + TimeText(nEnd + nMissing) +
                                    " as their end; it may be cut off");
 }
 

@@ -99,7 +99,7 @@ void SubtitleFile::Prepare(const SubtitleSource &source, Console &console)
 void SubtitleFile::PreparePictures(const SubtitleSource &source, Console &console)
 {
     CheckPicturesReadable(source.strFile);
-    PrivateFolder &folder = m_folder.emplace();
+    const PrivateFolder &folder = m_folder.emplace();
     const std::string strOwn = (std::filesystem::path(folder.Path()) / "track.idx").string();
     if (!source.bRaw && SeparateVobSubTrack(source.strFile, source.nTrack, strOwn)) {
         m_strPath = strOwn;

@@ -38,20 +38,19 @@ public:
     bool IsOpen() const { return m_handle != reinterpret_cast<iconv_t>(-1); } // NOLINT(performance-no-int-to-ptr)
 
     /** Nothing where bytes are not of the encoding. */
-    std::optional<std::string> Convert(std::string strBytes) const
+    std::optional<std::string> Convert(const std::string &strBytes) const
     {
         std::string strText;
-        char *pIn = strBytes.data();
+        // It is only read.
+        char *pIn = const_cast<char *>(strBytes.data());
         size_t nIn = strBytes.size();
-        size_t nResult = 0;
         // The last round writes what the encoding kept back.
         for (bool bLast = false; !bLast;) {
             bLast = nIn == 0;
             std::array<char, 4096> listOut{};
             char *pOut = listOut.data();
             size_t nOut = listOut.size();
-            nResult =
-                bLast ? iconv(m_handle, nullptr, nullptr, &pOut, &nOut) : iconv(m_handle, &pIn, &nIn, &pOut, &nOut);
+            const size_t nResult = iconv(m_handle, bLast ? nullptr : &pIn, &nIn, &pOut, &nOut);
             strText.append(listOut.data(), pOut);
             if (nResult == static_cast<size_t>(-1) && errno != E2BIG)
                 return std::nullopt;

@@ -195,6 +195,6 @@ void Transcoder::WritePackets()
 void Transcoder::Report()
 {
     WarnOfDamage(m_console, m_options.strInput, m_input.Damaged());
-    WarnOfEarlyEnd(m_console, m_options.strInput, m_input.End(), m_input.PromisedEnd());
+    WarnOfEarlyEnd(m_console, m_options.strInput, m_input.End(), m_input.MissingTime());
     ReportFrames(m_console, m_options.OutputName(), m_options.subtitles.strFile, m_nFrames, m_nCarrying);
 }

@@ -251,6 +251,17 @@ TEST_F(KeepTest, AnInputThatIsCutOffIsWarnedOf)
         << outcome.strError;
 }
 
+TEST_F(KeepTest, TheLastPictureOfASlideShowIsNoMissingEnd)
+{
+    // Matroska has no place for the four seconds of the last picture but its tag.
+    const std::string strInput =
+        Clip("in.mkv", {"-f", "lavfi", "-i", "color=s=64x64:r=1:d=4,setpts='if(eq(N,3),6,N)/TB'", "-fps_mode", "vfr",
+                        "-c:v", "mpeg4", "-bsf:v", "setts=duration='if(eq(N,3),4000,DURATION)'"});
+    m_strSubtitles = m_folder.Write("slides.srt", "1\n00:00:00,900 --> 00:00:02,500\nHello\n\n");
+    EXPECT_EQ(Probe(strInput, "stream_tags=DURATION", "v", "csv=p=0").substr(0, 11), "00:00:10.00");
+    Burn(strInput, "out.mkv", {"--preset", "ultrafast"});
+}
+
 TEST_F(KeepTest, ContainersGetACodecTheyHold)
 {
     const std::string strInput = Clip("in.mp4", {"-f", "lavfi", "-i", "testsrc2=s=96x64:r=25:d=0.6"});
