@@ -3,6 +3,7 @@
 #include "burnerscene.h"
 #include "fuzzsupport.h"
 #include "support/frameoracle.h"
+#include "support/interlaced.h"
 #include "support/pictureunit.h"
 #include "support/videosubtitlepeer.h"
 #include "support/vobsubpair.h"
@@ -35,7 +36,7 @@ int BurnAsAVFrame(void *burner, const SubtitleFrame &record)
     frame->color_primaries = static_cast<AVColorPrimaries>(record.color_primaries);
     frame->color_trc = static_cast<AVColorTransferCharacteristic>(record.color_trc);
     frame->chroma_location = static_cast<AVChromaLocation>(record.chroma_location);
-    frame->interlaced_frame = record.interlaced;
+    SetInterlaced(*frame, record.interlaced != 0);
     AVFrameSideData *data = av_frame_new_side_data(frame, AV_FRAME_DATA_DISPLAYMATRIX, 9 * sizeof(std::int32_t));
     auto *matrix = reinterpret_cast<std::int32_t *>(data->data);
     const int column = record.orientation & SUBTITLE_ORIENTATION_MIRRORED ? -65536 : 65536;

@@ -1,5 +1,6 @@
 // Frames of FFmpeg's, from which everything is read.
 #include "support/frameapitest.h"
+#include "support/interlaced.h"
 
 extern "C" {
 #include <libavutil/display.h>
@@ -114,14 +115,7 @@ TEST_F(AVFrameTest, ColoursAndFieldsAreRead)
         "location", "yuv420p", [](AVFrame &frame) { frame.chroma_location = AVCHROMA_LOC_TOPLEFT; },
         [](SubtitleFrame &frame) { frame.chroma_location = AVCHROMA_LOC_TOPLEFT; });
     ExpectRead(
-        "fields", "yuv420p",
-        [](AVFrame &frame) {
-#ifdef AV_FRAME_FLAG_INTERLACED
-            frame.flags |= AV_FRAME_FLAG_INTERLACED;
-#else
-            frame.interlaced_frame = 1;
-#endif
-        },
+        "fields", "yuv420p", [](AVFrame &frame) { SetInterlaced(frame, true); },
         [](SubtitleFrame &frame) { frame.interlaced = 1; });
 }
 
