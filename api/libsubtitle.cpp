@@ -3,7 +3,13 @@
 #include "api/guarded.h"
 #include "render/videosubtitle.h"
 
+#include <QtGlobal>
+
 #include <memory>
+
+static_assert(
+    Q_BYTE_ORDER == Q_LITTLE_ENDIAN,
+    "The library is for little-endian processors: it takes Qt's 32-bit pixels for the bytes blue, green, red, alpha");
 
 namespace
 {

@@ -262,7 +262,7 @@ private:
     {
         std::string bytes = "\xFF\xFE";
         for (const char byte : text)
-            bytes += {byte, static_cast<char>(byte < 0 && Chance(50) ? Below(256) : 0)};
+            bytes += {byte, static_cast<char>((byte & 0x80) != 0 && Chance(50) ? Below(256) : 0)};
         if (Chance(10))
             bytes += 'x';
         return bytes;
