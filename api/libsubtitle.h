@@ -65,8 +65,8 @@
  * Process-wide effects
  *  While at least one handle lives, the library keeps a Qt application object alive; it makes one only when the host
  *  has none. A host that wants its own QCoreApplication or QGuiApplication makes it before its first handle, or after
- *  its last handle was destroyed, and keeps it as long as a handle lives. No display is needed. The first application
- *  object of a process sets LC_CTYPE from the environment; every other locale category is left as the host has it.
+ *  its last handle was destroyed, and keeps it as long as a handle lives. No display is needed. The locale is left as the
+ *  host has it; the encoding of the locale is that of the environment.
  *  The floating-point environment of the host, its rounding and traps, makes no difference and is kept.
  *
  * End of the process

@@ -23,7 +23,7 @@ target_include_directories(subtitleframe_objects PUBLIC ${PROJECT_SOURCE_DIR})
 target_compile_definitions(subtitleframe_objects PUBLIC QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
 # It only calls what has Qt's types in its header, and needs nothing of Qt itself.
 target_compile_definitions(subtitleframe_objects PRIVATE QT_NO_VERSION_TAGGING)
-target_link_libraries(subtitleframe_objects PUBLIC Qt5::Core Qt5::Gui PkgConfig::FFMPEG PRIVATE hwy::hwy)
+target_link_libraries(subtitleframe_objects PUBLIC Qt${SUBTITLE_QT}::Core Qt${SUBTITLE_QT}::Gui PkgConfig::FFMPEG PRIVATE hwy::hwy)
 subtitle_harden(subtitleframe_objects)
 
 subtitle_shared_library(subtitleframe frames/libsubtitleframe.map)

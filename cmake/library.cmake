@@ -35,6 +35,7 @@ add_library(subtitle_objects OBJECT
   render/textpainter.cpp
   render/vectorkernel.cpp
   render/videosubtitle.cpp
+  textio/localecodec.cpp
   textio/regularfile.cpp
   textio/textreader.cpp
   vobsub/bitreader.cpp
@@ -50,14 +51,12 @@ add_library(subtitle_objects OBJECT
   vobsub/subtitlewrite.cpp
   vobsub/visiblepicture.cpp)
 target_include_directories(subtitle_objects PUBLIC ${PROJECT_SOURCE_DIR})
-# Qt's private headers are not clean under every warning of ours.
-target_include_directories(subtitle_objects SYSTEM PRIVATE ${Qt5Gui_PRIVATE_INCLUDE_DIRS})
 target_compile_definitions(subtitle_objects PUBLIC QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
 # Files may be longer than a 32-bit offset reaches.
 target_compile_definitions(subtitle_objects PRIVATE _FILE_OFFSET_BITS=64)
 target_link_libraries(subtitle_objects
-  PUBLIC Qt5::Core Qt5::Gui PkgConfig::FFMPEG
-  PRIVATE Qt5::FontDatabaseSupportPrivate hwy::hwy)
+  PUBLIC Qt${SUBTITLE_QT}::Core Qt${SUBTITLE_QT}::Gui PkgConfig::FFMPEG
+  PRIVATE subtitle_qtprivate hwy::hwy)
 subtitle_harden(subtitle_objects)
 
 subtitle_shared_library(subtitle api/libsubtitle.map)

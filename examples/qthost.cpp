@@ -7,6 +7,8 @@
  * Minus change their size, N takes the next of the files, Escape ends. Build it with
  *
  *     c++ -std=c++17 -fPIC -o qthost qthost.cpp $(pkg-config --cflags --libs libsubtitle Qt5Gui)
+ *
+ * or with Qt6Gui, with the generation of Qt that the library was built with.
  */
 #include <libsubtitle.h>
 

@@ -1,15 +1,13 @@
 #include "parsers/assparser.h"
 
+#include "parsers/exportedlist.h"
 #include "parsers/fieldreader.h"
 #include "textio/textreader.h"
 
 #include <algorithm>
 #include <utility>
 
-// The list of events belongs to the library's interface: these stay in it whatever the compiler inlines.
-template void QList<AssSubtitleItem>::append(const AssSubtitleItem &);
-template QList<AssSubtitleItem>::QList(const QList<AssSubtitleItem> &);
-template QList<AssSubtitleItem>::~QList();
+EXPORT_LIST(AssSubtitleItem);
 
 namespace
 {
@@ -35,7 +33,7 @@ int KeypadAlignment(int alignment)
  */
 QString RemoveBlocks(const QString &text, char open, char close, int &position)
 {
-    int from = position < 0 ? std::max(position + text.size(), 0) : position;
+    int from = position < 0 ? std::max(position + static_cast<int>(text.size()), 0) : position;
     if (text.indexOf(QLatin1Char(open), from) < 0) {
         position = -1;
         return text;
@@ -46,9 +44,9 @@ QString RemoveBlocks(const QString &text, char open, char close, int &position)
         const int end = begin < 0 ? -1 : text.indexOf(QLatin1Char(close), begin);
         if (end < 0) {
             position = begin < 0 ? -1 : kept.size() + begin - from;
-            return kept + text.midRef(from);
+            return kept.append(text.constData() + from, text.size() - from);
         }
-        kept += text.midRef(from, begin - from);
+        kept.append(text.constData() + from, begin - from);
         from = end + 1;
     }
 }
@@ -71,7 +69,7 @@ QString WithLineFeeds(QString text)
     return text;
 }
 
-int ScriptVersion(const QStringRef &value, int otherwise)
+int ScriptVersion(QStringView value, int otherwise)
 {
     if (value.endsWith(QLatin1String("4.00")))
         return 4;
@@ -129,7 +127,7 @@ void AssParser::ParseLine(const QString &line, Versions &versions)
         return;
     // Sections are not tracked, and the layout of events follows the script type alone: both are meant.
     FieldReader fields(line);
-    const QStringRef name = fields.Str(':');
+    const QStringView name = fields.Str(':');
     if (name == QLatin1String("Dialogue")) { // as nearly all lines are
         ParseDialogue(fields, versions.nEvent);
         return;
@@ -229,8 +227,8 @@ void AssParser::ParseDialogue(FieldReader &fields, int version)
     item.strActor = fields.Str(',').toString();
     for (int margin = 0; margin < 3; ++margin)
         fields.Int(',');
-    const QStringRef effect = fields.Str(',');
-    const QStringRef text = fields.Rest();
+    const QStringView effect = fields.Str(',');
+    const QStringView text = fields.Rest();
     // An effect that is also the text was read where no comma was left. Prefixes are caught too: this is meant.
     const int common = std::min(effect.size(), text.size());
     if (effect.left(common) != text.left(common))
@@ -239,7 +237,7 @@ void AssParser::ParseDialogue(FieldReader &fields, int version)
     m_listItems.append(item);
 }
 
-QString AssParser::StyleName(const QStringRef &name) const
+QString AssParser::StyleName(QStringView name) const
 {
     // Neighbours mostly share one, and then its memory.
     if (!m_listItems.isEmpty() && m_listItems.constLast().strStyle == name)

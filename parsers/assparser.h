@@ -65,7 +65,7 @@ private:
     int ReadStyleFields(FieldReader &fields, int version);
     void ParseDialogue(FieldReader &fields, int version);
     /** An event's, without the stars before it. */
-    QString StyleName(const QStringRef &name) const;
+    QString StyleName(QStringView name) const;
 
     QList<AssSubtitleItem> m_listItems; ///< in file order
     CueIndex m_index;

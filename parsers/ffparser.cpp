@@ -1,5 +1,6 @@
 #include "parsers/ffparser.h"
 
+#include "parsers/exportedlist.h"
 #include "parsers/inputformats.h"
 #include "parsers/localfile.h"
 #include "parsers/wrapint.h"
@@ -12,10 +13,7 @@ extern "C" {
 #include <libavformat/avformat.h>
 }
 
-// The list of cues belongs to the library's interface: these stay in it whatever the compiler inlines.
-template void QList<FFSubtitleItem>::append(const FFSubtitleItem &);
-template QList<FFSubtitleItem>::QList(const QList<FFSubtitleItem> &);
-template QList<FFSubtitleItem>::~QList();
+EXPORT_LIST(FFSubtitleItem);
 
 namespace
 {

@@ -6,7 +6,7 @@ namespace
 {
 
 /** Reads the digits that nearly every number consists of; -1 where there is anything else. */
-int ReadDigits(const QStringRef &field)
+int ReadDigits(QStringView field)
 {
     constexpr int MaxDigits = 9;
     if (field.isEmpty() || field.size() > MaxDigits)
@@ -23,10 +23,10 @@ int ReadDigits(const QStringRef &field)
 
 } // namespace
 
-QStringRef FieldReader::Str(char separator)
+QStringView FieldReader::Str(char separator)
 {
     const QChar *const line = m_line.constData();
-    const int size = m_line.size();
+    const auto size = static_cast<int>(m_line.size());
     while (m_nPosition < size && line[m_nPosition] == QLatin1Char(' '))
         ++m_nPosition;
     const int begin = m_nPosition;
@@ -35,12 +35,12 @@ QStringRef FieldReader::Str(char separator)
         ++end;
     if (end < size)
         m_nPosition = end + 1;
-    return {&m_line, begin, end - begin};
+    return {line + begin, end - begin};
 }
 
 int FieldReader::Int(char separator)
 {
-    QStringRef field = Str(separator);
+    QStringView field = Str(separator);
     const int digits = ReadDigits(field);
     if (digits >= 0)
         return digits;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QString>
-#include <QStringRef>
+#include <QStringView>
 
 /** Cuts a line of a script into its fields, without copies. The line must outlive the reader and its fields. */
 class FieldReader
@@ -13,7 +13,7 @@ public:
      * The next field, without the spaces before it. Where the separator is missing, the field is the rest of the line,
      * which is not consumed.
      */
-    QStringRef Str(char separator);
+    QStringView Str(char separator);
     /** The next field as a number, hexadecimal behind "&h"; -1 where it is none. */
     int Int(char separator);
     /** The next field as a number; -1.0 where it is none. */
@@ -22,7 +22,7 @@ public:
     int Time();
 
     /** What is not consumed. */
-    QStringRef Rest() const { return m_line.midRef(m_nPosition); }
+    QStringView Rest() const { return QStringView(m_line).mid(m_nPosition); }
 
 private:
     const QString &m_line;

@@ -1,15 +1,13 @@
 #include "parsers/srtparser.h"
 
+#include "parsers/exportedlist.h"
 #include "parsers/wrapint.h"
 #include "textio/textreader.h"
 
 #include <algorithm>
 #include <array>
 
-// The list of cues belongs to the library's interface: these stay in it whatever the compiler inlines.
-template void QList<SrtSubtitleItem>::append(const SrtSubtitleItem &);
-template QList<SrtSubtitleItem>::QList(const QList<SrtSubtitleItem> &);
-template QList<SrtSubtitleItem>::~QList();
+EXPORT_LIST(SrtSubtitleItem);
 
 namespace
 {
@@ -38,7 +36,7 @@ bool IsIndexLine(const QString &line)
 int ArrowIn(const QString &line)
 {
     int dash = line.indexOf(QLatin1Char('-'));
-    while (dash >= 0 && line.midRef(dash, ArrowSize) != Arrow)
+    while (dash >= 0 && !QStringView(line).mid(dash).startsWith(Arrow))
         dash = line.indexOf(QLatin1Char('-'), dash + 1);
     return dash;
 }
@@ -49,7 +47,7 @@ bool IsTimeLine(const QString &line)
 }
 
 /** Reads "hh:mm:ss,mmm", as nearly every stamp is written; false where it is not. */
-bool ReadUsualTime(const QStringRef &text, int &wholeSeconds, double &seconds)
+bool ReadUsualTime(QStringView text, int &wholeSeconds, double &seconds)
 {
     static const char Form[] = "00:00:00,000";
     constexpr int Length = sizeof Form - 1;
@@ -70,23 +68,25 @@ bool ReadUsualTime(const QStringRef &text, int &wholeSeconds, double &seconds)
     return true;
 }
 
-int ReadTime(const QStringRef &text)
+int ReadTime(QStringView text)
 {
     double seconds = 0;
     int wholeSeconds = 0;
     if (!ReadUsualTime(text, wholeSeconds, seconds)) {
         QString stamp = text.toString();
         stamp.replace(QLatin1Char(','), QLatin1Char('.'));
-        const int first = stamp.indexOf(QLatin1Char(':'));
-        const int second = first < 0 ? -1 : stamp.indexOf(QLatin1Char(':'), first + 1);
+        const QStringView time(stamp);
+        const auto first = stamp.indexOf(QLatin1Char(':'));
+        const auto second = first < 0 ? -1 : stamp.indexOf(QLatin1Char(':'), first + 1);
         if (second < 0)
             return 0;
-        const int third = stamp.indexOf(QLatin1Char(':'), second + 1);
-        const int hours = stamp.leftRef(first).toInt();
-        const int minutes = stamp.midRef(first + 1, second - first - 1).toInt();
+        const auto third = stamp.indexOf(QLatin1Char(':'), second + 1);
+        const int hours = time.left(first).toInt();
+        const int minutes = time.mid(first + 1, second - first - 1).toInt();
         wholeSeconds = WrapMultiply(WrapAdd(WrapMultiply(hours, 60), minutes), 60);
         bool isNumber = false;
-        seconds = stamp.midRef(second + 1, third < 0 ? -1 : third - second - 1).toDouble(&isNumber);
+        const qsizetype end = third < 0 ? time.size() : third;
+        seconds = time.mid(second + 1, end - second - 1).toDouble(&isNumber);
         if (!isNumber)
             seconds = 0;
     }
@@ -154,9 +154,9 @@ int SrtParser::Open(const QString &path, int /*track*/)
             cursor.Next();
         } else if (IsTimeLine(line)) {
             const int arrow = ArrowIn(line);
-            item.nStart = ReadTime(line.leftRef(arrow).trimmed());
+            item.nStart = ReadTime(QStringView(line).left(arrow).trimmed());
             // All that follows the arrow counts, so position coordinates spoil the end time: this is meant.
-            item.nEnd = ReadTime(line.midRef(arrow + ArrowSize).trimmed());
+            item.nEnd = ReadTime(QStringView(line).mid(arrow + ArrowSize).trimmed());
             cursor.Next();
         } else {
             item.strText = TakeTextBlock(cursor, line);
@@ -183,5 +183,5 @@ QStringList SrtParser::AllDueTexts(long ms)
 
 int ParseTime(const QString &text)
 {
-    return ReadTime(text.midRef(0));
+    return ReadTime(text);
 }

@@ -59,15 +59,28 @@ int OtherRounding(double exact, int rounded)
     return rounded > exact * 64 ? rounded - 1 : rounded + 1;
 }
 
-/** A position as Qt rounds it, half a 64th up. */
-FixedPoint ToFixed(QPointF point)
+/** Rounds halves up below zero as well, as Qt 5 does everywhere. */
+int RoundHalfUp(double value)
 {
-    return {qRound(point.x() * 64), qRound(point.y() * 64)};
+    const int below = static_cast<int>(value - 1);
+    return value >= 0 ? static_cast<int>(value + 0.5) : static_cast<int>(value - below + 0.5) + below;
 }
 
-GlyphOutline::Corner MakeCorner(QPointF exact, int curve)
+/**
+ * A position as Qt rounds it.
+ * @param isPlaced  in a frame. A glyph at (0, 0) is one whose place is not known yet, most likely where all its points are
+ *                  positive; Qt 6 rounds halves away from zero, and so differently there.
+ */
+FixedPoint ToFixed(QPointF point, bool isPlaced)
 {
-    const FixedPoint point = ToFixed(exact);
+    if (isPlaced)
+        return {qRound(point.x() * 64), qRound(point.y() * 64)};
+    return {RoundHalfUp(point.x() * 64), RoundHalfUp(point.y() * 64)};
+}
+
+GlyphOutline::Corner MakeCorner(QPointF exact, int curve, bool isPlaced)
+{
+    const FixedPoint point = ToFixed(exact, isPlaced);
     // End points are exact in binary.
     const FixedPoint other =
         curve < 0 ? point : FixedPoint{OtherRounding(exact.x(), point.nX), OtherRounding(exact.y(), point.nY)};
@@ -110,15 +123,16 @@ void GlyphOutline::AddCorners(const Element &element, QPointF origin, int curve,
     const QPointF start = element.start + origin;
     const QPointF end = element.end + origin;
     const QPointF control = element.control + origin;
+    const bool isPlaced = !origin.isNull();
     QPolygonF points;
     if (element.kind == Kind::Quadratic)
         points = CurvePoints(start, FirstControl(start, control), SecondControl(control, end), end);
     else if (element.kind == Kind::Cubic)
         points = CurvePoints(start, control, element.second + origin, end);
     else
-        corners.push_back(MakeCorner(end, -1));
+        corners.push_back(MakeCorner(end, -1, isPlaced));
     for (int i = 0; i < points.size(); ++i)
-        corners.push_back(MakeCorner(points[i], i + 1 < points.size() ? curve : -1));
+        corners.push_back(MakeCorner(points[i], i + 1 < points.size() ? curve : -1, isPlaced));
 }
 
 std::vector<GlyphOutline::Corner> GlyphOutline::Flatten(QPointF origin) const
@@ -130,7 +144,7 @@ std::vector<GlyphOutline::Corner> GlyphOutline::Flatten(QPointF origin) const
     const auto close = [&] {
         if (corners.empty())
             return;
-        corners.push_back(MakeCorner(start + origin, -1));
+        corners.push_back(MakeCorner(start + origin, -1, !origin.isNull()));
         corners.back().bLast = true;
     };
     for (const Element &element : m_listElements) {
@@ -149,7 +163,7 @@ std::vector<GlyphOutline::Corner> GlyphOutline::FlattenCurve(int curve, QPointF 
 {
     std::vector<Corner> corners;
     corners.reserve(16); // as many as few curves have
-    corners.push_back(MakeCorner(m_listCurves[curve].start + origin, -1));
+    corners.push_back(MakeCorner(m_listCurves[curve].start + origin, -1, !origin.isNull()));
     AddCorners(m_listCurves[curve], origin, curve, corners);
     return corners;
 }

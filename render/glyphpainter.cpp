@@ -66,17 +66,17 @@ bool GlyphPainter::PlaceRun(const GlyphRun &run, const QSize &frame, std::vector
     const int reach = run.Reach() + OutlineRadius;
     int direction = 0;
     for (std::size_t i = 0; i < run.Glyphs().size(); ++i) {
-        FixedPoint place = run.Places()[i];
+        const FixedPoint place = run.Places()[i];
         if (!IsNear(place, reach, frame))
             continue;
-        if (!isPath)
-            place = {(place.nX & ~63) + run.SubPixelOf(place), RoundToPixel(place.nY) * 64};
-        const GlyphShape *shape = Shape(run, font, run.Glyphs()[i], place);
+        const FixedPoint part =
+            isPath ? FixedPoint{place.nX & 63, place.nY & 63} : FixedPoint{run.SubPixelOf(place), 0};
+        const GlyphShape *shape = Shape(run, font, run.Glyphs()[i], part);
         if (!shape)
             return false;
         if (shape->Mask().nRows == 0)
             continue;
-        const PlacedGlyph glyph = {shape, place.nX >> 6, place.nY >> 6};
+        const PlacedGlyph glyph = {shape, place.nX >> 6, isPath ? place.nY >> 6 : RoundToPixel(place.nY)};
         if (isPath) {
             if (direction == 0)
                 direction = shape->Direction();
@@ -89,28 +89,27 @@ bool GlyphPainter::PlaceRun(const GlyphRun &run, const QSize &frame, std::vector
     return true;
 }
 
-const GlyphShape *GlyphPainter::Shape(const GlyphRun &run, Font &font, std::uint32_t glyph, FixedPoint place)
+const GlyphShape *GlyphPainter::Shape(const GlyphRun &run, Font &font, std::uint32_t glyph, FixedPoint part)
 {
-    const std::uint64_t key =
-        std::uint64_t{glyph} << 12 | static_cast<unsigned>((place.nX & 63) << 6 | (place.nY & 63));
+    const std::uint64_t key = std::uint64_t{glyph} << 13 | static_cast<unsigned>(part.nX << 6 | part.nY);
     const auto known = font.mapShapes.find(key);
     if (known != font.mapShapes.end())
         return known->second ? &*known->second : nullptr;
     std::optional<GlyphShape> &shape = font.mapShapes[key];
     if (font.source == GlyphSource::Path)
-        shape.emplace(FillShape(run, font, glyph, place));
-    else if (std::optional<BitMask> mask = run.Image(glyph, place))
+        shape.emplace(FillShape(run, font, glyph, part));
+    else if (std::optional<BitMask> mask = run.Image(glyph, part.nX))
         shape.emplace(std::move(*mask));
     m_nKilobytes += 1 + (shape ? shape->Mask().listWords.size() / 128 : 0);
     return shape ? &*shape : nullptr;
 }
 
-GlyphShape GlyphPainter::FillShape(const GlyphRun &run, Font &font, std::uint32_t glyph, FixedPoint place)
+GlyphShape GlyphPainter::FillShape(const GlyphRun &run, Font &font, std::uint32_t glyph, FixedPoint part)
 {
     auto outline = font.mapOutlines.find(glyph);
     if (outline == font.mapOutlines.end())
         outline = font.mapOutlines.emplace(glyph, GlyphOutline(run.Path(glyph))).first;
-    return GlyphShape(outline->second, {place.nX & 63, place.nY & 63}, m_filler);
+    return GlyphShape(outline->second, part, m_filler);
 }
 
 TextInk GlyphPainter::Compose(const std::vector<PlacedGlyph> &glyphs, const QSize &frame)

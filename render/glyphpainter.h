@@ -40,8 +40,8 @@ private:
     /** Adds a run's glyphs; false if the text needs the separate draws. */
     bool PlaceRun(const GlyphRun &run, const QSize &frame, std::vector<PlacedGlyph> &glyphs);
     /** Null if the font's images cannot be had as masks. */
-    const GlyphShape *Shape(const GlyphRun &run, Font &font, std::uint32_t glyph, FixedPoint place);
-    GlyphShape FillShape(const GlyphRun &run, Font &font, std::uint32_t glyph, FixedPoint place);
+    const GlyphShape *Shape(const GlyphRun &run, Font &font, std::uint32_t glyph, FixedPoint part);
+    GlyphShape FillShape(const GlyphRun &run, Font &font, std::uint32_t glyph, FixedPoint part);
     TextInk Compose(const std::vector<PlacedGlyph> &glyphs, const QSize &frame);
     void AddOddGlyph(TextInk &ink, const PlacedGlyph &glyph, const GlyphFit &fit, int frameHeight);
 

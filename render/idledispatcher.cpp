@@ -5,16 +5,21 @@ bool IdleDispatcher::processEvents(QEventLoop::ProcessEventsFlags /*flags*/)
     return false;
 }
 
+#if QT_VERSION_MAJOR < 6
 bool IdleDispatcher::hasPendingEvents()
 {
     return false;
 }
 
+void IdleDispatcher::flush() {}
+#endif
+
 void IdleDispatcher::registerSocketNotifier(QSocketNotifier * /*notifier*/) {}
 
 void IdleDispatcher::unregisterSocketNotifier(QSocketNotifier * /*notifier*/) {}
 
-void IdleDispatcher::registerTimer(int /*timerId*/, int /*interval*/, Qt::TimerType /*timerType*/, QObject * /*object*/)
+void IdleDispatcher::registerTimer(int /*timerId*/, Interval /*interval*/, Qt::TimerType /*timerType*/,
+                                   QObject * /*object*/)
 {
 }
 
@@ -41,5 +46,3 @@ int IdleDispatcher::remainingTime(int /*timerId*/)
 void IdleDispatcher::wakeUp() {}
 
 void IdleDispatcher::interrupt() {}
-
-void IdleDispatcher::flush() {}

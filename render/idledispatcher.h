@@ -10,12 +10,18 @@ class IdleDispatcher : public QAbstractEventDispatcher
 {
 public:
     bool processEvents(QEventLoop::ProcessEventsFlags flags) override;
-    bool hasPendingEvents() override;
 
     void registerSocketNotifier(QSocketNotifier *notifier) override;
     void unregisterSocketNotifier(QSocketNotifier *notifier) override;
 
-    void registerTimer(int timerId, int interval, Qt::TimerType timerType, QObject *object) override;
+#if QT_VERSION_MAJOR < 6
+    using Interval = int;
+    bool hasPendingEvents() override;
+    void flush() override;
+#else
+    using Interval = qint64;
+#endif
+    void registerTimer(int timerId, Interval interval, Qt::TimerType timerType, QObject *object) override;
     bool unregisterTimer(int timerId) override;
     bool unregisterTimers(QObject *object) override;
     QList<TimerInfo> registeredTimers(QObject *object) const override;
@@ -23,5 +29,4 @@ public:
 
     void wakeUp() override;
     void interrupt() override;
-    void flush() override;
 };

@@ -2,22 +2,22 @@
 
 #include "render/idledispatcher.h"
 #include "render/messagesilencer.h"
+#include "textio/localecodec.h"
 
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QScopedPointer>
-#include <QTextCodec>
 #include <QThread>
-#include <QtFontDatabaseSupport/private/qgenericunixfontdatabase_p.h>
 #include <QtGui/private/qguiapplication_p.h>
 #include <array>
 #include <clocale>
 #include <fcntl.h>
-#include <langinfo.h>
 #include <memory>
 #include <mutex>
+#include <private/qfontconfigdatabase_p.h>
 #include <qpa/qplatformbackingstore.h>
 #include <qpa/qplatformintegration.h>
+#include <qpa/qplatformnativeinterface.h>
 #include <qpa/qplatformwindow.h>
 #include <stdexcept>
 #include <string>
@@ -39,9 +39,19 @@ public:
     QPlatformWindow *createPlatformWindow(QWindow * /*window*/) const override { return nullptr; }
     QPlatformBackingStore *createPlatformBackingStore(QWindow * /*window*/) const override { return nullptr; }
     QAbstractEventDispatcher *createEventDispatcher() const override { return nullptr; }
+#if QT_VERSION_MAJOR >= 6
+    // Which the font database of Qt 6 asks for without looking whether there is one.
+    QPlatformNativeInterface *nativeInterface() const override
+    {
+        return &m_nativeInterface;
+    }
+#endif
 
 private:
-    QScopedPointer<QPlatformFontDatabase> m_pFontDatabase{new QGenericUnixFontDatabase};
+#if QT_VERSION_MAJOR >= 6
+    mutable QPlatformNativeInterface m_nativeInterface;
+#endif
+    QScopedPointer<QPlatformFontDatabase> m_pFontDatabase{new QFontconfigDatabase};
 };
 
 // Qt keeps referring to the arguments.
@@ -53,7 +63,11 @@ QGuiApplicationPrivate *CreateRecord()
 {
     // The record owns the integration.
     QGuiApplicationPrivate::platform_integration = new FontIntegration;
+#if QT_VERSION_MAJOR < 6
     auto *record = new QGuiApplicationPrivate(argumentCount, arguments, QCoreApplication::ApplicationFlags);
+#else
+    auto *record = new QGuiApplicationPrivate(argumentCount, arguments);
+#endif
     // The thread belongs to the host: its pending events and its thread-local data are not this object's to clear.
     record->threadData_clean = true;
     return record;
@@ -76,7 +90,7 @@ FontHost *fontHost = nullptr;
 
 /**
  * Gives the process its locale back. An application object takes over the whole locale of the environment; a host must
- * not find a decimal comma in its printf(). LC_CTYPE stays, it names the encoding of unmarked text files.
+ * not find a decimal comma in its printf().
  *
  * setlocale() is not thread-safe, and neither is making the first renderer.
  */
@@ -101,9 +115,9 @@ public:
 
 private:
     static constexpr std::array Categories = {
-        LC_COLLATE, LC_MONETARY, LC_NUMERIC, LC_TIME,      LC_MESSAGES,
+        LC_CTYPE, LC_COLLATE, LC_MONETARY, LC_NUMERIC,   LC_TIME,        LC_MESSAGES,
 #ifdef LC_PAPER
-        LC_PAPER,   LC_NAME,     LC_ADDRESS, LC_TELEPHONE, LC_MEASUREMENT, LC_IDENTIFICATION,
+        LC_PAPER, LC_NAME,    LC_ADDRESS,  LC_TELEPHONE, LC_MEASUREMENT, LC_IDENTIFICATION,
 #endif
     };
     std::array<std::string, Categories.size()> m_names;
@@ -137,24 +151,12 @@ void LeaveHostThread(QCoreApplication &application)
     application.moveToThread(idleThread);
 }
 
-/**
- * Makes Qt's local 8-bit codec that of the locale. Qt asks ICU for it, which says UTF-8 whatever the locale. UTF-8 is
- * left where the locale says nothing but ASCII: files are more likely to be that.
- */
-void SetLocaleCodec()
-{
-    const QByteArray codeset(nl_langinfo(CODESET)); // NOLINT(concurrency-mt-unsafe): as LocaleKeeper
-    if (codeset != "ANSI_X3.4-1968")
-        QTextCodec::setCodecForLocale(QTextCodec::codecForName(codeset));
-}
-
 QCoreApplication *CreateApplication()
 {
     const LocaleKeeper keeper;
     const MessageSilencer silencer;
     AvoidMainLoop();
     auto application = std::make_unique<QCoreApplication>(argumentCount, arguments);
-    SetLocaleCodec();
     LeaveHostThread(*application);
     return application.release();
 }
@@ -198,6 +200,11 @@ void EnsureFonts()
     if (QGuiApplicationPrivate::instance())
         return;
     RequireDescriptors();
+#if QT_VERSION_MAJOR >= 6
+    // Without one the font database of Qt 6 ends the process.
+    if (!QCoreApplication::instance())
+        qtApp = CreateApplication();
+#endif
     const MessageSilencer silencer;
     fontHost = new FontHost;
 }
@@ -205,8 +212,13 @@ void EnsureFonts()
 void InitQt()
 {
     qtApp = nullptr;
-    if (!QCoreApplication::instance())
+    if (QCoreApplication::instance()) {
+        LocaleCodec::UseQt();
+    } else {
+        LocaleCodec::UseEnvironment();
+        (void)LocaleCodec::Current(); // loaded now, where a failure refuses the renderer
         qtApp = CreateApplication();
+    }
     EnsureFonts();
 }
 

@@ -89,6 +89,19 @@ private:
     RecordingEngine &m_engine;
 };
 
+/** The part of a pixel that a glyph's image is moved by, as font engines take it. */
+#if QT_VERSION_MAJOR < 6
+QFixed PartOfPixel(QFixed x)
+{
+    return x;
+}
+#else
+QFixedPoint PartOfPixel(QFixed x)
+{
+    return {x, 0};
+}
+#endif
+
 struct ReleaseFont {
     void operator()(QFontEngine *font) const
     {
@@ -238,10 +251,10 @@ int GlyphRun::SubPixelOf(FixedPoint place) const
     return m_pItem->pFont->subPixelPositionForX(QFixed::fromFixed(place.nX)).value();
 }
 
-std::optional<BitMask> GlyphRun::Image(std::uint32_t glyph, FixedPoint place) const
+std::optional<BitMask> GlyphRun::Image(std::uint32_t glyph, int part) const
 {
     const QFontEngine::Glyph *image =
-        m_pItem->pFont->glyphData(glyph, QFixed::fromFixed(SubPixelOf(place)), QFontEngine::Format_A8, QTransform());
+        m_pItem->pFont->glyphData(glyph, PartOfPixel(QFixed::fromFixed(part)), QFontEngine::Format_A8, QTransform());
     if (!image || !image->data)
         return BitMask();
     const bool isMono = image->format == QFontEngine::Format_Mono;

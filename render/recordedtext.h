@@ -77,14 +77,14 @@ public:
     /** Pixels that no glyph of the font exceeds, measured from its origin. */
     int Reach() const;
 
-    /** The part of a pixel, in 64ths, that QPainter moves a glyph's image to the right by at a place. */
+    /** The part of a pixel, 0 to 64 64ths, that QPainter moves a glyph's image to the right by at a place. */
     int SubPixelOf(FixedPoint place) const;
 
     /**
      * Pixels of a glyph image, relative to the pixel that its origin lies in. None if they have more than two shades.
-     * @param place  only the fraction of a pixel in x counts.
+     * @param part  as SubPixelOf() gives it.
      */
-    std::optional<BitMask> Image(std::uint32_t glyph, FixedPoint place) const;
+    std::optional<BitMask> Image(std::uint32_t glyph, int part) const;
 
     /**
      * How much of each pixel a glyph covers, relative to the pixel that its origin lies in. Of a font that is painted

@@ -7,6 +7,7 @@
 #include "render/scopedlock.h"
 #include "render/textbitmap.h"
 #include "render/textpainter.h"
+#include "textio/localecodec.h"
 #include "vobsub/hostsymbol.h"
 
 #include <algorithm>
@@ -33,6 +34,44 @@ constexpr int MaxFamilySize = 1024;
 
 /** Above that a letter is larger than any frame, and takes seconds to paint. */
 constexpr int MaxPointSize = 4096;
+
+QString FromLocale(const char *text)
+{
+    return LocaleCodec::Current()->Decode(text, qstrlen(text));
+}
+
+#if QT_VERSION_MAJOR < 6
+void SetName(QFont &font, const QString &family)
+{
+    font.setFamily(family);
+}
+
+/** Sets a name of its own, so that threads share nothing outside of the lock; the one that Qt resolves is to stay as it is. */
+void OwnName(QFont &font, const QString &family)
+{
+    const uint resolved = font.resolve();
+    font.setFamily(QString()); // since an equal name is not taken over
+    font.setFamily(family);
+    font.resolve(resolved);
+}
+#else
+/** Unlike Qt's own function, which crashes there, throws without memory. */
+void SetName(QFont &font, const QString &family)
+{
+    QStringList families;
+    families.append(family);
+    font.setFamilies(families);
+}
+
+/** As with Qt 5. */
+void OwnName(QFont &font, const QString &family)
+{
+    const uint resolved = font.resolveMask();
+    font.setFamilies({});
+    SetName(font, family);
+    font.setResolveMask(resolved);
+}
+#endif
 
 int instanceCount = 0;
 
@@ -119,7 +158,7 @@ int VideoSubtitle::SetFontParam(const char *family, int pointSize, int style)
     QFont font = Font();
     // Qt resolves an empty family to any font at all.
     if (family)
-        font.setFamily(*family ? QString::fromLocal8Bit(family).left(MaxFamilySize) : QFont().family());
+        SetName(font, *family ? FromLocale(family).left(MaxFamilySize) : QFont().family());
     if (pointSize > 0)
         font.setPointSize(std::min(pointSize, MaxPointSize));
     font.setWeight((style & SUBTITLE_STYLE_BOLD) != 0 ? QFont::Bold : QFont::Normal);
@@ -180,7 +219,7 @@ int VideoSubtitle::SetSubtitleFile(const char *path, int track)
     if (!path || !*path || !use)
         return -1;
     try {
-        return OpenFile(QString::fromLocal8Bit(path), track);
+        return OpenFile(FromLocale(path), track);
     } catch (...) {
         // No parser is left with half a file, and no picture's key with a parser of text.
         m_parserManager.Open(QString(), 0);
@@ -375,12 +414,8 @@ QFont VideoSubtitle::Font() const
 {
     const std::lock_guard<std::mutex> lock(m_fontMutex);
     QFont font = *m_pFont;
-    // Its own name, so that threads share nothing outside of the lock; the one that Qt resolves is to stay as it is.
     const QString family = font.family();
-    const uint resolved = font.resolve();
-    font.setFamily(QString()); // since an equal name is not taken over
-    font.setFamily(QString(family.constData(), family.size()));
-    font.resolve(resolved);
+    OwnName(font, QString(family.constData(), family.size()));
     return font;
 }
 

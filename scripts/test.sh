@@ -1,17 +1,22 @@
 #!/bin/sh
 # Installs what is missing, builds everything and runs the tests.
 # usage: test.sh [CONFIGURATION [TEST-PATTERN]]
-#   CONFIGURATION: gcc (the default) or clang, in Release; clang-asan, with sanitizers; clang-tsan, with that of threads
-#                  and only the tests that start some, of which those that go on for SUBTITLE_SOAK_SECONDS do so for
-#                  60; coverage, which counts what runs, for coverage.sh
+#   CONFIGURATION: gcc (the default) or clang, in Release; qt6, gcc with Qt 6; clang-asan, with sanitizers; clang-tsan,
+#                  with that of threads and only the tests that start some, of which those that go on for
+#                  SUBTITLE_SOAK_SECONDS do so for 60; coverage, which counts what runs, for coverage.sh
 #   TEST-PATTERN:  a regular expression; only tests whose names match are run
 set -eu
 cd "$(dirname "$0")/.."
 
 configuration=${1:-gcc}
 pattern=${2:-.}
+packages=
 case $configuration in
 gcc) preset=release ;;
+qt6)
+    preset=qt6
+    packages="qt6-base-dev qt6-base-private-dev"
+    ;;
 clang) preset=clang ;;
 clang-asan) preset=asan ;;
 clang-tsan)
@@ -26,7 +31,8 @@ coverage) preset=coverage ;;
     ;;
 esac
 
-scripts/install-packages.sh
+# shellcheck disable=SC2086 # one word a package
+scripts/install-packages.sh $packages
 cmake --preset $preset >/dev/null
 cmake --build --preset $preset
 ctest --preset $preset -j "$(nproc)" -R "$pattern"

@@ -105,10 +105,26 @@ TEST(Hosts, WritesNoWarningsAboutFonts)
 TEST(Hosts, UnmarkedTextAndNamesAreInTheLocalesEncoding)
 {
     const TemporaryFolder folder;
-    const Outcome outcome = ChildProcess::Run(
-        {"localedef", "-i", "de_DE", "-f", "ISO-8859-1", (folder.Path() / "de_DE.ISO-8859-1").string()});
-    ASSERT_EQ(outcome.nExit, 0) << outcome.strError;
-    ExpectWorks({{"LOCPATH", folder.Path().string()}, {"LC_ALL", "de_DE.ISO-8859-1"}}, "none", "latin1");
+    const struct {
+        std::string strLanguage;
+        std::string strEncoding;
+        const char *pTask;
+    } listCases[] = {
+        {"de_DE", "ISO-8859-1", "latin1"},
+        {"ru_RU", "CP1251", "cp1251"},
+        {"zh_TW", "BIG5", "big5"},
+    };
+    for (const auto &[strLanguage, strEncoding, pTask] : listCases) {
+        const std::string strLocale = strLanguage + "." + strEncoding;
+        const Outcome outcome = ChildProcess::Run(
+            {"localedef", "-i", strLanguage, "-f", strEncoding, (folder.Path() / strLocale).string()});
+        ASSERT_EQ(outcome.nExit, 0) << outcome.strError;
+        // Which fonts fill in depends on the language, so checksums differ.
+        const Outcome shown = RunHost({{"LOCPATH", folder.Path().string()}, {"LC_ALL", strLocale}}, "none", pTask);
+        EXPECT_EQ(shown.nExit, 0) << strLocale;
+        EXPECT_EQ(shown.strOut.substr(0, 9), "checksum ") << strLocale << " " << shown.strOut;
+        EXPECT_EQ(shown.strError, "") << strLocale;
+    }
 }
 
 TEST(Hosts, ApplicationObjectThatGoesBeforeTheRenderer)

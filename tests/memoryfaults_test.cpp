@@ -11,6 +11,8 @@
 #include "vobsub/subtitledecoder.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <clocale>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <new>
@@ -23,20 +25,19 @@ extern "C" {
 namespace
 {
 
-bool bCodecsFail = false;
+bool bLocalesFail = false;
 
 } // namespace
 
-/** QTextCodec::codecForName(), before Qt's own, whose allocations cannot be told from those around it. */
-extern "C" void *FindCodec(const void *pName) __asm__("_ZN10QTextCodec12codecForNameERK10QByteArray");
-extern "C" void *FindCodec(const void *pName)
+/** Before that of the C library, whose allocations cannot be told from those around it. */
+extern "C" locale_t newlocale(int nMask, const char *pName, locale_t base) noexcept
 {
-    if (bCodecsFail)
-        throw std::bad_alloc();
-    using Function = void *(const void *);
-    static const auto pQts =
-        reinterpret_cast<Function *>(dlsym(RTLD_NEXT, "_ZN10QTextCodec12codecForNameERK10QByteArray"));
-    return pQts(pName);
+    if (bLocalesFail) {
+        errno = ENOMEM;
+        return nullptr;
+    }
+    static const auto pLibrarys = reinterpret_cast<decltype(&newlocale)>(dlsym(RTLD_NEXT, "newlocale"));
+    return pLibrarys(nMask, pName, base);
 }
 
 namespace
@@ -122,7 +123,11 @@ TEST_F(MemoryFaultsTest, FileIsOpenedWholeOrNotAtAll)
 
 TEST_F(MemoryFaultsTest, TimeThatCannotBeLookedUpShowsNothing)
 {
-    EXPECT_EQ(ResultsOf(m_listFiles.back(), Every, {Call::Time}), (std::set<int>{Partly, Nothing}));
+    std::set<int> setExpected = {Partly, Nothing};
+    // Qt 6 makes the key of a picture without memory of its own now and then.
+    if (QT_GENERATION == 6)
+        setExpected.erase(Nothing);
+    EXPECT_EQ(ResultsOf(m_listFiles.back(), Every, {Call::Time}), setExpected);
 }
 
 TEST_F(MemoryFaultsTest, PictureIsShownWholeOrNotAtAll)
@@ -221,10 +226,9 @@ TEST_F(MemoryFaultsTest, HandleIsNotMadeWithoutTheLocalesCodec)
 {
     EXPECT_EQ(RunForked([&] {
                   DestroyVideoSubtitle(m_pHandle);
-                  setenv("LC_ALL", "C.UTF-8", 1); // NOLINT(concurrency-mt-unsafe): there is one thread
-                  bCodecsFail = true;
+                  bLocalesFail = true;
                   void *pHandle = CreateVideoSubtitle(m_nWidth, m_nHeight);
-                  bCodecsFail = false;
+                  bLocalesFail = false;
                   if (pHandle)
                       return 1;
                   pHandle = CreateVideoSubtitle(m_nWidth, m_nHeight);

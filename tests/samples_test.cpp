@@ -1,8 +1,8 @@
 // Files that nobody here wrote: what of them is due at which time.
 #include "parsers/parsermanager.h"
 #include "support/temporaryfolder.h"
+#include "textio/localecodec.h"
 
-#include <QTextCodec>
 #include <gtest/gtest.h>
 
 extern "C" {
@@ -129,7 +129,7 @@ const Sample Samples[] = {
 class SampleTest : public testing::TestWithParam<Sample>
 {
 protected:
-    SampleTest() : m_pCodec(QTextCodec::codecForLocale()), m_workingFolder(std::filesystem::current_path())
+    SampleTest() : m_workingFolder(std::filesystem::current_path())
     {
         av_log_set_level(AV_LOG_QUIET);
         // The encoding of a locale may have no letters for the folder's name.
@@ -139,11 +139,10 @@ protected:
     {
         std::filesystem::current_path(m_workingFolder);
         av_log_set_level(AV_LOG_INFO);
-        QTextCodec::setCodecForLocale(m_pCodec);
+        LocaleCodec::UseEnvironment();
     }
 
 private:
-    QTextCodec *m_pCodec;
     std::filesystem::path m_workingFolder;
 };
 
@@ -153,7 +152,7 @@ TEST_P(SampleTest, ShowsWhatItHolds)
 {
     const Sample &sample = GetParam();
     if (sample.pEncoding)
-        QTextCodec::setCodecForLocale(QTextCodec::codecForName(sample.pEncoding));
+        LocaleCodec::Use(sample.pEncoding);
     ParserManager manager;
     ASSERT_NE(manager.Open(QString::fromLatin1(sample.pFile), 0), 0);
     for (const Due &due : sample.listDue)
@@ -165,25 +164,30 @@ INSTANTIATE_TEST_SUITE_P(Files, SampleTest, testing::ValuesIn(Samples));
 // Text in the encoding of one locale or another, in SubRip files and scripts.
 TEST(Samples, EightBitAndMultiByteEncodings)
 {
-    const std::pair<const char *, const char16_t *> texts[] = {
-        {"windows-1251", u"Случайность - это непознанная"},
-        {"KOI8-R", u"Случайность - это непознанная"},
-        {"windows-1250", u"Trpaslík nebude větší"},
-        {"windows-1252", u"Es gibt zwei Arten guter Menschen: äöüß"},
-        {"windows-1255", u"גיאנה"},
-        {"Shift_JIS", u"ジャージー"},
-        {"EUC-KR", u"바레인"},
-        {"GB18030", u"将军画善盖有神，"},
-        {"ISO-8859-15", u"naïve €"},
-        {"UTF-8", u"Аруба 😀"},
+    const struct {
+        const char *pEncoding;
+        const char16_t *pText;
+        const char *pBytes;
+    } texts[] = {
+        {"windows-1251", u"Случайность - это непознанная",
+         "\xD1\xEB\xF3\xF7\xE0\xE9\xED\xEE\xF1\xF2\xFC - \xFD\xF2\xEE \xED\xE5\xEF\xEE\xE7\xED\xE0\xED\xED\xE0\xFF"},
+        {"KOI8-R", u"Случайность - это непознанная",
+         "\xF3\xCC\xD5\xDE\xC1\xCA\xCE\xCF\xD3\xD4\xD8 - \xDC\xD4\xCF \xCE\xC5\xD0\xCF\xDA\xCE\xC1\xCE\xCE\xC1\xD1"},
+        {"windows-1250", u"Trpaslík nebude větší", "Trpasl\xEDk nebude v\xECt\x9A\xED"},
+        {"windows-1252", u"Es gibt zwei Arten guter Menschen: äöüß",
+         "Es gibt zwei Arten guter Menschen: \xE4\xF6\xFC\xDF"},
+        {"windows-1255", u"גיאנה", "\xE2\xE9\xE0\xF0\xE4"},
+        {"Shift_JIS", u"ジャージー", "\x83W\x83\x83\x81[\x83W\x81["},
+        {"EUC-KR", u"바레인", "\xB9\xD9\xB7\xB9\xC0\xCE"},
+        {"GB18030", u"将军画善盖有神，", "\xBD\xAB\xBE\xFC\xBB\xAD\xC9\xC6\xB8\xC7\xD3\xD0\xC9\xF1\xA3\xAC"},
+        {"BIG5", u"字幕", "\xA6r\xB9\xF5"},
+        {"ISO-8859-15", u"naïve €", "na\xEFve \xA4"},
+        {"UTF-8", u"Аруба 😀", "\xD0\x90\xD1\x80\xD1\x83\xD0\xB1\xD0\xB0 \xF0\x9F\x98\x80"},
     };
     const TemporaryFolder folder;
-    QTextCodec *const before = QTextCodec::codecForLocale();
-    for (const auto &[encoding, text] : texts) {
-        QTextCodec *codec = QTextCodec::codecForName(encoding);
-        ASSERT_NE(codec, nullptr) << encoding;
-        QTextCodec::setCodecForLocale(codec);
-        const std::string bytes = codec->fromUnicode(QString::fromUtf16(text)).toStdString();
+    for (const auto &[encoding, text, pBytes] : texts) {
+        LocaleCodec::Use(encoding);
+        const std::string bytes = pBytes;
         const std::string files[] = {
             folder.Write("a.srt", "1\r\n00:00:01,000 --> 00:00:02,000\r\n" + bytes + "\r\n"),
             folder.Write("a.ass",
@@ -194,7 +198,7 @@ TEST(Samples, EightBitAndMultiByteEncodings)
             EXPECT_EQ(manager.GetSubtitle(1500), QString::fromUtf16(text)) << encoding << " " << file;
         }
     }
-    QTextCodec::setCodecForLocale(before);
+    LocaleCodec::UseEnvironment();
 }
 
 // The muxer's empty packets between the texts last for thousands of seconds here, and so hide most of them.

@@ -1,7 +1,7 @@
 #include "support/temporaryfolder.h"
+#include "textio/localecodec.h"
 #include "textio/textreader.h"
 
-#include <QTextCodec>
 #include <clocale>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -129,12 +129,11 @@ TEST(TextReader, KeepsNulBytes)
 
 TEST(TextReader, UnmarkedFileIsReadInTheLocalesEncoding)
 {
-    QTextCodec *const before = QTextCodec::codecForLocale();
-    QTextCodec::setCodecForLocale(QTextCodec::codecForName("windows-1251"));
+    LocaleCodec::Use("windows-1251");
     EXPECT_EQ(ReadLines("\xC4\xE0\n"), Strings({u"Да"}));
-    QTextCodec::setCodecForLocale(QTextCodec::codecForName("UTF-8"));
+    LocaleCodec::Use("UTF-8");
     EXPECT_EQ(ReadLines("\xD0\x94\n"), Strings({u"Д"}));
-    QTextCodec::setCodecForLocale(before);
+    LocaleCodec::UseEnvironment();
 }
 
 TEST(TextReader, DetectsMarksAndStandsBehindThem)

@@ -16,7 +16,7 @@ TEST_F(VideoSubtitleTest, StartsWithTheDefaults)
     EXPECT_EQ(peer.Font()->pixelSize(), 41);
     renderer.CreateVideoSubtitle(720, 576);
     EXPECT_EQ(peer.Font()->pixelSize(), 41);
-    EXPECT_EQ(peer.Font()->weight(), 50);
+    EXPECT_EQ(peer.Font()->weight(), QFont::Normal);
     EXPECT_EQ(peer.Font()->style(), QFont::StyleNormal);
     EXPECT_TRUE(peer.Image()->isNull());
     EXPECT_EQ(peer.FontColor(), 0xFFFFFFFF);
@@ -80,16 +80,16 @@ TEST_F(VideoSubtitleTest, FontParamSetsFamilySizeWeightAndStyle)
     EXPECT_EQ(m_peer.Font()->family(), QStringLiteral("DejaVu Serif"));
     EXPECT_EQ(m_peer.Font()->pointSize(), 30);
     EXPECT_EQ(m_peer.Font()->pixelSize(), -1);
-    EXPECT_EQ(m_peer.Font()->weight(), 75);
+    EXPECT_EQ(m_peer.Font()->weight(), QFont::Bold);
     EXPECT_EQ(m_peer.Font()->style(), QFont::StyleItalic);
     EXPECT_EQ(m_peer.Dirty(), 1);
     EXPECT_EQ(m_renderer.SetFontParam("DejaVu Sans", 20, 4), 0);
-    EXPECT_EQ(m_peer.Font()->weight(), 50);
+    EXPECT_EQ(m_peer.Font()->weight(), QFont::Normal);
     EXPECT_EQ(m_peer.Font()->style(), QFont::StyleNormal);
     EXPECT_EQ(m_renderer.SetFontParam("DejaVu Sans", 20, 1), 0);
-    EXPECT_EQ(m_peer.Font()->weight(), 75);
+    EXPECT_EQ(m_peer.Font()->weight(), QFont::Bold);
     EXPECT_EQ(m_renderer.SetFontParam("DejaVu Sans", 20, 2), 0);
-    EXPECT_EQ(m_peer.Font()->weight(), 50);
+    EXPECT_EQ(m_peer.Font()->weight(), QFont::Normal);
     EXPECT_EQ(m_peer.Font()->style(), QFont::StyleItalic);
 }
 
@@ -110,7 +110,7 @@ TEST_F(VideoSubtitleTest, FontParamKeepsFamilyOrSizeWhereNoneIsGiven)
     m_renderer.SetFontParam(nullptr, -3, 1);
     EXPECT_EQ(m_peer.Font()->family(), QStringLiteral("DejaVu Serif"));
     EXPECT_EQ(m_peer.Font()->pixelSize(), Height / 14);
-    EXPECT_EQ(m_peer.Font()->weight(), 75);
+    EXPECT_EQ(m_peer.Font()->weight(), QFont::Bold);
 }
 
 TEST_F(VideoSubtitleTest, FontColorTellsWhetherItChangedAndIsNeverBlack)

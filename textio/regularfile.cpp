@@ -1,5 +1,7 @@
 #include "textio/regularfile.h"
 
+#include "textio/localecodec.h"
+
 #include <QFile>
 #include <QString>
 
@@ -39,7 +41,7 @@ int OpenRegularFile(const char *name)
 
 bool OpenRegularFile(const QString &path, QFile &file)
 {
-    const QByteArray name = QFile::encodeName(path);
+    const QByteArray name = LocaleCodec::Current()->Encode(path);
     // A name ends at its first NUL for the kernel, which would open another file.
     if (name.contains('\0'))
         return false;

@@ -14,7 +14,7 @@ int OpenRegularFile(const char *name);
 
 /**
  * The same for a QFile without a name, which closes the descriptor itself.
- * @param path  in the encoding that QFile uses for names.
+ * @param path  its name is in the encoding of the locale.
  */
 bool OpenRegularFile(const QString &path, QFile &file);
 

@@ -1,9 +1,9 @@
 #include "textio/textreader.h"
 
+#include "textio/localecodec.h"
 #include "textio/regularfile.h"
 
 #include <QBuffer>
-#include <QTextCodec>
 #include <QtEndian>
 #include <algorithm>
 #include <array>
@@ -142,7 +142,7 @@ bool ReadLineLocal(QFile &file, QString &line)
     QByteArray bytes;
     if (!ReadLineA(file, bytes))
         return false;
-    line = QString::fromLocal8Bit(bytes.constData(), bytes.size());
+    line = LocaleCodec::Current()->Decode(bytes.constData(), bytes.size());
     return true;
 }
 
@@ -180,9 +180,7 @@ void TextReader::Open(const QString &path)
     QFile file;
     if (!OpenRegularFile(path, file))
         return;
-    constexpr int Utf8Mib = 106;
-    const QTextCodec *codec = QTextCodec::codecForLocale();
-    TextLines text = {DetectEncode(file), codec && codec->mibEnum() == Utf8Mib, {}, {0}};
+    TextLines text = {DetectEncode(file), LocaleCodec::Current(), {}, {0}};
     // The encoding is unknown, and nothing was read before the error.
     if (file.error() != QFileDevice::NoError)
         return;
@@ -212,9 +210,9 @@ QString TextReader::GetLine(int index) const
     switch (text->nEncode) {
     case EncodeLocal:
         // Most lines are ASCII, and codecs are slow.
-        if (text->bAsciiIsItself && IsAscii(line, size))
+        if (text->pCodec->IsUtf8() && IsAscii(line, size))
             return QString::fromLatin1(line, size);
-        return QString::fromLocal8Bit(line, size);
+        return text->pCodec->Decode(line, size);
     case EncodeUtf8:
         return QString::fromUtf8(line, size);
     default:

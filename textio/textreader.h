@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QString>
 
+#include <memory>
 #include <vector>
 
 /** What TextReader::DetectEncode() finds at the start of a file. */
@@ -14,10 +15,12 @@ enum TextEncode {
     EncodeU16Be = 3  ///< FE FF
 };
 
+class LocaleCodec;
+
 /** One file's text without line ends, and where its lines begin in it; the last entry is the end. */
 struct TextLines {
     int nEncode;
-    bool bAsciiIsItself; ///< in the locale's codec
+    std::shared_ptr<const LocaleCodec> pCodec; ///< of lines without a mark
     QByteArray bytes;
     std::vector<int> listStarts;
 };

@@ -1,5 +1,6 @@
 #include "vobsub/subparser.h"
 
+#include "parsers/exportedlist.h"
 #include "parsers/framelimit.h"
 #include "parsers/wrapint.h"
 #include "textio/textreader.h"
@@ -22,10 +23,7 @@ extern "C" {
 #include <mutex>
 #include <utility>
 
-// The list of entries belongs to the library's interface: these stay in it whatever the compiler inlines.
-template void QList<VobSubtitleItem>::append(const VobSubtitleItem &);
-template QList<VobSubtitleItem>::QList(const QList<VobSubtitleItem> &);
-template QList<VobSubtitleItem>::~QList();
+EXPORT_LIST(VobSubtitleItem);
 
 namespace
 {

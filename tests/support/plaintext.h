@@ -1,5 +1,7 @@
 #pragma once
 
+#include "textio/localecodec.h"
+
 #include <QString>
 #include <cstdint>
 #include <optional>
@@ -46,7 +48,8 @@ inline std::vector<std::u16string> LinesPlainly(const std::string &bytes)
     std::string line;
     const auto decode = [&] {
         const int size = static_cast<int>(line.size());
-        const QString text = marked ? QString::fromUtf8(line.data(), size) : QString::fromLocal8Bit(line.data(), size);
+        const QString text =
+            marked ? QString::fromUtf8(line.data(), size) : LocaleCodec::Current()->Decode(line.data(), size);
         lines.push_back(text.toStdU16String());
         line.clear();
     };

@@ -1,0 +1,24 @@
+# Qt 5 or 6. Its private headers come with the target subtitle_qtprivate, as headers of the system: they are not clean under
+# every warning of ours.
+find_package(Qt5 5.15 QUIET COMPONENTS Core Gui FontDatabaseSupport)
+set(qt_default 6)
+if(Qt5_FOUND)
+  set(qt_default 5)
+endif()
+set(SUBTITLE_QT ${qt_default} CACHE STRING "Generation of Qt to build with, 5 or 6; 5 where it is present")
+set_property(CACHE SUBTITLE_QT PROPERTY STRINGS 5 6)
+
+add_library(subtitle_qtprivate INTERFACE)
+if(SUBTITLE_QT EQUAL 5)
+  find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui FontDatabaseSupport)
+  target_include_directories(subtitle_qtprivate SYSTEM INTERFACE ${Qt5Gui_PRIVATE_INCLUDE_DIRS})
+  target_link_libraries(subtitle_qtprivate INTERFACE Qt5::FontDatabaseSupportPrivate)
+elseif(SUBTITLE_QT EQUAL 6)
+  find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui)
+  if(NOT TARGET Qt6::GuiPrivate) # which came with the others before 6.10
+    find_package(Qt6 REQUIRED COMPONENTS CorePrivate GuiPrivate)
+  endif()
+  target_link_libraries(subtitle_qtprivate INTERFACE Qt6::CorePrivate Qt6::GuiPrivate)
+else()
+  message(FATAL_ERROR "SUBTITLE_QT is 5 or 6, and not ${SUBTITLE_QT}")
+endif()
