@@ -6,12 +6,13 @@
 #                 same with Qt 6. All of them by default.
 #   TEST-PATTERN: a regular expression; only tests whose names match are run
 #   SUBTITLE_PLATFORMS: from the environment, the folder that keeps the chroots instead of ~/.cache/libsubtitle-platforms
-#   SUBTITLE_MIRROR:    from the environment, the Debian mirror
+#   SUBTITLE_MIRROR:    from the environment, a Debian mirror in the place of this machine's
 set -eu
 cd "$(dirname "$0")/.."
 
 cache=${SUBTITLE_PLATFORMS:-${XDG_CACHE_HOME:-$HOME/.cache}/libsubtitle-platforms}
-mirror=${SUBTITLE_MIRROR:-http://deb.debian.org/debian}
+# shellcheck disable=SC2016 # apt-get expands it
+mirror=${SUBTITLE_MIRROR:-$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' | grep -v security | head -n 1)}
 pattern=${2:-.}
 
 # enter ROOT COMMAND...: in a chroot. Its mounts and processes are in namespaces of their own, which end with the command,

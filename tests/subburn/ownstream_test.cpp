@@ -160,10 +160,11 @@ TEST_F(OwnStreamTest, ScriptsShowTheirTextAlone)
                                 "Dialogue: 0,0:00:01.20,0:00:01.40,Default,,0,0,0,,Later, with\\ha comma\n"
                                 "Dialogue: 0,0:00:00.40,0:00:00.80,Default,,0,0,0,,{\\pos(1,2)}One\\N{\\i1}two{\\i0}"
                                 "{\\p1}m 0 0 l 9 9{\\p0}\\nthree\n"
-                                "Dialogue: 0,0:00:00.40,0:00:00.80,Default,,0,0,0,,Hidden behind the first\n");
+                                "Dialogue: 0,0:00:00.40,0:00:00.80,Default,,0,0,0,,Above the first\n");
     const std::string strPlain = m_folder.Write("plain.srt", "1\n00:00:01,200 --> 00:00:01,400\nLater, with\xc2\xa0"
                                                              "a comma\n\n"
-                                                             "2\n00:00:00,400 --> 00:00:00,800\nOne\ntwo three\n\n");
+                                                             "2\n00:00:00,400 --> 00:00:00,800\nOne\ntwo three\n\n"
+                                                             "3\n00:00:00,400 --> 00:00:00,800\nAbove the first\n");
     const std::string strInput = ClipWith("in.mkv", {strScript}, {"-c:v", "mpeg4", "-c:s", "copy"});
     EXPECT_TRUE(Shown(strInput, "") == Shown(strInput, strPlain));
 }
