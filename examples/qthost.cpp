@@ -4,11 +4,10 @@
  *     qthost [OPTION...] SUBTITLES...
  *
  * Space pauses, Left and Right seek by five seconds, Home seeks to the start, Up and Down move the subtitles, Plus and
- * Minus change their size, N takes the next of the files, Escape ends. Build it with
+ * Minus change their size, N takes the next of the files, Escape ends. Build it with the Qt that the library was built
+ * with, Qt5Gui or Qt6Gui:
  *
  *     c++ -std=c++17 -fPIC -o qthost qthost.cpp $(pkg-config --cflags --libs libsubtitle Qt5Gui)
- *
- * or with Qt6Gui, with the generation of Qt that the library was built with.
  */
 #include <libsubtitle.h>
 

@@ -8,14 +8,14 @@
 namespace
 {
 
-/** Mitchell and Netravali's cubic with B = C = 1/3, which neither blurs much nor rings much. */
+/** Catmull and Rom's cubic, which leaves a picture of the frame's size as it is. */
 double Cubic(double x)
 {
     x = std::abs(x);
     if (x < 1)
-        return (7 * x * x * x - 12 * x * x + 16.0 / 3) / 6;
+        return (3 * x * x * x - 5 * x * x + 2) / 2;
     if (x < 2)
-        return (-7.0 / 3 * x * x * x + 12 * x * x - 20 * x + 32.0 / 3) / 6;
+        return (-x * x * x + 5 * x * x - 8 * x + 4) / 2;
     return 0;
 }
 

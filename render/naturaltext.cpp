@@ -21,18 +21,25 @@ QFont SmoothFont(const QFont &font)
     return smooth;
 }
 
-/** The row of a frame at which the lower edge of a text lies. */
-int LowerEdge(const TextLayout &layout, const QSize &frame, int position)
+int CountLines(const QString &text, const TextLayout &layout)
 {
-    const auto middle = static_cast<int>(std::int64_t{frame.height()} * position / 100);
-    const int height = layout.rcBox.height() - 1;
     std::set<int> lines;
     for (const GlyphRun &run : layout.text.Runs())
         lines.insert(static_cast<int>(run.Position().y()));
+    // Empty lines have no glyphs.
+    const QStringList parts = text.split(QLatin1Char('\n'));
+    return static_cast<int>(lines.size()) +
+           static_cast<int>(
+               std::count_if(parts.begin(), parts.end(), [](const QString &part) { return part.isEmpty(); }));
+}
+
+/** The row of a frame at which the lower edge of a text of so many lines lies. */
+int LowerEdge(const TextLayout &layout, int lines, const QSize &frame, int position)
+{
+    const auto middle = static_cast<int>(std::int64_t{frame.height()} * position / 100);
+    const int height = layout.rcBox.height() - 1;
     // Of more than two lines as much hangs below the middle as of two.
-    const int count = std::max(2, static_cast<int>(lines.size()));
-    const int lower = lines.size() <= 2 ? height - height / 2 : height / count;
-    return middle + lower;
+    return middle + (lines <= 2 ? height - height / 2 : height / lines);
 }
 
 /** The texts that are painted, of which no more than of a single one. */
@@ -87,11 +94,13 @@ void NaturalText::Paint(const TextStyle &style, const QSize &frame, const QStrin
     const SafeArea area(frame, settings);
     m_glyphs.SetOutline(area.dOutline);
     m_glyphs.Limit();
-    std::vector<TextLayout> layouts = FitTexts(SmoothFont(style.font), frame, area, PaintedParts(texts));
+    const QStringList parts = PaintedParts(texts);
+    std::vector<TextLayout> layouts = FitTexts(SmoothFont(style.font), frame, area, parts);
     int rows = 0;
     for (const TextLayout &layout : layouts)
         rows += layout.rcBox.height() - 1;
-    int bottom = std::max(LowerEdge(layouts.front(), frame, position), area.nTop + rows);
+    const int lines = CountLines(parts.front(), layouts.front());
+    int bottom = std::max(LowerEdge(layouts.front(), lines, frame, position), area.nTop + rows);
     bottom = std::min(bottom, area.nBottom);
     std::vector<Block> blocks;
     blocks.reserve(layouts.size());

@@ -200,6 +200,9 @@ TEST(NaturalText, MoreLinesKeepTheLowerEdgeOfTwo)
     const int bottom = BottomOf(Paint(frame, {Lines(2)}));
     for (const int lines : {3, 4, 5, 8})
         EXPECT_NEAR(BottomOf(Paint(frame, {Lines(lines)})), bottom, 1) << lines;
+    // Lines(4) with the second and third line empty.
+    const QString last = Lines(4).section(QLatin1Char('\n'), 3);
+    EXPECT_NEAR(BottomOf(Paint(frame, {QStringLiteral("M\n\n\n") + last})), bottom, 1);
 }
 
 TEST(NaturalText, StaysInTheSafeArea)

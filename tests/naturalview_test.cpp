@@ -25,8 +25,8 @@ private:
 
 double Cubic(double x)
 {
-    constexpr double B = 1.0 / 3;
-    constexpr double C = 1.0 / 3;
+    constexpr double B = 0;
+    constexpr double C = 0.5;
     x = std::abs(x);
     if (x < 1)
         return ((12 - 9 * B - 6 * C) * x * x * x + (-18 + 12 * B + 6 * C) * x * x + 6 - 2 * B) / 6;

@@ -154,7 +154,7 @@ check_subburn() {
     burn_with_host "$work/expected"
     ffmpeg -nostdin -v error -f lavfi -i color=0x646464:s=320x180:r=25:d=2,format=gbrp -c:v ffv1 "$work/plain.mkv"
     env -u LD_LIBRARY_PATH LD_DEBUG=files LD_DEBUG_OUTPUT="$work/loaded" \
-        "$subburn" --subtitles "$work/text.srt" --quiet --snapshot 1.5 "$work/plain.mkv" "$work/frame.png"
+        "$subburn" --subtitles "$work/text.srt" --exact --quiet --snapshot 1.5 "$work/plain.mkv" "$work/frame.png"
     grep -qF "calling init: $STAGE/all$LIBDIR/libsubtitle.so.1" "$work"/loaded.* || fail "another library was taken"
     ffmpeg -nostdin -v error -i "$work/frame.png" -f rawvideo -pix_fmt rgb24 "$work/frame"
     cmp "$work/expected" "$work/frame"

@@ -174,12 +174,21 @@ TEST_F(VobSubTest, PicturesAreBurntWhileTheyAreDue)
 
 TEST_F(VobSubTest, PipeBurnsGreysAlmostOpaquely)
 {
-    const auto listFrames = Piped(UsualPair("a"));
+    const auto listFrames = Piped(UsualPair("a"), -1, {"--exact"});
     ExpectBounds(Changed(listFrames[10]), 100, 120, 80, 20, "");
-    // A picture's contrast of 15 makes an opacity of 240.
+    // For the library a picture's contrast of 15 makes an opacity of 240.
     const std::string strRow(static_cast<size_t>(80) * 3, static_cast<char>((240 * 0xC0 + 15 * 80) / 255));
     for (size_t nRow = 120; nRow < 140; ++nRow)
         EXPECT_TRUE(listFrames[10].substr((nRow * 320 + 100) * 3, strRow.size()) == strRow) << nRow;
+}
+
+TEST_F(VobSubTest, PipeBurnsTheColoursOfThePalette)
+{
+    const std::string strFrame = Piped(UsualPair("a"))[10];
+    ExpectBounds(Changed(strFrame), 100, 120, 80, 20, "");
+    const std::string strRow(static_cast<size_t>(80) * 3, static_cast<char>(0xC0));
+    for (size_t nRow = 120; nRow < 140; ++nRow)
+        EXPECT_TRUE(strFrame.substr((nRow * 320 + 100) * 3, strRow.size()) == strRow) << nRow;
 }
 
 TEST_F(VobSubTest, TheLastPictureStaysForThreeSeconds)
@@ -221,9 +230,11 @@ TEST_F(VobSubTest, PositionAndOpacityCountForPicturesToo)
     ExpectBounds(Changed(Piped(strIndex, -1, {"--position", "75"})[20]), 100, 102, 80, 20, "");
     const std::string strFaint = Piped(strIndex, -1, {"--opacity", "128"})[20];
     ExpectBounds(Changed(strFaint), 100, 120, 80, 20, "");
-    // The opacity counts twice.
+    EXPECT_NEAR(static_cast<unsigned char>(strFaint[(130 * 320 + 140) * 3]), (128 * 0xC0 + 127 * 80) / 255, 1);
+    // For the library the opacity counts twice.
+    const std::string strExact = Piped(strIndex, -1, {"--opacity", "128", "--exact"})[20];
     const int nOnce = 240 * 128 / 255;
-    EXPECT_EQ(static_cast<unsigned char>(strFaint[(130 * 320 + 140) * 3]),
+    EXPECT_EQ(static_cast<unsigned char>(strExact[(130 * 320 + 140) * 3]),
               (128 * nOnce / 255 * 0xC0 + (255 - 128 * nOnce / 255) * 80) / 255);
 }
 
