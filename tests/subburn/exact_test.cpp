@@ -131,16 +131,21 @@ TEST_P(ExactTest, FramesAreThoseThatTheLibraryBurns)
     const std::string strInput = Clip("in.mkv", listArguments);
     Arguments listOptions = c.listOutput;
     listOptions.insert(listOptions.end(), {"--size", "14", "--color", "#ffc800"});
-    const auto listAfter = Frames(Burn(strInput, "out.mkv", listOptions), c.pPixels);
-    auto listExpected = Frames(strInput, c.pPixels);
-    ASSERT_EQ(listAfter.size(), 50U);
-    ASSERT_EQ(listExpected.size(), 50U);
     SetSubtitleAlpah(m_pHandle, c.listOutput == Faint ? 128 : 255);
-    for (size_t n = 0; n < listAfter.size(); ++n) {
-        const std::string strBefore = listExpected[n];
-        BurnFrame(listExpected[n], c, static_cast<int>(n) * 40);
-        EXPECT_EQ(listExpected[n] != strBefore, IsDue(n)) << "frame " << n;
-        EXPECT_TRUE(listAfter[n] == listExpected[n]) << "frame " << n;
+    for (const int nLook : {SUBTITLE_LOOK_NATURAL, SUBTITLE_LOOK_EXACT}) {
+        if (nLook == SUBTITLE_LOOK_EXACT)
+            listOptions.emplace_back("--exact");
+        SetSubtitleBurnerLook(m_pBurner, nLook);
+        const auto listAfter = Frames(Burn(strInput, "out.mkv", listOptions), c.pPixels);
+        auto listExpected = Frames(strInput, c.pPixels);
+        ASSERT_EQ(listAfter.size(), 50U);
+        ASSERT_EQ(listExpected.size(), 50U);
+        for (size_t n = 0; n < listAfter.size(); ++n) {
+            const std::string strBefore = listExpected[n];
+            BurnFrame(listExpected[n], c, static_cast<int>(n) * 40);
+            EXPECT_EQ(listExpected[n] != strBefore, IsDue(n)) << "look " << nLook << ", frame " << n;
+            EXPECT_TRUE(listAfter[n] == listExpected[n]) << "look " << nLook << ", frame " << n;
+        }
     }
 }
 
@@ -169,7 +174,7 @@ TEST_P(AlphaTest, OnlyCoveredPixelsBecomeOpaque)
         const std::string strInput =
             Clip("in.mkv", {"-f", "lavfi", "-i", "color=black@0.25:s=320x180:r=25:d=0.6,format=rgba", "-pix_fmt",
                             strPixels, "-c:v", "ffv1"});
-        const std::string strOutput = Burn(strInput, strName, {"--codec", "ffv1"});
+        const std::string strOutput = Burn(strInput, strName, {"--codec", "ffv1", "--exact"});
         EXPECT_EQ(Probe(strOutput, "stream=pix_fmt"), "pix_fmt=" + strPixels + "\n");
         return std::make_pair(Frames(strInput, strPixels)[12], Frames(strOutput, strPixels)[12]);
     };
