@@ -52,8 +52,9 @@ struct ByteCodes {
 inline void PutPart(float code, float rest, std::uint16_t &base, std::uint8_t &rounded)
 {
     constexpr float Middle = 127.5F; // of a byte; also half of what the sum is divided by
+    constexpr float Half = 0.5F;     // rounds numbers that are not negative
     const float whole = 255 * rest;
-    rounded = static_cast<std::uint8_t>(whole + 0.5F);
+    rounded = static_cast<std::uint8_t>(whole + Half);
     base = static_cast<std::uint16_t>(255 * code + (whole - static_cast<float>(rounded)) * Middle + Middle);
 }
 

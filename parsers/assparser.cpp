@@ -230,7 +230,7 @@ void AssParser::ParseDialogue(FieldReader &fields, int version)
     const QStringView effect = fields.Str(',');
     const QStringView text = fields.Rest();
     // An effect that is also the text was read where no comma was left. Prefixes are caught too: this is meant.
-    const int common = std::min(effect.size(), text.size());
+    const auto common = std::min(effect.size(), text.size());
     if (effect.left(common) != text.left(common))
         item.strEffect = effect.toString();
     item.strText = RemoveSSATags(text.toString());

@@ -62,8 +62,9 @@ int OtherRounding(double exact, int rounded)
 /** Rounds halves up below zero as well, as Qt 5 does everywhere. */
 int RoundHalfUp(double value)
 {
+    constexpr double Half = 0.5;
     const int below = static_cast<int>(value - 1);
-    return value >= 0 ? static_cast<int>(value + 0.5) : static_cast<int>(value - below + 0.5) + below;
+    return value >= 0 ? static_cast<int>(value + Half) : static_cast<int>(value - below + Half) + below;
 }
 
 /**

@@ -71,13 +71,14 @@ Premultiplied Weighted(const Premultiplied *pixels, std::ptrdiff_t step, const s
 
 std::uint32_t Straight(const Premultiplied &pixel)
 {
+    constexpr float Half = 0.5F; // rounds numbers that are not negative
     const float alpha = std::clamp(pixel[0], 0.0F, 255.0F);
-    const auto whole = static_cast<std::uint32_t>(alpha + 0.5F);
+    const auto whole = static_cast<std::uint32_t>(alpha + Half);
     if (whole == 0)
         return 0;
     std::uint32_t result = whole;
     for (std::size_t i = 1; i < 4; ++i)
-        result = result << 8 | static_cast<std::uint32_t>(std::clamp(255 * pixel[i] / alpha, 0.0F, 255.0F) + 0.5F);
+        result = result << 8 | static_cast<std::uint32_t>(std::clamp(255 * pixel[i] / alpha, 0.0F, 255.0F) + Half);
     return result;
 }
 
