@@ -332,7 +332,8 @@ void NaturalInk::DrawSamples(const FramePlanes &planes, int component) const
             const std::uint32_t *rests = blend.listRests.data() + span.nAt + done;
             samples.Load(values.data(), span.nFirst + done, count);
             for (int i = 0; i < count; ++i) {
-                const std::uint64_t sum = bases[i] + std::uint64_t{rests[i]} * static_cast<std::uint32_t>(values[i]);
+                const std::uint64_t sum =
+                    bases[i] + static_cast<std::uint64_t>(rests[i]) * static_cast<std::uint32_t>(values[i]);
                 values[i] = static_cast<std::int32_t>(std::min(sum >> 16, max));
             }
             samples.Store(values.data(), span.nFirst + done, count);
