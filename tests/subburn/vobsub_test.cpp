@@ -230,7 +230,7 @@ TEST_F(VobSubTest, PositionAndOpacityCountForPicturesToo)
     ExpectBounds(Changed(Piped(strIndex, -1, {"--position", "75"})[20]), 100, 102, 80, 20, "");
     const std::string strFaint = Piped(strIndex, -1, {"--opacity", "128"})[20];
     ExpectBounds(Changed(strFaint), 100, 120, 80, 20, "");
-    EXPECT_NEAR(static_cast<unsigned char>(strFaint[(130 * 320 + 140) * 3]), (128 * 0xC0 + 127 * 80) / 255, 1);
+    EXPECT_NEAR(static_cast<unsigned char>(strFaint[(130 * 320 + 140) * 3]), (128 * 0xC0 + 127 * 80) / 255.0, 1);
     // For the library the opacity counts twice.
     const std::string strExact = Piped(strIndex, -1, {"--opacity", "128", "--exact"})[20];
     const int nOnce = 240 * 128 / 255;
