@@ -85,7 +85,7 @@ void AddTo(ByteMask &to, const ByteMask &mask, int dx, int dy, Add add)
 } // namespace
 
 void NaturalText::Paint(const TextStyle &style, const QSize &frame, const QStringList &texts, int position,
-                        const NaturalSettings &settings, NaturalInk &ink)
+                        const NaturalSettings &settings, TextCoverage &ink)
 {
     ink.Clear();
     if (!IsPossibleFrame(frame.width(), frame.height()) || texts.isEmpty())
@@ -111,7 +111,7 @@ void NaturalText::Paint(const TextStyle &style, const QSize &frame, const QStrin
     Compose(blocks, frame, ink);
 }
 
-void NaturalText::Compose(const std::vector<Block> &blocks, const QSize &frame, NaturalInk &ink)
+void NaturalText::Compose(const std::vector<Block> &blocks, const QSize &frame, TextCoverage &ink)
 {
     struct Placed {
         const CoveredGlyph *pGlyph;
@@ -161,7 +161,7 @@ void NaturalText::Compose(const std::vector<Block> &blocks, const QSize &frame, 
         PaintColored(blocks, frame, ink);
 }
 
-void NaturalText::PaintColored(const std::vector<Block> &blocks, const QSize &frame, NaturalInk &ink)
+void NaturalText::PaintColored(const std::vector<Block> &blocks, const QSize &frame, TextCoverage &ink)
 {
     int top = INT_MAX;
     int bottom = INT_MIN;

@@ -13,7 +13,7 @@
 #include <vector>
 
 /** Text painted for viewers, in pixels of the frame. */
-struct NaturalInk {
+struct TextCoverage {
     ByteMask text;
     ByteMask outline; ///< of the same place and size
     QImage colored;   ///< glyphs that bring colours of their own, QImage::Format_ARGB32; null when there are none
@@ -41,7 +41,7 @@ public:
      * @param ink       is painted anew in the memory that it has; nothing is covered without texts.
      */
     void Paint(const TextStyle &style, const QSize &frame, const QStringList &texts, int position,
-               const NaturalSettings &settings, NaturalInk &ink);
+               const NaturalSettings &settings, TextCoverage &ink);
 
 private:
     /** A text laid out, and what is to be added to its rows. */
@@ -49,8 +49,8 @@ private:
         TextLayout layout;
         int nOffset;
     };
-    void Compose(const std::vector<Block> &blocks, const QSize &frame, NaturalInk &ink);
-    void PaintColored(const std::vector<Block> &blocks, const QSize &frame, NaturalInk &ink);
+    void Compose(const std::vector<Block> &blocks, const QSize &frame, TextCoverage &ink);
+    void PaintColored(const std::vector<Block> &blocks, const QSize &frame, TextCoverage &ink);
 
     CoverageGlyphs m_glyphs;
 };

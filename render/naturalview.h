@@ -48,7 +48,7 @@ private:
     bool m_bPainted = false;
     NaturalKey m_key;
     NaturalText m_painter;
-    NaturalInk m_ink;
+    TextCoverage m_ink;
     InkColors m_colors = {};
     ScaledPicture m_picture;
     int m_nOpacity = -1; ///< that m_nVersion is for

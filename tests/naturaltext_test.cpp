@@ -120,7 +120,7 @@ TextStyle Style(int pixelSize)
 }
 
 /** The rectangle of what is covered. */
-QRect Covered(const NaturalInk &ink)
+QRect Covered(const TextCoverage &ink)
 {
     QRect covered;
     for (const ByteMask *mask : {&ink.text, &ink.outline}) {
@@ -134,10 +134,10 @@ QRect Covered(const NaturalInk &ink)
     return covered;
 }
 
-NaturalInk Paint(const QSize &frame, const QStringList &texts, int position = 85, int pixelSize = 0)
+TextCoverage Paint(const QSize &frame, const QStringList &texts, int position = 85, int pixelSize = 0)
 {
     static NaturalText painter;
-    NaturalInk ink;
+    TextCoverage ink;
     painter.Paint(Style(pixelSize > 0 ? pixelSize : frame.height() / 14), frame, texts, position, {2, 2.5}, ink);
     return ink;
 }
@@ -151,7 +151,7 @@ QString Lines(int count)
 }
 
 /** Row after the last of the text itself. */
-int BottomOf(const NaturalInk &ink)
+int BottomOf(const TextCoverage &ink)
 {
     int bottom = 0;
     for (int row = 0; row < ink.text.nRows; ++row) {
@@ -170,7 +170,7 @@ TEST(NaturalText, LiesWhereTheExactLookDoes)
         const PaintedText exact = painter.Paint(Style(51), frame.width(), frame.height(), Lines(lines));
         ASSERT_TRUE(exact.ink);
         const int offset = frame.height() * 85 / 100 - exact.nTextHeight / 2;
-        const NaturalInk natural = Paint(frame, {Lines(lines)});
+        const TextCoverage natural = Paint(frame, {Lines(lines)});
         // Pixels that are text in one look only, were the natural one moved.
         const auto differing = [&](int dx, int dy) {
             int count = 0;
@@ -241,8 +241,8 @@ TEST(NaturalText, TakesTheLargestFontThatFits)
 TEST(NaturalText, TextsLieAboveEachOther)
 {
     const QSize frame(1280, 720);
-    const NaturalInk first = Paint(frame, {QStringLiteral("lower")});
-    const NaturalInk both = Paint(frame, {QStringLiteral("lower"), QStringLiteral("upper\ntext")});
+    const TextCoverage first = Paint(frame, {QStringLiteral("lower")});
+    const TextCoverage both = Paint(frame, {QStringLiteral("lower"), QStringLiteral("upper\ntext")});
     const QRect lower = Covered(first);
     for (int y = lower.top() + 6; y <= lower.bottom(); ++y) {
         for (int x = 0; x < frame.width(); ++x)
@@ -256,7 +256,7 @@ TEST(NaturalText, TextsLieAboveEachOther)
 TEST(NaturalText, OutlineGrowsWithTheFrame)
 {
     const auto outlineOf = [](int height) {
-        const NaturalInk ink = Paint({height * 16 / 9, height}, {QStringLiteral("H")});
+        const TextCoverage ink = Paint({height * 16 / 9, height}, {QStringLiteral("H")});
         const int middle = ink.text.nTop + ink.text.nRows * 3 / 4; // both legs
         double text = 0;
         double outline = 0;
@@ -279,7 +279,7 @@ TEST(NaturalText, PaintsNothingWithoutTexts)
 
 TEST(NaturalText, LeavesColoursOfGlyphs)
 {
-    const NaturalInk ink = Paint({1280, 720}, {QStringLiteral("\U0001F98A")});
+    const TextCoverage ink = Paint({1280, 720}, {QStringLiteral("\U0001F98A")});
     ASSERT_FALSE(ink.colored.isNull());
     int orange = 0;
     for (int row = 0; row < ink.colored.height(); ++row) {
