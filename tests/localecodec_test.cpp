@@ -1,5 +1,8 @@
 #include "textio/localecodec.h"
 
+#if QT_VERSION_MAJOR < 6
+#include <QTextCodec>
+#endif
 #include <gtest/gtest.h>
 
 using namespace std::string_literals;
@@ -99,3 +102,16 @@ TEST(LocaleCodec, TheCurrentOneIsTheOneChosen)
     LocaleCodec::UseEnvironment();
     EXPECT_TRUE(LocaleCodec::Current()->IsUtf8());
 }
+
+#if QT_VERSION_MAJOR < 6
+TEST(LocaleCodec, AHostMaySetAnotherWithQt)
+{
+    LocaleCodec::Use("KOI8-R");
+    QTextCodec *const before = QTextCodec::codecForLocale();
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("windows-1251"));
+    EXPECT_EQ(LocaleCodec::Current()->Decode("\xC4", 1), QString(QChar(u'Д')));
+    QTextCodec::setCodecForLocale(before);
+    EXPECT_EQ(LocaleCodec::Current()->Decode("\xC4", 1), QString(QChar(u'д')));
+    LocaleCodec::UseQt();
+}
+#endif

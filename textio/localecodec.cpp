@@ -57,6 +57,8 @@ void Convert(iconv_t converter, const char *bytes, std::size_t size, const Write
 std::mutex mutex;
 /** Empty where Qt's is used. */
 std::string chosenName;
+/** What Qt took for the locale's when that was chosen. A host that sets another one since then means it. */
+std::string qtNameBefore;
 std::string currentName;
 std::shared_ptr<const LocaleCodec> current;
 
@@ -142,7 +144,9 @@ QByteArray LocaleCodec::Encode(const QString &text) const
 std::shared_ptr<const LocaleCodec> LocaleCodec::Current()
 {
     const std::lock_guard<std::mutex> lock(mutex);
-    std::string name = chosenName.empty() ? QtName() : chosenName;
+    std::string name = QtName();
+    if (!chosenName.empty() && name == qtNameBefore)
+        name = chosenName;
     if (!current || name != currentName) {
         current = std::make_shared<const LocaleCodec>(name);
         currentName = std::move(name);
@@ -164,4 +168,5 @@ void LocaleCodec::Use(const std::string &name)
 {
     const std::lock_guard<std::mutex> lock(mutex);
     chosenName = name;
+    qtNameBefore = QtName();
 }
