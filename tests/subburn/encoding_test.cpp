@@ -138,9 +138,10 @@ TEST_F(EncodingTest, OutputsAreReplacedOnlyOnRequest)
     for (const auto &[strAnswer, nExit] : {std::pair<std::string, int>("n", 3), {"y", 0}}) {
         const Outcome asked =
             ChildProcess::Run({"sh", "-c",
-                               "echo " + strAnswer + " | script -qec \"$0 --subtitles " + m_strSubtitles +
-                                   " --preset ultrafast " + strInput + " " + strKept + "\" /dev/null",
-                               SUBBURN_PROGRAM});
+                               "echo " + strAnswer +
+                                   " | BURN=\"$0\" TEXT=\"$1\" FROM=\"$2\" TO=\"$3\" script -qec "
+                                   "'\"$BURN\" --subtitles \"$TEXT\" --preset ultrafast \"$FROM\" \"$TO\"' /dev/null",
+                               SUBBURN_PROGRAM, m_strSubtitles, strInput, strKept});
         EXPECT_EQ(asked.nExit, nExit) << asked.strOut;
         EXPECT_NE(asked.strOut.find("exists. Replace it? [y/N] "), std::string::npos) << asked.strOut;
         EXPECT_EQ(Content(strKept) == "kept", nExit != 0);
