@@ -1,6 +1,7 @@
 // Frames of every format with the natural look burnt in, against its definition computed sample by sample in doubles.
 #include "frames/blendlists.h"
 #include "frames/libsubtitleframe.h"
+#include "support/callingvisitor.h"
 #include "support/naturaloracle.h"
 #include "support/pictureunit.h"
 #include "support/temporaryfolder.h"
@@ -9,7 +10,6 @@
 #include "render/videosubtitle.h"
 
 #include <cmath>
-#include <functional>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -24,15 +24,7 @@ const char *const Formats[] = {
     "bgr0",        "0rgb",        "0bgr",        "rgb48le",     "x2rgb10le",
 };
 
-class Visitor : public NaturalVisitor
-{
-public:
-    explicit Visitor(std::function<void(const NaturalSubtitle &)> visit) : m_visit(std::move(visit)) {}
-    void Visit(const NaturalSubtitle &shown) override { m_visit(shown); }
-
-private:
-    std::function<void(const NaturalSubtitle &)> m_visit;
-};
+using Visitor = CallingVisitor<NaturalVisitor, NaturalSubtitle>;
 
 /** A subtitle on display, and a burner for it with the natural look. */
 class Shown

@@ -1,27 +1,19 @@
 // What a renderer shows in the natural look: pictures in their colours, scaled, and when it is painted anew.
 #include "render/naturalpicture.h"
 #include "render/videosubtitle.h"
+#include "support/callingvisitor.h"
 #include "support/pictureunit.h"
 #include "support/temporaryfolder.h"
 #include "support/vobsubpair.h"
 
 #include <cmath>
-#include <functional>
 #include <gtest/gtest.h>
 #include <random>
 
 namespace
 {
 
-class Visitor : public NaturalVisitor
-{
-public:
-    explicit Visitor(std::function<void(const NaturalSubtitle &)> visit) : m_visit(std::move(visit)) {}
-    void Visit(const NaturalSubtitle &shown) override { m_visit(shown); }
-
-private:
-    std::function<void(const NaturalSubtitle &)> m_visit;
-};
+using Visitor = CallingVisitor<NaturalVisitor, NaturalSubtitle>;
 
 double Cubic(double x)
 {

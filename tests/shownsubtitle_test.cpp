@@ -1,24 +1,16 @@
 // What a renderer shows, as it hands it to a visitor, against the frames that it draws.
 #include "support/videosubtitletest.h"
 
+#include "support/callingvisitor.h"
 #include "support/pictureunit.h"
 #include "support/vobsubpair.h"
 
-#include <functional>
 #include <stdexcept>
 
 namespace
 {
 
-class Visitor : public ShownVisitor
-{
-public:
-    explicit Visitor(std::function<void(const ShownSubtitle &)> visit) : m_visit(std::move(visit)) {}
-    void Visit(const ShownSubtitle &shown) override { m_visit(shown); }
-
-private:
-    std::function<void(const ShownSubtitle &)> m_visit;
-};
+using Visitor = CallingVisitor<ShownVisitor, ShownSubtitle>;
 
 bool HasInk(const ShownSubtitle &shown)
 {
