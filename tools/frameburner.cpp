@@ -44,15 +44,16 @@ FrameBurner::FrameBurner(const SubtitleRenderer &renderer, const Orientation &or
 {
 }
 
-bool FrameBurner::Burn(FramePtr &pFrame, long nMilliseconds)
+Due FrameBurner::Burn(FramePtr &pFrame, long nMilliseconds)
 {
-    if (!m_renderer.Seek(nMilliseconds))
-        return false;
+    const Due due = m_renderer.Seek(nMilliseconds);
+    if (due != Due::Shown)
+        return due;
     m_orientation.SetOn(*pFrame);
     m_pool.MakeWritable(pFrame);
     if (!m_renderer.Draw(*pFrame))
         BurnConverted(*pFrame);
-    return true;
+    return due;
 }
 
 /** An empty frame for the same picture in the nearest format that the library knows, with nothing left unspecified. */

@@ -12,8 +12,8 @@ public:
     /** @param renderer  made for the size of the picture as it is shown. */
     FrameBurner(const SubtitleRenderer &renderer, const Orientation &orientation);
 
-    /** @return whether a subtitle showed at that time; without one the samples are left alone. */
-    bool Burn(FramePtr &pFrame, long nMilliseconds);
+    /** @return what was due at that time; unless it is Due::Shown, the samples are left alone. */
+    Due Burn(FramePtr &pFrame, long nMilliseconds);
 
 private:
     void BurnConverted(AVFrame &frame);

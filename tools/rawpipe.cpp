@@ -37,15 +37,17 @@ void RawPipe::Run()
     const PipeFormat &format = m_options.pipe;
     const SubtitleRenderer renderer(m_library, format.nWidth, format.nHeight, m_options, m_console);
     const AVRational frameTime = {format.nScale, format.nRate};
-    int64_t nFrames = 0;
-    int64_t nCarrying = 0;
-    for (; ReadFrame(); ++nFrames) {
-        if (renderer.Seek(av_rescale_q(nFrames, frameTime, Milliseconds)) && renderer.Draw(*m_pFrame))
-            ++nCarrying;
+    FrameCounts counts;
+    while (ReadFrame()) {
+        const int64_t nFrame = counts.All();
+        const Due due = renderer.Seek(av_rescale_q(nFrame, frameTime, Milliseconds));
+        if (due == Due::Shown)
+            renderer.Draw(*m_pFrame);
+        counts.Add(due);
         WriteFrame();
-        m_console.Progress(nFrames + 1, av_rescale_q(nFrames, frameTime, Microseconds), 0);
+        m_console.Progress(counts.All(), av_rescale_q(nFrame, frameTime, Microseconds), 0);
     }
-    ReportFrames(m_console, OutputName, m_options.subtitles.strFile, nFrames, nCarrying);
+    ReportFrames(m_console, OutputName, m_options.subtitles.strFile, counts);
 }
 
 /** @return false at the end of the input. */

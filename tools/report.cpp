@@ -26,15 +26,26 @@ void WarnOfEarlyEnd(Console &console, const std::string &strInput, int64_t nEnd,
                                    " as their end; it may be cut off");
 }
 
-void WarnOfNone(Console &console, const std::string &strSubtitles, int64_t nCarrying)
+void FrameCounts::Add(Due due)
 {
-    if (nCarrying == 0)
+    ++m_nAll;
+    m_nShown += due == Due::Shown ? 1 : 0;
+    m_nUnseen += due == Due::Unseen ? 1 : 0;
+}
+
+void WarnOfUnseen(Console &console, const std::string &strSubtitles, const FrameCounts &counts)
+{
+    if (counts.Unseen() > 0)
+        console.Warn(strSubtitles, "at " + Count(counts.Unseen(), "frame") +
+                                       " a picture was due whose colours have no blue; --exact shows nothing of it");
+    else if (counts.Shown() == 0)
         console.Warn(strSubtitles, "no subtitle was due at any frame");
 }
 
-void ReportFrames(Console &console, const std::string &strOutput, const std::string &strSubtitles, int64_t nFrames,
-                  int64_t nCarrying)
+void ReportFrames(Console &console, const std::string &strOutput, const std::string &strSubtitles,
+                  const FrameCounts &counts)
 {
-    WarnOfNone(console, strSubtitles, nCarrying);
-    console.Note(strOutput + ": " + Count(nFrames, "frame") + ", " + std::to_string(nCarrying) + " with a subtitle");
+    WarnOfUnseen(console, strSubtitles, counts);
+    console.Note(strOutput + ": " + Count(counts.All(), "frame") + ", " + std::to_string(counts.Shown()) +
+                 " with a subtitle");
 }

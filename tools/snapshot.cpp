@@ -69,7 +69,7 @@ void Snapshot::Run()
     }
     std::unique_ptr<SubtitleRenderer> pRenderer;
     std::unique_ptr<FrameBurner> pBurner;
-    int64_t nCarrying = 0;
+    FrameCounts counts;
     std::vector<std::string> listNotes;
     for (size_t n = 0; n < listFiles.size(); ++n) {
         FramePtr pFrame = FrameAt(m_options.listSnapshots[n]);
@@ -82,17 +82,17 @@ void Snapshot::Run()
             pBurner = std::make_unique<FrameBurner>(*pRenderer, Orientation(nullptr));
         }
         const int64_t nTime = pFrame->pts - m_input.Origin();
-        const bool bCarries = pBurner->Burn(pFrame, av_rescale_q(nTime, m_input.Video().time_base, Milliseconds));
-        nCarrying += bCarries ? 1 : 0;
+        const Due due = pBurner->Burn(pFrame, av_rescale_q(nTime, m_input.Video().time_base, Milliseconds));
+        counts.Add(due);
         Save(*pFrame, *listFiles[n]);
         listNotes.push_back(FileName(n) + ": the picture at " +
                             TimeText(av_rescale_q(nTime, m_input.Video().time_base, Microseconds)) +
-                            (bCarries ? ", with a subtitle" : ", without a subtitle"));
+                            (due == Due::Shown ? ", with a subtitle" : ", without a subtitle"));
     }
     for (const auto &pFile : listFiles)
         pFile->Commit();
     WarnOfDamage(m_console, m_options.strInput, m_input.Damaged());
-    WarnOfNone(m_console, m_options.subtitles.strFile, nCarrying);
+    WarnOfUnseen(m_console, m_options.subtitles.strFile, counts);
     for (const std::string &strNote : listNotes)
         m_console.Note(strNote);
 }

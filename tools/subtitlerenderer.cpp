@@ -24,7 +24,8 @@ SubtitleRenderer::SubtitleRenderer(const SubtitleLibrary &library, int nWidth, i
     m_nDelay(options.subtitles.nDelay),
     m_pFile(Prepared(options.subtitles, console)),
     m_pHandle(Checked(library.m_pCreate(nWidth, nHeight)), library.m_pDestroy),
-    m_pBurner(Checked(library.m_pCreateBurner(m_pHandle.get())), library.m_pDestroyBurner),
+    m_pBurner(MakeBurner(options.style.bExact ? SUBTITLE_LOOK_EXACT : SUBTITLE_LOOK_NATURAL)),
+    m_pNaturalBurner(nullptr, library.m_pDestroyBurner),
     m_nWidth(nWidth),
     m_nHeight(nHeight)
 {
@@ -32,7 +33,16 @@ SubtitleRenderer::SubtitleRenderer(const SubtitleLibrary &library, int nWidth, i
     const std::string strSubstitute = options.style.strFont ? SubstituteFor(*options.style.strFont) : "";
     if (!strSubstitute.empty() && !m_pFile->HasPictures())
         console.Warn(*options.style.strFont, "there is no such font, " + strSubstitute + " is used instead");
+    if (options.style.bExact && m_pFile->HasPictures())
+        m_pNaturalBurner = MakeBurner(SUBTITLE_LOOK_NATURAL);
     Open(options.subtitles);
+}
+
+SubtitleRenderer::Burner SubtitleRenderer::MakeBurner(int nLook) const
+{
+    Burner pBurner(Checked(m_library.m_pCreateBurner(m_pHandle.get())), m_library.m_pDestroyBurner);
+    m_library.m_pSetLook(pBurner.get(), nLook);
+    return pBurner;
 }
 
 void SubtitleRenderer::Apply(const Style &style)
@@ -51,7 +61,6 @@ void SubtitleRenderer::Apply(const Style &style)
         m_library.m_pSetOpacity(pHandle, *style.nOpacity);
     if (style.nPosition)
         m_library.m_pSetPosition(pHandle, *style.nPosition);
-    m_library.m_pSetLook(m_pBurner.get(), style.bExact ? SUBTITLE_LOOK_EXACT : SUBTITLE_LOOK_NATURAL);
     if (style.dOutlineWidth)
         m_library.m_pSetOutlineWidth(m_pBurner.get(), *style.dOutlineWidth);
 }
@@ -64,10 +73,19 @@ void SubtitleRenderer::Open(const SubtitleSource &source)
         m_pFile.reset();
 }
 
-bool SubtitleRenderer::Seek(long nMilliseconds) const
+Due SubtitleRenderer::Seek(long nMilliseconds) const
 {
     const long nOwn = std::lround(static_cast<double>(nMilliseconds - m_nDelay) / m_dStretch);
-    return m_library.m_pSetTimeStamp(m_pHandle.get(), nOwn) == 0 && m_library.m_pIsDue(m_pBurner.get()) > 0;
+    if (m_library.m_pSetTimeStamp(m_pHandle.get(), nOwn) != 0)
+        return Due::Nothing;
+    if (Draws(m_pBurner))
+        return Due::Shown;
+    return m_pNaturalBurner && Draws(m_pNaturalBurner) ? Due::Unseen : Due::Nothing;
+}
+
+bool SubtitleRenderer::Draws(const Burner &pBurner) const
+{
+    return m_library.m_pIsDue(pBurner.get()) > 0;
 }
 
 bool SubtitleRenderer::Draw(AVFrame &frame) const

@@ -8,6 +8,13 @@
 #include <memory>
 #include <vector>
 
+/** What a subtitle file has for a time. */
+enum class Due {
+    Nothing,
+    Unseen, ///< a picture without blue, of which the exact look shows nothing
+    Shown
+};
+
 /** A renderer of the library with a burner for it, set up as the options say. */
 class SubtitleRenderer
 {
@@ -18,11 +25,8 @@ public:
      */
     SubtitleRenderer(const SubtitleLibrary &library, int nWidth, int nHeight, const Options &options, Console &console);
 
-    /**
-     * Goes to a time of the pictures.
-     * @return whether a subtitle shows then.
-     */
-    bool Seek(long nMilliseconds) const;
+    /** Goes to a time of the pictures. */
+    Due Seek(long nMilliseconds) const;
 
     /**
      * Draws that subtitle, upright by the frame's display matrix.
@@ -37,8 +41,12 @@ public:
     int Height() const { return m_nHeight; }
 
 private:
+    using Burner = std::unique_ptr<void, decltype(&::DestroySubtitleBurner)>;
+
     void Open(const SubtitleSource &source);
     void Apply(const Style &style);
+    Burner MakeBurner(int nLook) const;
+    bool Draws(const Burner &pBurner) const;
 
     const SubtitleLibrary &m_library;
     double m_dStretch;
@@ -46,7 +54,8 @@ private:
     // Kept as long as the handle needs it.
     std::unique_ptr<SubtitleFile> m_pFile;
     std::unique_ptr<void, decltype(&::DestroyVideoSubtitle)> m_pHandle;
-    std::unique_ptr<void, decltype(&::DestroySubtitleBurner)> m_pBurner;
+    Burner m_pBurner;
+    Burner m_pNaturalBurner; ///< of pictures in the exact look, to find those of which it shows nothing
     int m_nWidth;
     int m_nHeight;
 };

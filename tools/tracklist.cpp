@@ -104,7 +104,7 @@ std::vector<Row> RowsOfText(const Options &options, Console &console)
         cue.nStart = text.nStart;
         cue.nEnd = text.nEnd;
         const bool bMayShow = text.nStart >= 0 && text.nStart <= text.nEnd;
-        if (bMayShow && renderer.Seek((text.nStart + text.nEnd + 1) / 2))
+        if (bMayShow && renderer.Seek((text.nStart + text.nEnd + 1) / 2) == Due::Shown)
             listShown.push_back(cue);
         else
             ++mapTroubles[text.pTrouble ? text.pTrouble : "the library reads other times, or no text"];

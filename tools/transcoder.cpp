@@ -4,7 +4,6 @@
 #include "frameburner.h"
 #include "frameconverter.h"
 #include "interrupt.h"
-#include "report.h"
 
 #include <thread>
 
@@ -152,8 +151,7 @@ void Transcoder::Burn(FrameConverter &converter, FrameBurner &burner)
         Interrupt::Check();
         if (item->pFrame) {
             converter.Convert(item->pFrame);
-            if (burner.Burn(item->pFrame, item->nMilliseconds))
-                ++m_nCarrying;
+            m_counts.Add(burner.Burn(item->pFrame, item->nMilliseconds));
         }
         if (!m_burnt.Push(std::move(*item)))
             break;
@@ -165,6 +163,7 @@ void Transcoder::Encode(const FrameFeeder &feeder)
 {
     const int64_t nTotal = feeder.Expected();
     int64_t nBegin = AV_NOPTS_VALUE;
+    int64_t nFrames = 0;
     while (std::optional<MediaItem> item = m_burnt.Pop()) {
         Interrupt::Check();
         if (item->pPacket) {
@@ -175,7 +174,7 @@ void Transcoder::Encode(const FrameFeeder &feeder)
         nBegin = nBegin == AV_NOPTS_VALUE ? nTime : nBegin;
         m_encoder.Send(std::move(item->pFrame));
         WritePackets();
-        m_console.Progress(++m_nFrames, nTime - nBegin, nTotal);
+        m_console.Progress(++nFrames, nTime - nBegin, nTotal);
     }
     // After a failure of another stage nothing is worth finishing.
     if (Failed())
@@ -196,5 +195,5 @@ void Transcoder::Report()
 {
     WarnOfDamage(m_console, m_options.strInput, m_input.Damaged());
     WarnOfEarlyEnd(m_console, m_options.strInput, m_input.End(), m_input.MissingTime());
-    ReportFrames(m_console, m_options.OutputName(), m_options.subtitles.strFile, m_nFrames, m_nCarrying);
+    ReportFrames(m_console, m_options.OutputName(), m_options.subtitles.strFile, m_counts);
 }

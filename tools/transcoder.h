@@ -5,6 +5,7 @@
 #include "framefeeder.h"
 #include "mediaoutput.h"
 #include "options.h"
+#include "report.h"
 #include "subtitlelibrary.h"
 
 #include <exception>
@@ -47,6 +48,5 @@ private:
     Queue m_burnt;
     std::mutex m_failureMutex;
     std::exception_ptr m_pFailure;
-    int64_t m_nFrames = 0;
-    int64_t m_nCarrying = 0;
+    FrameCounts m_counts; ///< of the frames that were burnt
 };

@@ -26,9 +26,9 @@ protected:
 
     /** An index and its pictures; gives the name of the index. */
     std::string Pair(const std::string &strName, const std::vector<Language> &listLanguages,
-                     const std::string &strSize = "size: 320x180\n") const
+                     const std::string &strSize = "size: 320x180\n", const std::string &strPalette = Palette) const
     {
-        std::string strIndex = "# VobSub index file, v7 (do not modify this line!)\n" + strSize + Palette;
+        std::string strIndex = "# VobSub index file, v7 (do not modify this line!)\n" + strSize + strPalette;
         std::string strPictures;
         for (const Language &language : listLanguages) {
             strIndex += "\nid: " + language.strId + ", index: " + std::to_string(language.nIndex) + "\n";
@@ -189,6 +189,23 @@ TEST_F(VobSubTest, PipeBurnsTheColoursOfThePalette)
     const std::string strRow(static_cast<size_t>(80) * 3, static_cast<char>(0xC0));
     for (size_t nRow = 120; nRow < 140; ++nRow)
         EXPECT_TRUE(strFrame.substr((nRow * 320 + 100) * 3, strRow.size()) == strRow) << nRow;
+}
+
+TEST_F(VobSubTest, PicturesWithoutBlueAreNamedWhereTheExactLookShowsNothingOfThem)
+{
+    m_strSubtitles = Pair("yellow", {{0, "en", {{400, PictureUnit::Filled(100, 120, 80, 20)}}}}, "size: 320x180\n",
+                          "palette: 000000, ffff00, ff0000, 00ff00\n");
+    const std::string strInput = GreyClip();
+    const std::string strWarning = "subburn: warning: " + m_strSubtitles +
+                                   ": at 40 frames a picture was due whose colours have no blue; --exact shows "
+                                   "nothing of it\n";
+    Outcome outcome = Subburn({"--exact", "--codec", "ffv1", strInput, File("exact.mkv")});
+    EXPECT_EQ(outcome.nExit, 0);
+    EXPECT_EQ(outcome.strError, strWarning);
+    EXPECT_EQ(outcome.strOut, File("exact.mkv") + ": 50 frames, 0 with a subtitle\n");
+    outcome = Subburn({"--codec", "ffv1", strInput, File("natural.mkv")});
+    EXPECT_EQ(outcome.strError, "");
+    EXPECT_EQ(outcome.strOut, File("natural.mkv") + ": 50 frames, 40 with a subtitle\n");
 }
 
 TEST_F(VobSubTest, TheLastPictureStaysForThreeSeconds)
