@@ -89,18 +89,16 @@ private:
     RecordingEngine &m_engine;
 };
 
-/** The part of a pixel that a glyph's image is moved by, as font engines take it. */
+/** @param part  of a pixel by which the glyph's image is moved to the right, in 64ths. */
+const QFontEngine::Glyph *GlyphData(QFontEngine &font, glyph_t glyph, int part)
+{
 #if QT_VERSION_MAJOR < 6
-QFixed PartOfPixel(QFixed x)
-{
-    return x;
-}
+    const QFixed place = QFixed::fromFixed(part);
 #else
-QFixedPoint PartOfPixel(QFixed x)
-{
-    return {x, 0};
-}
+    const QFixedPoint place = {QFixed::fromFixed(part), 0};
 #endif
+    return font.glyphData(glyph, place, QFontEngine::Format_A8, QTransform());
+}
 
 struct ReleaseFont {
     void operator()(QFontEngine *font) const
@@ -253,8 +251,7 @@ int GlyphRun::SubPixelOf(FixedPoint place) const
 
 std::optional<BitMask> GlyphRun::Image(std::uint32_t glyph, int part) const
 {
-    const QFontEngine::Glyph *image =
-        m_pItem->pFont->glyphData(glyph, PartOfPixel(QFixed::fromFixed(part)), QFontEngine::Format_A8, QTransform());
+    const QFontEngine::Glyph *image = GlyphData(*m_pItem->pFont, glyph, part);
     if (!image || !image->data)
         return BitMask();
     const bool isMono = image->format == QFontEngine::Format_Mono;
@@ -278,9 +275,7 @@ std::optional<BitMask> GlyphRun::Image(std::uint32_t glyph, int part) const
 ByteMask GlyphRun::Coverage(std::uint32_t glyph, int fraction) const
 {
     const QFontEngine::Glyph *image =
-        Source() == GlyphSource::Image
-            ? m_pItem->pFont->glyphData(glyph, QFixed::fromFixed(fraction), QFontEngine::Format_A8, QTransform())
-            : nullptr;
+        Source() == GlyphSource::Image ? GlyphData(*m_pItem->pFont, glyph, fraction) : nullptr;
     if (!image || !image->data || image->format != QFontEngine::Format_A8)
         return FillCoverage(Path(glyph).translated(fraction / 64.0, 0));
     ByteMask mask = MakeByteMask(image->x, -image->y, image->width, image->height);
