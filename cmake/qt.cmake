@@ -8,6 +8,12 @@ endif()
 set(SUBTITLE_QT ${qt_default} CACHE STRING "Generation of Qt to build with, 5 or 6; 5 where it is present")
 set_property(CACHE SUBTITLE_QT PROPERTY STRINGS 5 6)
 
+# The C++ classes differ with the types of Qt, and handles must not get from one generation's library to the other's.
+set(SUBTITLE_SONAME_SUFFIX "")
+if(SUBTITLE_QT EQUAL 6)
+  set(SUBTITLE_SONAME_SUFFIX -qt6)
+endif()
+
 add_library(subtitle_qtprivate INTERFACE)
 if(SUBTITLE_QT EQUAL 5)
   find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui FontDatabaseSupport)

@@ -7,8 +7,8 @@ function(subtitle_shared_library name map)
   cmake_path(GET map PARENT_PATH folder)
   target_include_directories(${name} INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/${folder}>)
   set_target_properties(${name} PROPERTIES
-    VERSION ${PROJECT_VERSION}
-    SOVERSION ${PROJECT_VERSION_MAJOR}
+    VERSION ${PROJECT_VERSION}${SUBTITLE_SONAME_SUFFIX}
+    SOVERSION ${PROJECT_VERSION_MAJOR}${SUBTITLE_SONAME_SUFFIX}
     LINK_DEPENDS ${PROJECT_SOURCE_DIR}/${map})
   # Bsymbolic: a host may have a function or variable of the same name, which the library must not use. Hosts that are
   # linked with copies of the library's variables see them all the same (vobsub/hostsymbol.h).

@@ -19,7 +19,7 @@ std::string LastError()
 
 SubtitleLibrary::SubtitleLibrary()
 {
-    Load("libsubtitle.so.1");
+    Load("libsubtitle.so." SUBTITLE_SOVERSION);
     Resolve(m_pCreate, "CreateVideoSubtitle");
     Resolve(m_pDestroy, "DestroyVideoSubtitle");
     Resolve(m_pSetFile, "SetSubtitleFile");
@@ -29,7 +29,7 @@ SubtitleLibrary::SubtitleLibrary()
     Resolve(m_pSetFont, "SetSubtitleFontParam");
     Resolve(m_pSetColor, "SetSubtitleFontColor");
     Resolve(m_pSetOutlineColor, "SetSubtitleOutlineColor");
-    Load("libsubtitleframe.so.1");
+    Load("libsubtitleframe.so." SUBTITLE_SOVERSION);
     Resolve(m_pPixelFormat, "SubtitlePixelFormat");
     Resolve(m_pCreateBurner, "CreateSubtitleBurner");
     Resolve(m_pDestroyBurner, "DestroySubtitleBurner");

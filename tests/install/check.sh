@@ -3,6 +3,7 @@
 # can work that has the prefix in it.
 # usage: check.sh CHECK
 #   SOURCE, BUILD, STAGE:  from the environment, the folders of the sources, of the build, and to install into
+#   SOVERSION:  likewise, what follows ".so." in the libraries' sonames
 #   GSTREAMER, FREI0R:  likewise, not empty when GStreamer's element and frei0r's plugin are built
 #   FREI0RDIR:  likewise, that of the plugin, in full
 #   BINDIR, LIBDIR, INCLUDEDIR, DATADIR, DOCDIR, MANDIR:  likewise, those of the installation, in full
@@ -46,11 +47,12 @@ files_of() {
 }
 
 check_files() {
-    local version zsh=site-functions
+    local version suffix zsh=site-functions
+    suffix=${SOVERSION#"${SOVERSION%%-*}"}
     version=$(sed -n 's/^project(libsubtitle VERSION \([0-9.]*\).*/\1/p' "$SOURCE/CMakeLists.txt")
     [ ! -d "$STAGE/all$DATADIR/zsh/vendor-completions" ] || zsh=vendor-completions
-    equal "$LIBDIR/libsubtitle.so.1 libsubtitle.so.$version
-$LIBDIR/libsubtitle.so.$version" "$(files_of runtime)"
+    equal "$LIBDIR/libsubtitle.so.$SOVERSION libsubtitle.so.$version$suffix
+$LIBDIR/libsubtitle.so.$version$suffix" "$(files_of runtime)"
     equal "$(LC_ALL=C sort <<END
 $DOCDIR/README.md
 $INCLUDEDIR/libsubtitle.h
@@ -61,12 +63,12 @@ $LIBDIR/cmake/subtitle/subtitleConfigVersion.cmake
 $LIBDIR/cmake/subtitle/subtitleTargets-$(sed -n 's/^CMAKE_BUILD_TYPE:STRING=//p' "$BUILD/CMakeCache.txt" |
         tr '[:upper:]' '[:lower:]').cmake
 $LIBDIR/cmake/subtitle/subtitleTargets.cmake
-$LIBDIR/libsubtitle.so libsubtitle.so.1
+$LIBDIR/libsubtitle.so libsubtitle.so.$SOVERSION
 $LIBDIR/pkgconfig/libsubtitle.pc
 END
     )" "$(files_of development)"
-    equal "$LIBDIR/libsubtitleframe.so.1 libsubtitleframe.so.$version
-$LIBDIR/libsubtitleframe.so.$version" "$(files_of frames)"
+    equal "$LIBDIR/libsubtitleframe.so.$SOVERSION libsubtitleframe.so.$version$suffix
+$LIBDIR/libsubtitleframe.so.$version$suffix" "$(files_of frames)"
     equal "$(LC_ALL=C sort <<END
 $INCLUDEDIR/libsubtitleframe.h
 $LIBDIR/cmake/subtitleframe/subtitleframeConfig.cmake
@@ -74,7 +76,7 @@ $LIBDIR/cmake/subtitleframe/subtitleframeConfigVersion.cmake
 $LIBDIR/cmake/subtitleframe/subtitleframeTargets-$(sed -n 's/^CMAKE_BUILD_TYPE:STRING=//p' "$BUILD/CMakeCache.txt" |
         tr '[:upper:]' '[:lower:]').cmake
 $LIBDIR/cmake/subtitleframe/subtitleframeTargets.cmake
-$LIBDIR/libsubtitleframe.so libsubtitleframe.so.1
+$LIBDIR/libsubtitleframe.so libsubtitleframe.so.$SOVERSION
 $LIBDIR/pkgconfig/libsubtitleframe.pc
 END
     )" "$(files_of framesdevelopment)"
@@ -116,7 +118,7 @@ check_pkg_config() {
     equal "$(sed -n 's/^project(libsubtitle VERSION \([0-9.]*\).*/\1/p' "$SOURCE/CMakeLists.txt")" \
         "$(pkg-config --modversion libsubtitle)"
     burn_with_host "$work/frame"
-    LD_LIBRARY_PATH=$STAGE/all$LIBDIR ldd "$work/host" | grep -qF "$STAGE/all$LIBDIR/libsubtitle.so.1" ||
+    LD_LIBRARY_PATH=$STAGE/all$LIBDIR ldd "$work/host" | grep -qF "$STAGE/all$LIBDIR/libsubtitle.so.$SOVERSION" ||
         fail "another library was taken"
 }
 
@@ -125,7 +127,7 @@ check_find_package() {
         -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
     cmake --build "$work/build" >/dev/null
     "$work/build/host" "$work/text.srt" $text
-    ldd "$work/build/host" | grep -qF "$STAGE/all$LIBDIR/libsubtitle.so.1" || fail "another library was taken"
+    ldd "$work/build/host" | grep -qF "$STAGE/all$LIBDIR/libsubtitle.so.$SOVERSION" || fail "another library was taken"
     # Another major version is refused.
     sed 's/subtitle 1\.0/subtitle 2.0/' "$SOURCE/tests/install/findpackage/CMakeLists.txt" >"$work/CMakeLists.txt"
     ! cmake -S "$work" -B "$work/refused" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null 2>"$work/log" ||
@@ -139,7 +141,7 @@ check_frames() {
     eval "flags=($(pkg-config --cflags --libs libsubtitleframe))"
     cc -std=c99 -Wall -Wextra -Wpedantic -Werror "$SOURCE/tests/install/frames/host.c" -o "$work/host" "${flags[@]}"
     LD_LIBRARY_PATH=$STAGE/all$LIBDIR "$work/host" "$work/text.srt"
-    LD_LIBRARY_PATH=$STAGE/all$LIBDIR ldd "$work/host" | grep -qF "$STAGE/all$LIBDIR/libsubtitleframe.so.1" ||
+    LD_LIBRARY_PATH=$STAGE/all$LIBDIR ldd "$work/host" | grep -qF "$STAGE/all$LIBDIR/libsubtitleframe.so.$SOVERSION" ||
         fail "another library was taken"
     cmake -S "$SOURCE/tests/install/frames" -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
         -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
@@ -155,7 +157,7 @@ check_subburn() {
     ffmpeg -nostdin -v error -f lavfi -i color=0x646464:s=320x180:r=25:d=2,format=gbrp -c:v ffv1 "$work/plain.mkv"
     env -u LD_LIBRARY_PATH LD_DEBUG=files LD_DEBUG_OUTPUT="$work/loaded" \
         "$subburn" --subtitles "$work/text.srt" --exact --quiet --snapshot 1.5 "$work/plain.mkv" "$work/frame.png"
-    grep -qF "calling init: $STAGE/all$LIBDIR/libsubtitle.so.1" "$work"/loaded.* || fail "another library was taken"
+    grep -qF "calling init: $STAGE/all$LIBDIR/libsubtitle.so.$SOVERSION" "$work"/loaded.* || fail "another library was taken"
     ffmpeg -nostdin -v error -i "$work/frame.png" -f rawvideo -pix_fmt rgb24 "$work/frame"
     cmp "$work/expected" "$work/frame"
 }

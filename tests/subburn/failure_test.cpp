@@ -262,21 +262,22 @@ TEST_F(FailureTest, WithoutTheLibrary)
     const Arguments listCommand = {File("alone/bin/subburn"), "--subtitles", m_strSubtitles, strInput, File("out.mkv")};
     Outcome outcome = ChildProcess::Run(listCommand);
     EXPECT_EQ(outcome.nExit, 4);
-    EXPECT_EQ(outcome.strError, "subburn: libsubtitle.so.1: the library is neither beside subburn nor installed\n");
+    EXPECT_EQ(outcome.strError,
+              "subburn: libsubtitle.so." SUBTITLE_SOVERSION ": the library is neither beside subburn nor installed\n");
     std::filesystem::create_directories(File("alone/lib"));
-    m_folder.Write("alone/lib/libsubtitle.so.1", "not a library");
+    m_folder.Write("alone/lib/libsubtitle.so." SUBTITLE_SOVERSION, "not a library");
     outcome = ChildProcess::Run(listCommand);
     EXPECT_EQ(outcome.nExit, 4);
-    EXPECT_EQ(outcome.strError.find("subburn: " + File("alone/lib/libsubtitle.so.1") + ": "), 0U);
+    EXPECT_EQ(outcome.strError.find("subburn: " + File("alone/lib/libsubtitle.so." SUBTITLE_SOVERSION) + ": "), 0U);
     const auto Install = [this](const std::string &strLibrary) {
         std::filesystem::copy_file(std::filesystem::path(SUBBURN_PROGRAM).parent_path() / strLibrary,
                                    File("alone/lib/" + strLibrary), std::filesystem::copy_options::overwrite_existing);
     };
-    Install("libsubtitle.so.1");
+    Install("libsubtitle.so." SUBTITLE_SOVERSION);
     outcome = ChildProcess::Run(listCommand);
     EXPECT_EQ(outcome.nExit, 4);
-    EXPECT_EQ(outcome.strError,
-              "subburn: libsubtitleframe.so.1: the library is neither beside subburn nor installed\n");
-    Install("libsubtitleframe.so.1");
+    EXPECT_EQ(outcome.strError, "subburn: libsubtitleframe.so." SUBTITLE_SOVERSION
+                                ": the library is neither beside subburn nor installed\n");
+    Install("libsubtitleframe.so." SUBTITLE_SOVERSION);
     EXPECT_EQ(ChildProcess::Run(listCommand).nExit, 0);
 }
