@@ -15,9 +15,14 @@ static int IsText(const uint8_t *bitmap, const int *rect, int x, int y)
     return column >= 0 && column < rect[2] && row >= 0 && row < rect[3] && bitmap[row * rect[2] + column] == 1;
 }
 
-/* Whether a place lies within the 2 pixels of outline around text, which has no corners. */
+/*
+ * Whether a place lies within the 2 pixels of outline around text, which has no corners. Lines are drawn from the top of an
+ * image, which cuts off the outline of letters that reach up to it, as they do with Qt 6.
+ */
 static int IsOutline(const uint8_t *bitmap, const int *rect, int x, int y)
 {
+    if (y < rect[1])
+        return 0;
     for (int dy = -2; dy <= 2; ++dy) {
         for (int dx = -2; dx <= 2; ++dx) {
             if (dx * dx + dy * dy < 8 && IsText(bitmap, rect, x + dx, y + dy))
