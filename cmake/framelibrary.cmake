@@ -10,6 +10,9 @@ add_library(subtitleframe_objects OBJECT
   frames/libsubtitleframe.cpp
   frames/meanbuilder.cpp
   frames/mixedink.cpp
+  frames/mixkernel.cpp
+  frames/mixnumbers.cpp
+  frames/mixrows.cpp
   frames/naturalink.cpp
   frames/naturalmap.cpp
   frames/opaqueink.cpp
@@ -18,6 +21,7 @@ add_library(subtitleframe_objects OBJECT
   frames/samplekernel.cpp
   frames/samplerows.cpp
   frames/vectorblend.cpp
+  frames/vectormixkernel.cpp
   frames/vectorsamplekernel.cpp)
 target_include_directories(subtitleframe_objects PUBLIC ${PROJECT_SOURCE_DIR})
 target_compile_definitions(subtitleframe_objects PUBLIC QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)

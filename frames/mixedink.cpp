@@ -1,41 +1,49 @@
 #include "frames/mixedink.h"
 
 #include "frames/meanbuilder.h"
-#include "frames/samplerows.h"
 
 #include <algorithm>
 #include <climits>
-#include <cmath>
 
 namespace
 {
 
-/** Weights of all taps of a sample. */
-constexpr int AllTaps = Taps::Whole * Taps::Whole;
-/** Untouched samples between two runs that are not worth a span of their own. */
-constexpr int MaxGap = 8;
+constexpr int Step = static_cast<int>(MixStep);
+constexpr int Chunk = static_cast<int>(MixChunk);
+/** Blocks of text ahead of that which is drawn that the processor is asked for. */
+constexpr std::size_t Ahead = 24;
 
-std::int32_t ExchangeWeight(double weight)
+int FirstOf(const InkSamples &block)
 {
-    return static_cast<std::int32_t>(std::lround(std::ldexp(weight, ExchangeBits)));
+    return block.nColumn;
 }
 
-/** Calls @p call(chunk, at) for parts of a span that fit into a chunk. */
+int FirstOf(const InkMeans &block)
+{
+    return block.nFirst;
+}
+
+/** Calls @p call(first block, count) for neighbours of @p size samples each, as many as fit into a chunk. */
+template <typename Block, typename Call>
+void ForNeighbours(const BlockList<Block> &blocks, int size, Call call)
+{
+    const Block *end = blocks.Data() + blocks.Size();
+    for (const Block *block = blocks.Data(); block < end;) {
+        int count = 1;
+        while (count < Chunk / size && block + count < end && block[count].nRow == block->nRow &&
+               FirstOf(block[count]) == FirstOf(*block) + count * size)
+            ++count;
+        call(block, count);
+        block += count;
+    }
+}
+
+/** Calls @p call(place, at) for parts of a span that fit into a chunk. */
 template <typename Call>
 void ForChunks(const Span &span, Call call)
 {
-    for (int done = 0; done < span.nCount; done += ChunkSamples)
-        call({span.nRow, span.nFirst + done, std::min(ChunkSamples, span.nCount - done)}, span.nAt + done);
-}
-
-/** What text of a weight mixes into two components. @param text, outline  code values, with fine bits */
-InkMix MixOf(std::array<std::int32_t, 2> text, std::array<std::int32_t, 2> outline, int weight)
-{
-    for (std::size_t i = 0; i < 2; ++i) {
-        text[i] *= weight;
-        outline[i] *= weight;
-    }
-    return {text, outline, Opaque - weight};
+    for (int done = 0; done < span.nCount; done += Chunk)
+        call(MixChunkPlace{span.nRow, span.nFirst + done, std::min(Chunk, span.nCount - done)}, span.nAt + done);
 }
 
 } // namespace
@@ -45,109 +53,125 @@ void MixedInk::Lists::Clear()
     listSpans.clear();
     for (auto &base : listBases)
         base.clear();
-    listRest.clear();
-    listKeep.clear();
+    listRests.clear();
+    listKeeps.clear();
 }
 
-void MixedInk::Lists::Append(const std::array<std::int32_t, 2> &bases, std::int32_t rest, std::int32_t keep)
+void MixedInk::Lists::Append(const MixNumbers::Part &part, int components, bool isMean)
 {
-    for (std::size_t i = 0; i < 2; ++i)
-        listBases[i].push_back(bases[i]);
-    listRest.push_back(rest);
-    listKeep.push_back(keep);
+    for (int i = 0; i < components; ++i)
+        listBases[i].push_back(part.bases[i]);
+    listRests.push_back(part.nRest);
+    if (isMean)
+        listKeeps.push_back(part.nKeep);
 }
 
-MixLists MixedInk::Lists::At(std::size_t at, int base) const
+void MixedInk::Lists::Fill(int components, bool isMean)
 {
-    return {listBases[base].data() + at, listRest.data() + at, listKeep.data() + at};
+    while (listRests.size() % MixStep != 0)
+        Append({{}, Untouched, 0}, components, isMean);
+}
+
+MixLists MixedInk::Lists::At(std::size_t at) const
+{
+    MixLists lists = {{}, listRests.data() + at, listKeeps.empty() ? nullptr : listKeeps.data() + at};
+    for (std::size_t i = 0; i < listBases.size(); ++i)
+        lists.bases[i] = listBases[i].data() + (listBases[i].empty() ? 0 : at);
+    return lists;
 }
 
 void MixedInk::BuildPicture(const PixelMap &map, const FrameLayout &layout, const FrameColors &colors,
                             const std::vector<FrameColor> &list)
 {
     Start(layout, colors);
-    BuildSingles(map, list);
-    if (layout.format.nColors == 3)
-        BuildPairs(map, list);
+    BuildSamples(map, list);
+    if (layout.format.IsSubsampled())
+        BuildMeans(map, list);
 }
 
 void MixedInk::BuildText(const InkRows &ink, const FrameLayout &layout, const FrameColors &colors,
                          const InkFrameColors &ofInk, int weight)
 {
     Start(layout, colors);
-    const auto codesOf = [](const FrameColor &color, int first, int second) {
-        return std::array<std::int32_t, 2>{color.fine[first], color.fine[second]};
+    m_sampleMix = MixOf(m_samplePass, ofInk, weight);
+    ink.FindSamples(MixBlock, m_samples);
+    if (layout.format.IsSubsampled()) {
+        m_meanMix = MixOf(m_meanPass, ofInk, weight);
+        MeanBuilder(ink, layout, *m_pSampleKernel).Build(m_means);
+    }
+}
+
+InkMix MixedInk::MixOf(const MixPass &pass, const InkFrameColors &ofInk, int weight) const
+{
+    const auto partOf = [&](const FrameColor &color) {
+        MixNumbers::Sum sum;
+        m_numbers.Add(sum, pass, color, weight, MixNumbers::AllTaps);
+        return m_numbers.PartOf(sum, pass);
     };
-    const auto mixOf = [&](int first, int second) {
-        return MixOf(codesOf(ofInk.text, first, second), codesOf(ofInk.outline, first, second), weight);
-    };
-    m_singleMix = mixOf(m_exchange.nSingle, 3);
-    m_pairMix = mixOf(m_exchange.pair[0], m_exchange.pair[1]);
-    ink.FindSamples(MixSamples, m_samples);
-    if (layout.format.IsSubsampled())
-        MeanBuilder(ink, layout, *m_pKernel).Build(m_means);
+    const MixNumbers::Part text = partOf(ofInk.text);
+    return {pass.nComponents, text.bases, partOf(ofInk.outline).bases, text.nRest};
 }
 
 void MixedInk::Start(const FrameLayout &layout, const FrameColors &colors)
 {
     m_layout = layout;
-    m_singles.Clear();
-    m_pairs.Clear();
+    m_sampleLists.Clear();
+    m_meanLists.Clear();
     m_samples.Reset(0);
     m_means.Reset(0);
     m_exchange = colors.Exchange();
+    m_numbers.Set(layout.format, colors.IsAsRgb24());
+    m_settings = m_numbers.Settings(m_exchange);
     const PixelFormat &format = m_layout.format;
-    MixSettings settings = {};
-    settings.nMiddle = m_exchange.nMiddle;
-    settings.nMax = format.components[m_exchange.nSingle].Max();
-    for (std::size_t i = 0; i < 2; ++i) {
-        settings.single[i] = ExchangeWeight(m_exchange.single[i]);
-        for (std::size_t j = 0; j < 2; ++j)
-            settings.pair[i][j] = ExchangeWeight(m_exchange.matrix[i][j]);
+    const bool hasPair = format.nColors == 3;
+    m_bTints = hasPair && (m_exchange.single[0] != 0 || m_exchange.single[1] != 0);
+    m_samplePass = {};
+    m_meanPass = {};
+    m_samplePass.Add(format, m_exchange.nSingle);
+    for (const int component : m_exchange.pair) {
+        if (hasPair)
+            (format.IsSubsampled() ? m_meanPass : m_samplePass).Add(format, component);
     }
-    const auto divide = [&colors](MixSettings &to, int shift, bool isColor) {
-        to.nShift = shift;
-        to.nBias = isColor && colors.IsAsRgb24() ? 0 : (Opaque << shift) / 2;
-    };
-    m_singleSettings = m_alphaSettings = m_pairSettings = settings;
-    divide(m_singleSettings, FineBits, true);
-    divide(m_pairSettings, format.IsSubsampled() ? FineBits + MeanShift : FineBits, true);
-    divide(m_alphaSettings, FineBits, false);
-    m_alphaSettings.nMax = format.components[3].Max();
-    m_alphaSettings.single[0] = m_alphaSettings.single[1] = 0;
+    if (format.bAlpha)
+        m_samplePass.Add(format, 3);
 }
 
-void MixedInk::BuildSingles(const PixelMap &map, const std::vector<FrameColor> &list)
+void MixedInk::BuildSamples(const PixelMap &map, const std::vector<FrameColor> &list)
 {
+    const int components = m_samplePass.nComponents;
     for (int row = map.Top(); !map.IsEmpty() && row <= map.Bottom(); ++row) {
         const PixelMap::Row pixels = map.RowAt(row);
         const auto isCovered = [&](int i) { return map.At(pixels, pixels.nFirst + i).nColor != 0; };
-        ForRuns(pixels.nEnd - pixels.nFirst, MaxGap, isCovered, [&](int from, int end) {
-            m_singles.listSpans.push_back({row, pixels.nFirst + from, end - from, m_singles.listRest.size()});
-            for (int i = from; i < end; ++i) {
-                const PixelMap::Pixel pixel = map.At(pixels, pixels.nFirst + i);
-                if (pixel.nColor == 0) {
-                    m_singles.Append({0, 0}, 0, Opaque);
-                    continue;
-                }
-                const FrameColor &color = list[pixel.nColor - 1];
-                const auto weight = static_cast<std::int32_t>(pixel.nWeight);
-                m_singles.Append({weight * color.fine[m_exchange.nSingle], weight * color.fine[3]}, Opaque - weight, 0);
+        ForRuns(pixels.nEnd - pixels.nFirst, Step, isCovered, [&](int from, int end) {
+            // Tints come in twos.
+            const int first = (pixels.nFirst + from) / 2 * 2;
+            const int count = pixels.nFirst + end - first;
+            m_sampleLists.listSpans.push_back({row, first, count, m_sampleLists.listRests.size()});
+            for (int i = 0; i < count; ++i) {
+                const PixelMap::Pixel pixel = map.At(pixels, first + i);
+                MixNumbers::Sum sum;
+                if (pixel.nColor == 0)
+                    sum.Keep(MixNumbers::AllTaps);
+                else
+                    m_numbers.Add(sum, m_samplePass, list[pixel.nColor - 1], static_cast<int>(pixel.nWeight),
+                                  MixNumbers::AllTaps);
+                m_sampleLists.Append(m_numbers.PartOf(sum, m_samplePass), components, false);
             }
+            m_sampleLists.Fill(components, false);
         });
     }
 }
 
-void MixedInk::BuildPairs(const PixelMap &map, const std::vector<FrameColor> &list)
+void MixedInk::BuildMeans(const PixelMap &map, const std::vector<FrameColor> &list)
 {
     int first = map.Top();
     int last = map.Bottom();
     m_layout.rows.ToSamples(first, last);
     for (int row = first; !map.IsEmpty() && row <= last; ++row)
-        BuildPairRow(map, list, row);
+        BuildMeanRow(map, list, row);
 }
 
-void MixedInk::BuildPairRow(const PixelMap &map, const std::vector<FrameColor> &list, int row)
+void MixedInk::BuildMeanRow(const PixelMap &map, const std::vector<FrameColor> &list, int row)
 {
     const Taps rows = m_layout.rows.At(row);
     std::array<PixelMap::Row, 3> pixels;
@@ -163,137 +187,108 @@ void MixedInk::BuildPairRow(const PixelMap &map, const std::vector<FrameColor> &
     if (last < 0)
         return;
     m_layout.columns.ToSamples(first, last);
-    const int scale = m_layout.format.IsSubsampled() ? 1 : AllTaps;
-    const std::size_t begin = m_pairs.listRest.size();
+    const std::size_t begin = m_meanLists.listRests.size();
     for (int sample = first; sample <= last; ++sample) {
         const Taps columns = m_layout.columns.At(sample);
-        std::array<std::int32_t, 2> bases = {0, 0};
-        std::int32_t rest = 0;
-        std::int32_t keep = 0;
+        MixNumbers::Sum sum;
         for (int r = 0; r < rows.nCount; ++r) {
             for (int c = 0; c < columns.nCount; ++c) {
-                const std::int32_t share = rows.weights[r] * columns.weights[c] / scale;
+                const int taps = rows.weights[r] * columns.weights[c];
                 const PixelMap::Pixel pixel = map.At(pixels[r], columns.positions[c]);
-                if (pixel.nColor == 0) {
-                    keep += share * Opaque;
-                    continue;
-                }
-                const auto weight = static_cast<std::int32_t>(pixel.nWeight);
-                for (std::size_t i = 0; i < 2; ++i)
-                    bases[i] += share * weight * list[pixel.nColor - 1].fine[m_exchange.pair[i]];
-                rest += share * (Opaque - weight);
+                if (pixel.nColor == 0)
+                    sum.Keep(taps);
+                else
+                    m_numbers.Add(sum, m_meanPass, list[pixel.nColor - 1], static_cast<int>(pixel.nWeight), taps);
             }
         }
-        m_pairs.Append(bases, rest, keep);
+        m_meanLists.Append(m_numbers.PartOf(sum, m_meanPass), m_meanPass.nComponents, true);
     }
-    const std::int32_t untouched = Opaque * AllTaps / scale;
-    const auto isTouched = [&](int i) { return m_pairs.listKeep[begin + i] != untouched; };
-    ForRuns(last - first + 1, MaxGap, isTouched, [&](int from, int end) {
-        m_pairs.listSpans.push_back({row, first + from, end - from, begin + from});
+    // What is between two spans, or after the last one, is untouched, so that spans may end with whole steps.
+    for (int i = 0; i < Step; ++i)
+        m_meanLists.Append({{}, Untouched, 0}, m_meanPass.nComponents, true);
+    const auto isTouched = [&](int i) { return m_meanLists.listRests[begin + i] != Untouched; };
+    ForRuns(last - first + 1, Step, isTouched, [&](int from, int end) {
+        m_meanLists.listSpans.push_back({row, first + from, end - from, begin + from});
     });
 }
 
-/** Calls @p call(chunk, lists) for text's pixels. */
-template <typename Call>
-void MixedInk::ForSamples(const InkMix &mix, Call call) const
+int MixedInk::ChromaRow(int row) const
 {
-    InkMixLists lists;
-    for (const InkSamples *block = m_samples.Data(); block < m_samples.Data() + m_samples.Size(); ++block) {
-        m_pKernel->SpreadSamples(*block, mix, lists);
-        const int count = std::min(static_cast<int>(MixSamples), m_layout.nWidth - block->nColumn);
-        call(Chunk{block->nRow, block->nColumn, count}, lists);
-    }
+    return m_layout.format.components[1].nRowsLog2 > 0 ? m_layout.rows.SampleOf(row) : row;
 }
 
-/** The same for its means. */
-template <typename Call>
-void MixedInk::ForMeans(const InkMix &mix, Call call) const
+void MixedInk::DrawTextSamples(const FramePlanes &planes) const
 {
     InkMixLists lists;
-    for (const InkMeans *block = m_means.Data(); block < m_means.Data() + m_means.Size(); ++block) {
-        m_pKernel->SpreadMeans(*block, mix, lists);
-        const int count = std::min(static_cast<int>(MeanSamples), m_layout.columns.Samples() - block->nFirst);
-        call(Chunk{block->nRow, block->nFirst, count}, lists);
-    }
+    const InkSamples *end = m_samples.Data() + m_samples.Size();
+    ForNeighbours(m_samples, MixBlock, [&](const InkSamples *blocks, int count) {
+        for (const InkSamples *next = blocks + Ahead; next < std::min(blocks + Ahead + count, end); ++next) {
+            m_samplePass.Prefetch(planes, next->nRow, next->nColumn);
+            m_meanPass.Prefetch(planes, ChromaRow(next->nRow), next->nColumn / 2);
+        }
+        m_pKernel->SpreadSamples(blocks, count, m_sampleMix, lists);
+        const int inFrame = m_layout.nWidth - blocks->nColumn;
+        DrawSamples(planes, {blocks->nRow, blocks->nColumn, std::min(count * MixBlock, inFrame)}, lists.Of(false));
+    });
+}
+
+void MixedInk::DrawTextMeans(const FramePlanes &planes) const
+{
+    constexpr int BlockSamples = static_cast<int>(MeanSamples);
+    InkMixLists lists;
+    ForNeighbours(m_means, BlockSamples, [&](const InkMeans *blocks, int count) {
+        m_pKernel->SpreadMeans(blocks, count, m_meanMix, lists);
+        const int used = count * BlockSamples;
+        // A block is half a step.
+        if (used % Step != 0)
+            std::fill_n(lists.listRest.begin() + used, BlockSamples, Untouched);
+        const int inFrame = m_layout.columns.Samples() - blocks->nFirst;
+        DrawMeans(planes, {blocks->nRow, blocks->nFirst, std::min(used, inFrame)}, lists.Of(true));
+    });
 }
 
 void MixedInk::Draw(const FramePlanes &planes) const
 {
-    const auto drawSingles = [&](const Chunk &chunk, const InkMixLists &lists) {
-        DrawSingles(planes, chunk, lists.Of(0));
-        if (m_layout.format.bAlpha)
-            DrawAlpha(planes, chunk, lists.Of(1));
-    };
-    const auto drawPairs = [&](const Chunk &chunk, const InkMixLists &lists) {
-        DrawPairs(planes, chunk, lists.Of(0), lists.listBases[1].data());
-    };
-    ForSamples(m_singleMix, drawSingles);
-    for (const Span &span : m_singles.listSpans) {
-        ForChunks(span, [&](const Chunk &chunk, std::size_t at) {
-            DrawSingles(planes, chunk, m_singles.At(at, 0));
-            if (m_layout.format.bAlpha)
-                DrawAlpha(planes, chunk, m_singles.At(at, 1));
+    DrawTextSamples(planes);
+    for (const Span &span : m_sampleLists.listSpans) {
+        ForChunks(span, [&](const MixChunkPlace &place, std::size_t at) {
+            DrawSamples(planes, place, m_sampleLists.At(at));
         });
     }
     // The last, since the single components need the pairs as they were.
-    if (m_layout.format.nColors < 3)
-        return;
-    if (m_layout.format.IsSubsampled())
-        ForMeans(m_pairMix, drawPairs);
-    else
-        ForSamples(m_pairMix, drawPairs);
-    for (const Span &span : m_pairs.listSpans) {
-        ForChunks(span, [&](const Chunk &chunk, std::size_t at) {
-            DrawPairs(planes, chunk, m_pairs.At(at, 0), m_pairs.listBases[1].data() + at);
-        });
+    DrawTextMeans(planes);
+    for (const Span &span : m_meanLists.listSpans) {
+        ForChunks(span,
+                  [&](const MixChunkPlace &place, std::size_t at) { DrawMeans(planes, place, m_meanLists.At(at)); });
     }
 }
 
-void MixedInk::DrawSingles(const FramePlanes &planes, const Chunk &chunk, const MixLists &lists) const
+void MixedInk::DrawSamples(const FramePlanes &planes, const MixChunkPlace &place, const MixLists &lists) const
 {
-    const PixelFormat &format = m_layout.format;
-    const SampleRow samples(planes, format.components[m_exchange.nSingle], format.nElementBytes, chunk.nRow);
-    const bool needsPair = m_singleSettings.single[0] != 0 || m_singleSettings.single[1] != 0;
-    SampleChunk values;
-    std::array<SampleChunk, 2> chunks;
-    // Where no pair is needed, any numbers do.
-    std::array<const std::int32_t *, 2> pair = {values.data(), values.data()};
-    samples.Load(values.data(), chunk.nFirst, chunk.nCount);
-    for (std::size_t i = 0; needsPair && i < 2; ++i) {
-        const Component &component = format.components[m_exchange.pair[i]];
-        const int row = component.nRowsLog2 > 0 ? m_layout.rows.SampleOf(chunk.nRow) : chunk.nRow;
-        const SampleRow from(planes, component, format.nElementBytes, row);
-        pair[i] = chunks[i].data();
-        if (component.nColumnsLog2 > 0)
-            pair[i] = from.LoadDoubled(chunks[i], chunk.nFirst, chunk.nCount);
-        else
-            from.Load(chunks[i].data(), chunk.nFirst, chunk.nCount);
+    const auto [first, second] = m_exchange.pair;
+    const std::size_t count = place.Steps();
+    MixRows rows(*m_pKernel, m_samplePass, planes, place);
+    MixSamples tints;
+    if (m_bTints && m_layout.format.IsSubsampled()) {
+        const MixChunkPlace below = {ChromaRow(place.nRow), place.nFirst / 2, (place.nCount + 1) / 2};
+        MixRows pair(*m_pKernel, m_meanPass, planes, below);
+        m_pKernel->Tint(pair.Of(first), pair.Of(second), below.Steps(), true, m_settings, tints);
+    } else if (m_bTints) {
+        m_pKernel->Tint(rows.Of(first), rows.Of(second), count, false, m_settings, tints);
     }
-    m_pKernel->MixSingle(values.data(), pair[0], pair[1], chunk.nCount, lists, m_singleSettings);
-    samples.Store(values.data(), chunk.nFirst, chunk.nCount);
+    m_pKernel->MixSingle(rows.Of(m_exchange.nSingle), m_bTints ? &tints : nullptr, count, lists.bases[0], lists.pRest,
+                         m_settings);
+    if (m_samplePass.nComponents >= 3)
+        m_pKernel->MixPair(rows.Of(first), rows.Of(second), count, lists, 1, m_settings);
+    if (m_layout.format.bAlpha)
+        m_pKernel->MixSingle(rows.Of(3), nullptr, count, lists.bases[m_samplePass.nComponents - 1], lists.pRest,
+                             m_settings);
+    rows.Write();
 }
 
-void MixedInk::DrawAlpha(const FramePlanes &planes, const Chunk &chunk, const MixLists &lists) const
+void MixedInk::DrawMeans(const FramePlanes &planes, const MixChunkPlace &place, const MixLists &lists) const
 {
-    const PixelFormat &format = m_layout.format;
-    const SampleRow samples(planes, format.components[3], format.nElementBytes, chunk.nRow);
-    SampleChunk values;
-    samples.Load(values.data(), chunk.nFirst, chunk.nCount);
-    m_pKernel->MixSingle(values.data(), values.data(), values.data(), chunk.nCount, lists, m_alphaSettings);
-    samples.Store(values.data(), chunk.nFirst, chunk.nCount);
-}
-
-void MixedInk::DrawPairs(const FramePlanes &planes, const Chunk &chunk, const MixLists &lists,
-                         const std::int32_t *secondBase) const
-{
-    const PixelFormat &format = m_layout.format;
-    const SampleRow first(planes, format.components[m_exchange.pair[0]], format.nElementBytes, chunk.nRow);
-    const SampleRow second(planes, format.components[m_exchange.pair[1]], format.nElementBytes, chunk.nRow);
-    SampleChunk p;
-    SampleChunk q;
-    first.Load(p.data(), chunk.nFirst, chunk.nCount);
-    second.Load(q.data(), chunk.nFirst, chunk.nCount);
-    m_pKernel->MixPair(p.data(), q.data(), chunk.nCount, lists, secondBase, m_pairSettings);
-    first.Store(p.data(), chunk.nFirst, chunk.nCount);
-    second.Store(q.data(), chunk.nFirst, chunk.nCount);
+    MixRows rows(*m_pKernel, m_meanPass, planes, place);
+    m_pKernel->MixPair(rows.Of(m_exchange.pair[0]), rows.Of(m_exchange.pair[1]), place.Steps(), lists, 0, m_settings);
+    rows.Write();
 }

@@ -3,8 +3,10 @@
 #include "frames/framecolors.h"
 #include "frames/framelayout.h"
 #include "frames/inkrows.h"
+#include "frames/mixkernel.h"
+#include "frames/mixnumbers.h"
+#include "frames/mixrows.h"
 #include "frames/pixelmap.h"
-#include "frames/samplekernel.h"
 #include "render/blocklist.h"
 
 #include <array>
@@ -25,48 +27,45 @@ public:
     void Draw(const FramePlanes &planes) const;
 
 private:
-    /** Of a picture's samples of one resolution. The bases are of two components: the single one and alpha, or the pair. */
+    /** Of a picture's samples of one resolution. Each span has whole MixSteps, of which those after it are untouched. */
     struct Lists {
         std::vector<Span> listSpans;
-        std::array<std::vector<std::int32_t>, 2> listBases;
-        std::vector<std::int32_t> listRest;
-        std::vector<std::int32_t> listKeep;
+        std::array<std::vector<std::uint16_t>, 4> listBases; ///< of the components in turn
+        std::vector<std::int16_t> listRests, listKeeps;      ///< keeps of means only
 
         void Clear();
-        void Append(const std::array<std::int32_t, 2> &bases, std::int32_t rest, std::int32_t keep);
-        MixLists At(std::size_t at, int base) const;
-    };
-    /** Neighbours in a row that are worked on at once. */
-    struct Chunk {
-        int nRow;
-        int nFirst; ///< sample
-        int nCount;
+        void Append(const MixNumbers::Part &part, int components, bool isMean);
+        /** Appends what is untouched until the lists hold whole MixSteps. */
+        void Fill(int components, bool isMean);
+        MixLists At(std::size_t at) const;
     };
     void Start(const FrameLayout &layout, const FrameColors &colors);
-    void BuildSingles(const PixelMap &map, const std::vector<FrameColor> &list);
-    void BuildPairs(const PixelMap &map, const std::vector<FrameColor> &list);
-    void BuildPairRow(const PixelMap &map, const std::vector<FrameColor> &list, int row);
-    template <typename Call>
-    void ForSamples(const InkMix &mix, Call call) const;
-    template <typename Call>
-    void ForMeans(const InkMix &mix, Call call) const;
-    void DrawSingles(const FramePlanes &planes, const Chunk &chunk, const MixLists &lists) const;
-    void DrawAlpha(const FramePlanes &planes, const Chunk &chunk, const MixLists &lists) const;
-    void DrawPairs(const FramePlanes &planes, const Chunk &chunk, const MixLists &lists,
-                   const std::int32_t *secondBase) const;
+    void BuildSamples(const PixelMap &map, const std::vector<FrameColor> &list);
+    void BuildMeans(const PixelMap &map, const std::vector<FrameColor> &list);
+    void BuildMeanRow(const PixelMap &map, const std::vector<FrameColor> &list, int row);
+    InkMix MixOf(const MixPass &pass, const InkFrameColors &ofInk, int weight) const;
+    /** Of the chroma below a row of pixels. */
+    int ChromaRow(int row) const;
+    void DrawTextSamples(const FramePlanes &planes) const;
+    void DrawTextMeans(const FramePlanes &planes) const;
+    void DrawSamples(const FramePlanes &planes, const MixChunkPlace &place, const MixLists &lists) const;
+    void DrawMeans(const FramePlanes &planes, const MixChunkPlace &place, const MixLists &lists) const;
 
-    const SampleKernel *m_pKernel = &BestSampleKernel(); ///< chosen ahead: asking the processor takes a while
+    const MixKernel *m_pKernel = &BestMixKernel(); ///< chosen ahead: asking the processor takes a while
+    const SampleKernel *m_pSampleKernel = &BestSampleKernel();
     FrameLayout m_layout = {};
     RedBlueExchange m_exchange = {};
-    MixSettings m_singleSettings = {};
-    MixSettings m_alphaSettings = {};
-    MixSettings m_pairSettings = {};
+    MixNumbers m_numbers;
+    MixSettings m_settings = {};
+    bool m_bTints = false; ///< single components depend on pairs
+    MixPass m_samplePass;
+    MixPass m_meanPass; ///< of pairs of subsampled formats
     // Of a picture; empty with text.
-    Lists m_singles;
-    Lists m_pairs;
+    Lists m_sampleLists;
+    Lists m_meanLists;
     // Of text; empty with a picture.
-    InkMix m_singleMix = {}; ///< of the single component and alpha
-    InkMix m_pairMix = {};
+    InkMix m_sampleMix = {};
+    InkMix m_meanMix = {};
     BlockList<InkSamples> m_samples;
     BlockList<InkMeans> m_means;
 };

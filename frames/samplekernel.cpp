@@ -1,6 +1,5 @@
 #include "frames/samplekernel.h"
 
-#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -70,69 +69,7 @@ void Mean(const PlaneTarget *planes, const InkMeans *blocks, std::size_t count, 
     }
 }
 
-inline std::int32_t Exchanged(const std::int32_t *weights, std::int32_t first, std::int32_t second)
-{
-    return (weights[0] * first + weights[1] * second) >> (ExchangeBits - FineBits);
-}
-
-inline std::int32_t Quotient(std::int32_t sum, const MixSettings &settings)
-{
-    return std::min((std::max(0, sum + settings.nBias) >> settings.nShift) / Opaque, settings.nMax);
-}
-
-void MixSingle(std::int32_t *samples, const std::int32_t *first, const std::int32_t *second, std::size_t count,
-               const MixLists &lists, const MixSettings &settings)
-{
-    constexpr std::int32_t Fine = 1 << FineBits;
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::int32_t old = samples[i] * Fine;
-        const std::int32_t exchanged =
-            old + Exchanged(settings.single, first[i] - settings.nMiddle, second[i] - settings.nMiddle);
-        samples[i] = Quotient(lists.pBase[i] + lists.pRest[i] * exchanged + lists.pKeep[i] * old, settings);
-    }
-}
-
-void MixPair(std::int32_t *first, std::int32_t *second, std::size_t count, const MixLists &lists,
-             const std::int32_t *secondBase, const MixSettings &settings)
-{
-    constexpr std::int32_t Fine = 1 << FineBits;
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::int32_t p = first[i] - settings.nMiddle;
-        const std::int32_t q = second[i] - settings.nMiddle;
-        const std::int32_t exchangedFirst = settings.nMiddle * Fine + Exchanged(settings.pair[0], p, q);
-        const std::int32_t exchangedSecond = settings.nMiddle * Fine + Exchanged(settings.pair[1], p, q);
-        const std::int32_t keep = lists.pKeep[i] * Fine;
-        first[i] = Quotient(lists.pBase[i] + lists.pRest[i] * exchangedFirst + keep * first[i], settings);
-        second[i] = Quotient(secondBase[i] + lists.pRest[i] * exchangedSecond + keep * second[i], settings);
-    }
-}
-
-void SpreadSamples(const InkSamples &block, const InkMix &mix, InkMixLists &lists)
-{
-    for (std::size_t i = 0; i < MixSamples; ++i) {
-        const bool isShown = block.nShown >> i & 1;
-        const auto &colors = block.nText >> i & 1 ? mix.text : mix.outline;
-        for (std::size_t base = 0; base < 2; ++base)
-            lists.listBases[base][i] = isShown ? colors[base] : 0;
-        lists.listRest[i] = isShown ? mix.nRest : 0;
-        lists.listKeep[i] = isShown ? 0 : Opaque;
-    }
-}
-
-void SpreadMeans(const InkMeans &block, const InkMix &mix, InkMixLists &lists)
-{
-    for (std::size_t i = 0; i < MeanSamples; ++i) {
-        const std::int32_t text = block.text[i];
-        const std::int32_t outline = block.outline[i];
-        for (std::size_t base = 0; base < 2; ++base)
-            lists.listBases[base][i] = text * mix.text[base] + outline * mix.outline[base];
-        lists.listRest[i] = (text + outline) * mix.nRest;
-        lists.listKeep[i] = (MeanWhole - text - outline) * Opaque;
-    }
-}
-
-constexpr SampleKernel Portable = {Fill,          Weigh,       Mean<std::uint8_t>, Mean<std::uint16_t>,
-                                   SpreadSamples, SpreadMeans, MixSingle,          MixPair};
+constexpr SampleKernel Portable = {Fill, Weigh, Mean<std::uint8_t>, Mean<std::uint16_t>};
 
 } // namespace
 

@@ -61,38 +61,6 @@ struct MeanPattern {
     std::uint16_t nOthers;                      ///< bits of an element that stay
 };
 
-/** Numbers that a red and blue exchange brings into a mix, with ExchangeBits fractional bits. */
-constexpr int ExchangeBits = 14;
-struct MixSettings {
-    std::int32_t single[2];  ///< weights of the pair in the single component
-    std::int32_t pair[2][2]; ///< weights of the pair in itself
-    std::int32_t nMiddle;    ///< of the pair
-    int nShift;              ///< bits of a mix below 255ths: FineBits, with MeanShift more in means
-    std::int32_t nBias;      ///< added before the division
-    std::int32_t nMax;       ///< largest code value
-};
-
-/** What is mixed into samples, of each one: new = (base + rest * exchanged + keep * old + bias) / (255 << shift). */
-struct MixLists {
-    const std::int32_t *pBase;
-    const std::int32_t *pRest;
-    const std::int32_t *pKeep;
-};
-
-/** Text of one weight: what pixels of either colour mix into two components. */
-struct InkMix {
-    std::array<std::int32_t, 2> text, outline; ///< bases
-    std::int32_t nRest;
-};
-/** Room for the lists of a block. */
-constexpr std::size_t MixSamples = 64;
-struct InkMixLists {
-    std::array<std::array<std::int32_t, MixSamples>, 2> listBases;
-    std::array<std::int32_t, MixSamples> listRest, listKeep;
-
-    MixLists Of(int base) const { return {listBases[base].data(), listRest.data(), listKeep.data()}; }
-};
-
 /**
  * The arithmetic of burning, on flat lists. All kernels give the same bytes. Samples of a block that are not drawn may be
  * written with what they hold; nothing after a row's end is read or written.
@@ -110,18 +78,6 @@ struct SampleKernel {
     void (*Mean8)(const PlaneTarget *planes, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern);
     /** The same for elements of 16 bits. */
     void (*Mean16)(const PlaneTarget *planes, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern);
-
-    /** Makes the lists of 64 pixels. */
-    void (*SpreadSamples)(const InkSamples &block, const InkMix &mix, InkMixLists &lists);
-    /** The same of the MeanSamples of a block. */
-    void (*SpreadMeans)(const InkMeans &block, const InkMix &mix, InkMixLists &lists);
-
-    /** Mixes into single components; @p first and @p second are the pairs of the same pixels. */
-    void (*MixSingle)(std::int32_t *samples, const std::int32_t *first, const std::int32_t *second, std::size_t count,
-                      const MixLists &lists, const MixSettings &settings);
-    /** Mixes into pairs, which have the same lists except for what is the base of each. */
-    void (*MixPair)(std::int32_t *first, std::int32_t *second, std::size_t count, const MixLists &lists,
-                    const std::int32_t *secondBase, const MixSettings &settings);
 };
 
 /** For any processor. */

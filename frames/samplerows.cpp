@@ -68,14 +68,3 @@ void SampleRow::Store(const std::int32_t *samples, int first, int count) const
         StoreElements<decltype(element), decltype(step)::value>(samples, At(first), count, m_component);
     });
 }
-
-const std::int32_t *SampleRow::LoadDoubled(SampleChunk &chunk, int pixel, int count) const
-{
-    const int first = pixel / 2;
-    const std::size_t samples = (pixel + count - 1) / 2 - first + 1;
-    std::array<std::int32_t, ChunkSamples / 2 + 1> single;
-    Load(single.data(), first, static_cast<int>(samples));
-    for (std::size_t i = 0; i < samples; ++i)
-        chunk[2 * i] = chunk[2 * i + 1] = single[i];
-    return chunk.data() + pixel % 2;
-}

@@ -7,8 +7,8 @@
 
 /** Samples that are worked on at once. */
 constexpr int ChunkSamples = 256;
-/** Code values, with room for one more at either end. */
-using SampleChunk = std::array<std::int32_t, ChunkSamples + 2>;
+/** Code values. */
+using SampleChunk = std::array<std::int32_t, ChunkSamples>;
 
 /** Reads and writes samples of a component, as code values, a chunk or less at a time. */
 class SampleRow
@@ -22,9 +22,6 @@ public:
     /** @param first  number of the first sample */
     void Load(std::int32_t *samples, int first, int count) const;
     void Store(const std::int32_t *samples, int first, int count) const;
-
-    /** Reads the samples of pixels from number @p pixel on, of which two have one, and returns where they are. */
-    const std::int32_t *LoadDoubled(SampleChunk &chunk, int pixel, int count) const;
 
 private:
     std::uint8_t *At(int sample) const

@@ -7,12 +7,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <ostream>
 #include <random>
-#include <string>
 #include <vector>
 
 namespace
@@ -196,124 +194,6 @@ TEST_P(SampleKernelTest, MeansOfWords)
     for (const MeanPattern &pattern : patterns) {
         for (int n = 0; n < 300; ++n)
             TestMeans<std::uint16_t>(pattern, n);
-    }
-}
-
-TEST_P(SampleKernelTest, SpreadsText)
-{
-    for (int n = 0; n < 200; ++n) {
-        const InkSamples block = {0, 0, RandomBits(), RandomBits()};
-        const InkMeans means = RandomMeans(0, 0);
-        const InkMix mix = {{Below(1 << 24), Below(1 << 24)}, {Below(1 << 24), Below(1 << 24)}, Below(256)};
-        InkMixLists lists;
-        GetParam().pKernel->SpreadSamples(block, mix, lists);
-        for (std::size_t i = 0; i < MixSamples; ++i) {
-            const bool isShown = block.nShown >> i & 1;
-            const auto &color = block.nText >> i & 1 ? mix.text : mix.outline;
-            ASSERT_EQ(lists.listBases[0][i], isShown ? color[0] : 0);
-            ASSERT_EQ(lists.listBases[1][i], isShown ? color[1] : 0);
-            ASSERT_EQ(lists.listRest[i], isShown ? mix.nRest : 0);
-            ASSERT_EQ(lists.listKeep[i], isShown ? 0 : 255);
-        }
-        GetParam().pKernel->SpreadMeans(means, mix, lists);
-        for (std::size_t i = 0; i < MeanSamples; ++i) {
-            const int text = means.text[i];
-            const int outline = means.outline[i];
-            ASSERT_EQ(lists.listBases[0][i], text * mix.text[0] + outline * mix.outline[0]);
-            ASSERT_EQ(lists.listBases[1][i], text * mix.text[1] + outline * mix.outline[1]);
-            ASSERT_EQ(lists.listRest[i], (text + outline) * mix.nRest);
-            ASSERT_EQ(lists.listKeep[i], (16 - text - outline) * 255);
-        }
-    }
-}
-
-/** Samples of a depth with what is mixed into them. */
-struct Mixture {
-    std::vector<std::int32_t> listFirst, listSecond, listThird, listBase, listOtherBase, listRest, listKeep;
-    MixSettings settings = {};
-
-    /** @param below  random numbers @param whole  parts of a sample in all */
-    template <typename Below>
-    Mixture(Below below, int depth, int shift, int whole)
-    {
-        const int max = (1 << depth) - 1;
-        const std::size_t count = 1 + below(70);
-        for (std::size_t i = 0; i < count; ++i) {
-            for (auto *list : {&listFirst, &listSecond, &listThird})
-                list->push_back(below(3) == 0 ? max : below(max + 1));
-            const int keep = below(3) == 0 ? whole : below(whole + 1);
-            const int rest = below(whole - keep + 1);
-            for (auto *list : {&listBase, &listOtherBase})
-                list->push_back((whole - keep - rest) * ((below(max + 1) << 6) + below(32)));
-            listRest.push_back(rest);
-            listKeep.push_back(keep);
-        }
-        // Weights as those of ITU-R BT.601, with either sign.
-        const auto weight = [&] { return below(4000) - 2000; };
-        settings = {{weight(), weight()},
-                    {{weight(), 14000 + weight()}, {14000 + weight(), weight()}},
-                    1 << (depth - 1),
-                    shift,
-                    below(2) * ((255 << shift) / 2),
-                    max};
-    }
-
-    MixLists Lists() const { return {listBase.data(), listRest.data(), listKeep.data()}; }
-
-    std::int32_t Exchange(const std::int32_t *weights, std::size_t i, const std::vector<std::int32_t> &p,
-                          const std::vector<std::int32_t> &q) const
-    {
-        const double first = p[i] - settings.nMiddle;
-        const double second = q[i] - settings.nMiddle;
-        return static_cast<std::int32_t>(std::floor((weights[0] * first + weights[1] * second) / 256));
-    }
-
-    std::int32_t Mix(std::int64_t base, std::size_t i, std::int64_t exchanged, std::int64_t old) const
-    {
-        const std::int64_t sum = base + listRest[i] * exchanged + listKeep[i] * old * 64 + settings.nBias;
-        const std::int64_t mixed = std::max<std::int64_t>(sum, 0) / (255LL << settings.nShift);
-        return static_cast<std::int32_t>(std::min<std::int64_t>(mixed, settings.nMax));
-    }
-};
-
-TEST_P(SampleKernelTest, MixesSingleSamples)
-{
-    for (int n = 0; n < 2000; ++n) {
-        Mixture mixture([this](int bound) { return Below(bound); }, 8 + n % 5, 6, 255);
-        std::vector<std::int32_t> expected;
-        for (std::size_t i = 0; i < mixture.listFirst.size(); ++i) {
-            const std::int32_t old = mixture.listFirst[i];
-            const std::int32_t exchanged =
-                old * 64 + mixture.Exchange(mixture.settings.single, i, mixture.listSecond, mixture.listThird);
-            expected.push_back(mixture.Mix(mixture.listBase[i], i, exchanged, old));
-        }
-        GetParam().pKernel->MixSingle(mixture.listFirst.data(), mixture.listSecond.data(), mixture.listThird.data(),
-                                      expected.size(), mixture.Lists(), mixture.settings);
-        ASSERT_EQ(mixture.listFirst, expected);
-    }
-}
-
-TEST_P(SampleKernelTest, MixesPairs)
-{
-    for (int n = 0; n < 2000; ++n) {
-        const bool isMean = n % 2 == 1;
-        Mixture mixture([this](int bound) { return Below(bound); }, 8 + n % 5, isMean ? 10 : 6, isMean ? 4080 : 255);
-        const MixSettings &settings = mixture.settings;
-        std::vector<std::int32_t> expectedFirst;
-        std::vector<std::int32_t> expectedSecond;
-        for (std::size_t i = 0; i < mixture.listFirst.size(); ++i) {
-            const auto mix = [&](const std::int32_t *weights, std::int32_t base, std::int32_t old) {
-                const std::int32_t exchanged =
-                    settings.nMiddle * 64 + mixture.Exchange(weights, i, mixture.listFirst, mixture.listSecond);
-                return mixture.Mix(base, i, exchanged, old);
-            };
-            expectedFirst.push_back(mix(settings.pair[0], mixture.listBase[i], mixture.listFirst[i]));
-            expectedSecond.push_back(mix(settings.pair[1], mixture.listOtherBase[i], mixture.listSecond[i]));
-        }
-        GetParam().pKernel->MixPair(mixture.listFirst.data(), mixture.listSecond.data(), expectedFirst.size(),
-                                    mixture.Lists(), mixture.listOtherBase.data(), settings);
-        ASSERT_EQ(mixture.listFirst, expectedFirst);
-        ASSERT_EQ(mixture.listSecond, expectedSecond);
     }
 }
 
