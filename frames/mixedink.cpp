@@ -10,8 +10,6 @@ namespace
 
 constexpr int Step = static_cast<int>(MixStep);
 constexpr int Chunk = static_cast<int>(MixChunk);
-/** Blocks of text ahead of that which is drawn that the processor is asked for. */
-constexpr std::size_t Ahead = 24;
 
 int FirstOf(const InkSamples &block)
 {
@@ -23,17 +21,20 @@ int FirstOf(const InkMeans &block)
     return block.nFirst;
 }
 
-/** Calls @p call(first block, count) for neighbours of @p size samples each, as many as fit into a chunk. */
-template <typename Block, typename Call>
-void ForNeighbours(const BlockList<Block> &blocks, int size, Call call)
+/** Finds neighbours of @p size samples each, as many as fit into a chunk and into rows of @p samples. */
+template <typename Block>
+void FindNeighbours(const BlockList<Block> &blocks, int size, int samples, std::vector<Span> &spans)
 {
-    const Block *end = blocks.Data() + blocks.Size();
-    for (const Block *block = blocks.Data(); block < end;) {
+    spans.clear();
+    const Block *first = blocks.Data();
+    const Block *end = first + blocks.Size();
+    for (const Block *block = first; block < end;) {
         int count = 1;
         while (count < Chunk / size && block + count < end && block[count].nRow == block->nRow &&
                FirstOf(block[count]) == FirstOf(*block) + count * size)
             ++count;
-        call(block, count);
+        const int inRow = std::min(count * size, samples - FirstOf(*block));
+        spans.push_back({block->nRow, FirstOf(*block), inRow, static_cast<std::size_t>(block - first)});
         block += count;
     }
 }
@@ -95,9 +96,11 @@ void MixedInk::BuildText(const InkRows &ink, const FrameLayout &layout, const Fr
     Start(layout, colors);
     m_sampleMix = MixOf(m_samplePass, ofInk, weight);
     ink.FindSamples(MixBlock, m_samples);
+    FindNeighbours(m_samples, MixBlock, m_layout.nWidth, m_listSampleSpans);
     if (layout.format.IsSubsampled()) {
         m_meanMix = MixOf(m_meanPass, ofInk, weight);
         MeanBuilder(ink, layout, *m_pSampleKernel).Build(m_means);
+        FindNeighbours(m_means, MeanSamples, m_layout.columns.Samples(), m_listMeanSpans);
     }
 }
 
@@ -119,6 +122,8 @@ void MixedInk::Start(const FrameLayout &layout, const FrameColors &colors)
     m_meanLists.Clear();
     m_samples.Reset(0);
     m_means.Reset(0);
+    m_listSampleSpans.clear();
+    m_listMeanSpans.clear();
     m_exchange = colors.Exchange();
     m_numbers.Set(layout.format, colors.IsAsRgb24());
     m_settings = m_numbers.Settings(m_exchange);
@@ -217,67 +222,75 @@ int MixedInk::ChromaRow(int row) const
     return m_layout.format.components[1].nRowsLog2 > 0 ? m_layout.rows.SampleOf(row) : row;
 }
 
-void MixedInk::DrawTextSamples(const FramePlanes &planes) const
-{
+/** Room to work in, which is too large to be set up for each chunk. */
+struct MixedInk::Room {
+    explicit Room(const MixedInk &ink) :
+        samples(*ink.m_pKernel, ink.m_samplePass), pairs(*ink.m_pKernel, ink.m_meanPass)
+    {
+    }
+
+    MixRows samples, pairs;
+    MixSamples tints;
     InkMixLists lists;
-    const InkSamples *end = m_samples.Data() + m_samples.Size();
-    ForNeighbours(m_samples, MixBlock, [&](const InkSamples *blocks, int count) {
-        for (const InkSamples *next = blocks + Ahead; next < std::min(blocks + Ahead + count, end); ++next) {
-            m_samplePass.Prefetch(planes, next->nRow, next->nColumn);
-            m_meanPass.Prefetch(planes, ChromaRow(next->nRow), next->nColumn / 2);
-        }
-        m_pKernel->SpreadSamples(blocks, count, m_sampleMix, lists);
-        const int inFrame = m_layout.nWidth - blocks->nColumn;
-        DrawSamples(planes, {blocks->nRow, blocks->nColumn, std::min(count * MixBlock, inFrame)}, lists.Of(false));
-    });
+};
+
+void MixedInk::DrawTextSamples(const FramePlanes &planes, Room &room) const
+{
+    for (const Span &span : m_listSampleSpans) {
+        const MixChunkPlace place = {span.nRow, span.nFirst, span.nCount};
+        m_pKernel->SpreadSamples(m_samples.Data() + span.nAt, place.Steps() / MixBlock, m_sampleMix, room.lists);
+        DrawSamples(planes, place, room.lists.Of(false), room);
+    }
 }
 
-void MixedInk::DrawTextMeans(const FramePlanes &planes) const
+void MixedInk::DrawTextMeans(const FramePlanes &planes, Room &room) const
 {
-    constexpr int BlockSamples = static_cast<int>(MeanSamples);
-    InkMixLists lists;
-    ForNeighbours(m_means, BlockSamples, [&](const InkMeans *blocks, int count) {
-        m_pKernel->SpreadMeans(blocks, count, m_meanMix, lists);
-        const int used = count * BlockSamples;
+    InkMixLists &lists = room.lists;
+    for (const Span &span : m_listMeanSpans) {
+        const MixChunkPlace place = {span.nRow, span.nFirst, span.nCount};
+        const std::size_t blocks = (span.nCount + MeanSamples - 1) / MeanSamples;
+        m_pKernel->SpreadMeans(m_means.Data() + span.nAt, blocks, m_meanMix, lists);
         // A block is half a step.
-        if (used % Step != 0)
-            std::fill_n(lists.listRest.begin() + used, BlockSamples, Untouched);
-        const int inFrame = m_layout.columns.Samples() - blocks->nFirst;
-        DrawMeans(planes, {blocks->nRow, blocks->nFirst, std::min(used, inFrame)}, lists.Of(true));
-    });
+        if (blocks * MeanSamples < place.Steps())
+            std::fill_n(lists.listRest.begin() + blocks * MeanSamples, MeanSamples, Untouched);
+        DrawMeans(planes, place, lists.Of(true), room);
+    }
 }
 
 void MixedInk::Draw(const FramePlanes &planes) const
 {
-    DrawTextSamples(planes);
+    Room room(*this);
+    DrawTextSamples(planes, room);
     for (const Span &span : m_sampleLists.listSpans) {
         ForChunks(span, [&](const MixChunkPlace &place, std::size_t at) {
-            DrawSamples(planes, place, m_sampleLists.At(at));
+            DrawSamples(planes, place, m_sampleLists.At(at), room);
         });
     }
     // The last, since the single components need the pairs as they were.
-    DrawTextMeans(planes);
+    DrawTextMeans(planes, room);
     for (const Span &span : m_meanLists.listSpans) {
-        ForChunks(span,
-                  [&](const MixChunkPlace &place, std::size_t at) { DrawMeans(planes, place, m_meanLists.At(at)); });
+        ForChunks(span, [&](const MixChunkPlace &place, std::size_t at) {
+            DrawMeans(planes, place, m_meanLists.At(at), room);
+        });
     }
 }
 
-void MixedInk::DrawSamples(const FramePlanes &planes, const MixChunkPlace &place, const MixLists &lists) const
+void MixedInk::DrawSamples(const FramePlanes &planes, const MixChunkPlace &place, const MixLists &lists,
+                           Room &room) const
 {
     const auto [first, second] = m_exchange.pair;
     const std::size_t count = place.Steps();
-    MixRows rows(*m_pKernel, m_samplePass, planes, place);
-    MixSamples tints;
+    MixRows &rows = room.samples;
+    rows.Read(planes, place);
+    const MixSamples *tints = m_bTints ? &room.tints : nullptr;
     if (m_bTints && m_layout.format.IsSubsampled()) {
         const MixChunkPlace below = {ChromaRow(place.nRow), place.nFirst / 2, (place.nCount + 1) / 2};
-        MixRows pair(*m_pKernel, m_meanPass, planes, below);
-        m_pKernel->Tint(pair.Of(first), pair.Of(second), below.Steps(), true, m_settings, tints);
+        room.pairs.Read(planes, below);
+        m_pKernel->Tint(room.pairs.Of(first), room.pairs.Of(second), below.Steps(), true, m_settings, room.tints);
     } else if (m_bTints) {
-        m_pKernel->Tint(rows.Of(first), rows.Of(second), count, false, m_settings, tints);
+        m_pKernel->Tint(rows.Of(first), rows.Of(second), count, false, m_settings, room.tints);
     }
-    m_pKernel->MixSingle(rows.Of(m_exchange.nSingle), m_bTints ? &tints : nullptr, count, lists.bases[0], lists.pRest,
-                         m_settings);
+    m_pKernel->MixSingle(rows.Of(m_exchange.nSingle), tints, count, lists.bases[0], lists.pRest, m_settings);
     if (m_samplePass.nComponents >= 3)
         m_pKernel->MixPair(rows.Of(first), rows.Of(second), count, lists, 1, m_settings);
     if (m_layout.format.bAlpha)
@@ -286,9 +299,10 @@ void MixedInk::DrawSamples(const FramePlanes &planes, const MixChunkPlace &place
     rows.Write();
 }
 
-void MixedInk::DrawMeans(const FramePlanes &planes, const MixChunkPlace &place, const MixLists &lists) const
+void MixedInk::DrawMeans(const FramePlanes &planes, const MixChunkPlace &place, const MixLists &lists, Room &room) const
 {
-    MixRows rows(*m_pKernel, m_meanPass, planes, place);
+    MixRows &rows = room.pairs;
+    rows.Read(planes, place);
     m_pKernel->MixPair(rows.Of(m_exchange.pair[0]), rows.Of(m_exchange.pair[1]), place.Steps(), lists, 0, m_settings);
     rows.Write();
 }

@@ -46,10 +46,11 @@ private:
     InkMix MixOf(const MixPass &pass, const InkFrameColors &ofInk, int weight) const;
     /** Of the chroma below a row of pixels. */
     int ChromaRow(int row) const;
-    void DrawTextSamples(const FramePlanes &planes) const;
-    void DrawTextMeans(const FramePlanes &planes) const;
-    void DrawSamples(const FramePlanes &planes, const MixChunkPlace &place, const MixLists &lists) const;
-    void DrawMeans(const FramePlanes &planes, const MixChunkPlace &place, const MixLists &lists) const;
+    struct Room;
+    void DrawTextSamples(const FramePlanes &planes, Room &room) const;
+    void DrawTextMeans(const FramePlanes &planes, Room &room) const;
+    void DrawSamples(const FramePlanes &planes, const MixChunkPlace &place, const MixLists &lists, Room &room) const;
+    void DrawMeans(const FramePlanes &planes, const MixChunkPlace &place, const MixLists &lists, Room &room) const;
 
     const MixKernel *m_pKernel = &BestMixKernel(); ///< chosen ahead: asking the processor takes a while
     const SampleKernel *m_pSampleKernel = &BestSampleKernel();
@@ -68,4 +69,5 @@ private:
     InkMix m_meanMix = {};
     BlockList<InkSamples> m_samples;
     BlockList<InkMeans> m_means;
+    std::vector<Span> m_listSampleSpans, m_listMeanSpans; ///< of neighbours among those
 };

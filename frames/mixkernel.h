@@ -9,7 +9,7 @@
 /** Samples in an array are worked on in steps of so many; arrays have room for whole steps. */
 constexpr std::size_t MixStep = 32;
 /** Samples that are worked on at once, at most. */
-constexpr std::size_t MixChunk = 256;
+constexpr std::size_t MixChunk = 512;
 
 /** A sample for each pixel: as wide as their elements, or 10 bits of one of 4 bytes. */
 using MixSamples = std::array<std::uint16_t, MixChunk>;

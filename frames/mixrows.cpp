@@ -19,32 +19,45 @@ void MixPass::Add(const PixelFormat &format, int number)
     channelOf[number] = form.IsPacked() ? number : component.nOffset;
 }
 
-void MixPass::Prefetch(const FramePlanes &planes, int row, int first) const
+namespace
 {
-    for (int i = 0; i < nRows; ++i)
-        __builtin_prefetch(planes[rows[i].nPlane].Row(row) + first * rows[i].form.Bytes(), 1);
+
+/** Asks the processor for what is some rows below. */
+void Prefetch(const PlaneTarget &plane, const std::uint8_t *bytes, std::ptrdiff_t count)
+{
+    // A decoder's frames have left the caches, and rows are too far apart for the processor's own prefetching.
+    constexpr std::intptr_t Ahead = 4;
+    constexpr std::ptrdiff_t CacheLine = 64;
+    // There may be no such row, which does no harm.
+    const auto below = reinterpret_cast<std::uintptr_t>(bytes) + static_cast<std::uintptr_t>(Ahead * plane.nLinesize);
+    for (std::ptrdiff_t at = 0; at < count; at += CacheLine)
+        __builtin_prefetch(reinterpret_cast<const void *>(below + at), 1); // NOLINT(performance-no-int-to-ptr)
 }
 
-// cppcheck-suppress uninitMemberVar; see m_rows
-MixRows::MixRows(const MixKernel &kernel, const MixPass &pass, const FramePlanes &planes, const MixChunkPlace &place) :
-    m_kernel(kernel), m_pass(pass), m_nSteps(place.Steps())
+} // namespace
+
+void MixRows::Read(const FramePlanes &planes, const MixChunkPlace &place)
 {
-    for (int i = 0; i < pass.nRows; ++i) {
-        const RowForm &form = pass.rows[i].form;
-        const PlaneTarget &plane = planes[pass.rows[i].nPlane];
+    m_nSteps = place.Steps();
+    std::uint8_t *copy = m_copy.data();
+    for (int i = 0; i < m_pass.nRows; ++i) {
+        const RowForm &form = m_pass.rows[i].form;
+        const PlaneTarget &plane = planes[m_pass.rows[i].nPlane];
         const std::ptrdiff_t before = place.nFirst * form.Bytes();
         const std::ptrdiff_t bytes = static_cast<std::ptrdiff_t>(m_nSteps) * form.Bytes();
         Row &row = m_rows[i];
         row.pFrame = nullptr;
         row.pBytes = plane.Row(place.nRow) + before;
+        Prefetch(plane, row.pBytes, bytes);
         if (bytes > plane.nRowBytes - before) {
             row.pFrame = row.pBytes;
-            row.pBytes = row.copy.data();
+            row.pBytes = copy;
+            copy += bytes;
             row.nInFrame = plane.nRowBytes - before;
             std::memcpy(row.pBytes, row.pFrame, row.nInFrame);
             std::memset(row.pBytes + row.nInFrame, 0, bytes - row.nInFrame);
         }
-        kernel.Split(row.pBytes, m_nSteps, form, row.channels);
+        m_kernel.Split(row.pBytes, m_nSteps, form, row.channels);
     }
 }
 

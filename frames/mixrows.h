@@ -30,17 +30,18 @@ struct MixPass {
     std::array<int, 4> rowOf = {}, channelOf = {}; ///< of the components, by number
 
     void Add(const PixelFormat &format, int number);
-    /** Asks the processor for what will be worked on soon. */
-    void Prefetch(const FramePlanes &planes, int row, int first) const;
 };
 
 /** The samples of a chunk, split into components. */
 class MixRows
 {
 public:
-    MixRows(const MixKernel &kernel, const MixPass &pass, const FramePlanes &planes, const MixChunkPlace &place);
+    /** @param pass  must stay valid as long as this */
+    MixRows(const MixKernel &kernel, const MixPass &pass) : m_kernel(kernel), m_pass(pass) {}
 
+    void Read(const FramePlanes &planes, const MixChunkPlace &place);
     MixSamples &Of(int component) { return m_rows[m_pass.rowOf[component]].channels[m_pass.channelOf[component]]; }
+    /** Of what was read. */
     void Write();
 
 private:
@@ -49,11 +50,14 @@ private:
         std::uint8_t *pBytes;    ///< whole steps, in the frame or in the copy
         std::uint8_t *pFrame;    ///< where the copy belongs; null for none
         std::ptrdiff_t nInFrame; ///< bytes of the copy that do
-        std::array<std::uint8_t, MixChunk * 8> copy;
     };
+    /** Bytes of a sample of all components at once, at most. */
+    static constexpr std::size_t MostBytes = 8;
 
     const MixKernel &m_kernel;
     const MixPass &m_pass;
-    std::size_t m_nSteps;
-    std::array<Row, 4> m_rows; // not initialised, which would cost more than the work
+    std::size_t m_nSteps = 0;
+    // Not initialised, which would cost more than the work.
+    std::array<Row, 4> m_rows;
+    std::array<std::uint8_t, MixChunk * MostBytes> m_copy;
 };

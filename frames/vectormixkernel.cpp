@@ -174,12 +174,12 @@ void Join(const Channels &channels, std::size_t count, const RowForm &form, std:
                        HWY_ATTR { JoinSteps<decltype(element), decltype(step)::value>(channels, count, row); });
 }
 
-void SpreadSamples(const InkSamples *blocks, std::size_t count, const InkMix &mix, InkMixLists &lists)
+template <int Components>
+HWY_INLINE void SpreadComponents(const InkSamples *blocks, std::size_t count, const InkMix &mix, InkMixLists &lists)
 {
     const Tag tag;
     const NumberTag number;
-    const auto rest = hn::Set(number, mix.nRest);
-    const auto untouched = hn::Set(number, Untouched);
+    const InkMix colors = mix;
     for (std::size_t n = 0; n < count; ++n) {
         std::array<std::uint8_t, sizeof(std::uint64_t)> shown;
         std::array<std::uint8_t, sizeof(std::uint64_t)> text;
@@ -189,14 +189,27 @@ void SpreadSamples(const InkSamples *blocks, std::size_t count, const InkMix &mi
             const std::size_t at = n * MixBlock + i;
             const auto isShown = hn::LoadMaskBits(number, &shown[i / 8]);
             const auto isText = hn::LoadMaskBits(tag, &text[i / 8]);
-            hn::StoreU(hn::IfThenElse(isShown, rest, untouched), number, &lists.listRest[at]);
-            for (int component = 0; component < mix.nComponents; ++component) {
-                const auto ofText = hn::Set(tag, mix.text[component]);
-                const auto ofOutline = hn::Set(tag, mix.outline[component]);
+            const auto rest = hn::IfThenElse(isShown, hn::Set(number, colors.nRest), hn::Set(number, Untouched));
+            hn::StoreU(rest, number, &lists.listRest[at]);
+            for (int component = 0; component < Components; ++component) {
+                const auto ofText = hn::Set(tag, colors.text[component]);
+                const auto ofOutline = hn::Set(tag, colors.outline[component]);
                 hn::StoreU(hn::IfThenElse(isText, ofText, ofOutline), tag, &lists.listBases[component][at]);
             }
         }
     }
+}
+
+void SpreadSamples(const InkSamples *blocks, std::size_t count, const InkMix &mix, InkMixLists &lists)
+{
+    if (mix.nComponents == 1)
+        SpreadComponents<1>(blocks, count, mix, lists);
+    else if (mix.nComponents == 2)
+        SpreadComponents<2>(blocks, count, mix, lists);
+    else if (mix.nComponents == 3)
+        SpreadComponents<3>(blocks, count, mix, lists);
+    else
+        SpreadComponents<4>(blocks, count, mix, lists);
 }
 
 /** A share of a number, rounded to nearest; not both may be -32,768. */

@@ -18,7 +18,7 @@ namespace
 {
 
 /** As many as fill whole steps, and what comes after them. */
-constexpr std::size_t Counts[] = {32, 64, 224, 256};
+constexpr std::size_t Counts[] = {32, 64, 480, 512};
 
 class MixKernelTest : public testing::TestWithParam<NamedKernel<MixKernel>>
 {
@@ -198,7 +198,7 @@ TEST_P(MixKernelTest, TintsByThePair)
     for (int n = 0; n < 50; ++n) {
         for (const MixSettings &settings : AllSettings()) {
             const bool isTwice = n % 2 == 1;
-            const std::size_t count = isTwice ? 128 : Counts[n % 4];
+            const std::size_t count = isTwice ? 256 : Counts[n % 4];
             MixSamples first;
             MixSamples second;
             MixSamples tints;
@@ -288,8 +288,8 @@ TEST_P(MixKernelTest, MixesBytesAsInRgb24)
                 list[i] = static_cast<std::uint16_t>((255 - std::max<int>(lists.listRest[i], 0)) * Below(256));
         }
         const std::array<MixSamples, 3> before = samples;
-        Kernel().MixSingle(samples[2], nullptr, 256, lists.listBases[2].data(), lists.listRest.data(), settings);
-        Kernel().MixPair(samples[0], samples[1], 256, lists.Of(false), 0, settings);
+        Kernel().MixSingle(samples[2], nullptr, MixChunk, lists.listBases[2].data(), lists.listRest.data(), settings);
+        Kernel().MixPair(samples[0], samples[1], MixChunk, lists.Of(false), 0, settings);
         for (std::size_t i = 0; i < MixChunk; ++i) {
             const int rest = lists.listRest[i];
             for (std::size_t of = 0; of < 3; ++of) {
