@@ -2,6 +2,7 @@
 #include "cues.h"
 #include "host.h"
 #include "libsubtitleframe.h"
+#include "pictures.h"
 
 extern "C" {
 #include <libavutil/imgutils.h>
@@ -13,18 +14,19 @@ namespace
 
 const std::array<const char *, 4> Formats = {"yuv420p", "nv12", "p010le", "rgb24"};
 
-/** A renderer with a film's cues, and a burner; every frame is another one of a ring. */
+/** A renderer with a film's cues, or a file, and a burner; every frame is another one of a ring. */
 class FrameHost
 {
 public:
-    explicit FrameHost(const benchmark::State &state, int look = SUBTITLE_LOOK_EXACT) :
+    explicit FrameHost(const benchmark::State &state, int look = SUBTITLE_LOOK_EXACT,
+                       const std::string &file = SrtFile(FilmCues)) :
         m_ring(FrameRing::Of(Argument(state, 0), Argument(state, 1))),
         m_subtitle(CreateVideoSubtitle(Argument(state, 0), Argument(state, 1))),
         m_burner(CreateSubtitleBurner(m_subtitle))
     {
         SetSubtitleBurnerLook(m_burner, look);
         SetSubtitleFontParam(m_subtitle, "DejaVu Sans", 0, 0);
-        SetSubtitleFile(m_subtitle, SrtFile(FilmCues).c_str(), 0);
+        SetSubtitleFile(m_subtitle, file.c_str(), 0);
         m_frame.width = Argument(state, 0);
         m_frame.height = Argument(state, 1);
         m_frame.format = SubtitlePixelFormat(Formats[Argument(state, 2)]);
@@ -66,6 +68,15 @@ void SteadyFrame(benchmark::State &state)
     long ms = 0;
     for ([[maybe_unused]] auto _ : state)
         host.Process(CueDistance + ms++ % CueDuration);
+}
+
+void SteadyFramePicture(benchmark::State &state)
+{
+    FrameHost host(state, SUBTITLE_LOOK_EXACT, PictureFile());
+    long ms = 1;
+    host.Process(PictureDistance + ms);
+    for ([[maybe_unused]] auto _ : state)
+        host.Process(PictureDistance + ms++ % PictureDistance);
 }
 
 void FrameChange(benchmark::State &state)
@@ -115,14 +126,21 @@ void FormatsAndOpacities(benchmark::internal::Benchmark *benchmark)
     benchmark->Unit(benchmark::kMicrosecond);
 }
 
-void FormatChanges(benchmark::internal::Benchmark *benchmark)
+void FormatsAndSizes(benchmark::internal::Benchmark *benchmark)
 {
     for (int format = 0; format < static_cast<int>(Formats.size()); ++format)
         benchmark->Args({1920, 1080, format})->Args({3840, 2160, format});
-    benchmark->Unit(benchmark::kMicrosecond)->Iterations(ChangeCount)->UseManualTime();
+    benchmark->Unit(benchmark::kMicrosecond);
+}
+
+void FormatChanges(benchmark::internal::Benchmark *benchmark)
+{
+    FormatsAndSizes(benchmark);
+    benchmark->Iterations(ChangeCount)->UseManualTime();
 }
 
 BENCHMARK(SteadyFrame)->Apply(FormatsAndOpacities);
+BENCHMARK(SteadyFramePicture)->Apply(FormatsAndSizes);
 BENCHMARK(FrameChange)->Apply(FormatChanges);
 BENCHMARK(NaturalSteady)->Apply(NaturalSizes);
 BENCHMARK(NaturalChange)->Apply(NaturalChanges);

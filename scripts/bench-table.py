@@ -129,6 +129,17 @@ def format_rows(t):
             rows.append(Row(f"steady frame in {name}, {label}, opaque", t(f"SteadyFrame/{args}/{number}/255"),
                             [("RGB24", rgb), ("libass merged", merged)],
                             f"at most {goal} × RGB24, below 0.5 × libass", [(rgb, goal), (merged, 0.5)]))
+    for number, name in ((0, "yuv420p"), (1, "nv12"), (2, "p010"), (3, "rgb24")):
+        for label, args in SIZES[2:]:
+            floor = t(f"MemcpyOfText/{args}")
+            rows.append(Row(f"steady frame in {name}, {label}, opacity 128", t(f"SteadyFrame/{args}/{number}/128"),
+                            [("floor", floor), ("RGB24", t(f"SteadyText/{args}/128"))],
+                            "at most 1.5 × floor", [(floor, 1.5)]))
+            floor = t(f"MemcpyOfPicture/{args}")
+            rows.append(Row(f"steady frame in {name}, bitmap of 720x576 at {label}",
+                            t(f"SteadyFramePicture/{args}/{number}"),
+                            [("floor", floor), ("RGB24", t(f"SteadyPicture/{args}"))],
+                            "at most 1.5 × floor", [(floor, 1.5)]))
     for number, name, _ in formats:
         for label, args in SIZES[2:]:
             rgb = t(f"TextChange/{args}/0")
