@@ -3,6 +3,8 @@ add_library(subtitleframe_objects OBJECT
   frames/avframereader.cpp
   frames/blendlists.cpp
   frames/chromasite.cpp
+  frames/coverink.cpp
+  frames/coverkernel.cpp
   frames/frameburner.cpp
   frames/framecolors.cpp
   frames/hdrcolor.cpp
@@ -21,6 +23,7 @@ add_library(subtitleframe_objects OBJECT
   frames/samplekernel.cpp
   frames/samplerows.cpp
   frames/vectorblend.cpp
+  frames/vectorcover.cpp
   frames/vectormixkernel.cpp
   frames/vectorsamplekernel.cpp)
 target_include_directories(subtitleframe_objects PUBLIC ${PROJECT_SOURCE_DIR})

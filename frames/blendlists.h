@@ -2,7 +2,6 @@
 
 #include "frames/framelayout.h"
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -21,11 +20,8 @@ struct ByteBlend {
     std::vector<std::uint8_t> listRests;
 
     void Clear();
-    /**
-     * Adds a span and returns where its bytes begin in the lists.
-     * @param isFilledIn  the caller fills in what becomes of all of them; else they all stay as they are.
-     */
-    std::size_t Add(int row, int first, int count, bool isFilledIn);
+    /** Adds a span whose bytes stay as they are, and returns where these begin in the lists. */
+    std::size_t Add(int row, int first, int count);
 
 private:
     std::size_t m_nUsed = 0; ///< of the lists, which do not become smaller
@@ -36,13 +32,6 @@ struct SampleBlend {
     std::vector<Span> listSpans;
     std::vector<std::uint32_t> listBases;
     std::vector<std::uint32_t> listRests; ///< 0 to 65,536
-};
-
-/** What two colours put into the bytes of a pixel, or of a pair of chroma samples. */
-struct ByteCodes {
-    int nStep;                          ///< bytes a pixel
-    std::array<bool, 4> bUsed;          ///< of these; the others stay as they are
-    std::array<float, 4> text, outline; ///< code values
 };
 
 /**
@@ -58,22 +47,10 @@ inline void PutPart(float code, float rest, std::uint16_t &base, std::uint8_t &r
     base = static_cast<std::uint16_t>(255 * code + (whole - static_cast<float>(rounded)) * Middle + Middle);
 }
 
-/** All kernels give the same bytes, except that numbers of Put() may differ by 1. */
+/** All kernels give the same bytes. */
 struct BlendBytesKernel {
     /** Bytes after a span may be written with what they hold; nothing after a row's end is read or written. */
     void (*Blend)(const PlaneTarget &plane, const ByteBlend &blend);
-    /** Fills in lists for pixels with shares of two colours. What is not used stays as it is. */
-    void (*Put)(const float *text, const float *outline, std::size_t count, const ByteCodes &codes,
-                std::uint16_t *bases, std::uint8_t *rests);
-    /** The shares of covered pixels, times @p weight, of which 1 is the whole: those of the text, and of the outline
-     *  where it is not below the text. */
-    void (*Share)(const std::uint8_t *text, const std::uint8_t *outline, std::size_t count, float weight,
-                  float *textShares, float *outlineShares);
-    /** The same, added to what is there. */
-    void (*AddShare)(const std::uint8_t *text, const std::uint8_t *outline, std::size_t count, float weight,
-                     float *textShares, float *outlineShares);
-    /** Means: to[i] is the sum of from[2 i] to from[2 i + 3], each with its weight. */
-    void (*Halve)(const float *from, std::size_t count, const std::array<float, 4> &weights, float *to);
 };
 
 /** For any processor. */

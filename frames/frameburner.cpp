@@ -179,7 +179,9 @@ int FrameBurner::BurnShown(const Shown &shown, SubtitleFrame frame, Preparer *pr
 
 void FrameBurner::Draw(const FramePlanes &planes) const
 {
-    if (m_bNatural)
+    if (m_bNatural && m_bCover)
+        m_coverInk.Draw(planes);
+    else if (m_bNatural)
         m_naturalInk.Draw(planes);
     else if (m_bOpaque)
         m_opaqueInk.Draw(planes);
@@ -235,7 +237,11 @@ void FrameBurner::Rebuild(const NaturalSubtitle &shown)
 {
     const Orientation orientation(m_description.orientation, shown.nFrameWidth, shown.nFrameHeight);
     m_naturalMap.Build(shown, orientation, m_colors);
-    m_naturalInk.Build(m_naturalMap, m_layout, m_colors, shown.colors);
+    m_bCover = !m_naturalMap.HasPicture();
+    if (m_bCover)
+        m_coverInk.Build(m_naturalMap, m_layout, m_colors, shown.colors);
+    else
+        m_naturalInk.Build(m_naturalMap, m_layout, m_colors, shown.colors);
 }
 
 void FrameBurner::RebuildText(const InkRows &ink, const ShownSubtitle &shown)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "frames/coverink.h"
 #include "frames/framecolors.h"
 #include "frames/framelayout.h"
 #include "frames/inkrows.h"
@@ -80,11 +81,13 @@ private:
     FrameColors m_colors;
     std::uint64_t m_nVersion = 0; ///< of what is kept; 0 when nothing is
     bool m_bNatural = false;      ///< what is kept is in the natural look
+    bool m_bCover = false;        ///< in the natural look: text alone
     bool m_bOpaque = false;
     PixelMap m_map;
     std::vector<FrameColor> m_listColors;
     OpaqueInk m_opaqueInk;
     MixedInk m_mixedInk;
     NaturalMap m_naturalMap;
+    CoverInk m_coverInk;
     NaturalInk m_naturalInk;
 };

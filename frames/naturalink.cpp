@@ -40,15 +40,12 @@ void NaturalInk::Build(const NaturalMap &map, const FrameLayout &layout, const F
 {
     m_layout = layout;
     m_colors = {colors.Convert(ofText.text), colors.Convert(ofText.outline)};
-    m_bPicture = map.HasPicture();
     for (ByteBlend &blend : m_bytes)
         blend.Clear();
     for (SampleBlend &blend : m_samples)
         blend = {};
     std::array<PlaneGroup, 4> groups = {};
     for (int plane = 0; plane < m_layout.format.nPlanes; ++plane) {
-        if (m_layout.format.nElementBytes == 1)
-            m_listCodes[plane] = CodesOf(plane);
         const PlaneGroup of = KindOf(plane);
         // Alike planes together, so that shares are found once.
         auto *group = std::find_if(groups.begin(), groups.end(),
@@ -113,18 +110,13 @@ void NaturalInk::BuildRun(const NaturalMap &map, const PlaneGroup &group, int ro
         int lastSample = end - 1;
         m_layout.columns.ToSamples(firstSample, lastSample);
         const int count = lastSample - firstSample + 1;
-        if (m_bPicture)
-            LoadMeans(map, RowsOf(group, row), firstSample, count);
-        else
-            LoadTextMeans(map, RowsOf(group, row), firstSample, count);
+        LoadMeans(map, RowsOf(group, row), firstSample, count);
         // So that both kinds begin in one place.
         first = 2 * firstSample;
         end = std::min(2 * (lastSample + 1), m_layout.nWidth);
     }
-    if (group.bSingles && m_bPicture)
+    if (group.bSingles)
         LoadShares(map, row, first, end - first);
-    else if (group.bSingles)
-        LoadTextShares(map, row, first, end - first);
     for (int i = 0; i < group.nPlanes; ++i) {
         const int plane = group.listPlanes[i];
         if (m_layout.format.nElementBytes == 1) {
@@ -140,7 +132,7 @@ void NaturalInk::BuildRun(const NaturalMap &map, const PlaneGroup &group, int ro
 void NaturalInk::AddPictureCodes(const NaturalMap &map, Shares &shares) const
 {
     for (int i = 0; i < 4; ++i) {
-        if (!m_bPicture || (i < 3 ? i >= m_layout.format.nColors : !m_layout.format.bAlpha))
+        if (i < 3 ? i >= m_layout.format.nColors : !m_layout.format.bAlpha)
             continue;
         std::vector<float> &codes = shares.pictureCodes[i];
         codes.resize(shares.nCount);
@@ -160,45 +152,6 @@ void NaturalInk::LoadShares(const NaturalMap &map, int row, int first, int count
     std::swap(m_single.picture, m_weights.picture);
 }
 
-void NaturalInk::LoadTextShares(const NaturalMap &map, int row, int first, int count)
-{
-    m_single.nFirst = first;
-    m_single.nCount = count;
-    m_single.text.resize(count);
-    m_single.outline.resize(count);
-    if (map.Cover(row, first, count, m_text, m_outline)) {
-        m_pKernel->Share(m_text.pBytes, m_outline.pBytes, count, map.Opacity(), m_single.text.data(),
-                         m_single.outline.data());
-        return;
-    }
-    std::fill(m_single.text.begin(), m_single.text.end(), 0.0F);
-    std::fill(m_single.outline.begin(), m_single.outline.end(), 0.0F);
-}
-
-void NaturalInk::LoadTextMeans(const NaturalMap &map, const Taps &rows, int first, int count)
-{
-    const int pixel = 2 * first - 1;
-    const std::size_t pixels = 2 * static_cast<std::size_t>(count) + 2;
-    m_means.nFirst = first;
-    m_means.nCount = count;
-    m_row.text.assign(pixels, 0.0F);
-    m_row.outline.assign(pixels, 0.0F);
-    for (int tap = 0; tap < rows.nCount; ++tap) {
-        const float weight = map.Opacity() * static_cast<float>(rows.weights[tap]) / Taps::Whole;
-        if (map.Cover(rows.positions[tap], pixel, static_cast<int>(pixels), m_text, m_outline))
-            m_pKernel->AddShare(m_text.pBytes, m_outline.pBytes, pixels, weight, m_row.text.data(),
-                                m_row.outline.data());
-    }
-    std::array<float, 4> weights = {};
-    for (std::size_t i = 0; i < weights.size(); ++i)
-        weights[i] = static_cast<float>(m_layout.columns.Weights()[i]) / Taps::Whole;
-    for (auto [from, to] : {std::pair(&m_row.text, &m_means.text), std::pair(&m_row.outline, &m_means.outline)}) {
-        ExtendSides(*from, pixel, m_layout.nWidth);
-        to->resize(count);
-        m_pKernel->Halve(from->data(), count, weights, to->data());
-    }
-}
-
 void NaturalInk::LoadMeans(const NaturalMap &map, const Taps &rows, int first, int count)
 {
     const int pixel = 2 * first - 1;
@@ -208,7 +161,7 @@ void NaturalInk::LoadMeans(const NaturalMap &map, const Taps &rows, int first, i
     for (auto *list : {&m_means.text, &m_means.outline, &m_means.picture})
         list->assign(count, 0.0F);
     for (auto &codes : m_means.pictureCodes)
-        codes.assign(m_bPicture ? count : 0, 0.0F);
+        codes.assign(count, 0.0F);
     const std::array<int, 4> columns = m_layout.columns.Weights();
     for (int tap = 0; tap < rows.nCount; ++tap) {
         map.Load(rows.positions[tap], pixel, static_cast<int>(pixels), m_weights);
@@ -225,8 +178,6 @@ void NaturalInk::LoadMeans(const NaturalMap &map, const Taps &rows, int first, i
         };
         add(m_means.text, m_weights.text);
         add(m_means.outline, m_weights.outline);
-        if (!m_bPicture)
-            continue;
         add(m_means.picture, m_weights.picture);
         for (int i = 0; i < m_layout.format.nColors; ++i)
             add(m_means.pictureCodes[i], m_row.pictureCodes[i]);
@@ -240,11 +191,6 @@ void NaturalInk::ForParts(int component, const Shares &shares, Put put) const
     const float text = CodeOf(m_colors.text, component);
     const float outline = CodeOf(m_colors.outline, component);
     const std::size_t count = shares.nCount;
-    if (!m_bPicture) {
-        for (std::size_t i = 0; i < count; ++i)
-            put(i, shares.text[i] * text + shares.outline[i] * outline, 1 - shares.text[i] - shares.outline[i]);
-        return;
-    }
     const std::vector<float> &codes = shares.pictureCodes[component];
     for (std::size_t i = 0; i < count; ++i) {
         put(i, shares.text[i] * text + shares.outline[i] * outline + codes[i],
@@ -263,37 +209,15 @@ void NaturalInk::PutBytes(int plane, int row, bool isSubsampled)
             first = shares.nFirst * component.nStep;
         count = std::max(count, shares.nCount * component.nStep);
     });
-    const bool isPut = !m_bPicture && m_listCodes[plane].nStep > 0;
-    const std::size_t at = blend.Add(row, first, count, isPut);
+    const std::size_t at = blend.Add(row, first, count);
     std::uint16_t *bases = blend.listBases.data() + at;
     std::uint8_t *rests = blend.listRests.data() + at;
-    if (isPut) {
-        const Shares &shares = isSubsampled ? m_means : m_single;
-        m_pKernel->Put(shares.text.data(), shares.outline.data(), shares.nCount, m_listCodes[plane], bases, rests);
-        return;
-    }
     m_layout.format.ForComponents(plane, [&](int i, const Component &component) {
         ForParts(i, component.nColumnsLog2 > 0 ? m_means : m_single, [&](std::size_t sample, float code, float rest) {
             const std::size_t byte = sample * component.nStep + component.nOffset;
             PutPart(code, rest, bases[byte], rests[byte]);
         });
     });
-}
-
-/** Of a plane whose bytes are all filled in by one kind of samples; else without a step. */
-ByteCodes NaturalInk::CodesOf(int plane) const
-{
-    ByteCodes codes = {};
-    bool isOfOneKind = true;
-    m_layout.format.ForComponents(plane, [&](int i, const Component &component) {
-        isOfOneKind &= codes.nStep == 0 || codes.nStep == component.nStep;
-        codes.nStep = component.nStep;
-        codes.bUsed[component.nOffset] = true;
-        codes.text[component.nOffset] = CodeOf(m_colors.text, i);
-        codes.outline[component.nOffset] = CodeOf(m_colors.outline, i);
-    });
-    const bool isWhole = std::all_of(codes.bUsed.begin(), codes.bUsed.begin() + codes.nStep, [](bool b) { return b; });
-    return isOfOneKind && (isWhole || codes.nStep == 4) ? codes : ByteCodes();
 }
 
 void NaturalInk::PutSamples(int component, int row, const Shares &shares)

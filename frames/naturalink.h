@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <vector>
 
-/** The natural look in the format of a frame: how much of each sample stays, and what is added. */
+/** A picture of the natural look, with text, in the format of a frame: how much of each sample stays, and what is added. */
 class NaturalInk
 {
 public:
@@ -43,13 +43,9 @@ private:
     void BuildPlanes(const NaturalMap &map, const PlaneGroup &group);
     void BuildRun(const NaturalMap &map, const PlaneGroup &group, int row, int first, int end);
     void LoadShares(const NaturalMap &map, int row, int first, int count);
-    /** The same of pixels and samples that no picture has a share in. */
-    void LoadTextShares(const NaturalMap &map, int row, int first, int count);
-    void LoadTextMeans(const NaturalMap &map, const Taps &rows, int first, int count);
     void LoadMeans(const NaturalMap &map, const Taps &rows, int first, int count);
     void AddPictureCodes(const NaturalMap &map, Shares &shares) const;
     void PutBytes(int plane, int row, bool isSubsampled);
-    ByteCodes CodesOf(int plane) const;
     void PutSamples(int component, int row, const Shares &shares);
     template <typename Put>
     void ForParts(int component, const Shares &shares, Put put) const;
@@ -61,13 +57,9 @@ private:
     std::array<ByteBlend, 4> m_bytes;     ///< of the planes, where elements are bytes
     std::array<SampleBlend, 4> m_samples; ///< of the components, where they are not
     // While something is built.
-    std::array<ByteCodes, 4> m_listCodes = {}; ///< of the planes
-    bool m_bPicture = false;
     NaturalMap::Weights m_weights;
     Shares m_single = {}; ///< of samples that belong to one pixel
     Shares m_means = {};  ///< of chroma samples that belong to several
     Shares m_row = {};    ///< of the pixels that such samples are of
-    NaturalMap::Bytes m_text = {};
-    NaturalMap::Bytes m_outline = {};
     std::vector<std::uint8_t> m_listGroups;
 };

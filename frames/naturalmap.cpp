@@ -51,15 +51,16 @@ void ForPixels(const FrameArea &area, const FrameArea &whole, const Orientation 
 void NaturalMap::Build(const NaturalSubtitle &shown, const Orientation &orientation, const FrameColors &colors)
 {
     m_area = Union(InFrame(shown.text, orientation), InFrame(shown.picture, orientation));
-    m_fOpacity = static_cast<float>(shown.nOpacity) / 255;
+    m_nOpacity = shown.nOpacity;
     m_bPicture = !shown.picture.IsEmpty();
     m_listColors.clear();
     m_numbers.clear();
     m_listAlphas.clear();
     m_listNumbers.clear();
     TakeText(shown, orientation);
-    if (m_bPicture)
-        TakePicture(shown, orientation, colors);
+    if (!m_bPicture)
+        return;
+    TakePicture(shown, orientation, colors);
     FindGroups();
 }
 
@@ -130,7 +131,7 @@ void NaturalMap::FindGroups()
         const std::size_t at = static_cast<std::size_t>(row) * m_area.nColumns;
         const std::uint8_t *text = m_pText + at;
         const std::uint8_t *outline = m_pOutline + at;
-        const std::uint8_t *alphas = m_bPicture ? m_listAlphas.data() + at : text;
+        const std::uint8_t *alphas = m_listAlphas.data() + at;
         for (std::size_t i = 0; i < whole; ++i) {
             const std::size_t first = i * GroupPixels;
             *group++ = (any(text + first, GroupPixels) | any(outline + first, GroupPixels) |
@@ -154,13 +155,9 @@ void NaturalMap::Load(int row, int column, int count, Weights &weights) const
     const int first = std::max(column, m_area.nLeft);
     const int end = std::min(column + count, m_area.nLeft + m_area.nColumns);
     const bool isOutside = row < m_area.nTop || row >= m_area.nTop + m_area.nRows || first >= end;
-    for (auto *list : {&weights.text, &weights.outline, &weights.picture}) {
-        if (isOutside || end - first < count || list == &weights.picture)
-            list->assign(list != &weights.picture || m_bPicture ? count : 0, 0.0F);
-        else
-            list->resize(count);
-    }
-    weights.colors.assign(m_bPicture ? count : 0, 0);
+    for (auto *list : {&weights.text, &weights.outline, &weights.picture})
+        list->assign(count, 0.0F);
+    weights.colors.assign(count, 0);
     if (isOutside)
         return;
     const std::size_t at = At(row) + (first - m_area.nLeft);
@@ -168,37 +165,18 @@ void NaturalMap::Load(int row, int column, int count, Weights &weights) const
     const std::size_t pixels = end - first;
     const std::uint8_t *text = m_pText + at;
     const std::uint8_t *outline = m_pOutline + at;
-    const float ofText = m_fOpacity / 255;
-    const float ofOutline = m_fOpacity / (255 * 255);
+    const float opacity = static_cast<float>(m_nOpacity) / 255;
+    const float ofText = opacity / 255;
+    const float ofOutline = opacity / (255 * 255);
     for (std::size_t i = 0; i < pixels; ++i) {
         weights.text[to + i] = static_cast<float>(text[i]) * ofText;
         weights.outline[to + i] = static_cast<float>((255 - text[i]) * outline[i]) * ofOutline;
     }
-    for (std::size_t i = 0; m_bPicture && i < pixels; ++i) {
+    for (std::size_t i = 0; i < pixels; ++i) {
         const float alpha = static_cast<float>(m_listAlphas[at + i]) / 255;
         weights.text[to + i] *= 1 - alpha;
         weights.outline[to + i] *= 1 - alpha;
-        weights.picture[to + i] = alpha * m_fOpacity;
+        weights.picture[to + i] = alpha * opacity;
         weights.colors[to + i] = m_listNumbers[at + i];
     }
-}
-
-bool NaturalMap::Cover(int row, int column, int count, Bytes &text, Bytes &outline) const
-{
-    const int first = std::max(column, m_area.nLeft);
-    const int end = std::min(column + count, m_area.nLeft + m_area.nColumns);
-    if (row < m_area.nTop || row >= m_area.nTop + m_area.nRows || first >= end)
-        return false;
-    const std::size_t at = At(row) + (first - m_area.nLeft);
-    const auto take = [&](const std::uint8_t *from, Bytes &to) {
-        to.pBytes = from + at;
-        if (end - first == count)
-            return;
-        to.listOwn.assign(count, 0);
-        std::copy_n(from + at, end - first, to.listOwn.begin() + (first - column));
-        to.pBytes = to.listOwn.data();
-    };
-    take(m_pText, text);
-    take(m_pOutline, outline);
-    return true;
 }

@@ -21,12 +21,6 @@ public:
         std::vector<std::uint32_t> colors; ///< the picture's, numbers in Colors()
     };
 
-    /** Bytes of somebody else, or of its own. */
-    struct Bytes {
-        const std::uint8_t *pBytes;
-        std::vector<std::uint8_t> listOwn;
-    };
-
     /** @param shown  must stay as it is while the map is used. */
     void Build(const NaturalSubtitle &shown, const Orientation &orientation, const FrameColors &colors);
 
@@ -36,16 +30,15 @@ public:
     /** Of the picture. */
     const std::vector<FrameColor> &Colors() const { return m_listColors; }
 
-    /** For each group of a row's pixels in the area whether any is covered; null for a row outside. */
+    /** For each group of a row's pixels in the area whether any is covered; null for a row outside. Only with a picture. */
     const std::uint8_t *Groups(int row) const;
     int GroupCount() const { return m_nGroups; }
 
-    float Opacity() const { return m_fOpacity; }
-    /**
-     * How much text and outline cover of @p count pixels of a row of the frame from @p column on; false, with nothing
-     * written, where they cover none. Bytes of pixels in the area alone are not copied.
-     */
-    bool Cover(int row, int column, int count, Bytes &text, Bytes &outline) const;
+    /** 0 to 255. */
+    int Opacity() const { return m_nOpacity; }
+    /** How much of the pixels of a row of the area text and outline cover. */
+    const std::uint8_t *Text(int row) const { return m_pText + At(row); }
+    const std::uint8_t *Outline(int row) const { return m_pOutline + At(row); }
 
     /** The weights of @p count pixels of a row of the frame from @p column on, which may lie outside the area. */
     void Load(int row, int column, int count, Weights &weights) const;
@@ -58,7 +51,7 @@ private:
     std::uint32_t NumberOf(std::uint32_t color, const FrameColors &colors);
 
     FrameArea m_area = {0, 0, 0, 0};
-    float m_fOpacity = 0;
+    int m_nOpacity = 0;
     bool m_bPicture = false;
     // Of the area; the text's are those of the subtitle itself where these lie as they are to.
     const std::uint8_t *m_pText = nullptr;

@@ -272,7 +272,7 @@ TEST(BlendBytes, AllKernelsGiveTheSameBytes)
         for (int row = 0; row < 4; ++row) {
             const int first = static_cast<int>(random() % Width);
             const int count = static_cast<int>(random() % (Width - first)) + 1;
-            const std::size_t at = blend.Add(row, first, count, true);
+            const std::size_t at = blend.Add(row, first, count);
             for (int i = 0; i < count; ++i) {
                 blend.listRests[at + i] = static_cast<std::uint8_t>(random());
                 // As much as leaves the sum below 65,535.

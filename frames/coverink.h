@@ -1,0 +1,41 @@
+#pragma once
+
+#include "frames/coverkernel.h"
+#include "frames/framecolors.h"
+#include "frames/framelayout.h"
+#include "frames/naturalmap.h"
+
+#include <cstdint>
+#include <vector>
+
+/** Text of the natural look without a picture, in the format of a frame: weights of samples, and the two colours' code values. */
+class CoverInk
+{
+public:
+    void Build(const NaturalMap &map, const FrameLayout &layout, const FrameColors &colors, const InkColors &ofText);
+    /** Allocates nothing. */
+    void Draw(const FramePlanes &planes) const;
+
+private:
+    /** Samples of bytes in a plane that have weights from one list. */
+    struct Layer {
+        int nPlane;
+        bool bMeans;
+        CoverCodes codes;
+    };
+    void BuildLayers();
+    void BuildSingles(const NaturalMap &map);
+    void BuildMeans(const NaturalMap &map);
+    const CoverList &ListOf(bool isOfMeans) const { return isOfMeans ? m_means : m_singles; }
+    void DrawSamples(const FramePlanes &planes, int component) const;
+
+    const CoverKernel *m_pKernel = &BestCoverKernel(); ///< chosen ahead: asking the processor takes a while
+    FrameLayout m_layout = {};
+    InkFrameColors m_colors = {};
+    CoverList m_singles;             ///< of samples that belong to one pixel
+    CoverList m_means;               ///< of chroma samples that belong to several
+    std::vector<Layer> m_listLayers; ///< where elements are bytes
+    // While something is built.
+    CoverRow m_pixels;
+    CoverRow m_halved;
+};
