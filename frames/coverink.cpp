@@ -3,6 +3,8 @@
 #include "frames/samplerows.h"
 
 #include <algorithm>
+#include <array>
+#include <utility>
 
 namespace
 {
@@ -40,7 +42,7 @@ void CoverInk::Build(const NaturalMap &map, const FrameLayout &layout, const Fra
 {
     m_layout = layout;
     m_colors = {colors.Convert(ofText.text), colors.Convert(ofText.outline)};
-    m_singles.Clear();
+    m_listPixels.clear();
     m_means.Clear();
     BuildLayers();
     if (map.Area().IsEmpty())
@@ -73,12 +75,8 @@ void CoverInk::BuildLayers()
 void CoverInk::BuildSingles(const NaturalMap &map)
 {
     const FrameArea &area = map.Area();
-    for (int row = area.nTop; row < area.nTop + area.nRows; ++row) {
-        m_pixels.Reset(area.nColumns);
-        m_pKernel->Weigh(map.Text(row), map.Outline(row), area.nColumns, map.Opacity(), 4, m_pixels.text.data(),
-                         m_pixels.outline.data());
-        m_singles.Add(row, area.nLeft, m_pixels);
-    }
+    for (int row = area.nTop; row < area.nTop + area.nRows; ++row)
+        AddCovered(row, area.nLeft, area.nColumns, map.Text(row), map.Outline(row), map.At(row), m_listPixels);
 }
 
 void CoverInk::BuildMeans(const NaturalMap &map)
@@ -115,36 +113,43 @@ void CoverInk::BuildMeans(const NaturalMap &map)
     }
 }
 
-void CoverInk::Draw(const FramePlanes &planes) const
+void CoverInk::Draw(const NaturalMap &map, const FramePlanes &planes) const
 {
-    for (const Layer &layer : m_listLayers)
-        m_pKernel->Blend(planes[layer.nPlane], ListOf(layer.bMeans), layer.codes);
+    const CoveredPixels pixels = {m_listPixels, map.Text(), map.Outline(), map.Opacity()};
+    for (const Layer &layer : m_listLayers) {
+        if (layer.bMeans)
+            m_pKernel->Blend(planes[layer.nPlane], m_means, layer.codes);
+        else
+            m_pKernel->BlendPixels(planes[layer.nPlane], pixels, layer.codes);
+    }
     for (int i = 0; i < m_layout.format.nPlanes && m_layout.format.nElementBytes > 1; ++i)
-        m_layout.format.ForComponents(i, [&](int component, const Component &) { DrawSamples(planes, component); });
+        m_layout.format.ForComponents(
+            i, [&](int component, const Component &) { DrawSamples(pixels, planes, component); });
 }
 
-void CoverInk::DrawSamples(const FramePlanes &planes, int component) const
+void CoverInk::DrawSamples(const CoveredPixels &pixels, const FramePlanes &planes, int component) const
 {
     const Component &format = m_layout.format.components[component];
     const bool isOfMeans = format.nColumnsLog2 > 0;
     const int width = isOfMeans ? m_layout.columns.Samples() : m_layout.nWidth;
     const std::uint32_t text = m_colors.text.codes[component];
     const std::uint32_t outline = m_colors.outline.codes[component];
-    const CoverList &list = ListOf(isOfMeans);
-    SampleChunk values = {};
-    for (const Span &span : list.Spans()) {
+    std::array<std::int32_t, CoverSamples> values = {};
+    for (const Span &span : isOfMeans ? m_means.Spans() : m_listPixels) {
         const SampleRow samples(planes, format, m_layout.format.nElementBytes, span.nRow);
-        const CoverBlock *block = list.Blocks(span);
         const int end = std::min(span.nFirst + span.nCount, width);
-        for (int first = span.nFirst; first < end; first += ChunkSamples) {
-            const int count = std::min(ChunkSamples, end - first);
+        for (int first = span.nFirst; first < end; first += CoverSamples) {
+            const int count = std::min<int>(CoverSamples, end - first);
+            const std::size_t done = first - span.nFirst;
+            CoverBlock block = {};
+            if (isOfMeans)
+                block = m_means.Blocks(span)[done / CoverSamples];
+            else
+                m_pKernel->Weigh(pixels.pText + span.nAt + done, pixels.pOutline + span.nAt + done, count,
+                                 pixels.nOpacity, Taps::Whole, block[0].data(), block[1].data());
             samples.Load(values.data(), first, count);
-            for (int done = 0; done < count; done += CoverSamples, ++block) {
-                for (std::size_t i = 0; i < CoverSamples; ++i) {
-                    std::int32_t &value = values[done + i];
-                    value = Blended(text, outline, (*block)[0][i], (*block)[1][i], value);
-                }
-            }
+            for (std::size_t i = 0; i < CoverSamples; ++i)
+                values[i] = Blended(text, outline, block[0][i], block[1][i], values[i]);
             samples.Store(values.data(), first, count);
         }
     }

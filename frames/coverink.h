@@ -13,8 +13,8 @@ class CoverInk
 {
 public:
     void Build(const NaturalMap &map, const FrameLayout &layout, const FrameColors &colors, const InkColors &ofText);
-    /** Allocates nothing. */
-    void Draw(const FramePlanes &planes) const;
+    /** Allocates nothing. @param map  as it was built from, with the same bytes. */
+    void Draw(const NaturalMap &map, const FramePlanes &planes) const;
 
 private:
     /** Samples of bytes in a plane that have weights from one list. */
@@ -26,14 +26,13 @@ private:
     void BuildLayers();
     void BuildSingles(const NaturalMap &map);
     void BuildMeans(const NaturalMap &map);
-    const CoverList &ListOf(bool isOfMeans) const { return isOfMeans ? m_means : m_singles; }
-    void DrawSamples(const FramePlanes &planes, int component) const;
+    void DrawSamples(const CoveredPixels &pixels, const FramePlanes &planes, int component) const;
 
     const CoverKernel *m_pKernel = &BestCoverKernel(); ///< chosen ahead: asking the processor takes a while
     FrameLayout m_layout = {};
     InkFrameColors m_colors = {};
-    CoverList m_singles;             ///< of samples that belong to one pixel
-    CoverList m_means;               ///< of chroma samples that belong to several
+    std::vector<Span> m_listPixels;  ///< those that are covered
+    CoverList m_means;               ///< of chroma samples that belong to several pixels
     std::vector<Layer> m_listLayers; ///< where elements are bytes
     // While something is built.
     CoverRow m_pixels;

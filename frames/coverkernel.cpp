@@ -63,7 +63,28 @@ void Blend(const PlaneTarget &plane, const CoverList &list, const CoverCodes &co
     }
 }
 
-constexpr CoverKernel Portable = {Weigh, Halve, Blend};
+void BlendPixels(const PlaneTarget &plane, const CoveredPixels &pixels, const CoverCodes &codes)
+{
+    for (const Span &span : pixels.listSpans) {
+        for (int done = 0; done < span.nCount; done += CoverSamples) {
+            const auto count = std::min<std::size_t>(CoverSamples, span.nCount - done);
+            const std::size_t at = span.nAt + done;
+            CoverBlock block = {};
+            Weigh(pixels.pText + at, pixels.pOutline + at, count, pixels.nOpacity, 4, block[0].data(), block[1].data());
+            BlendBlock(plane.Row(span.nRow) + static_cast<std::ptrdiff_t>(span.nFirst + done) * codes.nStep, count,
+                       block, codes);
+        }
+    }
+}
+
+constexpr CoverKernel Portable = {Weigh, Halve, Blend, BlendPixels};
+
+/** Bytes looked at together for whether any is covered. */
+template <typename Word>
+bool IsCovered(const std::uint8_t *text, const std::uint8_t *outline)
+{
+    return (Read<Word>(text) | Read<Word>(outline)) != 0;
+}
 
 bool HasWeight(const std::uint16_t *text, const std::uint16_t *outline)
 {
@@ -108,5 +129,27 @@ void CoverList::Add(int row, int first, const CoverRow &weights)
         std::copy_n(outline, CoverSamples, (*block)[1].begin());
         ++block;
         ++m_nUsed;
+    }
+}
+
+void AddCovered(int row, int first, int count, const std::uint8_t *text, const std::uint8_t *outline, std::size_t at,
+                std::vector<Span> &spans)
+{
+    using Word = std::uint64_t;
+    constexpr int Pixels = CoverSamples;
+    bool isInSpan = false;
+    for (int i = 0; i < count; i += Pixels) {
+        const int end = std::min(i + Pixels, count);
+        bool isCovered = false;
+        if (end - i == Pixels)
+            isCovered = IsCovered<Word>(text + i, outline + i) ||
+                        IsCovered<Word>(text + i + sizeof(Word), outline + i + sizeof(Word));
+        for (int pixel = i; end - i < Pixels && pixel < end; ++pixel)
+            isCovered |= IsCovered<std::uint8_t>(text + pixel, outline + pixel);
+        if (isCovered && !isInSpan)
+            spans.push_back({row, first + i, 0, at + i});
+        if (isCovered)
+            spans.back().nCount += end - i;
+        isInSpan = isCovered;
     }
 }

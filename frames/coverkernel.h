@@ -26,7 +26,7 @@ struct CoverRow {
     }
 };
 
-/** The samples of a frame that have weight, in spans of whole blocks. */
+/** Samples of a frame that have weight, with their weights, in spans of whole blocks. */
 class CoverList
 {
 public:
@@ -43,6 +43,17 @@ private:
     std::vector<CoverBlock> m_listBlocks; ///< does not become smaller
     std::size_t m_nUsed = 0;
 };
+
+/** Pixels that are covered: spans of a frame, and how much text and outline cover of each pixel. */
+struct CoveredPixels {
+    const std::vector<Span> &listSpans; ///< Span::nAt is where they begin in the following
+    const std::uint8_t *pText, *pOutline;
+    int nOpacity; ///< 0 to 255
+};
+
+/** Adds the spans of a row's pixels of which any is covered. @param at  where the row is in the lists of coverage */
+void AddCovered(int row, int first, int count, const std::uint8_t *text, const std::uint8_t *outline, std::size_t at,
+                std::vector<Span> &spans);
 
 /** What two colours put into samples that lie in one element of a byte each. */
 struct CoverCodes {
@@ -67,6 +78,8 @@ struct CoverKernel {
      * row's end is read or written.
      */
     void (*Blend)(const PlaneTarget &plane, const CoverList &list, const CoverCodes &codes);
+    /** The same with the weights of pixels. */
+    void (*BlendPixels)(const PlaneTarget &plane, const CoveredPixels &pixels, const CoverCodes &codes);
 };
 
 /** For any processor. */

@@ -168,6 +168,8 @@ int FrameBurner::BurnShown(const Shown &shown, SubtitleFrame frame, Preparer *pr
         m_bNatural = IsNatural;
         m_nVersion = shown.nVersion;
     }
+    if constexpr (IsNatural)
+        m_naturalMap.Renew(shown);
     if (preparer && !preparer->Prepare(frame))
         return -1;
     FramePlanes planes = {};
@@ -180,7 +182,7 @@ int FrameBurner::BurnShown(const Shown &shown, SubtitleFrame frame, Preparer *pr
 void FrameBurner::Draw(const FramePlanes &planes) const
 {
     if (m_bNatural && m_bCover)
-        m_coverInk.Draw(planes);
+        m_coverInk.Draw(m_naturalMap, planes);
     else if (m_bNatural)
         m_naturalInk.Draw(planes);
     else if (m_bOpaque)

@@ -66,9 +66,9 @@ void NaturalMap::Build(const NaturalSubtitle &shown, const Orientation &orientat
 
 void NaturalMap::TakeText(const NaturalSubtitle &shown, const Orientation &orientation)
 {
-    if (!m_bPicture && orientation.IsUpright()) {
-        m_pText = shown.pText;
-        m_pOutline = shown.pOutline;
+    m_bTaken = !m_bPicture && orientation.IsUpright();
+    if (m_bTaken) {
+        Renew(shown);
         return;
     }
     const std::size_t count = static_cast<std::size_t>(m_area.nColumns) * m_area.nRows;
@@ -82,6 +82,14 @@ void NaturalMap::TakeText(const NaturalSubtitle &shown, const Orientation &orien
     }
     m_pText = m_listText.data();
     m_pOutline = m_listOutline.data();
+}
+
+void NaturalMap::Renew(const NaturalSubtitle &shown)
+{
+    if (!m_bTaken)
+        return;
+    m_pText = shown.pText;
+    m_pOutline = shown.pOutline;
 }
 
 void NaturalMap::TakePicture(const NaturalSubtitle &shown, const Orientation &orientation, const FrameColors &colors)

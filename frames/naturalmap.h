@@ -21,7 +21,7 @@ public:
         std::vector<std::uint32_t> colors; ///< the picture's, numbers in Colors()
     };
 
-    /** @param shown  must stay as it is while the map is used. */
+    /** @param shown  what it points to must stay where it is while the map is used, or Renew() be called. */
     void Build(const NaturalSubtitle &shown, const Orientation &orientation, const FrameColors &colors);
 
     /** In the frame; all else stays as it is. */
@@ -36,7 +36,13 @@ public:
 
     /** 0 to 255. */
     int Opacity() const { return m_nOpacity; }
-    /** How much of the pixels of a row of the area text and outline cover. */
+    /** Takes the bytes from where they are now; nothing else may have become another. */
+    void Renew(const NaturalSubtitle &shown);
+    /** How much text and outline cover of the pixels of the area, one row after the other. */
+    const std::uint8_t *Text() const { return m_pText; }
+    const std::uint8_t *Outline() const { return m_pOutline; }
+    /** Where a row of the area begins there. */
+    std::size_t At(int row) const { return static_cast<std::size_t>(row - m_area.nTop) * m_area.nColumns; }
     const std::uint8_t *Text(int row) const { return m_pText + At(row); }
     const std::uint8_t *Outline(int row) const { return m_pOutline + At(row); }
 
@@ -47,13 +53,13 @@ private:
     void TakeText(const NaturalSubtitle &shown, const Orientation &orientation);
     void TakePicture(const NaturalSubtitle &shown, const Orientation &orientation, const FrameColors &colors);
     void FindGroups();
-    std::size_t At(int row) const { return static_cast<std::size_t>(row - m_area.nTop) * m_area.nColumns; }
     std::uint32_t NumberOf(std::uint32_t color, const FrameColors &colors);
 
     FrameArea m_area = {0, 0, 0, 0};
     int m_nOpacity = 0;
     bool m_bPicture = false;
     // Of the area; the text's are those of the subtitle itself where these lie as they are to.
+    bool m_bTaken = false;
     const std::uint8_t *m_pText = nullptr;
     const std::uint8_t *m_pOutline = nullptr;
     std::vector<std::uint8_t> m_listText, m_listOutline, m_listAlphas;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <type_traits>
 
 // Highway includes this file once for each kind of processor, with a namespace and a vector size of its own.
 #undef HWY_TARGET_INCLUDE
@@ -32,16 +33,34 @@ using WeightTag = hn::CappedTag<std::uint16_t, CoverSamples>;
 using ByteTag = hn::Rebind<std::uint8_t, WeightTag>;
 using Weights = hn::Vec<WeightTag>;
 
+/** What weights are multiplied by, of 65,536. */
+std::uint16_t PartOf(int opacity)
+{
+    return static_cast<std::uint16_t>(opacity * 257);
+}
+
+struct WeightPair {
+    Weights text, outline;
+};
+
+HWY_INLINE WeightPair WeightsOf(hn::Vec<ByteTag> text, hn::Vec<ByteTag> outline, Weights part)
+{
+    const WeightTag tag;
+    const auto covered = hn::PromoteTo(tag, text);
+    const auto product = hn::Mul(hn::Sub(hn::Set(tag, 255), covered), hn::PromoteTo(tag, outline));
+    return {hn::MulHigh(hn::Or(hn::ShiftLeft<8>(covered), covered), part),
+            hn::MulHigh(hn::Add(product, hn::ShiftRight<7>(product)), part)};
+}
+
 template <bool IsWhole>
 HWY_INLINE void WeighPixels(const std::uint8_t *text, const std::uint8_t *outline, std::size_t count, int opacity,
                             int quarters, std::uint16_t *textWeights, std::uint16_t *outlineWeights)
 {
     const WeightTag tag;
     const ByteTag bytes;
-    const auto part = hn::Set(tag, static_cast<std::uint16_t>(opacity * 257));
+    const auto part = hn::Set(tag, PartOf(opacity));
     const auto factor = hn::Set(tag, static_cast<std::uint16_t>(quarters));
     const auto add = [&](Weights weight, std::uint16_t *to) HWY_ATTR {
-        weight = hn::MulHigh(weight, part);
         if constexpr (!IsWhole)
             weight = hn::Mul(hn::ShiftRight<2>(weight), factor);
         hn::StoreU(hn::Add(hn::LoadU(tag, to), weight), tag, to);
@@ -49,11 +68,9 @@ HWY_INLINE void WeighPixels(const std::uint8_t *text, const std::uint8_t *outlin
     const std::size_t lanes = hn::Lanes(tag);
     std::size_t i = 0;
     for (; i + lanes <= count; i += lanes) {
-        const auto covered = hn::PromoteTo(tag, hn::LoadU(bytes, text + i));
-        const auto around = hn::PromoteTo(tag, hn::LoadU(bytes, outline + i));
-        const auto product = hn::Mul(hn::Sub(hn::Set(tag, 255), covered), around);
-        add(hn::Or(hn::ShiftLeft<8>(covered), covered), textWeights + i);
-        add(hn::Add(product, hn::ShiftRight<7>(product)), outlineWeights + i);
+        const WeightPair weights = WeightsOf(hn::LoadU(bytes, text + i), hn::LoadU(bytes, outline + i), part);
+        add(weights.text, textWeights + i);
+        add(weights.outline, outlineWeights + i);
     }
     PortableCoverKernel().Weigh(text + i, outline + i, count - i, opacity, quarters, textWeights + i,
                                 outlineWeights + i);
@@ -89,51 +106,97 @@ void Halve(const std::uint16_t *from, std::size_t count, const std::array<int, 4
     PortableCoverKernel().Halve(from + 2 * i, count - i, weights, to + i);
 }
 
-/** Blends a block of samples, of which each has Step bytes. */
-template <int Step>
-HWY_INLINE void BlendBlock(std::uint8_t *bytes, const CoverBlock &block, const CoverCodes &codes)
+/** Blends a block of samples, of which each has Step bytes. @param weightsAt  gives the weights of samples from a number on */
+template <int Step, typename WeightsAt>
+HWY_INLINE void BlendBlock(std::uint8_t *bytes, const CoverCodes &codes, WeightsAt weightsAt)
 {
     const WeightTag tag;
     const hn::RebindToSigned<WeightTag> signedTag;
     const ByteTag narrow;
     using Bytes = hn::Vec<ByteTag>;
     for (std::size_t i = 0; i < CoverSamples; i += hn::Lanes(tag)) {
-        const auto text = hn::LoadU(tag, block[0].data() + i);
-        const auto outline = hn::LoadU(tag, block[1].data() + i);
-        const auto rest = hn::Sub(hn::Sub(hn::Set(tag, WholeWeight), text), outline);
-        const auto blend = [&](Bytes old, int byte) HWY_ATTR {
+        const WeightPair weights = weightsAt(i);
+        const auto rest = hn::Sub(hn::Sub(hn::Set(tag, WholeWeight), weights.text), weights.outline);
+        const auto blend = [&](Bytes &old, int byte) HWY_ATTR {
+            if (!codes.bUsed[byte])
+                return;
             const auto below = hn::ShiftLeft<8>(hn::PromoteTo(tag, old));
-            const auto colors = hn::Add(hn::MulHigh(text, hn::Set(tag, codes.text[byte])),
-                                        hn::MulHigh(outline, hn::Set(tag, codes.outline[byte])));
+            const auto colors = hn::Add(hn::MulHigh(weights.text, hn::Set(tag, codes.text[byte])),
+                                        hn::MulHigh(weights.outline, hn::Set(tag, codes.outline[byte])));
             const auto sum = hn::Add(hn::Add(colors, hn::Set(tag, 128)), hn::MulHigh(rest, below));
-            return hn::DemoteTo(narrow, hn::BitCast(signedTag, hn::ShiftRight<8>(sum)));
+            old = hn::DemoteTo(narrow, hn::BitCast(signedTag, hn::ShiftRight<8>(sum)));
         };
         std::uint8_t *at = bytes + i * Step;
-        Bytes first;
-        Bytes second;
-        Bytes third;
-        Bytes fourth;
-        const auto blendUsed = [&](Bytes &old, int byte) HWY_ATTR {
-            if (codes.bUsed[byte])
-                old = blend(old, byte);
-        };
-        if constexpr (Step == 1) {
-            hn::StoreU(blend(hn::LoadU(narrow, at), 0), narrow, at);
-        } else if constexpr (Step == 2) {
+        Bytes first = hn::Zero(narrow);
+        Bytes second = first;
+        Bytes third = first;
+        Bytes fourth = first;
+        if constexpr (Step == 1)
+            first = hn::LoadU(narrow, at);
+        else if constexpr (Step == 2)
             hn::LoadInterleaved2(narrow, at, first, second);
-            blendUsed(first, 0);
-            blendUsed(second, 1);
-            hn::StoreInterleaved2(first, second, narrow, at);
-        } else if constexpr (Step == 3) {
+        else if constexpr (Step == 3)
             hn::LoadInterleaved3(narrow, at, first, second, third);
-            hn::StoreInterleaved3(blend(first, 0), blend(second, 1), blend(third, 2), narrow, at);
-        } else {
+        else
             hn::LoadInterleaved4(narrow, at, first, second, third, fourth);
-            blendUsed(first, 0);
-            blendUsed(second, 1);
-            blendUsed(third, 2);
-            blendUsed(fourth, 3);
+        blend(first, 0);
+        if constexpr (Step > 1)
+            blend(second, 1);
+        if constexpr (Step > 2)
+            blend(third, 2);
+        if constexpr (Step > 3)
+            blend(fourth, 3);
+        if constexpr (Step == 1)
+            hn::StoreU(first, narrow, at);
+        else if constexpr (Step == 2)
+            hn::StoreInterleaved2(first, second, narrow, at);
+        else if constexpr (Step == 3)
+            hn::StoreInterleaved3(first, second, third, narrow, at);
+        else
             hn::StoreInterleaved4(first, second, third, fourth, narrow, at);
+    }
+}
+
+template <int Step>
+HWY_INLINE void Prefetch(const PlaneTarget &plane, const std::vector<Span> &spans, std::size_t n)
+{
+    // A decoder's frames have left the caches, and rows are too far apart for the processor's own prefetching.
+    constexpr std::size_t Ahead = 12;
+    constexpr int CacheLine = 64;
+    if (n + Ahead >= spans.size())
+        return;
+    const Span &next = spans[n + Ahead];
+    for (int i = 0; i < next.nCount * Step + CacheLine; i += CacheLine)
+        __builtin_prefetch(plane.Row(next.nRow) + static_cast<std::ptrdiff_t>(next.nFirst) * Step + i, 1);
+}
+
+/** Blends a block of which the row has so many bytes. */
+template <int Step, typename WeightsAt>
+HWY_INLINE void BlendInRow(std::uint8_t *bytes, std::ptrdiff_t inRow, const CoverCodes &codes, WeightsAt weightsAt)
+{
+    constexpr std::ptrdiff_t BlockBytes = Step * CoverSamples;
+    if (inRow >= BlockBytes) {
+        BlendBlock<Step>(bytes, codes, weightsAt);
+    } else if (inRow > 0) {
+        std::array<std::uint8_t, BlockBytes> copy = {};
+        std::memcpy(copy.data(), bytes, inRow);
+        BlendBlock<Step>(copy.data(), codes, weightsAt);
+        std::memcpy(bytes, copy.data(), inRow);
+    }
+}
+
+/** Calls @p blend(bytes, inRow, span, done) for the blocks of all spans. */
+template <int Step, typename BlendAt>
+HWY_INLINE void ForBlocks(const PlaneTarget &plane, const std::vector<Span> &spans, BlendAt blendAt)
+{
+    for (std::size_t n = 0; n < spans.size(); ++n) {
+        Prefetch<Step>(plane, spans, n);
+        const Span &span = spans[n];
+        std::ptrdiff_t at = static_cast<std::ptrdiff_t>(span.nFirst) * Step;
+        std::uint8_t *row = plane.Row(span.nRow);
+        for (int done = 0; done < span.nCount; done += CoverSamples) {
+            blendAt(row + at, plane.nRowBytes - at, span, done);
+            at += Step * CoverSamples;
         }
     }
 }
@@ -141,50 +204,63 @@ HWY_INLINE void BlendBlock(std::uint8_t *bytes, const CoverBlock &block, const C
 template <int Step>
 HWY_INLINE void BlendSpans(const PlaneTarget &plane, const CoverList &list, const CoverCodes &codes)
 {
-    constexpr std::ptrdiff_t BlockBytes = Step * CoverSamples;
-    // A decoder's frames have left the caches, and rows are too far apart for the processor's own prefetching.
-    constexpr std::size_t Ahead = 12;
-    constexpr int CacheLine = 64;
-    const std::vector<Span> &spans = list.Spans();
-    for (std::size_t n = 0; n < spans.size(); ++n) {
-        if (n + Ahead < spans.size()) {
-            const Span &next = spans[n + Ahead];
-            for (int i = 0; i < next.nCount * Step + CacheLine; i += CacheLine)
-                __builtin_prefetch(plane.Row(next.nRow) + static_cast<std::ptrdiff_t>(next.nFirst) * Step + i, 1);
-        }
-        const Span &span = spans[n];
-        std::uint8_t *bytes = plane.Row(span.nRow) + static_cast<std::ptrdiff_t>(span.nFirst) * Step;
-        std::ptrdiff_t inRow = plane.nRowBytes - static_cast<std::ptrdiff_t>(span.nFirst) * Step;
-        const CoverBlock *block = list.Blocks(span);
-        for (int done = 0; done < span.nCount; done += CoverSamples) {
-            if (inRow >= BlockBytes) {
-                BlendBlock<Step>(bytes, *block, codes);
-            } else if (inRow > 0) {
-                std::array<std::uint8_t, BlockBytes> copy = {};
-                std::memcpy(copy.data(), bytes, inRow);
-                BlendBlock<Step>(copy.data(), *block, codes);
-                std::memcpy(bytes, copy.data(), inRow);
-            }
-            bytes += BlockBytes;
-            inRow -= BlockBytes;
-            ++block;
-        }
-    }
+    const WeightTag tag;
+    ForBlocks<Step>(plane, list.Spans(),
+                    [&](std::uint8_t *bytes, std::ptrdiff_t inRow, const Span &span, int done) HWY_ATTR {
+                        const CoverBlock &block = list.Blocks(span)[done / CoverSamples];
+                        BlendInRow<Step>(bytes, inRow, codes, [&](std::size_t i) HWY_ATTR {
+                            return WeightPair{hn::LoadU(tag, block[0].data() + i), hn::LoadU(tag, block[1].data() + i)};
+                        });
+                    });
+}
+
+template <int Step>
+HWY_INLINE void BlendPixelSpans(const PlaneTarget &plane, const CoveredPixels &pixels, const CoverCodes &codes)
+{
+    const ByteTag bytesTag;
+    const auto part = hn::Set(WeightTag(), PartOf(pixels.nOpacity));
+    ForBlocks<Step>(plane, pixels.listSpans,
+                    [&](std::uint8_t *bytes, std::ptrdiff_t inRow, const Span &span, int done) HWY_ATTR {
+                        const std::uint8_t *text = pixels.pText + span.nAt + done;
+                        const std::uint8_t *outline = pixels.pOutline + span.nAt + done;
+                        std::array<std::array<std::uint8_t, CoverSamples>, 2> copies;
+                        const int count = span.nCount - done;
+                        if (count < static_cast<int>(CoverSamples)) {
+                            copies = {};
+                            text = std::copy_n(text, count, copies[0].begin()) - count;
+                            outline = std::copy_n(outline, count, copies[1].begin()) - count;
+                        }
+                        BlendInRow<Step>(bytes, inRow, codes, [&](std::size_t i) HWY_ATTR {
+                            return WeightsOf(hn::LoadU(bytesTag, text + i), hn::LoadU(bytesTag, outline + i), part);
+                        });
+                    });
+}
+
+/** Calls @p call with a step as a constant. */
+template <typename Call>
+HWY_INLINE void WithStep(int step, Call call)
+{
+    if (step == 1)
+        call(std::integral_constant<int, 1>());
+    else if (step == 2)
+        call(std::integral_constant<int, 2>());
+    else if (step == 3)
+        call(std::integral_constant<int, 3>());
+    else
+        call(std::integral_constant<int, 4>());
 }
 
 void Blend(const PlaneTarget &plane, const CoverList &list, const CoverCodes &codes)
 {
-    if (codes.nStep == 1)
-        BlendSpans<1>(plane, list, codes);
-    else if (codes.nStep == 2)
-        BlendSpans<2>(plane, list, codes);
-    else if (codes.nStep == 3)
-        BlendSpans<3>(plane, list, codes);
-    else
-        BlendSpans<4>(plane, list, codes);
+    WithStep(codes.nStep, [&](auto step) HWY_ATTR { BlendSpans<decltype(step)::value>(plane, list, codes); });
 }
 
-constexpr CoverKernel Vectors = {Weigh, Halve, Blend};
+void BlendPixels(const PlaneTarget &plane, const CoveredPixels &pixels, const CoverCodes &codes)
+{
+    WithStep(codes.nStep, [&](auto step) HWY_ATTR { BlendPixelSpans<decltype(step)::value>(plane, pixels, codes); });
+}
+
+constexpr CoverKernel Vectors = {Weigh, Halve, Blend, BlendPixels};
 
 const CoverKernel &Kernel()
 {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 
 namespace
 {
@@ -15,11 +16,19 @@ void RaiseTo(std::uint8_t *to, const std::uint8_t *from, int count)
 /** @param covered  255 where @p from is above 0 @param more  -254 to 254 */
 void RaiseToSum(std::uint8_t *to, const std::uint8_t *from, const std::uint8_t *covered, int count, int more)
 {
+    // Bytes alone, so that vectors hold more.
+    const auto change = static_cast<std::uint8_t>(std::abs(more));
+    if (more < 0) {
+        for (int i = 0; i < count; ++i) {
+            const auto sum = static_cast<std::uint8_t>(from[i] - std::min(from[i], change));
+            to[i] = std::max(to[i], sum);
+        }
+        return;
+    }
     for (int i = 0; i < count; ++i) {
-        // In 16 bits, so that vectors hold more.
-        const auto sum = static_cast<std::int16_t>(from[i] + more);
-        const auto limited = std::min<std::int16_t>(std::max<std::int16_t>(sum, 0), covered[i]);
-        to[i] = static_cast<std::uint8_t>(std::max<std::int16_t>(to[i], limited));
+        const auto room = static_cast<std::uint8_t>(255 - from[i]);
+        const auto sum = static_cast<std::uint8_t>((from[i] + std::min(room, change)) & covered[i]);
+        to[i] = std::max(to[i], sum);
     }
 }
 

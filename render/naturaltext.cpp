@@ -58,8 +58,10 @@ QStringList PaintedParts(const QStringList &texts)
 
 void AddSaturated(std::uint8_t *to, const std::uint8_t *from, int count)
 {
-    for (int i = 0; i < count; ++i)
-        to[i] = static_cast<std::uint8_t>(std::min(255, to[i] + from[i]));
+    for (int i = 0; i < count; ++i) {
+        const auto room = static_cast<std::uint8_t>(255 - to[i]); // a byte, so that vectors hold more
+        to[i] = static_cast<std::uint8_t>(to[i] + std::min(room, from[i]));
+    }
 }
 
 void AddGreatest(std::uint8_t *to, const std::uint8_t *from, int count)
