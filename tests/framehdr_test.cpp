@@ -86,6 +86,41 @@ protected:
         return *codes.rbegin();
     }
 
+    /** That text on black and on white leaves the mean of either and its colour, by how much covers a pixel. */
+    void ExpectCovered(const std::array<int, 3> &color, int transfer, const Codes &code)
+    {
+        SetSubtitleFontColor(m_pHandle, color[0], color[1], color[2]);
+        SetSubtitleOutlineColor(m_pHandle, color[0], color[1], color[2]);
+        const auto burnt = [&](int below) {
+            PlaneFrame frame = NewFrame("yuv444p10");
+            for (int i = 0; i < 3 * Width * Height; ++i)
+                frame.Set(i % 3, i / 3 % Width, i / 3 / Width, below);
+            return Burnt(frame, [&](SubtitleFrame &record) {
+                record.colorspace = AVCOL_SPC_BT2020_NCL;
+                record.color_trc = transfer;
+                record.color_primaries = AVCOL_PRI_BT2020;
+            });
+        };
+        constexpr int Max = 1023;
+        const PlaneFrame onZero = burnt(0);
+        const PlaneFrame onMost = burnt(Max);
+        int partly = 0;
+        int whole = 0;
+        for (int n = 0; n < Width * Height; ++n) {
+            for (int i = 0; i < 3; ++i) {
+                const int low = onZero.Get(i, n % Width, n / Width);
+                const int high = onMost.Get(i, n % Width, n / Width);
+                const double covered = 1 - static_cast<double>(high - low) / Max;
+                // Code values of 10 bits: one of the colour's own rounding, and that of three results.
+                EXPECT_NEAR(low, covered * code[i], 2.5) << i;
+                partly += covered > 0 && covered < 1;
+                whole += covered == 1;
+            }
+        }
+        EXPECT_GT(partly, 100);
+        EXPECT_GT(whole, 100);
+    }
+
     static void ExpectNear(const Codes &codes, const Codes &expected)
     {
         for (std::size_t i = 0; i < 3; ++i)
@@ -142,4 +177,25 @@ TEST_F(FrameHdrTest, TheLevelOfWhiteCanBeSet)
     // 10,000 cd/m2 are more than HLG has.
     EXPECT_EQ(Burn(White, AVCOL_TRC_ARIB_STD_B67, AVCOL_PRI_BT2020), (Codes{940, 512, 512}));
     EXPECT_EQ(Burn(White, AVCOL_TRC_BT2020_10, AVCOL_PRI_BT2020), (Codes{940, 512, 512}));
+}
+
+TEST_F(FrameHdrTest, TheNaturalLookHasTheSameColours)
+{
+    EXPECT_EQ(SetSubtitleBurnerLook(m_pBurner, SUBTITLE_LOOK_NATURAL), 0);
+    for (const auto &color : Colors) {
+        for (const int transfer : {AVCOL_TRC_SMPTE2084, AVCOL_TRC_ARIB_STD_B67}) {
+            const bool isPq = transfer == AVCOL_TRC_SMPTE2084;
+            Rgb signal = ToBt2020(Linear(color));
+            for (double &value : signal)
+                value = isPq ? Pq(203 * value) : 0.203 * value;
+            if (!isPq) {
+                signal = ToScene(signal);
+                for (double &value : signal)
+                    value = Hlg(value);
+            }
+            ExpectCovered(color, transfer, ToCodes(signal));
+        }
+    }
+    ExpectCovered(White, AVCOL_TRC_SMPTE2084, {573, 512, 512});
+    ExpectCovered(White, AVCOL_TRC_ARIB_STD_B67, {721, 512, 512});
 }

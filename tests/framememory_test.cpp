@@ -3,28 +3,43 @@
 #include "support/faultymemory.h"
 #include "support/frameapitest.h"
 
-TEST_F(FrameApiTest, ASteadyFrameAllocatesNothing)
+class FrameMemoryTest : public FrameApiTest, public testing::WithParamInterface<int>
+{
+protected:
+    FrameMemoryTest() { EXPECT_EQ(SetSubtitleBurnerLook(m_pBurner, GetParam()), 0); }
+
+    /** Burns more frames like one, of which only the first may ask for memory. */
+    void ExpectSteady(const char *format)
+    {
+        PlaneFrame frame = NewFrame(format);
+        const PlaneFrame before = frame;
+        const SubtitleFrame record = frame.Frame();
+        EXPECT_EQ(BurnSubtitle(m_pBurner, &record), 0);
+        EXPECT_FALSE(frame.Bytes() == before.Bytes());
+        faultymemory::Choose({});
+        faultymemory::Go();
+        for (int i = 0; i < 3; ++i)
+            EXPECT_EQ(BurnSubtitle(m_pBurner, &record), 0);
+        faultymemory::Pause();
+        EXPECT_EQ(faultymemory::Count(), 0) << format;
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Looks, FrameMemoryTest, testing::Values(SUBTITLE_LOOK_EXACT, SUBTITLE_LOOK_NATURAL),
+                         [](const auto &info) { return info.param == SUBTITLE_LOOK_EXACT ? "Exact" : "Natural"; });
+
+TEST_P(FrameMemoryTest, ASteadyFrameAllocatesNothing)
 {
     const char *const formats[] = {"yuv420p", "yuyv422", "p010le", "gbrp10", "rgba", "yuva420p"};
     for (const char *format : formats) {
         for (const int opacity : {255, 128}) {
             SetSubtitleAlpah(m_pHandle, opacity);
-            PlaneFrame frame = NewFrame(format);
-            const PlaneFrame before = frame;
-            const SubtitleFrame record = frame.Frame();
-            EXPECT_EQ(BurnSubtitle(m_pBurner, &record), 0);
-            EXPECT_FALSE(frame.Bytes() == before.Bytes());
-            faultymemory::Choose({});
-            faultymemory::Go();
-            for (int i = 0; i < 3; ++i)
-                EXPECT_EQ(BurnSubtitle(m_pBurner, &record), 0);
-            faultymemory::Pause();
-            EXPECT_EQ(faultymemory::Count(), 0) << format << " at " << opacity;
+            ExpectSteady(format);
         }
     }
 }
 
-TEST_F(FrameApiTest, WithoutMemoryAFrameIsUntouchedAndTheNextOneIsDrawn)
+TEST_P(FrameMemoryTest, WithoutMemoryAFrameIsUntouchedAndTheNextOneIsDrawn)
 {
     for (const char *format : {"yuv420p", "p010le", "rgba"}) {
         for (const int opacity : {255, 128}) {
@@ -34,6 +49,7 @@ TEST_F(FrameApiTest, WithoutMemoryAFrameIsUntouchedAndTheNextOneIsDrawn)
             for (bool isDrawn = false; !isDrawn; ++failures) {
                 // Another burner, which has to build all anew.
                 void *burner = CreateSubtitleBurner(m_pHandle);
+                EXPECT_EQ(SetSubtitleBurnerLook(burner, GetParam()), 0);
                 PlaneFrame frame = NewFrame(format);
                 const SubtitleFrame record = frame.Frame();
                 faultymemory::Choose({}, failures);
