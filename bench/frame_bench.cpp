@@ -52,6 +52,7 @@ public:
     }
 
     void *Handle() const { return m_subtitle; }
+    void *Burner() const { return m_burner; }
 
 private:
     FrameRing &m_ring;
@@ -100,6 +101,16 @@ void NaturalChange(benchmark::State &state)
     MeasureChanges(state, [&](int n) { host.Process(CueDistance * (2 + n)); });
 }
 
+/** Cues of one size in pixels, with one outline, whatever the frame's size is. */
+void NaturalSameText(benchmark::State &state)
+{
+    constexpr int PointSize = 32;
+    FrameHost host(state, SUBTITLE_LOOK_NATURAL);
+    SetSubtitleFontParam(host.Handle(), "DejaVu Sans", PointSize, 0);
+    SetSubtitleBurnerOutline(host.Burner(), 2.0 * 720 / Argument(state, 1));
+    MeasureChanges(state, [&](int n) { host.Process(CueDistance * (2 + n)); });
+}
+
 void NaturalSizes(benchmark::internal::Benchmark *benchmark)
 {
     constexpr int Yuv420p = 0;
@@ -115,6 +126,15 @@ void NaturalChanges(benchmark::internal::Benchmark *benchmark)
 {
     NaturalSizes(benchmark);
     benchmark->Iterations(ChangeCount)->UseManualTime();
+}
+
+void SmallAndLarge(benchmark::internal::Benchmark *benchmark)
+{
+    constexpr int Yuv420p = 0;
+    constexpr int Rgb24 = 3;
+    for (const int format : {Rgb24, Yuv420p})
+        benchmark->Args({1280, 720, format})->Args({3840, 2160, format});
+    benchmark->Unit(benchmark::kMicrosecond)->Iterations(ChangeCount)->UseManualTime();
 }
 
 void FormatsAndOpacities(benchmark::internal::Benchmark *benchmark)
@@ -144,5 +164,6 @@ BENCHMARK(SteadyFramePicture)->Apply(FormatsAndSizes);
 BENCHMARK(FrameChange)->Apply(FormatChanges);
 BENCHMARK(NaturalSteady)->Apply(NaturalSizes);
 BENCHMARK(NaturalChange)->Apply(NaturalChanges);
+BENCHMARK(NaturalSameText)->Apply(SmallAndLarge);
 
 } // namespace

@@ -165,6 +165,10 @@ def natural_rows(t):
         peer = t(f"AssFrameChange/{args}/0")
         rows.append(Row(f"frame in yuv420p on which the cue changes, natural look, {label}, mean of 200",
                         t(f"NaturalChange/{args}/0"), [("libass merged", peer)], "below libass", [(peer, 1)]))
+    for number, name in ((3, "RGB24"), (0, "yuv420p")):
+        peer = t(f"NaturalSameText/1280/720/{number}")
+        rows.append(Row(f"the same in {name} with text of 32 points, 2160p", t(f"NaturalSameText/3840/2160/{number}"),
+                        [("720p", peer)], "at most 1.25 × 720p", [(peer, 1.25)]))
     return rows
 
 
