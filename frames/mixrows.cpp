@@ -2,23 +2,6 @@
 
 #include <cstring>
 
-void MixPass::Add(const PixelFormat &format, int number)
-{
-    const Component &component = format.components[number];
-    components[nComponents++] = number;
-    int row = 0;
-    while (row < nRows && rows[row].nPlane != component.nPlane)
-        ++row;
-    if (row == nRows)
-        ++nRows;
-    RowForm form = {format.nElementBytes, component.nStep, {}};
-    for (std::size_t i = 0; form.IsPacked() && i < form.shifts.size(); ++i)
-        form.shifts[i] = format.components[i].nShift;
-    rows[row] = {component.nPlane, form};
-    rowOf[number] = row;
-    channelOf[number] = form.IsPacked() ? number : component.nOffset;
-}
-
 namespace
 {
 
@@ -35,6 +18,23 @@ void Prefetch(const PlaneTarget &plane, const std::uint8_t *bytes, std::ptrdiff_
 }
 
 } // namespace
+
+void MixPass::Add(const PixelFormat &format, int number)
+{
+    const Component &component = format.components[number];
+    components[nComponents++] = number;
+    int row = 0;
+    while (row < nRows && rows[row].nPlane != component.nPlane)
+        ++row;
+    if (row == nRows)
+        ++nRows;
+    RowForm form = {format.nElementBytes, component.nStep, {}};
+    for (std::size_t i = 0; form.IsPacked() && i < form.shifts.size(); ++i)
+        form.shifts[i] = format.components[i].nShift;
+    rows[row] = {component.nPlane, form};
+    rowOf[number] = row;
+    channelOf[number] = form.IsPacked() ? number : component.nOffset;
+}
 
 void MixRows::Read(const FramePlanes &planes, const MixChunkPlace &place)
 {
