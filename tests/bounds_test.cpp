@@ -113,11 +113,12 @@ protected:
 TEST_F(BoundsTest, ManyBlankLinesTakeTheMemoryOfTheCuesThatAreKept)
 {
     // Each line would be a cue. 4 Mi of them are kept, with 48 bytes each, and the beginnings of 16 Mi lines, in a list
-    // of 4 bytes each that had to double once more.
+    // of 4 bytes each that had to double once more. Qt 6 has cues of 32 bytes in one array, which doubles as well.
+    const int nCueSize = QT_GENERATION < 6 ? 48 : 96;
     std::string strText = std::string(Cue) + "first\n";
     strText.resize(strText.size() + 20000000, '\n');
     const std::string strFile = m_folder.Write("a.srt", strText);
-    EXPECT_EQ(Open(4 * 48 + 2 * 16 * 4 + 2 * 20 + Nothing, strFile), "opened: 0\n1500: shown\n");
+    EXPECT_EQ(Open(4 * nCueSize + 2 * 16 * 4 + 2 * 20 + Nothing, strFile), "opened: 0\n1500: shown\n");
 }
 
 TEST_F(BoundsTest, LongestFileTakesAFewTimesItsSize)

@@ -225,12 +225,13 @@ TEST(VideoSubtitlePlaces, TextOfOddSizesIsTruncatedTowardsTheMiddle)
     AVPicture out = {};
     int rect[4] = {};
     ASSERT_EQ(renderer.TextToBmp(text.toUtf8().constData(), &out, rect), 0);
-    EXPECT_EQ(peer.Rect(), QRect(210, 0, 302, 42));
+    const int height = QT_VERSION_MAJOR < 6 ? 42 : 41; // Qt 5 rounds the ascent and the descent up
+    EXPECT_EQ(peer.Rect(), QRect(210, 0, 302, height));
     EXPECT_EQ(peer.AnchorOffset(), 20);
     EXPECT_EQ(rect[0], 210);
     EXPECT_EQ(rect[1], 469);
     EXPECT_EQ(rect[2], 302);
-    EXPECT_EQ(rect[3], 42);
+    EXPECT_EQ(rect[3], height);
     av_freep(&out.data[0]);
     av_freep(&out.data[1]);
 }
