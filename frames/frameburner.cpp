@@ -128,6 +128,15 @@ int FrameBurner::SetSafeArea(double percent)
     return 0;
 }
 
+int FrameBurner::SetPixelAspect(int width, int height)
+{
+    constexpr std::int64_t Most = 10;
+    if (width < 1 || height < 1 || width > Most * height || height > Most * width)
+        return -1;
+    m_dPixelAspect = static_cast<double>(width) / height;
+    return 0;
+}
+
 int FrameBurner::Visit(LookVisitor &visitor)
 {
     return m_nLook == SUBTITLE_LOOK_NATURAL ? m_renderer.VisitNatural(Settings(), visitor)

@@ -47,6 +47,7 @@ public:
     int SetLook(int look);
     int SetOutline(double width);
     int SetSafeArea(double percent);
+    int SetPixelAspect(int width, int height);
     /** 1 when Burn() would draw, 0 when not, -1 when the image cannot be built. */
     int IsDue();
 
@@ -56,7 +57,7 @@ private:
     /** What is due, with nVersion and the frame's size as in ShownSubtitle. */
     template <typename Shown>
     int BurnShown(const Shown &shown, SubtitleFrame frame, Preparer *preparer);
-    NaturalSettings Settings() const { return {m_dOutline, m_dSafeArea}; }
+    NaturalSettings Settings() const { return {m_dOutline, m_dSafeArea, m_dPixelAspect}; }
     /** Has a visitor called with what shows in the look that is set. */
     int Visit(LookVisitor &visitor);
     void Draw(const FramePlanes &planes) const;
@@ -72,6 +73,7 @@ private:
     std::atomic<int> m_nLook = SUBTITLE_LOOK_EXACT;
     std::atomic<double> m_dOutline = NaturalSettings().dOutline;
     std::atomic<double> m_dSafeArea = NaturalSettings().dSafeArea;
+    std::atomic<double> m_dPixelAspect = NaturalSettings().dPixelAspect;
 
     // Only touched with the renderer's lock held.
     SubtitleFrame m_description = {}; ///< that the rest is for; without planes

@@ -56,6 +56,11 @@ int SetSubtitleBurnerSafeArea(void *burner, double percent)
     return burner ? static_cast<FrameBurner *>(burner)->SetSafeArea(percent) : -1;
 }
 
+int SetSubtitleBurnerPixelAspect(void *burner, int width, int height)
+{
+    return burner ? static_cast<FrameBurner *>(burner)->SetPixelAspect(width, height) : -1;
+}
+
 int IsSubtitleDue(void *burner)
 {
     return burner ? Guarded(-1, [&] { return static_cast<FrameBurner *>(burner)->IsDue(); }) : -1;

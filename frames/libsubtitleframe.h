@@ -199,6 +199,19 @@ int SetSubtitleBurnerOutline(void *burner, double width);
 int SetSubtitleBurnerSafeArea(void *burner, double percent);
 
 /**
+ * Sets the shape of the pixels of the picture as it is shown: 1 to 1 without it. Text of the natural look is laid out in
+ * the shape that viewers see and drawn narrower or wider, so that its letters are not stretched. Pictures, which are made
+ * for the pixels of their film, and the exact look do not follow it.
+ *
+ * @param burner  the burner.
+ * @param width   of a pixel, as the numerator of FFmpeg's sample_aspect_ratio; at least 1.
+ * @param height  of a pixel, as the denominator; at least 1. A picture that is shown turned by a quarter has both exchanged.
+ * @return 0; -1, with nothing changed, for a number below 1, where one is more than ten times the other, and for a null
+ *         burner.
+ */
+int SetSubtitleBurnerPixelAspect(void *burner, int width, int height);
+
+/**
  * Whether a subtitle is due. A host whose frames are shared or out of reach copies, maps or fetches a frame only when
  * this returns 1.
  *

@@ -18,7 +18,7 @@ gboolean BurnHandleMake(BurnHandle *pHandle, gint nWidth, gint nHeight)
     void *pSubtitle = CreateVideoSubtitle(nWidth, nHeight);
     void *pBurner = CreateSubtitleBurner(pSubtitle);
     DestroyAlone(pHandle);
-    *pHandle = (BurnHandle){pSubtitle, pBurner, nWidth, nHeight};
+    *pHandle = (BurnHandle){pSubtitle, pBurner, nWidth, nHeight, 1, 1};
     if (!pBurner)
         DestroyAlone(pHandle);
     HandleGateLeaveAlone();
@@ -32,6 +32,18 @@ void BurnHandleDestroy(BurnHandle *pHandle)
     HandleGateEnterAlone();
     DestroyAlone(pHandle);
     HandleGateLeaveAlone();
+}
+
+void BurnHandleSetPixelAspect(BurnHandle *pHandle, gint nPixelWidth, gint nPixelHeight)
+{
+    if (!pHandle->pBurner || (nPixelWidth == pHandle->nPixelWidth && nPixelHeight == pHandle->nPixelHeight))
+        return;
+    HandleGateEnter();
+    if (SetSubtitleBurnerPixelAspect(pHandle->pBurner, nPixelWidth, nPixelHeight) != 0)
+        SetSubtitleBurnerPixelAspect(pHandle->pBurner, 1, 1);
+    HandleGateLeave();
+    pHandle->nPixelWidth = nPixelWidth;
+    pHandle->nPixelHeight = nPixelHeight;
 }
 
 static int Byte(guint nColor, int nPlace)

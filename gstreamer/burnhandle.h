@@ -16,11 +16,16 @@ typedef struct {
     void *pBurner;
     gint nWidth; /**< of the picture as it is shown */
     gint nHeight;
+    gint nPixelWidth; /**< shape of its pixels */
+    gint nPixelHeight;
 } BurnHandle;
 
 /** Makes one of that size in the place of the earlier one; FALSE, with none, when there is no memory. */
 gboolean BurnHandleMake(BurnHandle *pHandle, gint nWidth, gint nHeight);
 void BurnHandleDestroy(BurnHandle *pHandle);
+
+/** Sets the shape of the pixels of the picture as it is shown. Without a handle it does nothing. */
+void BurnHandleSetPixelAspect(BurnHandle *pHandle, gint nPixelWidth, gint nPixelHeight);
 
 /**
  * Gives the library the settings whose bits are set.

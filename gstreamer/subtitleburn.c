@@ -59,7 +59,7 @@ static gboolean Apply(SubtitleBurn *pSelf, const BurnSettings *pSettings, gint n
 }
 
 /* Makes the element ready for a frame of that size; FALSE, with an error on the bus, when that cannot be. */
-static gboolean Prepare(SubtitleBurn *pSelf, gint nStoredWidth, gint nStoredHeight)
+static gboolean Prepare(SubtitleBurn *pSelf, const GstVideoInfo *pInfo, gint nStoredWidth, gint nStoredHeight)
 {
     BurnSettings settings = {.nChanged = 0};
     GST_OBJECT_LOCK(pSelf);
@@ -77,6 +77,9 @@ static gboolean Prepare(SubtitleBurn *pSelf, gint nStoredWidth, gint nStoredHeig
 
     const gboolean bReady = settings.nChanged == 0 || Apply(pSelf, &settings, nWidth, nHeight);
     BurnSettingsClear(&settings);
+    const gint nAcross = GST_VIDEO_INFO_PAR_N(pInfo);
+    const gint nDown = GST_VIDEO_INFO_PAR_D(pInfo);
+    BurnHandleSetPixelAspect(&pSelf->handle, bTransposed ? nDown : nAcross, bTransposed ? nAcross : nDown);
     if (!bReady)
         GST_ELEMENT_ERROR(pSelf, LIBRARY, INIT, ("No memory for subtitles."), (NULL));
     gst_base_transform_set_passthrough(GST_BASE_TRANSFORM(pSelf), !pSelf->bFile);
@@ -114,7 +117,7 @@ static gboolean SetInfo(GstVideoFilter *pFilter, GstCaps *pIn, GstVideoInfo *pIn
         return FALSE;
     }
     pSelf->nFormat = RawFrameFormat(GST_VIDEO_INFO_FORMAT(pInInfo));
-    return Prepare(pSelf, GST_VIDEO_INFO_WIDTH(pInInfo), GST_VIDEO_INFO_HEIGHT(pInInfo));
+    return Prepare(pSelf, pInInfo, GST_VIDEO_INFO_WIDTH(pInInfo), GST_VIDEO_INFO_HEIGHT(pInInfo));
 }
 
 static gboolean SinkEvent(GstBaseTransform *pTransform, GstEvent *pEvent)
@@ -162,8 +165,9 @@ static GstFlowReturn PrepareOutput(GstBaseTransform *pTransform, GstBuffer *pInp
     SubtitleBurn *pSelf = SUBTITLE_BURN(pTransform);
     if (!GST_VIDEO_FILTER(pSelf)->negotiated)
         return GST_FLOW_NOT_NEGOTIATED;
-    const GstVideoRectangle area = RawFrameArea(pInput, &GST_VIDEO_FILTER(pSelf)->in_info);
-    if (!Prepare(pSelf, area.w, area.h))
+    const GstVideoInfo *pInfo = &GST_VIDEO_FILTER(pSelf)->in_info;
+    const GstVideoRectangle area = RawFrameArea(pInput, pInfo);
+    if (!Prepare(pSelf, pInfo, area.w, area.h))
         return GST_FLOW_ERROR;
     pSelf->bDue = pSelf->bFile && IsDue(pSelf, pInput);
     if (pSelf->bDue)

@@ -34,15 +34,16 @@ void RaiseToSum(std::uint8_t *to, const std::uint8_t *from, const std::uint8_t *
 
 } // namespace
 
-CoverageDisc::CoverageDisc(double radius)
+CoverageDisc::CoverageDisc(double radius, double pixelAspect)
 {
     if (!(radius > 0))
         return;
     m_nReach = static_cast<int>(std::ceil(radius + 1)) - 1;
+    m_nReachAcross = static_cast<int>(std::ceil((radius + 1) / pixelAspect)) - 1;
     for (int dy = 0; dy <= m_nReach; ++dy) {
         Row row;
-        for (int dx = 0; dx <= m_nReach; ++dx) {
-            const auto more = static_cast<int>(std::lround(255 * (radius - std::hypot(dx, dy))));
+        for (int dx = 0; dx <= m_nReachAcross; ++dx) {
+            const auto more = static_cast<int>(std::lround(255 * (radius - std::hypot(dx * pixelAspect, dy))));
             if (more >= 255)
                 row.nWhole = dx;
             else if (more > -255)
@@ -56,18 +57,19 @@ ByteMask CoverageDisc::Spread(const ByteMask &text) const
 {
     if (m_listRows.empty() || text.nRows == 0 || text.nColumns == 0)
         return {};
-    const int width = text.nColumns + 2 * m_nReach;
-    ByteMask outline = MakeByteMask(text.nLeft - m_nReach, text.nTop - m_nReach, width, text.nRows + 2 * m_nReach);
+    const int width = text.nColumns + 2 * m_nReachAcross;
+    ByteMask outline =
+        MakeByteMask(text.nLeft - m_nReachAcross, text.nTop - m_nReach, width, text.nRows + 2 * m_nReach);
     // A row with nothing round it, where it is covered, and what has a covered pixel up to each distance.
-    const std::size_t padding = 2 * static_cast<std::size_t>(m_nReach);
+    const std::size_t padding = 2 * static_cast<std::size_t>(m_nReachAcross);
     std::vector<std::uint8_t> padded(width + padding);
     std::vector<std::uint8_t> covered(width + padding);
     std::vector<std::vector<std::uint8_t>> near(m_listRows.front().nWhole + 1, std::vector<std::uint8_t>(width));
     for (int y = 0; y < text.nRows; ++y) {
         std::copy_n(text.Row(y), text.nColumns, padded.begin() + static_cast<std::ptrdiff_t>(padding));
         std::transform(padded.begin(), padded.end(), covered.begin(), [](std::uint8_t c) { return c > 0 ? 255 : 0; });
-        const std::uint8_t *middle = padded.data() + m_nReach;
-        const std::uint8_t *coveredMiddle = covered.data() + m_nReach;
+        const std::uint8_t *middle = padded.data() + m_nReachAcross;
+        const std::uint8_t *coveredMiddle = covered.data() + m_nReachAcross;
         for (std::size_t dx = 0; dx < near.size(); ++dx) {
             std::copy_n(dx == 0 ? coveredMiddle : near[dx - 1].data(), width, near[dx].data());
             RaiseTo(near[dx].data(), coveredMiddle - dx, width);

@@ -13,8 +13,11 @@
 class CoverageDisc
 {
 public:
-    /** @param radius  in pixels; 0 or less makes no outline. */
-    explicit CoverageDisc(double radius);
+    /**
+     * @param radius       in heights of a pixel; 0 or less makes no outline.
+     * @param pixelAspect  width of a pixel by its height, above 0: distances are those of the picture as it is shown.
+     */
+    explicit CoverageDisc(double radius, double pixelAspect = 1);
 
     /** For each pixel the most that any covered pixel of the text makes of it. */
     ByteMask Spread(const ByteMask &text) const;
@@ -26,6 +29,7 @@ private:
         std::vector<int> listRim; ///< of the columns after that, radius - distance in 255ths
     };
 
-    int m_nReach = 0;            ///< pixels from the centre to the last that is covered
+    int m_nReach = 0;            ///< rows from the centre to the last that is covered
+    int m_nReachAcross = 0;      ///< columns
     std::vector<Row> m_listRows; ///< from the middle one on
 };

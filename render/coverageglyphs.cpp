@@ -9,14 +9,15 @@ constexpr std::size_t MaxBytes = std::size_t{24} * 1024 * 1024;
 
 } // namespace
 
-void CoverageGlyphs::SetOutline(double width)
+void CoverageGlyphs::SetShape(double outline, double pixelAspect)
 {
-    if (width == m_dOutline)
+    if (outline == m_dOutline && pixelAspect == m_dPixelAspect)
         return;
     m_listFonts.clear();
     m_nBytes = 0;
-    m_disc = CoverageDisc(width);
-    m_dOutline = width;
+    m_disc = CoverageDisc(outline, pixelAspect);
+    m_dOutline = outline;
+    m_dPixelAspect = pixelAspect;
 }
 
 void CoverageGlyphs::Limit()
@@ -39,13 +40,14 @@ const CoveredGlyph &CoverageGlyphs::Find(const GlyphRun &run, std::uint32_t glyp
 {
     Font &font = FindFont(run);
     // Qt has four places for images; more would not be seen of larger glyphs either.
-    const int fraction = run.Source() == GlyphSource::Image ? run.SubPixelOf(place) : place.nX & 0x30;
+    const bool isImage = run.Source() == GlyphSource::Image && m_dPixelAspect == 1;
+    const int fraction = isImage ? run.SubPixelOf(place) : place.nX & 0x30;
     const std::uint64_t key = std::uint64_t{glyph} << 8 | static_cast<unsigned>(fraction);
     const auto known = font.mapGlyphs.find(key);
     if (known != font.mapGlyphs.end())
         return known->second;
     CoveredGlyph covered;
-    covered.text = run.Coverage(glyph, fraction);
+    covered.text = run.Coverage(glyph, fraction, m_dPixelAspect);
     covered.outline = m_disc.Spread(covered.text);
     m_nBytes += 256 + covered.text.listBytes.size() + covered.outline.listBytes.size();
     return font.mapGlyphs.emplace(key, std::move(covered)).first->second;

@@ -13,17 +13,21 @@ struct CoveredGlyph {
     ByteMask text, outline;
 };
 
-/** Keeps the coverage of glyphs, one for each font, glyph and quarter of a pixel, with outlines of one width. */
+/** Keeps the coverage of glyphs, one for each font, glyph and quarter of a pixel, with outlines and pixels of one shape. */
 class CoverageGlyphs
 {
 public:
-    /** Sets the outlines' width in pixels of the frame. What was kept with another is dropped. */
-    void SetOutline(double width);
+    /**
+     * What was kept with others is dropped.
+     * @param outline      width of outlines, in heights of a pixel.
+     * @param pixelAspect  width of a pixel by its height.
+     */
+    void SetShape(double outline, double pixelAspect);
 
     /** Drops everything once it is too much. Glyphs found before are not valid any more. */
     void Limit();
 
-    /** Valid until SetOutline() or Limit(). @param x  of the origin, in 64ths of a pixel. */
+    /** Valid until SetShape() or Limit(). @param place  of the origin, in 64ths of the frame's pixels. */
     const CoveredGlyph &Find(const GlyphRun &run, std::uint32_t glyph, FixedPoint place);
 
 private:
@@ -34,6 +38,7 @@ private:
     Font &FindFont(const GlyphRun &run);
 
     double m_dOutline = 0;
+    double m_dPixelAspect = 1;
     CoverageDisc m_disc{0};
     std::list<Font> m_listFonts;
     std::size_t m_nBytes = 0; ///< of all glyphs, about

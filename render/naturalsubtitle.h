@@ -7,12 +7,13 @@
 
 /** What a host may set about the natural look. */
 struct NaturalSettings {
-    double dOutline = 2;    ///< width of the outline in pixels of a frame with 720 rows
-    double dSafeArea = 2.5; ///< percent of the frame's sides at each edge that text keeps clear of
+    double dOutline = 2;     ///< width of the outline in pixels of a frame with 720 rows
+    double dSafeArea = 2.5;  ///< percent of the frame's sides at each edge that text keeps clear of
+    double dPixelAspect = 1; ///< width of a pixel as it is shown, by its height
 
     bool operator==(const NaturalSettings &other) const
     {
-        return dOutline == other.dOutline && dSafeArea == other.dSafeArea;
+        return dOutline == other.dOutline && dSafeArea == other.dSafeArea && dPixelAspect == other.dPixelAspect;
     }
 };
 

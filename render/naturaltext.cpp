@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cmath>
 #include <set>
 
 namespace
@@ -93,11 +94,17 @@ void NaturalText::Paint(const TextStyle &style, const QSize &frame, const QStrin
     if (!IsPossibleFrame(frame.width(), frame.height()) || texts.isEmpty())
         return;
     const MessageSilencer silencer;
-    const SafeArea area(frame, settings);
-    m_glyphs.SetOutline(area.dOutline);
+    double pixelAspect = settings.dPixelAspect;
+    QSize shown(static_cast<int>(std::lround(frame.width() * pixelAspect)), frame.height());
+    if (!IsPossibleFrame(shown.width(), shown.height())) {
+        pixelAspect = 1;
+        shown = frame;
+    }
+    const SafeArea area(shown, settings);
+    m_glyphs.SetShape(area.dOutline, pixelAspect);
     m_glyphs.Limit();
     const QStringList parts = PaintedParts(texts);
-    std::vector<TextLayout> layouts = FitTexts(SmoothFont(style.font), frame, area, parts);
+    std::vector<TextLayout> layouts = FitTexts(SmoothFont(style.font), shown, area, parts);
     int rows = 0;
     for (const TextLayout &layout : layouts)
         rows += layout.rcBox.height() - 1;
@@ -110,10 +117,10 @@ void NaturalText::Paint(const TextStyle &style, const QSize &frame, const QStrin
         bottom -= layout.rcBox.height() - 1;
         blocks.push_back({std::move(layout), bottom});
     }
-    Compose(blocks, frame, ink);
+    Compose(blocks, frame, pixelAspect, ink);
 }
 
-void NaturalText::Compose(const std::vector<Block> &blocks, const QSize &frame, TextCoverage &ink)
+void NaturalText::Compose(const std::vector<Block> &blocks, const QSize &frame, double pixelAspect, TextCoverage &ink)
 {
     struct Placed {
         const CoveredGlyph *pGlyph;
@@ -129,7 +136,9 @@ void NaturalText::Compose(const std::vector<Block> &blocks, const QSize &frame, 
         for (const GlyphRun &run : block.layout.text.Runs()) {
             isColored |= run.IsColored();
             for (std::size_t i = 0; i < run.Glyphs().size() && !run.IsColored(); ++i) {
-                const FixedPoint place = run.Places()[i];
+                FixedPoint place = run.Places()[i];
+                if (pixelAspect != 1)
+                    place.nX = static_cast<int>(std::lround(place.nX / pixelAspect));
                 const int y = RoundToPixel(place.nY) + block.nOffset;
                 if (y < -run.Reach() || y > frame.height() + run.Reach())
                     continue;
@@ -160,10 +169,11 @@ void NaturalText::Compose(const std::vector<Block> &blocks, const QSize &frame, 
         }
     }
     if (isColored)
-        PaintColored(blocks, frame, ink);
+        PaintColored(blocks, frame, pixelAspect, ink);
 }
 
-void NaturalText::PaintColored(const std::vector<Block> &blocks, const QSize &frame, TextCoverage &ink)
+void NaturalText::PaintColored(const std::vector<Block> &blocks, const QSize &frame, double pixelAspect,
+                               TextCoverage &ink)
 {
     int top = INT_MAX;
     int bottom = INT_MIN;
@@ -188,6 +198,8 @@ void NaturalText::PaintColored(const std::vector<Block> &blocks, const QSize &fr
     if (image.isNull())
         return;
     QPainter painter(&image);
+    if (pixelAspect != 1)
+        painter.scale(1 / pixelAspect, 1);
     forRuns([&](const GlyphRun &run, int offset) { run.Draw(painter, {0, offset - top}); });
     painter.end();
     ink.colored = image;

@@ -35,6 +35,7 @@ class NaturalText
 {
 public:
     /**
+     * @param frame     as it is stored. Text is laid out in the shape that it has when it is shown.
      * @param texts     the first one lowest.
      * @param position  percent of the frame's height at which the middle of one line or two lies; the lower edge of more
      *                  lines is that of two.
@@ -49,8 +50,8 @@ private:
         TextLayout layout;
         int nOffset;
     };
-    void Compose(const std::vector<Block> &blocks, const QSize &frame, TextCoverage &ink);
-    void PaintColored(const std::vector<Block> &blocks, const QSize &frame, TextCoverage &ink);
+    void Compose(const std::vector<Block> &blocks, const QSize &frame, double pixelAspect, TextCoverage &ink);
+    void PaintColored(const std::vector<Block> &blocks, const QSize &frame, double pixelAspect, TextCoverage &ink);
 
     CoverageGlyphs m_glyphs;
 };

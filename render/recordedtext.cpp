@@ -272,8 +272,10 @@ std::optional<BitMask> GlyphRun::Image(std::uint32_t glyph, int part) const
     return mask;
 }
 
-ByteMask GlyphRun::Coverage(std::uint32_t glyph, int fraction) const
+ByteMask GlyphRun::Coverage(std::uint32_t glyph, int fraction, double pixelAspect) const
 {
+    if (pixelAspect != 1)
+        return FillCoverage(QTransform(1 / pixelAspect, 0, 0, 1, fraction / 64.0, 0).map(Path(glyph)));
     const QFontEngine::Glyph *image =
         Source() == GlyphSource::Image ? GlyphData(*m_pItem->pFont, glyph, fraction) : nullptr;
     if (!image || !image->data || image->format != QFontEngine::Format_A8)

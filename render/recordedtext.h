@@ -89,9 +89,10 @@ public:
     /**
      * How much of each pixel a glyph covers, relative to the pixel that its origin lies in. Of a font that is painted
      * without antialiasing these are 0 and 255.
-     * @param fraction  the part of a pixel, in 64ths, that the glyph is moved to the right by.
+     * @param fraction     the part of a pixel, in 64ths, that the glyph is moved to the right by.
+     * @param pixelAspect  width of a pixel by its height; where it is another than 1 the glyph is made as much narrower.
      */
-    ByteMask Coverage(std::uint32_t glyph, int fraction) const;
+    ByteMask Coverage(std::uint32_t glyph, int fraction, double pixelAspect) const;
 
     /** A glyph's outline with its origin at (0, 0). */
     QPainterPath Path(std::uint32_t glyph) const;

@@ -9,6 +9,7 @@
 
 #include "render/videosubtitle.h"
 
+#include <climits>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <random>
@@ -239,6 +240,11 @@ TEST(NaturalFrame, SettersRefuseWhatIsOutOfRange)
         EXPECT_EQ(SetSubtitleBurnerOutline(shown.Burner(), width), -1);
     for (const double percent : {-0.1, 25.1, std::nan("")})
         EXPECT_EQ(SetSubtitleBurnerSafeArea(shown.Burner(), percent), -1);
+    for (const auto &[width, height] : {std::pair(0, 1), {1, 0}, {-1, -1}, {101, 10}, {10, 101}})
+        EXPECT_EQ(SetSubtitleBurnerPixelAspect(shown.Burner(), width, height), -1);
+    EXPECT_EQ(SetSubtitleBurnerPixelAspect(nullptr, 1, 1), -1);
+    for (const auto &[width, height] : {std::pair(INT_MAX, INT_MAX), {100, 10}, {10, 100}})
+        EXPECT_EQ(SetSubtitleBurnerPixelAspect(shown.Burner(), width, height), 0);
     EXPECT_EQ(SetSubtitleBurnerLook(nullptr, SUBTITLE_LOOK_NATURAL), -1);
     EXPECT_EQ(SetSubtitleBurnerOutline(nullptr, 2), -1);
     EXPECT_EQ(SetSubtitleBurnerSafeArea(nullptr, 2.5), -1);

@@ -13,13 +13,13 @@
 namespace
 {
 
-double OutlineAt(const ByteMask &text, double radius, int x, int y)
+double OutlineAt(const ByteMask &text, double radius, double pixelAspect, int x, int y)
 {
     double greatest = 0;
     for (int row = 0; row < text.nRows; ++row) {
         for (int column = 0; column < text.nColumns; ++column) {
             const double covered = text.Row(row)[column] / 255.0;
-            const double distance = std::hypot(x - (text.nLeft + column), y - (text.nTop + row));
+            const double distance = std::hypot((x - (text.nLeft + column)) * pixelAspect, y - (text.nTop + row));
             if (covered > 0)
                 greatest = std::max(greatest, std::min(1.0, covered + radius - distance));
         }
@@ -48,13 +48,14 @@ TEST(CoverageDisc, SpreadsAsItIsDefined)
 {
     std::mt19937 random(5);
     for (const double radius : {0.1, 0.5, 1.0, 1.333, 2.0, 3.0, 6.0, 6.5}) {
-        for (int round = 0; round < 6; ++round) {
+        for (const double pixelAspect : {1.0, 1.0, 64 / 45.0, 10.0, 8 / 9.0, 0.3}) {
             const ByteMask text = RandomText(random);
-            const ByteMask outline = CoverageDisc(radius).Spread(text);
-            const int reach = static_cast<int>(radius) + 3;
+            const ByteMask outline = CoverageDisc(radius, pixelAspect).Spread(text);
+            const int reach = static_cast<int>((radius + 1) / std::min(1.0, pixelAspect)) + 3;
             for (int y = text.nTop - reach; y < text.nTop + text.nRows + reach; ++y) {
                 for (int x = text.nLeft - reach; x < text.nLeft + text.nColumns + reach; ++x)
-                    ASSERT_NEAR(At(outline, x, y), 255 * OutlineAt(text, radius, x, y), 1) << radius;
+                    ASSERT_NEAR(At(outline, x, y), 255 * OutlineAt(text, radius, pixelAspect, x, y), 1)
+                        << radius << " " << pixelAspect;
             }
         }
     }
@@ -160,6 +161,54 @@ int BottomOf(const TextCoverage &ink)
             bottom = ink.text.nTop + row + 1;
     }
     return bottom;
+}
+
+/** Coverage by parts of a row that are as wide as so many pixels, each the mean over its part. */
+std::vector<double> Means(const ByteMask &mask, int row, double pixels, int count)
+{
+    std::vector<double> means(count);
+    for (int part = 0; part < count; ++part) {
+        const double first = part * pixels;
+        const double end = first + pixels;
+        for (int x = static_cast<int>(first); x < end; ++x)
+            means[part] += At(mask, x, row) * (std::min<double>(end, x + 1) - std::max<double>(first, x)) / pixels;
+    }
+    return means;
+}
+
+TEST(NaturalText, LettersKeepTheirShapeInPixelsThatAreNotSquare)
+{
+    const MessageSilencer silencer;
+    NaturalSettings settings;
+    for (const auto &[width, shownWidth] : {std::pair(720, 1024), {1080, 720}}) {
+        for (const int pixelSize : {30, 90}) {
+            TextCoverage square;
+            NaturalText().Paint(Style(pixelSize), {shownWidth, 576}, {QStringLiteral("Some words\nin lines")}, 85,
+                                settings, square);
+            settings.dPixelAspect = static_cast<double>(shownWidth) / width;
+            TextCoverage ink;
+            NaturalText().Paint(Style(pixelSize), {width, 576}, {QStringLiteral("Some words\nin lines")}, 85, settings,
+                                ink);
+            settings.dPixelAspect = 1;
+            // Small letters are hinted, and fitted to whole rows, only where pixels are square.
+            const double allowed = pixelSize > 64 ? 5 : 25;
+            for (const auto &[mask, expected] :
+                 {std::pair(&ink.text, &square.text), std::pair(&ink.outline, &square.outline)}) {
+                double difference = 0;
+                double sum = 0;
+                for (int row = 0; row < 576; ++row) {
+                    const std::vector<double> means =
+                        Means(*expected, row, static_cast<double>(shownWidth) / width, width);
+                    for (int column = 0; column < width; ++column) {
+                        difference += std::abs(At(*mask, column, row) - means[column]);
+                        sum += means[column];
+                    }
+                }
+                EXPECT_GT(sum, 0);
+                EXPECT_LT(difference, sum * allowed / 100) << width << " " << pixelSize;
+            }
+        }
+    }
 }
 
 TEST(NaturalText, LiesWhereTheExactLookDoes)

@@ -81,6 +81,7 @@ void Snapshot::Run()
                 std::make_unique<SubtitleRenderer>(m_library, pFrame->width, pFrame->height, m_options, m_console);
             pBurner = std::make_unique<FrameBurner>(*pRenderer, Orientation(nullptr));
         }
+        pRenderer->SetPixelAspect(pFrame->sample_aspect_ratio);
         const int64_t nTime = pFrame->pts - m_input.Origin();
         const Due due = pBurner->Burn(pFrame, av_rescale_q(nTime, m_input.Video().time_base, Milliseconds));
         counts.Add(due);

@@ -35,6 +35,7 @@ SubtitleLibrary::SubtitleLibrary()
     Resolve(m_pDestroyBurner, "DestroySubtitleBurner");
     Resolve(m_pSetLook, "SetSubtitleBurnerLook");
     Resolve(m_pSetOutlineWidth, "SetSubtitleBurnerOutline");
+    Resolve(m_pSetPixelAspect, "SetSubtitleBurnerPixelAspect");
     Resolve(m_pIsDue, "IsSubtitleDue");
     Resolve(m_pBurn, "BurnSubtitleAVFrame");
 }

@@ -26,6 +26,7 @@ public:
     decltype(&::DestroySubtitleBurner) m_pDestroyBurner = nullptr;
     decltype(&::SetSubtitleBurnerLook) m_pSetLook = nullptr;
     decltype(&::SetSubtitleBurnerOutline) m_pSetOutlineWidth = nullptr;
+    decltype(&::SetSubtitleBurnerPixelAspect) m_pSetPixelAspect = nullptr;
     decltype(&::IsSubtitleDue) m_pIsDue = nullptr;
     decltype(&::BurnSubtitleAVFrame) m_pBurn = nullptr;
 

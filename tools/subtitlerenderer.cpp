@@ -73,6 +73,12 @@ void SubtitleRenderer::Open(const SubtitleSource &source)
         m_pFile.reset();
 }
 
+void SubtitleRenderer::SetPixelAspect(AVRational aspect) const
+{
+    if (m_library.m_pSetPixelAspect(m_pBurner.get(), aspect.num, aspect.den) != 0)
+        m_library.m_pSetPixelAspect(m_pBurner.get(), 1, 1);
+}
+
 Due SubtitleRenderer::Seek(long nMilliseconds) const
 {
     const long nOwn = std::lround(static_cast<double>(nMilliseconds - m_nDelay) / m_dStretch);

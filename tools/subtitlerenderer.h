@@ -25,6 +25,9 @@ public:
      */
     SubtitleRenderer(const SubtitleLibrary &library, int nWidth, int nHeight, const Options &options, Console &console);
 
+    /** Has text laid out for pixels of that shape, of the picture as it is shown; 0 for an unknown one. */
+    void SetPixelAspect(AVRational aspect) const;
+
     /** Goes to a time of the pictures. */
     Due Seek(long nMilliseconds) const;
 

@@ -68,6 +68,9 @@ void Transcoder::Run()
     const Orientation turn = m_output.KeepsOrientation() ? Orientation(nullptr) : orientation;
     const SubtitleRenderer renderer(m_library, orientation.ShownWidth(frame.width, frame.height),
                                     orientation.ShownHeight(frame.width, frame.height), m_options, m_console);
+    const AVRational aspect = m_input.SampleAspectRatio(&frame);
+    const bool bTransposed = orientation.ShownWidth(1, 0) == 0;
+    renderer.SetPixelAspect(bTransposed && aspect.num > 0 ? av_inv_q(aspect) : aspect);
     m_encoder.Open(frame, TraitsOf(frame, turn));
     SayWhatChanges(frame, turn);
     m_output.AddChapters(m_input.Format(), feeder.Shift(), m_options.range.nDuration.value_or(0));

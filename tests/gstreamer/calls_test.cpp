@@ -89,6 +89,11 @@ int SetSubtitleBurnerOutline(void * /*burner*/, double width)
     return Call("width", width);
 }
 
+int SetSubtitleBurnerPixelAspect(void * /*burner*/, int nWidth, int nHeight)
+{
+    return Call("pixels", nWidth, nHeight);
+}
+
 int IsSubtitleDue(void * /*burner*/)
 {
     return Call("due") == 0 ? static_cast<int>(bDue) : -1;
@@ -122,6 +127,21 @@ int SetSubtitleFontColor(void * /*handle*/, int r, int g, int b)
 int SetSubtitleOutlineColor(void * /*handle*/, int r, int g, int b)
 {
     return Call("outline", r, g, b);
+}
+
+TEST_F(CallsTest, PixelsAreThoseOfThePictureAsItIsShown)
+{
+    const Element element("location=" + m_strSubtitles);
+    TakeLog();
+    element.SetCaps(OddSize, ",pixel-aspect-ratio=64/45");
+    EXPECT_EQ(TakeLog(), "pixels 64 45\n");
+    element.Push(m_strFrame, Due);
+    EXPECT_EQ(TakeLog(), "time 1500\ndue\nframe 972\n");
+    element.SetCaps(OddSize);
+    EXPECT_EQ(TakeLog(), "pixels 1 1\n");
+    element.Set("orientation", "90r");
+    element.SetCaps(OddSize, ",pixel-aspect-ratio=8/9");
+    EXPECT_NE(TakeLog().find("\npixels 9 8\n"), std::string::npos);
 }
 
 TEST_F(CallsTest, HandleIsMadeWithTheCapsAndDestroyedAtTheEnd)

@@ -280,6 +280,24 @@ TEST_F(SubburnTest, LookFollowsTheOptions)
     EXPECT_GT(bold.nRight - bold.nLeft, usual.nRight - usual.nLeft);
 }
 
+TEST_F(SubburnTest, LettersKeepTheirShapeInPixelsThatAreNotSquare)
+{
+    const auto TextOf = [&](const std::string &strAspect, const Arguments &listOptions) {
+        const std::string strInput =
+            Clip("in.mkv", {"-f", "lavfi", "-i", "color=black:s=320x180:r=25:d=1,format=yuv420p", "-vf",
+                            "setsar=" + strAspect, "-c:v", "ffv1"});
+        Arguments listAll = {"--codec", "ffv1"};
+        listAll.insert(listAll.end(), listOptions.begin(), listOptions.end());
+        return Difference(Frames(strInput, "gray")[12], Frames(Burn(strInput, "out.mkv", listAll), "gray")[12], 320);
+    };
+    const Bounds square = TextOf("1", {});
+    const Bounds wide = TextOf("2", {});
+    EXPECT_NEAR(2 * (wide.nRight - wide.nLeft), square.nRight - square.nLeft, 4);
+    EXPECT_NEAR(wide.nBottom - wide.nTop, square.nBottom - square.nTop, 1);
+    const Bounds exact = TextOf("2", {"--exact"});
+    EXPECT_NEAR(exact.nRight - exact.nLeft, square.nRight - square.nLeft, 4);
+}
+
 TEST_F(SubburnTest, TheOpacityLetsThePictureThrough)
 {
     const std::string strInput =
