@@ -42,8 +42,9 @@ public:
     /** Adds a pixel that is drawn, so many taps of a sample of a pass. */
     void Add(Sum &sum, const MixPass &pass, const FrameColor &color, int weight, int taps) const
     {
+        const std::int64_t part = std::int64_t{taps} * weight;
         for (int i = 0; i < pass.nComponents; ++i)
-            sum.m_codes[i] += std::int64_t{taps} * weight * (color.fine[pass.components[i]] - m_nMiddle);
+            sum.m_codes[i] += part * (color.fine[pass.components[i]] - m_nMiddle);
         sum.m_nRest += taps * (Opaque - weight);
     }
     Part PartOf(const Sum &sum, const MixPass &pass) const;
