@@ -137,19 +137,31 @@ void AddCovered(int row, int first, int count, const std::uint8_t *text, const s
 {
     using Word = std::uint64_t;
     constexpr int Pixels = CoverSamples;
-    bool isInSpan = false;
-    for (int i = 0; i < count; i += Pixels) {
-        const int end = std::min(i + Pixels, count);
-        bool isCovered = false;
-        if (end - i == Pixels)
-            isCovered = IsCovered<Word>(text + i, outline + i) ||
-                        IsCovered<Word>(text + i + sizeof(Word), outline + i + sizeof(Word));
-        for (int pixel = i; end - i < Pixels && pixel < end; ++pixel)
-            isCovered |= IsCovered<std::uint8_t>(text + pixel, outline + pixel);
-        if (isCovered && !isInSpan)
-            spans.push_back({row, first + i, 0, at + i});
-        if (isCovered)
-            spans.back().nCount += end - i;
-        isInSpan = isCovered;
+    const int whole = count / Pixels * Pixels;
+    const auto isBlockCovered = [&](int i) {
+        return IsCovered<Word>(text + i, outline + i) ||
+               IsCovered<Word>(text + i + sizeof(Word), outline + i + sizeof(Word));
+    };
+    int begin = 0;
+    int end = 0;
+    const auto add = [&] {
+        if (end > begin)
+            spans.push_back({row, first + begin, end - begin, at + begin});
+    };
+    while (end < whole) {
+        begin = end;
+        while (begin < whole && !isBlockCovered(begin))
+            begin += Pixels;
+        end = begin;
+        while (end < whole && isBlockCovered(end))
+            end += Pixels;
+        if (end < whole)
+            add();
     }
+    bool isRestCovered = false;
+    for (int i = whole; i < count; ++i)
+        isRestCovered |= IsCovered<std::uint8_t>(text + i, outline + i);
+    if (isRestCovered)
+        end = count;
+    add();
 }

@@ -250,14 +250,17 @@ HWY_INLINE void WithStep(int step, Call call)
         call(std::integral_constant<int, 4>());
 }
 
+// Copies of the codes, which stores into the frame cannot change, are kept in registers.
 void Blend(const PlaneTarget &plane, const CoverList &list, const CoverCodes &codes)
 {
-    WithStep(codes.nStep, [&](auto step) HWY_ATTR { BlendSpans<decltype(step)::value>(plane, list, codes); });
+    WithStep(codes.nStep,
+             [&, kept = codes](auto step) HWY_ATTR { BlendSpans<decltype(step)::value>(plane, list, kept); });
 }
 
 void BlendPixels(const PlaneTarget &plane, const CoveredPixels &pixels, const CoverCodes &codes)
 {
-    WithStep(codes.nStep, [&](auto step) HWY_ATTR { BlendPixelSpans<decltype(step)::value>(plane, pixels, codes); });
+    WithStep(codes.nStep,
+             [&, kept = codes](auto step) HWY_ATTR { BlendPixelSpans<decltype(step)::value>(plane, pixels, kept); });
 }
 
 constexpr CoverKernel Vectors = {Weigh, Halve, Blend, BlendPixels};

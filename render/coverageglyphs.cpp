@@ -7,6 +7,17 @@ namespace
 
 constexpr std::size_t MaxBytes = std::size_t{24} * 1024 * 1024;
 
+/** With columns added that nothing covers, so that rows are whole vectors, which are put together several times as fast. */
+ByteMask Padded(const ByteMask &mask)
+{
+    constexpr int VectorBytes = 16;
+    const int columns = (mask.nColumns + VectorBytes - 1) / VectorBytes * VectorBytes;
+    ByteMask padded = MakeByteMask(mask.nLeft, mask.nTop, columns, mask.nRows);
+    for (int row = 0; row < mask.nRows; ++row)
+        std::copy_n(mask.Row(row), mask.nColumns, padded.Row(row));
+    return padded;
+}
+
 } // namespace
 
 void CoverageGlyphs::SetShape(double outline, double pixelAspect)
@@ -46,9 +57,8 @@ const CoveredGlyph &CoverageGlyphs::Find(const GlyphRun &run, std::uint32_t glyp
     const auto known = font.mapGlyphs.find(key);
     if (known != font.mapGlyphs.end())
         return known->second;
-    CoveredGlyph covered;
-    covered.text = run.Coverage(glyph, fraction, m_dPixelAspect);
-    covered.outline = m_disc.Spread(covered.text);
+    const ByteMask text = run.Coverage(glyph, fraction, m_dPixelAspect);
+    CoveredGlyph covered = {Padded(text), Padded(m_disc.Spread(text))};
     m_nBytes += 256 + covered.text.listBytes.size() + covered.outline.listBytes.size();
     return font.mapGlyphs.emplace(key, std::move(covered)).first->second;
 }
