@@ -26,6 +26,13 @@ struct ByteMask {
     }
 };
 
+/** So many columns or a few more: rows of whole vectors are worked on several times as fast as those with a rest. */
+constexpr int WholeVectors(int columns)
+{
+    constexpr int VectorBytes = 16;
+    return (columns + VectorBytes - 1) / VectorBytes * VectorBytes;
+}
+
 /** Nothing covered. */
 inline ByteMask MakeByteMask(int left, int top, int columns, int rows)
 {

@@ -13,8 +13,14 @@ void RaiseTo(std::uint8_t *to, const std::uint8_t *from, int count)
         to[i] = std::max(to[i], from[i]);
 }
 
-/** @param covered  255 where @p from is above 0 @param more  -254 to 254 */
-void RaiseToSum(std::uint8_t *to, const std::uint8_t *from, const std::uint8_t *covered, int count, int more)
+void RaiseToCovered(std::uint8_t *to, const std::uint8_t *from, int count)
+{
+    for (int i = 0; i < count; ++i)
+        to[i] = from[i] > 0 ? 255 : to[i];
+}
+
+/** Of covered pixels. @param more  -254 to 254 */
+void RaiseToSum(std::uint8_t *to, const std::uint8_t *from, int count, int more)
 {
     // Bytes alone, so that vectors hold more.
     const auto change = static_cast<std::uint8_t>(std::abs(more));
@@ -27,8 +33,8 @@ void RaiseToSum(std::uint8_t *to, const std::uint8_t *from, const std::uint8_t *
     }
     for (int i = 0; i < count; ++i) {
         const auto room = static_cast<std::uint8_t>(255 - from[i]);
-        const auto sum = static_cast<std::uint8_t>((from[i] + std::min(room, change)) & covered[i]);
-        to[i] = std::max(to[i], sum);
+        const auto sum = static_cast<std::uint8_t>(from[i] + std::min(room, change));
+        to[i] = std::max(to[i], from[i] > 0 ? sum : std::uint8_t{0});
     }
 }
 
@@ -57,35 +63,42 @@ ByteMask CoverageDisc::Spread(const ByteMask &text) const
 {
     if (m_listRows.empty() || text.nRows == 0 || text.nColumns == 0)
         return {};
-    const int width = text.nColumns + 2 * m_nReachAcross;
+    const int width = WholeVectors(text.nColumns + 2 * m_nReachAcross);
     ByteMask outline =
         MakeByteMask(text.nLeft - m_nReachAcross, text.nTop - m_nReach, width, text.nRows + 2 * m_nReach);
-    // A row with nothing round it, where it is covered, and what has a covered pixel up to each distance.
-    const std::size_t padding = 2 * static_cast<std::size_t>(m_nReachAcross);
-    std::vector<std::uint8_t> padded(width + padding);
-    std::vector<std::uint8_t> covered(width + padding);
-    std::vector<std::vector<std::uint8_t>> near(m_listRows.front().nWhole + 1, std::vector<std::uint8_t>(width));
+    const auto padding = static_cast<std::ptrdiff_t>(m_nReachAcross);
+    std::vector<std::uint8_t> padded(width + 2 * padding); // a row with nothing round it
+    std::vector<std::uint8_t> line(width);                 // what the row makes of those at one distance
+    using Line = std::vector<std::uint8_t>;
+    std::vector<Line> pairs(m_nReachAcross + 1,
+                            line); // the greater of the pixels at a distance to the left and the right
+    std::vector<Line> near(m_listRows.front().nWhole + 1, line); // 255 where a pixel up to a distance is covered
     for (int y = 0; y < text.nRows; ++y) {
-        std::copy_n(text.Row(y), text.nColumns, padded.begin() + static_cast<std::ptrdiff_t>(padding));
-        std::transform(padded.begin(), padded.end(), covered.begin(), [](std::uint8_t c) { return c > 0 ? 255 : 0; });
-        const std::uint8_t *middle = padded.data() + m_nReachAcross;
-        const std::uint8_t *coveredMiddle = covered.data() + m_nReachAcross;
-        for (std::size_t dx = 0; dx < near.size(); ++dx) {
-            std::copy_n(dx == 0 ? coveredMiddle : near[dx - 1].data(), width, near[dx].data());
-            RaiseTo(near[dx].data(), coveredMiddle - dx, width);
-            RaiseTo(near[dx].data(), coveredMiddle + dx, width);
+        std::copy_n(text.Row(y), text.nColumns, padded.begin() + 2 * padding);
+        const std::uint8_t *middle = padded.data() + padding;
+        for (int dx = 0; dx <= m_nReachAcross; ++dx) {
+            std::copy_n(middle - dx, width, pairs[dx].data());
+            RaiseTo(pairs[dx].data(), middle + dx, width);
         }
-        for (int dy = -m_nReach; dy <= m_nReach; ++dy) {
-            const Row &row = m_listRows[std::abs(dy)];
-            std::uint8_t *to = outline.Row(y + dy + m_nReach);
+        for (std::size_t dx = 0; dx < near.size(); ++dx) {
+            if (dx > 0)
+                near[dx] = near[dx - 1];
+            else
+                std::fill(near[dx].begin(), near[dx].end(), 0);
+            RaiseToCovered(near[dx].data(), pairs[dx].data(), width);
+        }
+        for (int dy = 0; dy <= m_nReach; ++dy) {
+            const Row &row = m_listRows[dy];
             if (row.nWhole >= 0)
-                RaiseTo(to, near[row.nWhole].data(), width);
+                line = near[row.nWhole];
+            else
+                std::fill(line.begin(), line.end(), 0);
             int dx = row.nWhole + 1;
-            for (const int more : row.listRim) {
-                RaiseToSum(to, middle - dx, coveredMiddle - dx, width, more);
-                RaiseToSum(to, middle + dx, coveredMiddle + dx, width, more);
-                ++dx;
-            }
+            for (const int more : row.listRim)
+                RaiseToSum(line.data(), pairs[dx++].data(), width, more);
+            RaiseTo(outline.Row(y + m_nReach + dy), line.data(), width);
+            if (dy > 0)
+                RaiseTo(outline.Row(y + m_nReach - dy), line.data(), width);
         }
     }
     return outline;

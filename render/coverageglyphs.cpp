@@ -7,12 +7,10 @@ namespace
 
 constexpr std::size_t MaxBytes = std::size_t{24} * 1024 * 1024;
 
-/** With columns added that nothing covers, so that rows are whole vectors, which are put together several times as fast. */
+/** With columns added that nothing covers. */
 ByteMask Padded(const ByteMask &mask)
 {
-    constexpr int VectorBytes = 16;
-    const int columns = (mask.nColumns + VectorBytes - 1) / VectorBytes * VectorBytes;
-    ByteMask padded = MakeByteMask(mask.nLeft, mask.nTop, columns, mask.nRows);
+    ByteMask padded = MakeByteMask(mask.nLeft, mask.nTop, WholeVectors(mask.nColumns), mask.nRows);
     for (int row = 0; row < mask.nRows; ++row)
         std::copy_n(mask.Row(row), mask.nColumns, padded.Row(row));
     return padded;
@@ -58,7 +56,7 @@ const CoveredGlyph &CoverageGlyphs::Find(const GlyphRun &run, std::uint32_t glyp
     if (known != font.mapGlyphs.end())
         return known->second;
     const ByteMask text = run.Coverage(glyph, fraction, m_dPixelAspect);
-    CoveredGlyph covered = {Padded(text), Padded(m_disc.Spread(text))};
+    CoveredGlyph covered = {Padded(text), m_disc.Spread(text)};
     m_nBytes += 256 + covered.text.listBytes.size() + covered.outline.listBytes.size();
     return font.mapGlyphs.emplace(key, std::move(covered)).first->second;
 }
