@@ -34,19 +34,6 @@ struct SampleBlend {
     std::vector<std::uint32_t> listRests; ///< 0 to 65,536
 };
 
-/**
- * What a sample's part of a list becomes: @p code is added, and @p rest of it stays. What the rounding of the rest takes or
- * adds is made up for as for a byte of middle size.
- */
-inline void PutPart(float code, float rest, std::uint16_t &base, std::uint8_t &rounded)
-{
-    constexpr float Middle = 127.5F; // of a byte; also half of what the sum is divided by
-    constexpr float Half = 0.5F;     // rounds numbers that are not negative
-    const float whole = 255 * rest;
-    rounded = static_cast<std::uint8_t>(whole + Half);
-    base = static_cast<std::uint16_t>(255 * code + (whole - static_cast<float>(rounded)) * Middle + Middle);
-}
-
 /** All kernels give the same bytes. */
 struct BlendBytesKernel {
     /** Bytes after a span may be written with what they hold; nothing after a row's end is read or written. */

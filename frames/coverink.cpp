@@ -15,16 +15,6 @@ std::uint16_t FineCode(const FrameColor &color, int component)
     return static_cast<std::uint16_t>(color.fine[component] << MoreBits);
 }
 
-/** Gives pixels beyond the frame's sides what those at the sides have. @param first  column of the row's first pixel */
-void ExtendSides(std::vector<std::uint16_t> &row, int first, int width)
-{
-    if (first < 0)
-        row[0] = row[1];
-    const std::size_t inFrame = width - first;
-    for (std::size_t i = inFrame; i < row.size(); ++i)
-        row[i] = row[inFrame - 1];
-}
-
 /** What becomes of a sample; the colours with their weights, and the sample itself with what is left. */
 std::int32_t Blended(std::uint32_t text, std::uint32_t outline, std::uint32_t ofText, std::uint32_t ofOutline,
                      std::uint32_t old)

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <vector>
 
 /** How the samples of a frame lie in its planes. */
 struct FrameLayout {
@@ -33,6 +34,17 @@ inline Value Read(const std::uint8_t *from)
     Value value;
     std::memcpy(&value, from, sizeof value);
     return value;
+}
+
+/** Gives pixels beyond the frame's sides what those at the sides have. @param first  column of the row's first pixel */
+template <typename Number>
+void ExtendSides(std::vector<Number> &row, int first, int width)
+{
+    if (first < 0)
+        row[0] = row[1];
+    const std::size_t inFrame = width - first;
+    for (std::size_t i = inFrame; i < row.size(); ++i)
+        row[i] = row[inFrame - 1];
 }
 
 /** Neighbours in a row of a plane, and where what belongs to them is in the lists made for the plane. */

@@ -16,14 +16,17 @@ float CodeOf(const FrameColor &color, int component)
     return static_cast<float>(color.fine[component]) / (1 << FineBits);
 }
 
-/** Gives pixels beyond the frame's sides what those at the sides have. @param first  column of the row's first pixel */
-void ExtendSides(std::vector<float> &row, int first, int width)
+/**
+ * What a sample's part of a list becomes: @p code is added, and @p rest of it stays. What the rounding of the rest takes or
+ * adds is made up for as for a byte of middle size.
+ */
+void PutPart(float code, float rest, std::uint16_t &base, std::uint8_t &rounded)
 {
-    if (first < 0)
-        row[0] = row[1];
-    const std::size_t inFrame = width - first;
-    for (std::size_t i = inFrame; i < row.size(); ++i)
-        row[i] = row[inFrame - 1];
+    constexpr float Middle = 127.5F; // of a byte; also half of what the sum is divided by
+    constexpr float Half = 0.5F;     // rounds numbers that are not negative
+    const float whole = 255 * rest;
+    rounded = static_cast<std::uint8_t>(whole + Half);
+    base = static_cast<std::uint16_t>(255 * code + (whole - static_cast<float>(rounded)) * Middle + Middle);
 }
 
 /** Adds @p share of each number of a row, moved by @p from places, at every second place. */
