@@ -1,5 +1,5 @@
-// The same work done by libass, whose images are blended here: once as it lists them, and once merged into one picture
-// that is kept while it reports no change, which is the best that its interface allows.
+// The same work done with libass. Its images are blended here in two ways: one by one as it lists them, and merged into
+// one picture that is reused while libass reports no change, which is the fastest that its interface allows.
 #include "asshost.h"
 #include "cues.h"
 #include "host.h"
@@ -48,7 +48,7 @@ private:
     MergedList m_merged;
 };
 
-/** Frames in a decoder's format, in the memory of a ring of RGB frames. */
+/** Draws into frames in a decoder's format, in the memory of a ring of RGB frames. */
 class AssFrameHost
 {
 public:
@@ -60,7 +60,7 @@ public:
         m_ass(m_nWidth, m_nHeight, AssFile(FilmCues, m_nWidth, m_nHeight)),
         m_merged(m_format, m_nWidth, m_nHeight)
     {
-        // Once round, since the ring has memory only where RGB frames carry subtitles.
+        // One round, to get memory for the rest: the ring has it only where RGB frames have subtitles.
         for (std::size_t n = 0; n < m_ring.Frames(); ++n)
             Process(CueDistance);
     }
@@ -93,7 +93,7 @@ private:
     MergedYuv m_merged;
 };
 
-/** Reports that a benchmark cannot be run, if so. */
+/** Returns whether a benchmark cannot run, and reports that. */
 bool CannotRun(benchmark::State &state)
 {
     if (!CanBlend())
@@ -149,7 +149,7 @@ void AssFrameChange(benchmark::State &state)
     MeasureChanges(state, [&](int n) { host.Process(CueDistance * (2 + n)); });
 }
 
-/** By size and YuvFormat, whose numbers are those of frame_bench.cpp's formats. */
+/** Each size with each YuvFormat. Their numbers are those of the formats in frame_bench.cpp. */
 void FormatSizes(benchmark::internal::Benchmark *benchmark)
 {
     for (const YuvFormat format : {YuvFormat::Yuv420p, YuvFormat::Nv12, YuvFormat::P010}) {
@@ -174,7 +174,7 @@ void AssNothingDue(benchmark::State &state)
         host.ProcessList(PauseAfter(1));
 }
 
-/** Only where nothing is due: elsewhere it would draw as well. */
+/** At times when nothing is due: at others libass would draw as well. */
 void AssLookup(benchmark::State &state)
 {
     AssHost ass(1920, 1080, AssFile(Argument(state, 0)));
@@ -191,7 +191,7 @@ void AssOpen(benchmark::State &state)
         ass.Open(file);
 }
 
-/** From memory. */
+/** Parses a script in memory. */
 void AssRead(benchmark::State &state)
 {
     std::ifstream file(AssFile(Argument(state, 0)), std::ios::binary);

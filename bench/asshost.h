@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string>
 
-/** A script in libass, and what renders it for frames of one size. */
+/** A script in libass with its renderer, for frames of one size. */
 class AssHost
 {
 public:
@@ -31,7 +31,7 @@ public:
     AssHost(const AssHost &) = delete;
     AssHost &operator=(const AssHost &) = delete;
 
-    // libass does not take a constant name.
+    // By value, since libass does not take a const char *.
     void Open(std::string file) // cppcheck-suppress passedByValue
     {
         Close();
@@ -44,7 +44,7 @@ public:
         m_track = ass_read_memory(m_library, script.data(), script.size(), nullptr);
     }
 
-    /** @param change  becomes 0 when the list is as before. */
+    /** @param change  set to 0 if the list is the same as before */
     const ASS_Image *Images(long ms, int *change = nullptr)
     {
         return ass_render_frame(m_renderer, m_track, ms, change);

@@ -2,14 +2,14 @@
 
 #include <immintrin.h>
 
-/** (value + 127) / 255 for products of two bytes. */
+/** (value + 127) / 255, for products of two bytes. */
 inline __m256i DivideBy255(__m256i value)
 {
     const __m256i rounded = _mm256_add_epi16(value, _mm256_set1_epi16(128));
     return _mm256_srli_epi16(_mm256_add_epi16(rounded, _mm256_srli_epi16(rounded, 8)), 8);
 }
 
-/** What is premultiplied, and old bytes by their rests of 255. */
+/** own + old * rest / 255 for bytes; own is premultiplied. */
 inline __m256i Mix(__m256i own, __m256i rest, __m256i old)
 {
     const __m256i zero = _mm256_setzero_si256();

@@ -23,7 +23,7 @@ std::string Word(const Words &words, int n)
     return words[n % words.size()];
 }
 
-/** A line of so many words, another one for each number. */
+/** A line of @p count words, different for each number. */
 std::string Line(const Words &words, int count, int number)
 {
     std::string text;
@@ -32,7 +32,7 @@ std::string Line(const Words &words, int count, int number)
     return text;
 }
 
-/** As Line(), of any of 3,000 ideographs. */
+/** The same with characters, chosen from 3,000 ideographs. */
 std::string IdeographLine(int count, unsigned number)
 {
     std::string text;
@@ -91,7 +91,7 @@ std::string Srt(int count, CueScript script)
 
 std::string Ass(int count, int width, int height, CueScript script)
 {
-    // A script's font size is that of a line; of DejaVu Sans that is 1.164 of the pixel size.
+    // The font size of a script is the line height, which in DejaVu Sans is 1.164 times the pixel size.
     const int size = height * 1164 / 14000;
     std::string text =
         "[Script Info]\nScriptType: v4.00+\nScaledBorderAndShadow: yes\nPlayResX: " + std::to_string(width) +

@@ -1,4 +1,4 @@
-// The same work done by FFmpeg: its filters that draw, on one thread and in place, and its reading of a text file.
+// The same work done with FFmpeg: its filters for drawing, on one thread and in place, and its reader of text files.
 #include "cues.h"
 #include "filterhost.h"
 #include "host.h"
@@ -15,7 +15,7 @@ extern "C" {
 namespace
 {
 
-/** The first frame is not measured: the overlay filter copies it. */
+/** Does not measure the first frame, which the overlay filter copies. */
 void MeasureFilter(benchmark::State &state, FilterHost &host, std::int64_t ms, std::int64_t step)
 {
     host.Process(ms);
@@ -36,7 +36,7 @@ void FilterSteadyText(benchmark::State &state)
     MeasureFilter(state, host, CueDistance, 0);
 }
 
-/** The overlay filter, given no more than the rectangle that the picture covers. */
+/** The overlay filter, with only the rectangle that the picture covers. */
 void FilterSteadyPicture(benchmark::State &state)
 {
     const int width = Argument(state, 0);
@@ -61,7 +61,7 @@ void FilterSteadyPicture(benchmark::State &state)
     MeasureFilter(state, filter, 0, 1);
 }
 
-/** Demuxes a file and decodes all of its packets; returns how many subtitles came out. */
+/** Demuxes a file and decodes all of its packets. Returns the number of subtitles. */
 int ReadAll(const std::string &file)
 {
     AVFormatContext *format = nullptr;

@@ -1,4 +1,4 @@
-// What a subtitle file costs: opening it, and finding what is due at times in no order.
+// The cost of a subtitle file: opening it, and finding what is due at random times.
 #include "cues.h"
 #include "host.h"
 #include "randomtimes.h"
@@ -24,11 +24,11 @@ void OpenAss(benchmark::State &state)
     OpenFile(state, AssFile(Argument(state, 0)));
 }
 
-/** On a handle that has opened nothing before; making it is not timed. */
+/** On a handle that has not opened a file before. Creating the handle is not timed. */
 void OpenOnNewHandle(benchmark::State &state)
 {
     const std::string file = SrtFile(Argument(state, 0));
-    void *another = CreateVideoSubtitle(1920, 1080); // so that Qt's application object lives on
+    void *another = CreateVideoSubtitle(1920, 1080); // keeps Qt's application object alive
     for ([[maybe_unused]] auto _ : state) {
         void *subtitle = CreateVideoSubtitle(1920, 1080);
         const auto start = std::chrono::steady_clock::now();

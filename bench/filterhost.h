@@ -10,19 +10,19 @@ extern "C" {
 #include <libavutil/frame.h>
 }
 
-/** A graph of FFmpeg filters through which frames of a ring go, and are drawn in where they lie. */
+/** A graph of FFmpeg filters that draws into the frames of a ring, in place. */
 class FilterHost
 {
 public:
-    /** @param filters  between [main] and [out]; a second input, of RGBA pictures, is [picture]. */
+    /** @param filters  graph from [main] to [out]; a second input, of RGBA pictures, is [picture] */
     FilterHost(int width, int height, const std::string &filters);
     ~FilterHost();
     FilterHost(const FilterHost &) = delete;
     FilterHost &operator=(const FilterHost &) = delete;
 
-    /** Gives the one picture of the second input; it stays. */
+    /** Sets the only picture of the second input, which is shown from then on. */
     void SetPicture(const std::uint8_t *rgba);
-    /** @return whether the filters drew in the frame itself, not in a copy. */
+    /** @return whether the filters drew into the frame itself and not into a copy */
     bool Process(std::int64_t ms);
 
 private:

@@ -1,5 +1,6 @@
-// What happens once a process: the microseconds of the first frame with text after a file was opened, and of a later one
-// on which the cue changes; those from nothing to the first frame with text; and what a renderer keeps in memory.
+// Measures what happens once per process. text: microseconds of the first frame with text after a file was opened, and
+// the median of later frames on which the cue changes. start: microseconds from creating the renderer to the first
+// frame with text. memory: bytes that a renderer keeps.
 // usage: firsttext text|start|memory library|libass
 #include "cues.h"
 #include "libsubtitle.h"
@@ -27,7 +28,7 @@ constexpr int Height = 1080;
 constexpr int LaterCues = 100;
 constexpr int StartCues = 200;
 
-/** A player of one film. */
+/** Plays one film. */
 class Player
 {
 public:
@@ -105,7 +106,7 @@ double Microseconds(Player &player, std::uint8_t *pixels, int cue)
     return std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start).count();
 }
 
-/** In bytes: what the process has of its own, files that it maps not counted. */
+/** Memory of the process in bytes, without mapped files. */
 long OwnMemory()
 {
     std::ifstream status("/proc/self/status");
@@ -150,7 +151,7 @@ void PrintMemory(bool libass, std::vector<std::uint8_t> &pixels)
         std::printf("%s memory %s %ld\n", Name(libass), player == players[0] ? "first" : "another",
                     OwnMemory() - before);
     }
-    // A cue is its text, two bytes a character, and two times.
+    // At least needed: an image of 4 bytes per pixel, and the file's text with two bytes per character.
     std::printf("%s memory needed %ld\n", Name(libass),
                 4L * Width * Height + 2L * static_cast<long>(std::filesystem::file_size(file)));
 }
@@ -162,7 +163,7 @@ int main(int argc, char **argv)
     const std::string work = argc == 3 ? argv[1] : "";
     const bool libass = argc == 3 && std::strcmp(argv[2], "libass") == 0;
     if (libass && !HasLibass())
-        return 0; // a peer that is not there has no figures
+        return 0; // no figures without libass
     std::vector<std::uint8_t> pixels(static_cast<std::size_t>(Width) * Height * 3, 90);
     if (work == "text")
         PrintText(libass, pixels);

@@ -1,4 +1,4 @@
-// What a frame in a decoder's format costs: a steady subtitle, and a change of subtitle.
+// The cost of a frame in a decoder's format: with an unchanged subtitle, and with a change of subtitle.
 #include "cues.h"
 #include "host.h"
 #include "libsubtitleframe.h"
@@ -14,7 +14,7 @@ namespace
 
 const std::array<const char *, 4> Formats = {"yuv420p", "nv12", "p010le", "rgb24"};
 
-/** A renderer with a film's cues, or a file, and a burner; every frame is another one of a ring. */
+/** A renderer with a film's cues or a given file, and a burner. Draws into the frames of a ring in turn. */
 class FrameHost
 {
 public:
@@ -30,7 +30,7 @@ public:
         m_frame.width = Argument(state, 0);
         m_frame.height = Argument(state, 1);
         m_frame.format = SubtitlePixelFormat(Formats[Argument(state, 2)]);
-        // Once round, since the ring has memory only where RGB frames carry subtitles.
+        // One round, to get memory for the rest: the ring has it only where RGB frames have subtitles.
         for (std::size_t n = 0; n < m_ring.Frames(); ++n)
             Process(CueDistance);
     }
@@ -101,7 +101,7 @@ void NaturalChange(benchmark::State &state)
     MeasureChanges(state, [&](int n) { host.Process(CueDistance * (2 + n)); });
 }
 
-/** Cues of one size in pixels, with one outline, whatever the frame's size is. */
+/** Cues with the same size in pixels, and the same outline, at every frame size. */
 void NaturalSameText(benchmark::State &state)
 {
     constexpr int PointSize = 32;

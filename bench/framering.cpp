@@ -14,9 +14,9 @@
 namespace
 {
 
-constexpr std::size_t BandTop = 74; ///< in hundredths of the height; subtitles stay within
+constexpr std::size_t BandTop = 74; ///< in percent of the height; subtitles are inside the band
 constexpr std::size_t BandBottom = 96;
-constexpr std::size_t InkShare = 20; ///< the ink box is about this part of a frame
+constexpr std::size_t InkShare = 20; ///< a subtitle's rectangle is about 1/20 of a frame
 constexpr std::size_t LeastFrames = 16;
 
 std::size_t CacheBytes()
@@ -25,7 +25,7 @@ std::size_t CacheBytes()
     return bytes > 0 ? static_cast<std::size_t>(bytes) : std::size_t{32} << 20;
 }
 
-/** What can be had without swapping. */
+/** Memory that is available without swapping. */
 std::size_t FreeBytes()
 {
     std::ifstream information("/proc/meminfo");
@@ -62,7 +62,7 @@ FrameRing::FrameRing(int width, int height) : m_nFrameBytes(static_cast<std::siz
              -1, 0); // cppcheck-suppress invalidFunctionArg; no file
     if (memory == MAP_FAILED)
         throw std::runtime_error("no memory for frames");
-    // Huge pages would back what is never touched.
+    // Huge pages would also allocate memory for parts that are never touched.
     madvise(memory, m_nFrames * m_nFrameBytes, MADV_NOHUGEPAGE);
     m_pFrames = static_cast<std::uint8_t *>(memory);
     for (std::size_t n = 0; n < m_nFrames; ++n)

@@ -4,13 +4,13 @@
 #include <cstdint>
 
 /**
- * Frames of one size, packed RGB, handed out in turn: when one comes round again, the part of it that carries subtitles
- * has left the caches. Only that part, a band low in the frame, is backed by memory before it is asked for.
+ * Frames of one size, packed RGB, used in turn. There are enough of them that the part with subtitles has left the
+ * caches when a frame is used again. Only that part, a band low in the frame, has memory allocated from the start.
  */
 class FrameRing
 {
 public:
-    /** The one ring for frames of that size; it lives as long as the process. */
+    /** The ring for frames of that size, which all callers share. It is never destroyed. */
     static FrameRing &Of(int width, int height);
 
     std::uint8_t *Next()
@@ -21,7 +21,7 @@ public:
 
     std::size_t Frames() const { return m_nFrames; }
     std::size_t FrameBytes() const { return m_nFrameBytes; }
-    /** What the ring's memory is filled with. */
+    /** Value of all bytes in the band at first. */
     static constexpr std::uint8_t Background = 90;
 
 private:

@@ -1,9 +1,9 @@
-// Opens files of four sizes, each twice the one before, of every kind of content that could take more than its share of
-// time, and prints the time for each byte. Fails where that is over 4 times as much at the last size as at the first, and
-// where a file without subtitles takes over 150 MB of memory.
+// Opens files of four sizes, each twice as large as the previous one, of every kind of content that might take more
+// than linear time, and prints the time per byte. Fails if a byte takes over 4 times as long at the largest size as at
+// the smallest, or if a file without subtitles takes over 100 MB of memory.
 // usage: growth [--quick] [KIND]
 //   --quick  an eighth of the sizes
-//   KIND     only those whose names begin so
+//   KIND     only the kinds whose names begin with this
 #include "libsubtitle.h"
 #include "support/subtitlemuxer.h"
 #include "support/temporaryfolder.h"
@@ -29,22 +29,22 @@ namespace
 
 constexpr long Items = 125000;
 constexpr long Bytes = 12500000;
-constexpr double MaxRatio = 4;       ///< what grows with the square takes 8 times as much
-constexpr double LittleTime = 5e-9;  ///< so much for a byte may be caches that no longer hold the file
-constexpr double MaxSeconds = 10;    ///< beyond, no greater size is tried: it may take four times as long
-constexpr double MostMemory = 100e6; ///< for files without subtitles; what they take does not grow with them
+constexpr double MaxRatio = 4;       ///< of the times per byte; quadratic time gives 8
+constexpr double LittleTime = 5e-9;  ///< s per byte; less may come from caches that no longer hold the file
+constexpr double MaxSeconds = 10;    ///< after that no larger size is tried, which might take four times as long
+constexpr double MostMemory = 100e6; ///< bytes, for files without subtitles, of any size
 const char *const SrtTime = "00:00:01,000 --> 00:00:02,000\n";
 const char *const Event = "Dialogue: 0,0:00:01.00,0:00:02.00,Default,,0,0,0,,";
 const char *const IndexHead = "size: 720x576\nid: en, index: 0\n";
 
 struct Kind {
-    std::string strName; ///< its extension behind the last '.'
+    std::string strName; ///< ends with the file's extension
     long nSmallest;
     std::function<std::string(long)> make;
-    double mostMemory = 1e12; ///< in bytes, whatever the size
+    double mostMemory = 1e12; ///< in bytes, at any size
 };
 
-/** All cues' times are below 100 hours, as the usual form of a stamp asks for. */
+/** Formats a time. All times are below 100 hours, so that two digits are enough for the hours. */
 std::string Stamp(const char *pFormat, long nTenths)
 {
     char text[32];
@@ -67,7 +67,7 @@ std::string Repeated(const std::string &strPart, long nCount)
     return strWhole;
 }
 
-/** A kind that is one part over and over between a head and an end. */
+/** A kind that repeats one part between a head and an end. */
 Kind Repeats(const std::string &strName, const std::string &strHead, const std::string &strPart,
              const std::string &strEnd = "\n", long nSmallest = Items)
 {
@@ -79,7 +79,7 @@ Kind OneLine(const std::string &strName, const std::string &strHead, const std::
     return Repeats(strName, strHead, strPart, "\n", Bytes / static_cast<long>(strPart.size()));
 }
 
-/** A kind that is one cue for each number. */
+/** A kind with one cue for each number. */
 template <typename Cue>
 Kind Cues(const std::string &strName, const std::string &strHead, Cue cue)
 {
@@ -175,7 +175,7 @@ std::vector<Kind> LineKinds()
     };
 }
 
-/** Files that hold no subtitles, in which FFmpeg looks for a picture, a frame of sound or the next part of a header. */
+/** Files without subtitles, which FFmpeg searches for a picture, a frame of sound or the next part of a header. */
 std::vector<Kind> MediaKinds()
 {
     const std::string strZero(1, '\0');
@@ -188,7 +188,7 @@ std::vector<Kind> MediaKinds()
     return kinds;
 }
 
-/** Written by FFmpeg, not as text. */
+/** Writes a Matroska file with FFmpeg. */
 void WriteMatroska(const std::string &strPath, long nCount)
 {
     std::vector<MuxedPacket> packets;
@@ -198,7 +198,7 @@ void WriteMatroska(const std::string &strPath, long nCount)
     MuxSubtitles(strPath, {"subrip"}, packets);
 }
 
-/** What the process used most since the last ResetPeak(), in bytes. */
+/** Peak memory of the process since the last ResetPeak(), in bytes. */
 long PeakMemory()
 {
     std::ifstream status("/proc/self/status");
@@ -240,7 +240,7 @@ Cost Open(const std::string &strPath)
     return cost;
 }
 
-/** Prints a kind's line; false where it grows too fast. */
+/** Measures a kind and prints its line. Returns false if its time grows too fast or it takes too much memory. */
 bool Measure(const Kind &kind, long nDivisor)
 {
     std::printf("%-30s", kind.strName.c_str());
@@ -290,7 +290,7 @@ try {
     kinds.push_back({"matroska-by-FFmpeg.mkv", Items, nullptr});
 
     std::printf("%-30s %35s  %5s  %5s\n", "", "ns a byte at sizes 1, 2, 4 and 8", "ratio", "bytes of memory a byte");
-    void *pHandle = CreateVideoSubtitle(320, 180); // so that Qt stays
+    void *pHandle = CreateVideoSubtitle(320, 180); // keeps Qt running from file to file
     bool bGood = true;
     for (const Kind &kind : kinds)
         if (kind.strName.rfind(strOnly, 0) == 0)

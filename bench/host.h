@@ -23,7 +23,7 @@ struct Rectangle {
     int nHeight;
 };
 
-/** A renderer; every frame that it draws in is another one of a ring. */
+/** A renderer that draws into the frames of a ring in turn. */
 class Host
 {
 public:
@@ -44,7 +44,7 @@ public:
 
     void *Handle() const { return m_subtitle; }
 
-    /** A frame on one colour as it looks at a time. */
+    /** Returns a frame of the background colour with what is due at a time. */
     std::vector<std::uint8_t> Draw(long ms)
     {
         std::vector<std::uint8_t> pixels(m_ring.FrameBytes(), FrameRing::Background);
@@ -52,7 +52,7 @@ public:
         return pixels;
     }
 
-    /** The smallest rectangle that holds all that is drawn at a time. */
+    /** The smallest rectangle around all pixels that are drawn at a time. */
     Rectangle InkBox(long ms)
     {
         const std::vector<std::uint8_t> pixels = Draw(ms);
@@ -73,7 +73,7 @@ public:
         return {left, top, right - left, bottom - top};
     }
 
-    /** Copies pixels, the rectangle's rows one after the other, into the next frame. */
+    /** Copies pixels, stored row by row, into a rectangle of the next frame. */
     void Copy(const std::vector<std::uint8_t> &pixels, const Rectangle &rectangle)
     {
         std::uint8_t *frame = m_ring.Next();
@@ -105,7 +105,7 @@ inline int Argument(const benchmark::State &state, std::size_t n)
     return static_cast<int>(state.range(n));
 }
 
-/** What the memcpy of the rectangle costs that is drawn at a time. */
+/** Measures a memcpy of the rectangle around what is drawn at a time. */
 inline void MeasureFloor(benchmark::State &state, Host &host, long ms)
 {
     const Rectangle box = host.InkBox(ms);
@@ -116,7 +116,7 @@ inline void MeasureFloor(benchmark::State &state, Host &host, long ms)
     state.counters["box_height"] = box.nHeight;
 }
 
-/** Times @p change(n) for each iteration n, and keeps the longest beside the mean. */
+/** Times @p change(n) for each iteration n, and reports the longest time in addition to the mean. */
 template <typename Change>
 void MeasureChanges(benchmark::State &state, Change change)
 {
@@ -132,7 +132,7 @@ void MeasureChanges(benchmark::State &state, Change change)
     state.counters["worst_us"] = worst * 1e6;
 }
 
-/** Frame sizes to measure at. */
+/** Frame sizes that are measured. */
 constexpr std::array<std::array<int, 2>, 4> FrameSizes = {{{854, 480}, {1280, 720}, {1920, 1080}, {3840, 2160}}};
 
 inline void Sizes(benchmark::internal::Benchmark *benchmark)
@@ -144,7 +144,7 @@ inline void Sizes(benchmark::internal::Benchmark *benchmark)
 
 constexpr int ChangeCount = 200;
 
-/** Changes of cue, by size and script. */
+/** Changes of cue, for each script at each size. */
 inline void ScriptChanges(benchmark::internal::Benchmark *benchmark)
 {
     for (const CueScript script : {CueScript::Latin, CueScript::Cjk, CueScript::Arabic, CueScript::Devanagari}) {

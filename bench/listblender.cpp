@@ -10,7 +10,7 @@
 namespace
 {
 
-constexpr int Pixels = 16; ///< of a mask at a time
+constexpr int Pixels = 16; ///< that are blended at once
 constexpr std::size_t Block = 32;
 
 __m128i Narrow(__m256i words)
@@ -18,7 +18,7 @@ __m128i Narrow(__m256i words)
     return _mm_packus_epi16(_mm256_castsi256_si128(words), _mm256_extracti128_si256(words, 1));
 }
 
-/** Sixteen mask values, each for the three bytes of a pixel. */
+/** Repeats each of sixteen mask values for the three bytes of a pixel. @param part  0 to 2: which 16 of the 48 bytes */
 __m128i Spread(__m128i mask, int part)
 {
     alignas(16) static constexpr std::uint8_t places[3][16] = {
@@ -31,7 +31,7 @@ __m128i Spread(__m128i mask, int part)
 struct Color {
     std::array<std::uint8_t, 3> listBytes;
     int nOpacity;
-    alignas(16) std::array<std::uint8_t, 48> listPattern; ///< of sixteen pixels
+    alignas(16) std::array<std::uint8_t, 48> listPattern; ///< sixteen pixels of this colour
 
     explicit Color(std::uint32_t rgba) :
         listBytes{static_cast<std::uint8_t>(rgba >> 24), static_cast<std::uint8_t>(rgba >> 16),

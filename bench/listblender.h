@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-/** Whether the processor can run what follows. */
+/** Whether the processor can run the functions of this header. */
 inline bool CanBlend()
 {
     return __builtin_cpu_supports("avx2");
@@ -15,11 +15,13 @@ inline bool CanBlend()
 /** Blends the images that libass lists, one by one, into a packed RGB frame. */
 void BlendList(const ASS_Image *list, std::uint8_t *frame, int frameWidth);
 
-/** A list made into one picture, of which only the visible blocks are kept: the same, faster, for a list that stays. */
+/**
+ * A list merged into one picture, of which only visible blocks are kept. Blends the same list faster the next times.
+ */
 class MergedList
 {
 public:
-    /** @param frameWidth  of the frames, where the pictures lie further from the right edge than a block is long. */
+    /** @param frameWidth  width of the frames; images must be more than a block away from the right edge */
     void Merge(const ASS_Image *list, int frameWidth, int frameHeight);
     void Blend(std::uint8_t *frame) const;
 
@@ -32,5 +34,5 @@ private:
     };
     std::vector<Run> m_listRuns;
     std::vector<std::uint8_t> m_listColors; ///< premultiplied
-    std::vector<std::uint8_t> m_listRests;  ///< how much of the frame shows
+    std::vector<std::uint8_t> m_listRests;  ///< weight of the frame's own byte
 };

@@ -1,6 +1,6 @@
-// Many frames with changing subtitles of all formats, in small and great frames, while files are opened again, fonts
-// change, and renderers go and come. Prints the memory in use and the open files, and fails where either grows after the
-// first quarter, in which caches fill up.
+// Draws many frames with changing subtitles of all formats, in small and large frames, while files are reopened, fonts
+// change, and renderers are destroyed and created. Prints memory in use and open files, and fails if either grows after
+// the first quarter, in which caches fill up.
 // usage: longrun [FRAMES]
 #include "cues.h"
 #include "libsubtitle.h"
@@ -36,10 +36,10 @@ constexpr long WarmUp = Intervals / 4;
 constexpr long FrameTime = 500; ///< ms; a cue is due for three of four frames
 constexpr long FramesOfFile = 2500;
 constexpr long FramesOfFont = 250;
-// Without renderers nothing should be left but what the allocator cannot give back.
+// Without renderers, only what the allocator cannot return to the system may be left.
 constexpr double MaxRestGrowth = 0.02;
 constexpr long MaxRestGrowthKilobytes = 512;
-// With them, the caches of each are full at another time, which may come together late.
+// With renderers, each one's caches fill up at another time, so the peak may come late.
 constexpr double MaxWorkGrowth = 0.25;
 
 struct Size {
@@ -57,7 +57,7 @@ std::string Utf8(unsigned nCharacter)
             static_cast<char>(0x80 | (nCharacter & 0x3F))};
 }
 
-/** Two short lines of Chinese characters, any of the 20,902 of the first block. */
+/** Two short lines of Chinese characters, chosen from the 20,902 of the first block. */
 std::string Ideographs(std::mt19937 &random)
 {
     std::string strText;
@@ -66,7 +66,7 @@ std::string Ideographs(std::mt19937 &random)
     return strText;
 }
 
-/** One name for each kind of file. */
+/** Writes a file of each kind and returns their names. */
 std::vector<std::string> WriteFiles(const TemporaryFolder &folder)
 {
     std::mt19937 random(1); // NOLINT(cert-msc51-cpp): every run shows the same
@@ -119,7 +119,7 @@ public:
     }
 
 private:
-    /** All in turn, so that the first quarter has seen each of them in each size. */
+    /** Opens the files in turn, so that the first quarter has each of them at each size. */
     void Open() { SetSubtitleFile(m_pHandle, m_listFiles[++m_nOpened % m_listFiles.size()].c_str(), 0); }
 
     void ChangeLook()
@@ -140,7 +140,7 @@ private:
     void *m_pHandle = nullptr;
 };
 
-/** A figure of the process, in kilobytes. */
+/** A value from /proc/self/status, in kilobytes. */
 long Status(const char *pName)
 {
     std::ifstream status("/proc/self/status");
@@ -158,13 +158,13 @@ long OpenFiles()
     return std::distance(begin(files), end(files));
 }
 
-/** Of the memory in use, in kilobytes. */
+/** Memory in use, in kilobytes. */
 struct Memory {
-    long nWork = 0; ///< the most at the end of an interval, without what a single great picture takes meanwhile
-    long nRest = 0; ///< when they are gone
+    long nWork = 0; ///< the most at the end of any interval; peaks within one, of a single large picture, do not count
+    long nRest = 0; ///< after all renderers were destroyed
 };
 
-/** Shows the frames of some intervals with renderers of its own, and prints a line for each. */
+/** Draws the frames of some intervals with new renderers, and prints a line for each interval. */
 Memory Run(const std::vector<std::string> &files, long nFirst, long nLast, long nFrames)
 {
     std::vector<std::uint8_t> pixels(static_cast<std::size_t>(3840) * 2160 * 3, 90);
@@ -173,11 +173,11 @@ Memory Run(const std::vector<std::string> &files, long nFirst, long nLast, long 
         players.push_back(std::make_unique<Player>(Sizes[n], files, static_cast<unsigned>(n)));
     Memory memory;
     for (long nInterval = nFirst; nInterval < nLast; ++nInterval) {
-        std::ofstream("/proc/self/clear_refs") << 5; // forgets the peak
+        std::ofstream("/proc/self/clear_refs") << 5; // resets the peak
         const long nEnd = nFrames * (nInterval + 1) / Intervals;
         for (long n = nFrames * nInterval / Intervals; n < nEnd; ++n)
             players[static_cast<std::size_t>(n) % players.size()]->Show(pixels.data());
-        // Half of them live from beginning to end.
+        // Replace one renderer; half of them are never replaced.
         Player &going = *players[static_cast<std::size_t>(nInterval * 2) % players.size()];
         going.Drop();
         going.Make();
@@ -187,7 +187,7 @@ Memory Run(const std::vector<std::string> &files, long nFirst, long nLast, long 
         (void)std::fflush(stdout);
     }
     players.clear();
-    pixels = {}; // cppcheck-suppress unreadVariable; gives the memory back
+    pixels = {}; // cppcheck-suppress unreadVariable; frees the memory
     malloc_trim(0);
     memory.nRest = Status("VmRSS:");
     std::printf("without renderers: %ld KiB, %ld open files\n", memory.nRest, OpenFiles());
@@ -202,7 +202,7 @@ try {
     av_log_set_level(AV_LOG_QUIET);
     const TemporaryFolder folder;
     const std::vector<std::string> files = WriteFiles(folder);
-    // GLib, which Qt uses, keeps a file from the first renderer on.
+    // GLib, which Qt uses, opens a file with the first renderer and keeps it open.
     DestroyVideoSubtitle(CreateVideoSubtitle(320, 180));
     const long nFilesBefore = OpenFiles();
     const auto start = std::chrono::steady_clock::now();

@@ -11,7 +11,7 @@ namespace
 {
 
 constexpr int Step = 16;    ///< samples of 16 bits in a vector
-constexpr int Columns = 64; ///< that are whole blocks in each plane of each format
+constexpr int Columns = 64; ///< a multiple of this is whole blocks in every plane of every format
 constexpr std::int16_t Whole = 32767;
 
 __m256i Load(const void *from)
@@ -24,7 +24,7 @@ void Store(void *to, __m256i value)
     _mm256_storeu_si256(static_cast<__m256i *>(to), value);
 }
 
-/** Moves samples towards a colour, and what shows of the frame towards nothing. */
+/** Blends a colour over samples, and reduces the weight of the frame accordingly. */
 void Cover(std::int16_t *own, std::int16_t *rests, __m256i weight, std::int16_t color)
 {
     const __m256i old = Load(own);
@@ -34,20 +34,20 @@ void Cover(std::int16_t *own, std::int16_t *rests, __m256i weight, std::int16_t 
     Store(rests, _mm256_sub_epi16(rest, _mm256_mulhrs_epi16(rest, weight)));
 }
 
-/** Of 1020, which four pixels have together, to 32767. */
+/** Scales the sum of four pixels' weights, 0 to 1020, to 0 to 32767. */
 __m256i WeightOfFour(__m256i sum)
 {
     return _mm256_add_epi16(_mm256_slli_epi16(sum, 5), _mm256_srli_epi16(sum, 3));
 }
 
-/** Of p010: 10 bits at the top of 16. */
+/** Blends samples of p010, which has 10 bits at the top of 16. */
 __m256i MixWords(__m256i own, __m256i rest, __m256i old)
 {
     const __m256i sum = _mm256_add_epi16(own, _mm256_mulhrs_epi16(_mm256_srli_epi16(old, 1), rest));
     return _mm256_slli_epi16(_mm256_srli_epi16(_mm256_add_epi16(sum, _mm256_set1_epi16(16)), 5), 6);
 }
 
-/** The same over what shows no more. */
+/** The same for opaque samples. */
 __m256i FinishWords(__m256i own)
 {
     return MixWords(own, _mm256_setzero_si256(), own);
@@ -66,7 +66,8 @@ void BlendRun(std::uint8_t *samples, const std::uint8_t *own, const std::uint8_t
         Store(samples + n, MixSamples(Load(own + n), Load(rests + n), Load(samples + n)));
 }
 
-// Samples of 15 bits as they are kept: bytes, or words without what is left of roundings, which shows in no sample.
+// Conversions of 15-bit samples to what is kept: bytes, or words. In words, rests of up to 7 are rounding errors and
+// become 0.
 __m256i ByteOfOwn(__m256i own)
 {
     return _mm256_srli_epi16(_mm256_add_epi16(own, _mm256_set1_epi16(64)), 7);
@@ -87,7 +88,7 @@ __m256i WordOfRest(__m256i rest)
     return _mm256_and_si256(rest, _mm256_cmpgt_epi16(rest, _mm256_set1_epi16(7)));
 }
 
-/** Finishes samples of one row, or of two in turn, and stores them as bytes or as words. */
+/** Converts samples of one row, or alternating ones of two rows, and stores them as bytes or as words. */
 template <__m256i (*Finish)(__m256i), bool AreWords>
 void Keep(std::uint8_t *to, const std::int16_t *first, const std::int16_t *second, int samples)
 {
@@ -120,7 +121,7 @@ bool IsEach(__m256i block, __m256i value)
 
 } // namespace
 
-/** A colour's code values, with 15 bits each. */
+/** The code values of a colour, with 15 bits each. */
 struct MergedYuv::Color {
     std::int16_t y, u, v;
     std::int16_t nOpacity;
@@ -191,7 +192,7 @@ void MergedYuv::Merge(const ASS_Image *list)
         MergeRows(list, row);
 }
 
-/** Two rows of the frame, and the one of chroma that is theirs. */
+/** Merges two rows of the frame, and their row of chroma. */
 void MergedYuv::MergeRows(const ASS_Image *list, int row)
 {
     for (int i = 0; i < 2; ++i) {
@@ -256,7 +257,7 @@ void MergedYuv::AppendRow(Layer &layer, int row, const Row &first, const Row *se
     KeepBlocks(layer, row, left * sampleBytes, samples * sampleBytes);
 }
 
-/** Of a row in m_listOwn and m_listRests, those that show. */
+/** Appends the visible blocks of the row in m_listOwn and m_listRests to a layer. */
 void MergedYuv::KeepBlocks(Layer &layer, int row, std::size_t place, std::size_t bytes)
 {
     const bool areWords = m_format == YuvFormat::P010;

@@ -1,4 +1,4 @@
-// The peer that blends a list of libass's into YUV, against the same computed in doubles, image by image.
+// Compares MergedYuv, which the benchmarks of libass use, with the same blending computed in doubles, image by image.
 #include "listblender.h"
 #include "mergedyuv.h"
 
@@ -12,7 +12,7 @@ namespace
 constexpr int Width = 192;
 constexpr int Height = 40;
 
-/** Masks with runs of nothing, of everything, and of edges; any places, odd ones as well. */
+/** Masks with runs of 0, of 255 and of values between, at random positions, odd ones included. */
 class ImageList
 {
 public:
@@ -42,7 +42,7 @@ public:
 
     const ASS_Image *First() const { return m_listImages.data(); }
 
-    /** How much of a pixel an image covers. */
+    /** How much of a pixel an image covers, 0 to 1. */
     static double Weight(const ASS_Image &image, int x, int y)
     {
         const int column = x - image.dst_x;
@@ -80,7 +80,7 @@ public:
         return {{data, data + luma * Height, nullptr}, {luma, luma, 0}};
     }
 
-    /** Of component 0, 1 or 2, in steps of 8 bits. */
+    /** A sample of component 0, 1 or 2, in units of 8-bit codes. */
     double Sample(int component, int x, int y)
     {
         const YuvPlanes planes = Planes();
@@ -110,7 +110,7 @@ double CodeOf(std::uint32_t color, int component)
                             : 128 + 224 * (red - luma) / 1.5748;
 }
 
-/** In steps of 8 bits: the colour is rounded and the sum, and with 8 bits what is kept of colour and weight as well. */
+/** In units of 8-bit codes. Colour and sum are rounded; with 8 bits, the kept colours and weights as well. */
 double Tolerance(YuvFormat format)
 {
     return format == YuvFormat::P010 ? 1.4 / 4 : 4 * 0.5;

@@ -36,7 +36,7 @@ double Distance(Point point, Point from, Point to)
     return std::hypot(point.x - from.x - t * dx, point.y - from.y - t * dy);
 }
 
-/** Strokes between a few places of a grid, with an outline: runs about as long as those of text. */
+/** Draws strokes between points of a grid, with an outline. Runs of a colour are about as long as those of text. */
 void PutLetter(PictureUnit &unit, int left, int top, std::mt19937 &random)
 {
     Point points[4];

@@ -9,8 +9,8 @@ constexpr int CanvasHeight = 576;
 constexpr int PictureCount = 200;
 constexpr long PictureDistance = 2000;
 
-/** A sub-picture unit with two lines that look like text, each variant's letters differing. */
+/** A sub-picture unit with two lines that look like text. Each variant has other letters. */
 std::vector<std::uint8_t> TextUnit(int variant);
 
-/** The index of a VobSub pair with such pictures; written when first asked for and removed with the process. */
+/** Name of the index of a VobSub pair with such pictures, which is written at the first call and removed at exit. */
 std::string PictureFile();

@@ -6,11 +6,11 @@
 #include <random>
 #include <vector>
 
-/** Times in no order among those of the first cues, the same in every run. */
+/** Random times among those of the first cues, the same in every run. */
 class RandomTimes
 {
 public:
-    /** @param within  how far behind the start of a cue a time may lie. */
+    /** Times are at least @p from and less than @p from + @p within milliseconds after the start of a cue. */
     RandomTimes(int cues, long within, long from = 0)
     {
         std::mt19937 random(1); // NOLINT(cert-msc51-cpp): every run measures the same

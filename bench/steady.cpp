@@ -1,4 +1,4 @@
-// A little work that takes the same instructions each time, for valgrind to count: only what happens in Counted().
+// Does work that takes the same number of instructions every time. Valgrind counts those in functions named Counted*.
 // usage: steady frame|lookup
 #include "cues.h"
 #include "libsubtitle.h"

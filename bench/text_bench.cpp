@@ -1,5 +1,5 @@
-// What a frame with text costs a host: a steady subtitle, a change of subtitle, nothing due; beside them the memcpy of the
-// rectangle that the ink fills, so that the ratio says something whatever the machine.
+// The cost of a frame with text: with an unchanged subtitle, with a change of subtitle, and with nothing due. The
+// memcpy of the rectangle around the text is measured too: the ratio to it depends less on the machine.
 #include "cues.h"
 #include "host.h"
 

@@ -1,5 +1,5 @@
-// What a bitmap subtitle costs a host: decoding a unit, a change of picture (fetch, decode, scale), a steady picture and
-// beside it the memcpy of the rectangle that the picture covers.
+// The cost of a bitmap subtitle: decoding a unit, a change of picture (fetch, decode, scale), an unchanged picture, and
+// for comparison the memcpy of the rectangle that the picture covers.
 #include "host.h"
 #include "pictures.h"
 
@@ -8,7 +8,7 @@
 namespace
 {
 
-/** A renderer with pictures for each of PictureCount times. */
+/** A renderer with PictureCount pictures. */
 class PictureHost : public Host
 {
 public:

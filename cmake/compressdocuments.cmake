@@ -1,4 +1,4 @@
-# Compresses what Debian wants compressed, in the folders that CPack makes packages of.
+# Compresses the documents that Debian policy wants compressed, in the folders that CPack packs.
 file(GLOB documents
   ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/*/usr/share/doc/*/changelog*
   ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/*/usr/share/man/man*/*.[1-9])

@@ -1,5 +1,5 @@
-# The environment of tests, fuzzers, benchmarks and pictures, the same on every machine: environment/run in the build folder
-# runs a program in it. The fonts are links to those of the machine.
+# Sets up the environment of tests, fuzzers, benchmarks and pictures, which is the same on every machine.
+# environment/run in the build folder runs a program in it. The fonts in it are links to the machine's.
 set(SUBTITLE_RUN ${PROJECT_BINARY_DIR}/environment/run)
 set(fonts
   DejaVuSans.ttf DejaVuSans-Bold.ttf DejaVuSansMono.ttf DejaVuSansMono-Bold.ttf DejaVuSerif.ttf DejaVuSerif-Bold.ttf
@@ -9,7 +9,7 @@ set(fonts
 file(MAKE_DIRECTORY
   ${PROJECT_BINARY_DIR}/environment/cache ${PROJECT_BINARY_DIR}/environment/fonts ${PROJECT_BINARY_DIR}/environment/home)
 configure_file(cmake/environment/run environment/run COPYONLY)
-# The whole path, since fontconfig leaks memory for each relative one.
+# An absolute path, since fontconfig leaks memory for each relative one.
 set(fonts_folder ${PROJECT_BINARY_DIR}/environment/fonts)
 string(REPLACE "&" "&amp;" fonts_folder "${fonts_folder}")
 string(REPLACE "<" "&lt;" fonts_folder "${fonts_folder}")
@@ -17,7 +17,7 @@ configure_file(cmake/environment/fonts.conf environment/fonts.conf @ONLY)
 file(GLOB_RECURSE installed /usr/share/fonts/*.ttf /usr/share/fonts/*.ttc /usr/local/share/fonts/*.ttf /usr/local/share/fonts/*.ttc)
 foreach(font ${fonts})
   set(link ${PROJECT_BINARY_DIR}/environment/fonts/${font})
-  if(NOT EXISTS ${link}) # nor is it a link to a font that has been removed
+  if(NOT EXISTS ${link}) # missing, or a link to a font that was removed
     string(REPLACE . "\\." pattern "/${font}$")
     set(found ${installed})
     list(FILTER found INCLUDE REGEX ${pattern})

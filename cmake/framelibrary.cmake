@@ -1,4 +1,4 @@
-# The library that burns into the frames of decoders, compiled once as the other is (library.cmake).
+# libsubtitleframe, which burns into frames in decoders' formats. Its sources are compiled once, as in library.cmake.
 add_library(subtitleframe_objects OBJECT
   frames/avframereader.cpp
   frames/blendlists.cpp
@@ -28,7 +28,7 @@ add_library(subtitleframe_objects OBJECT
   frames/vectorsamplekernel.cpp)
 target_include_directories(subtitleframe_objects PUBLIC ${PROJECT_SOURCE_DIR})
 target_compile_definitions(subtitleframe_objects PUBLIC QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
-# It only calls what has Qt's types in its header, and needs nothing of Qt itself.
+# The library includes Qt's headers but calls nothing of Qt. Version tagging would make it depend on Qt all the same.
 target_compile_definitions(subtitleframe_objects PRIVATE QT_NO_VERSION_TAGGING)
 target_link_libraries(subtitleframe_objects PUBLIC Qt${SUBTITLE_QT}::Core Qt${SUBTITLE_QT}::Gui PkgConfig::FFMPEG PRIVATE hwy::hwy)
 subtitle_harden(subtitleframe_objects)

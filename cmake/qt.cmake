@@ -1,5 +1,5 @@
-# Qt 5 or 6. Its private headers come with the target subtitle_qtprivate, as headers of the system: they are not clean under
-# every warning of ours.
+# Finds Qt 5 or 6. The target subtitle_qtprivate has its private headers, as system headers, since they cause some of
+# the warnings that are enabled here.
 find_package(Qt5 5.15 QUIET COMPONENTS Core Gui FontDatabaseSupport)
 set(qt_default 6)
 if(Qt5_FOUND)
@@ -8,7 +8,7 @@ endif()
 set(SUBTITLE_QT ${qt_default} CACHE STRING "Generation of Qt to build with, 5 or 6; 5 where it is present")
 set_property(CACHE SUBTITLE_QT PROPERTY STRINGS 5 6)
 
-# The C++ classes differ with the types of Qt, and handles must not get from one generation's library to the other's.
+# Another soname with Qt 6: the C++ classes use Qt's types, and a handle of one library must not be passed to the other.
 set(SUBTITLE_SONAME_SUFFIX "")
 if(SUBTITLE_QT EQUAL 6)
   set(SUBTITLE_SONAME_SUFFIX -qt6)
@@ -21,7 +21,7 @@ if(SUBTITLE_QT EQUAL 5)
   target_link_libraries(subtitle_qtprivate INTERFACE Qt5::FontDatabaseSupportPrivate)
 elseif(SUBTITLE_QT EQUAL 6)
   find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui)
-  if(NOT TARGET Qt6::GuiPrivate) # which came with the others before 6.10
+  if(NOT TARGET Qt6::GuiPrivate) # part of Core and Gui before 6.10
     find_package(Qt6 REQUIRED COMPONENTS CorePrivate GuiPrivate)
   endif()
   target_link_libraries(subtitle_qtprivate INTERFACE Qt6::CorePrivate Qt6::GuiPrivate)

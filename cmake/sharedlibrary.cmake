@@ -1,5 +1,5 @@
-# subtitle_shared_library(NAME MAP): the shared library NAME and the static NAME_static of the objects NAME_objects. MAP
-# names what the shared one exports; tests reach through the static one what it hides.
+# subtitle_shared_library(NAME MAP): adds the shared library NAME and the static library NAME_static, both from the
+# objects NAME_objects. MAP lists the exports of the shared one; with the static one, tests reach everything else.
 function(subtitle_shared_library name map)
   add_library(${name} SHARED)
   target_link_libraries(${name} PRIVATE ${name}_objects)
@@ -10,8 +10,8 @@ function(subtitle_shared_library name map)
     VERSION ${PROJECT_VERSION}${SUBTITLE_SONAME_SUFFIX}
     SOVERSION ${PROJECT_VERSION_MAJOR}${SUBTITLE_SONAME_SUFFIX}
     LINK_DEPENDS ${PROJECT_SOURCE_DIR}/${map})
-  # Bsymbolic: a host may have a function or variable of the same name, which the library must not use. Hosts that are
-  # linked with copies of the library's variables see them all the same (vobsub/hostsymbol.h).
+  # Bsymbolic: a host may have a function or variable of the same name, which the library must not use. A host with
+  # copies of the library's variables (copy relocations) still shares them with the library, see vobsub/hostsymbol.h.
   target_link_options(${name} PRIVATE
     LINKER:--version-script=${PROJECT_SOURCE_DIR}/${map} LINKER:-Bsymbolic LINKER:--as-needed)
   subtitle_harden(${name})

@@ -43,7 +43,7 @@ bool AVFrameReader::ReadOrientation()
     if (data->size < sizeof matrix)
         return false;
     std::memcpy(matrix, data->data, sizeof matrix);
-    // Column p and row q of the frame are shown at column a p + c q and row b p + d q.
+    // The display matrix shows column p, row q of the frame at column a p + c q, row b p + d q.
     const std::int32_t a = matrix[0];
     const std::int32_t b = matrix[1];
     const std::int32_t c = matrix[3];

@@ -4,17 +4,17 @@
 
 struct AVFrame;
 
-/** Reads what a burner needs off a frame of FFmpeg's. */
+/** Describes an AVFrame to a FrameBurner. The frame must outlive this. */
 class AVFrameReader : public FrameBurner::Preparer
 {
 public:
     explicit AVFrameReader(AVFrame &frame);
 
-    /** False for an orientation that is none of the eight. */
+    /** False if the frame's display matrix is not one of the eight orientations. */
     explicit operator bool() const { return m_bKnown; }
     const SubtitleFrame &Frame() const { return m_description; }
 
-    /** Makes the frame writable. */
+    /** Makes the frame writable. If its data had to be copied for that, @p frame gets the new planes. */
     bool Prepare(SubtitleFrame &frame) override;
 
 private:

@@ -6,13 +6,12 @@
 #include <cstdint>
 #include <vector>
 
-/** Bytes of a list that a span is filled up to a multiple of. */
+/** The entries of a span in a ByteBlend are padded to a multiple of this. */
 constexpr std::size_t BlendBytes = 64;
 
 /**
- * What becomes of the bytes of a plane: new = (base + rest * old) / 255, truncated; a rest of 255 with a base of 127 leaves a
- * byte as it is. Each span has bytes of its own in the lists, as many as fill whole BlendBytes; after its last these
- * leave the plane as it is.
+ * How the bytes of a plane change: new = (base + rest * old) / 255, truncated. A rest of 255 with a base of 127 leaves
+ * a byte unchanged; entries that pad a span have these.
  */
 struct ByteBlend {
     std::vector<Span> listSpans;
@@ -20,14 +19,14 @@ struct ByteBlend {
     std::vector<std::uint8_t> listRests;
 
     void Clear();
-    /** Adds a span whose bytes stay as they are, and returns where these begin in the lists. */
+    /** Adds a span of unchanged bytes. Returns the index of its first entry in listBases and listRests. */
     std::size_t Add(int row, int first, int count);
 
 private:
-    std::size_t m_nUsed = 0; ///< of the lists, which do not become smaller
+    std::size_t m_nUsed = 0; ///< entries in use; the lists never shrink
 };
 
-/** The same of samples of more bits: new = (base + rest * old) / 65,536, truncated. */
+/** The same for samples in elements wider than a byte: new = (base + rest * old) / 65,536, truncated. */
 struct SampleBlend {
     std::vector<Span> listSpans;
     std::vector<std::uint32_t> listBases;
@@ -36,12 +35,12 @@ struct SampleBlend {
 
 /** All kernels give the same bytes. */
 struct BlendBytesKernel {
-    /** Bytes after a span may be written with what they hold; nothing after a row's end is read or written. */
+    /** Bytes after a span may be rewritten with their own value; nothing past the end of a row is read or written. */
     void (*Blend)(const PlaneTarget &plane, const ByteBlend &blend);
 };
 
-/** For any processor. */
+/** Runs on any processor. */
 const BlendBytesKernel &PortableBlendBytes();
 
-/** For this processor. */
+/** The fastest one that this processor supports. */
 const BlendBytesKernel &BestBlendBytes();

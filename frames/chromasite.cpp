@@ -21,7 +21,8 @@ Taps ChromaAxis::At(int sample) const
     const int field = m_bByField ? sample % 2 : 0;
     const int first = m_bByField ? sample / 2 * 2 : sample * 2;
     std::array<int, 4> weights = Weights();
-    // In the first field a quarter of the way to the field's next line, in the second one three quarters.
+    // Midway siting in interlaced frames: chroma lies a quarter of the way to the next line of its field in the first
+    // field, three quarters in the second.
     if (m_bByField && m_site == Site::Between)
         weights = field == 0 ? std::array<int, 4>{0, 3, 1, 0} : std::array<int, 4>{0, 1, 3, 0};
     Taps taps = {};
@@ -45,7 +46,7 @@ int ChromaAxis::SampleOf(int pixel) const
     if (!m_bByField)
         return pixel >> m_nLog2;
     const int sample = pixel / 4 * 2 + pixel % 2;
-    // Of an odd number of chroma lines the second field has one less.
+    // With an odd number of chroma lines, the second field has one line less than the first.
     return sample < Samples() ? sample : std::max(0, sample - 2);
 }
 

@@ -2,7 +2,7 @@
 
 #include <array>
 
-/** Pixels along an axis whose mean a chroma sample is. Their weights add up to Taps::Whole. */
+/** The pixels along an axis whose weighted mean is a chroma sample. Their weights add up to Taps::Whole. */
 struct Taps {
     static constexpr int Whole = 4;
     int nCount;
@@ -18,9 +18,9 @@ public:
 
     ChromaAxis() = default;
     /**
-     * @param pixels  of the frame along the axis.
-     * @param log2  0 where each pixel has a sample of its own, else 1.
-     * @param isByField  the axis goes down the lines of two fields.
+     * @param pixels  number of pixels along the axis
+     * @param log2  0 if each pixel has a sample of its own, 1 if two pixels share one
+     * @param isByField  true for the rows of an interlaced frame, whose two fields are subsampled separately
      */
     ChromaAxis(int pixels, int log2, Site site, bool isByField) :
         m_nPixels(pixels), m_nLog2(log2), m_site(site), m_bByField(isByField && log2 > 0)
@@ -29,12 +29,12 @@ public:
 
     int Samples() const { return (m_nPixels + (1 << m_nLog2) - 1) >> m_nLog2; }
     Taps At(int sample) const;
-    /** Of pixels 2 n - 1 to 2 n + 2 in sample n, away from the axis' ends; not for fields. */
+    /** Weights of pixels 2 n - 1 to 2 n + 2 in sample n, away from the ends of the axis. Not for interlaced rows. */
     std::array<int, 4> Weights() const;
-    /** The sample that a pixel's own colour is in. */
+    /** The sample that gives a pixel its chroma. */
     int SampleOf(int pixel) const;
 
-    /** The range of samples, @p first to @p last, whose taps may be among pixels @p first to @p last. */
+    /** Turns a range of pixels, @p first to @p last, into the range of samples that may have taps in it. */
     void ToSamples(int &first, int &last) const;
 
 private:

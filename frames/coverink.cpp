@@ -15,13 +15,13 @@ std::uint16_t FineCode(const FrameColor &color, int component)
     return static_cast<std::uint16_t>(color.fine[component] << MoreBits);
 }
 
-/** What becomes of a sample; the colours with their weights, and the sample itself with what is left. */
+/** The blended sample: both colours with their weights, and the old sample with the remaining weight. */
 std::int32_t Blended(std::uint32_t text, std::uint32_t outline, std::uint32_t ofText, std::uint32_t ofOutline,
                      std::uint32_t old)
 {
     const std::uint32_t sum =
         ofText * text + ofOutline * outline + (WholeWeight - ofText - ofOutline) * old + WholeWeight / 2;
-    // Divided by 65,535; exact for all sums of samples of 16 bits.
+    // Division by 65,535, exact for samples of up to 16 bits.
     return static_cast<std::int32_t>((sum + (sum >> 16) + 1) >> 16);
 }
 

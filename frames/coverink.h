@@ -8,19 +8,22 @@
 #include <cstdint>
 #include <vector>
 
-/** Text of the natural look without a picture, in the format of a frame: weights of samples, and the two colours' code values. */
+/**
+ * Text in the natural look, without a picture, in the format of a frame: weights of samples, and the code values of the
+ * two colours.
+ */
 class CoverInk
 {
 public:
     void Build(const NaturalMap &map, const FrameLayout &layout, const FrameColors &colors, const InkColors &ofText);
-    /** Allocates nothing. @param map  as it was built from, with the same bytes. */
+    /** Allocates nothing. @param map  the one given to Build(), with the same coverage */
     void Draw(const NaturalMap &map, const FramePlanes &planes) const;
 
 private:
-    /** Samples of bytes in a plane that have weights from one list. */
+    /** Samples of one byte in a plane that take their weights from the same list. */
     struct Layer {
         int nPlane;
-        bool bMeans;
+        bool bMeans; ///< weights from m_means, else from the pixels' coverage
         CoverCodes codes;
     };
     void BuildLayers();
@@ -28,13 +31,13 @@ private:
     void BuildMeans(const NaturalMap &map);
     void DrawSamples(const CoveredPixels &pixels, const FramePlanes &planes, int component) const;
 
-    const CoverKernel *m_pKernel = &BestCoverKernel(); ///< chosen ahead: asking the processor takes a while
+    const CoverKernel *m_pKernel = &BestCoverKernel(); ///< chosen once: detecting the processor is slow
     FrameLayout m_layout = {};
     InkFrameColors m_colors = {};
-    std::vector<Span> m_listPixels;  ///< those that are covered
-    CoverList m_means;               ///< of chroma samples that belong to several pixels
-    std::vector<Layer> m_listLayers; ///< where elements are bytes
-    // While something is built.
+    std::vector<Span> m_listPixels;  ///< the covered ones
+    CoverList m_means;               ///< weights of subsampled chroma
+    std::vector<Layer> m_listLayers; ///< only if elements are bytes
+    // Scratch space of BuildMeans().
     CoverRow m_pixels;
     CoverRow m_halved;
 };

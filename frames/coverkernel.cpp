@@ -5,7 +5,7 @@
 namespace
 {
 
-/** The upper half of a product. */
+/** The upper half of the product of two 16-bit numbers. */
 std::uint32_t MulHigh(std::uint32_t a, std::uint32_t b)
 {
     return a * b >> 16;
@@ -79,7 +79,7 @@ void BlendPixels(const PlaneTarget &plane, const CoveredPixels &pixels, const Co
 
 constexpr CoverKernel Portable = {Weigh, Halve, Blend, BlendPixels};
 
-/** Bytes looked at together for whether any is covered. */
+/** Whether any of the pixels in a word is covered. */
 template <typename Word>
 bool IsCovered(const std::uint8_t *text, const std::uint8_t *outline)
 {

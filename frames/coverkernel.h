@@ -7,18 +7,18 @@
 #include <cstdint>
 #include <vector>
 
-/** The weight of a colour that hides what is below it. */
+/** Weight of an opaque colour. */
 constexpr std::uint32_t WholeWeight = 65535;
 
-/** Samples in a row that have their weights together: first those of the text, then those of the outline. */
+/** Number of neighbouring samples whose weights are stored together: first the text's, then the outline's. */
 constexpr std::size_t CoverSamples = 16;
 using CoverBlock = std::array<std::array<std::uint16_t, CoverSamples>, 2>;
 
-/** Weights of a row of samples. What is left of WholeWeight is the weight of what is below. */
+/** Weights of a row of samples. The remainder up to WholeWeight is the weight of the old sample. */
 struct CoverRow {
     std::vector<std::uint16_t> text, outline;
 
-    /** @param count  samples, all without weight; there is room for whole blocks. */
+    /** Sets the weights of @p count samples to 0, padded to whole blocks. */
     void Reset(std::size_t count)
     {
         for (auto *list : {&text, &outline})
@@ -26,64 +26,71 @@ struct CoverRow {
     }
 };
 
-/** Samples of a frame that have weight, with their weights, in spans of whole blocks. */
+/** Weights of those samples of a plane that have any, in spans of whole blocks. */
 class CoverList
 {
 public:
     void Clear();
-    /** Adds the blocks of a row that have weight. @param first  number of the row's first sample */
+    /**
+     * Adds those blocks of a row in which any weight is not 0.
+     * @param first  number of the first sample of @p weights
+     */
     void Add(int row, int first, const CoverRow &weights);
 
     const std::vector<Span> &Spans() const { return m_listSpans; }
-    /** Of a span; it has one for every CoverSamples samples. */
+    /** The blocks of a span, one for every CoverSamples samples. */
     const CoverBlock *Blocks(const Span &span) const { return m_listBlocks.data() + span.nAt; }
 
 private:
     std::vector<Span> m_listSpans;
-    std::vector<CoverBlock> m_listBlocks; ///< does not become smaller
+    std::vector<CoverBlock> m_listBlocks; ///< never shrinks
     std::size_t m_nUsed = 0;
 };
 
-/** Pixels that are covered: spans of a frame, and how much text and outline cover of each pixel. */
+/** Covered pixels of a frame, and how much of each pixel the text and its outline cover (0 to 255). */
 struct CoveredPixels {
-    const std::vector<Span> &listSpans; ///< Span::nAt is where they begin in the following
+    const std::vector<Span> &listSpans; ///< Span::nAt is an index into pText and pOutline
     const std::uint8_t *pText, *pOutline;
     int nOpacity; ///< 0 to 255
 };
 
-/** Adds the spans of a row's pixels of which any is covered. @param at  where the row is in the lists of coverage */
+/**
+ * Adds the covered spans of a row, in whole blocks of CoverSamples except at the end of the row.
+ * @param at  index of the row's first pixel in the lists of coverage
+ */
 void AddCovered(int row, int first, int count, const std::uint8_t *text, const std::uint8_t *outline, std::size_t at,
                 std::vector<Span> &spans);
 
-/** What two colours put into samples that lie in one element of a byte each. */
+/** The two colours' code values, for samples of one byte. */
 struct CoverCodes {
     int nStep;                                  ///< bytes from a sample to the next: 1 to 4
-    std::array<bool, 4> bUsed;                  ///< of these; the others stay as they are
+    std::array<bool, 4> bUsed;                  ///< which of these are drawn; the others stay
     std::array<std::uint16_t, 4> text, outline; ///< 256 times the code values
 };
 
-/** The arithmetic of coverage, in whole numbers: all kernels give the same. */
+/** Blends by coverage, in integers. All kernels give the same result. */
 struct CoverKernel {
     /**
-     * Adds the weights of covered pixels, times @p quarters of 4: of the text, and of the outline where it is not below the text.
-     * Without other weights, 4 quarters give whole ones.
+     * Adds the weights of pixels, times @p quarters / 4: those of the text, and those of the outline where no text
+     * covers it.
      * @param opacity  0 to 255
+     * @param quarters  1 to 4; 4 adds the weights unscaled
      */
     void (*Weigh)(const std::uint8_t *text, const std::uint8_t *outline, std::size_t count, int opacity, int quarters,
                   std::uint16_t *textWeights, std::uint16_t *outlineWeights);
-    /** to[i] is the mean of from[2 i] to from[2 i + 3], with weights of 4 in all. */
+    /** to[i] becomes the weighted mean of from[2 i] to from[2 i + 3]. The weights add up to 4. */
     void (*Halve)(const std::uint16_t *from, std::size_t count, const std::array<int, 4> &weights, std::uint16_t *to);
     /**
-     * Puts the colours into a plane. Bytes of a span that have no weight may be written with what they hold; nothing after a
-     * row's end is read or written.
+     * Blends the colours into a plane. Bytes of a span that have no weight may be rewritten with their own value;
+     * nothing past the end of a row is read or written.
      */
     void (*Blend)(const PlaneTarget &plane, const CoverList &list, const CoverCodes &codes);
-    /** The same with the weights of pixels. */
+    /** The same with weights computed from the coverage of pixels. */
     void (*BlendPixels)(const PlaneTarget &plane, const CoveredPixels &pixels, const CoverCodes &codes);
 };
 
-/** For any processor. */
+/** Runs on any processor. */
 const CoverKernel &PortableCoverKernel();
 
-/** For this processor. */
+/** The fastest one that this processor supports. */
 const CoverKernel &BestCoverKernel();

@@ -36,7 +36,7 @@ bool FrameColors::Set(const PixelFormat &format, const ColorTags &tags, int widt
 bool FrameColors::SetMatrix(int matrix, int width, int height)
 {
     switch (matrix) {
-    case AVCOL_SPC_RGB: // 0, which hosts also leave where they do not know
+    case AVCOL_SPC_RGB: // 0: hosts that do not know the matrix leave it so
     case AVCOL_SPC_UNSPECIFIED:
         return SetMatrix(width >= 1280 || height > 576 ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M, width, height);
     case AVCOL_SPC_BT709:
@@ -78,12 +78,12 @@ void FrameColors::SetExchange()
     if (m_format.model == ColorModel::Grey)
         return;
     m_exchange.nMiddle = 1 << (m_format.components[1].nDepth - 1);
-    // R = Y + toRed V and B = Y + toBlue U; exchanged, Y grows by (Kr - Kb)(B - R).
+    // R = Y + toRed V and B = Y + toBlue U. Swapping R and B adds (Kr - Kb)(B - R) to Y.
     const double toRed = 2 * (1 - m_dRed);
     const double toBlue = 2 * (1 - m_dBlue);
     const double lumaU = (m_dRed - m_dBlue) * toBlue;
     const double lumaV = -(m_dRed - m_dBlue) * toRed;
-    // U = (B - Y) / toBlue and V = (R - Y) / toRed, of what is exchanged.
+    // U = (B - Y) / toBlue and V = (R - Y) / toRed, with R and B swapped and the new Y.
     m_exchange.matrix = {{{-lumaU / toBlue, (toRed - lumaV) / toBlue}, {(toBlue - lumaU) / toRed, -lumaV / toRed}}};
     // In limited range, chroma has 224 steps where luma has 219.
     const double scale = m_bFull ? 1 : 219.0 / 224;
@@ -112,7 +112,7 @@ FrameColor FrameColors::Convert(const std::array<std::uint8_t, 3> &rgb) const
             code = std::ldexp(isChroma ? 128 + 224 * values[i] : 16 + 219 * values[i], depth - 8);
         code = std::clamp(code, 0.0, static_cast<double>(max));
         result.codes[i] = static_cast<std::int32_t>(std::floor(code + 0.5));
-        // No further from the code than half a step, so that it rounds to the same.
+        // Kept within half a step of the code, so that it rounds to the code.
         constexpr int Half = 1 << (FineBits - 1);
         const int fraction = static_cast<int>(std::lround((code - result.codes[i]) * (1 << FineBits)));
         result.fine[i] = result.codes[i] * (1 << FineBits) + std::clamp(fraction, -Half, Half - 1);

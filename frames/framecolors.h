@@ -6,13 +6,13 @@
 #include <array>
 #include <cstdint>
 
-/** Bits below a code value in what is mixed. */
+/** Fractional bits of the code values that are mixed. */
 constexpr int FineBits = 6;
 
 /** A colour in a frame's code values, in the order of the format's components; the fourth is opaque alpha. */
 struct FrameColor {
     std::array<std::int32_t, 4> codes; ///< rounded to nearest
-    std::array<std::int32_t, 4> fine;  ///< with FineBits more; rounded, it gives the code
+    std::array<std::int32_t, 4> fine;  ///< with FineBits fractional bits; rounds to the code
 
     void Round()
     {
@@ -21,43 +21,43 @@ struct FrameColor {
     }
 };
 
-/** Those of text. */
+/** The colours of text. */
 struct InkFrameColors {
     FrameColor text, outline;
 };
 
 /**
- * What becomes of a pixel whose red and blue change places, in the frame's components. One of these is single (Y or
- * green) and two are a pair (Cb and Cr, or red and blue); the pair does not depend on the single one. With p and q the
- * pair less its middle, single += dSingle . (p, q) and the pair becomes dPair times (p, q).
+ * Swapping red and blue of a pixel, in terms of the frame's components: a single one (Y or green) and a pair (Cb and
+ * Cr, or red and blue). With (p, q) the pair minus its middle, `single` . (p, q) is added to the single component, and
+ * the pair becomes `matrix` times (p, q); it does not depend on the single component.
  */
 struct RedBlueExchange {
-    int nSingle;                  ///< component
-    std::array<int, 2> pair;      ///< components
-    int nMiddle;                  ///< code value of no colour in the pair
-    std::array<double, 2> single; ///< 0 where the single component stays
+    int nSingle;                  ///< number of the single component
+    std::array<int, 2> pair;      ///< numbers of the pair's components
+    int nMiddle;                  ///< code value of the pair that means no colour; 0 in RGB
+    std::array<double, 2> single; ///< 0 if the single component does not change
     std::array<std::array<double, 2>, 2> matrix;
 };
 
-/** Members of a description that colours depend on, as FFmpeg numbers them. */
+/** The members of SubtitleFrame that colours depend on, in FFmpeg's numbers. */
 struct ColorTags {
     int nMatrix, nRange, nPrimaries, nTransfer;
 };
 
-/** The code values of colours in frames of one description. */
+/** Converts colours to code values of frames with one description. */
 class FrameColors
 {
 public:
     /**
-     * False for tags that are not known.
-     * @param width, height  of the frame, from which an unknown matrix is guessed.
-     * @param white  level of white on PQ and HLG frames, in cd/m2.
+     * Returns false for unknown tags.
+     * @param width, height  of the frame; the matrix is guessed from these if the tags leave it open
+     * @param white  level of white on PQ and HLG frames, in cd/m2
      */
     bool Set(const PixelFormat &format, const ColorTags &tags, int width, int height, double white);
 
     FrameColor Convert(const std::array<std::uint8_t, 3> &rgb) const;
     const RedBlueExchange &Exchange() const { return m_exchange; }
-    /** The code values are those of RGB24, and so is what comes of mixing them. */
+    /** True if code values, and the results of mixing them, are those of RGB24. */
     bool IsAsRgb24() const
     {
         return m_format.model == ColorModel::Rgb && m_format.components[0].nDepth == 8 && !m_bHdr;

@@ -13,8 +13,8 @@
 struct FrameLayout {
     PixelFormat format;
     int nWidth, nHeight;
-    ChromaAxis columns, rows;                   ///< of the chroma
-    std::array<std::ptrdiff_t, 4> listRowBytes; ///< of the planes' rows without padding
+    ChromaAxis columns, rows;                   ///< of chroma
+    std::array<std::ptrdiff_t, 4> listRowBytes; ///< bytes of each plane's rows without padding
 };
 
 /** A plane of a frame. */
@@ -27,7 +27,7 @@ struct PlaneTarget {
 };
 using FramePlanes = std::array<PlaneTarget, 4>;
 
-/** What lies at an address, which need not be aligned, as hosts' rows need not be. */
+/** Reads a value from an address that need not be aligned: rows of hosts' frames may begin anywhere. */
 template <typename Value>
 inline Value Read(const std::uint8_t *from)
 {
@@ -36,7 +36,10 @@ inline Value Read(const std::uint8_t *from)
     return value;
 }
 
-/** Gives pixels beyond the frame's sides what those at the sides have. @param first  column of the row's first pixel */
+/**
+ * Copies the frame's outermost pixels of a row to the entries beyond its edges.
+ * @param first  column of row[0], -1 or more
+ */
 template <typename Number>
 void ExtendSides(std::vector<Number> &row, int first, int width)
 {
@@ -47,17 +50,19 @@ void ExtendSides(std::vector<Number> &row, int first, int width)
         row[i] = row[inFrame - 1];
 }
 
-/** Neighbours in a row of a plane, and where what belongs to them is in the lists made for the plane. */
+/**
+ * Neighbouring samples (or bytes) in a row of a plane, with the index of their data in the lists that go with the span.
+ */
 struct Span {
     int nRow;
     int nFirst;
     int nCount;
-    std::size_t nAt;
+    std::size_t nAt; ///< index of the first one's data
 };
 
 /**
- * Calls @p call(first, end) for the runs of what is touched among @p count places. Runs that are at most @p gap places
- * apart are one.
+ * Calls @p call(first, end) for each run of touched places among @p count. Runs that are at most @p gap places apart
+ * are merged.
  */
 template <typename IsTouched, typename Call>
 void ForRuns(int count, int gap, IsTouched isTouched, Call call)

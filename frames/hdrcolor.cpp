@@ -12,7 +12,7 @@ namespace
 
 using Matrix = std::array<Rgb, 3>; // rows
 
-/** x and y of red, green and blue. */
+/** CIE x and y of red, green and blue. */
 struct Chromaticities {
     std::array<double, 3> x, y;
 };

@@ -4,14 +4,14 @@
 
 using Rgb = std::array<double, 3>;
 
-/** Codes colours of sRGB for frames of a high dynamic range. */
+/** Converts sRGB colours for HDR frames (PQ or HLG). */
 class HdrColor
 {
 public:
     HdrColor() = default;
 
     /**
-     * False for a transfer or for primaries that are not known.
+     * Returns false for an unknown transfer or unknown primaries.
      * @param transfer  AVColorTransferCharacteristic, PQ or HLG
      * @param primaries  AVColorPrimaries
      * @param white  level of white in cd/m2

@@ -22,7 +22,7 @@ InkRows::InkRows(const ShownSubtitle &shown, const Orientation &orientation) : m
 
 void InkRows::Turn(const Orientation &orientation)
 {
-    // The words may begin or end beside the frame, where no pixel is.
+    // Words may extend beyond the frame; no bit is set there.
     int top = m_ink.nTop;
     int left = m_ink.nLeft;
     int bottom = Bottom();

@@ -8,17 +8,17 @@
 #include <cstdint>
 #include <vector>
 
-/** Text's pixels in the rows and columns of a frame, a bit for each. */
+/** The pixels of text in a frame as it is stored, i.e. after its orientation; one bit per pixel. */
 class InkRows
 {
 public:
-    /** As in InkBits. */
+    /** The words of a row, as in InkBits. */
     struct Row {
         const std::uint64_t *pText;
         const std::uint64_t *pShown;
     };
 
-    /** @param shown  must stay valid as long as this */
+    /** @param shown  its pixels must outlive this */
     InkRows(const ShownSubtitle &shown, const Orientation &orientation);
 
     bool IsEmpty() const { return m_ink.nRows == 0; }
@@ -26,7 +26,7 @@ public:
     int Bottom() const { return m_ink.nTop + m_ink.nRows - 1; }
     int Left() const { return m_ink.nLeft; }
     int Words() const { return m_ink.nWords; }
-    /** Of any row of the frame. */
+    /** For any row of the frame; zeros if it has no ink. */
     Row At(int row) const
     {
         if (row < Top() || row > Bottom())
@@ -34,13 +34,13 @@ public:
         return {m_ink.Text(row), m_ink.Shown(row)};
     }
 
-    /** Makes blocks of so many pixels, at most 64, of those that are shown. */
+    /** Divides the rows into blocks of @p pixels (at most 64) and lists those in which any pixel is shown. */
     void FindSamples(int pixels, BlockList<InkSamples> &blocks) const;
 
 private:
     void Turn(const Orientation &orientation);
 
     InkBits m_ink;
-    std::vector<std::uint64_t> m_listText, m_listShown; ///< of a picture that is turned
+    std::vector<std::uint64_t> m_listText, m_listShown; ///< copies, if the frame is not upright
     std::vector<std::uint64_t> m_listNone;              ///< a row without ink
 };

@@ -7,7 +7,7 @@
 namespace
 {
 
-/** Pixels that have the samples of a block. */
+/** Columns of pixels that a block's samples span. */
 constexpr int BlockColumns = 2 * static_cast<int>(MeanSamples);
 
 } // namespace
@@ -35,7 +35,7 @@ void MeanBuilder::Build(BlockList<InkMeans> &blocks) const
     blocks.SetEnd(end);
 }
 
-/** Makes the blocks of a row, and returns where the next one goes. */
+/** Writes the blocks of a row from @p next on. Returns the end of them. */
 InkMeans *MeanBuilder::FindRow(int row, InkMeans *next) const
 {
     const Taps taps = m_bLower ? m_layout.rows.At(row) : Taps{1, {row}, {Taps::Whole}};
@@ -47,7 +47,7 @@ InkMeans *MeanBuilder::FindRow(int row, InkMeans *next) const
         for (std::size_t tap = 0; tap < m_columnWeights.size(); ++tap)
             bits.weights[i][tap] = static_cast<std::uint8_t>(taps.weights[i] * m_columnWeights[tap]);
     }
-    // Ink at an end of its words may count in samples beyond.
+    // Ink in the first or last column of the words may also count in samples outside them.
     const int end = std::min(m_ink.Left() + 64 * m_ink.Words() + BlockColumns, m_layout.nWidth);
     for (int column = std::max(0, m_ink.Left() - BlockColumns); column < end; column += BlockColumns) {
         const int from = column - 1 - m_ink.Left();
@@ -71,7 +71,7 @@ InkMeans *MeanBuilder::FindRow(int row, InkMeans *next) const
     return next;
 }
 
-/** As BitsFrom() from the pixel before a column on, also where there is no such pixel or word. */
+/** Like BitsFrom() for the pixel before @p column, but also valid where there is no such pixel or word. */
 std::uint64_t MeanBuilder::BitsAtEnd(int column, const std::uint64_t *row) const
 {
     const int from = column - 1 - m_ink.Left();
@@ -80,7 +80,7 @@ std::uint64_t MeanBuilder::BitsAtEnd(int column, const std::uint64_t *row) const
         bits = row[0] << -from;
     else if (from < 64 * m_ink.Words())
         bits = BitsFrom(row, from);
-    // A neighbour beyond the frame's edge is the pixel at the edge.
+    // Beyond the frame's edges, the pixel at the edge is repeated.
     if (column == 0)
         bits |= bits >> 1 & 1;
     const int beyond = m_layout.nWidth - column + 1;

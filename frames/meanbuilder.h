@@ -8,7 +8,7 @@
 #include <array>
 #include <cstdint>
 
-/** Finds how much of each subsampled chroma sample comes of text and of its outline. */
+/** Computes how much of each subsampled chroma sample is text, and how much outline. */
 class MeanBuilder
 {
 public:

@@ -21,7 +21,7 @@ int FirstOf(const InkMeans &block)
     return block.nFirst;
 }
 
-/** Finds neighbours of @p size samples each, as many as fit into a chunk and into rows of @p samples. */
+/** Joins neighbouring blocks of @p size samples to spans that fit into a chunk and into rows of @p samples. */
 template <typename Block>
 void FindNeighbours(const BlockList<Block> &blocks, int size, int samples, std::vector<Span> &spans)
 {
@@ -39,7 +39,7 @@ void FindNeighbours(const BlockList<Block> &blocks, int size, int samples, std::
     }
 }
 
-/** Calls @p call(place, at) for parts of a span that fit into a chunk. */
+/** Splits a span into parts that fit into a chunk, and calls @p call(place, at) for each. */
 template <typename Call>
 void ForChunks(const Span &span, Call call)
 {
@@ -148,7 +148,7 @@ void MixedInk::BuildSamples(const PixelMap &map, const std::vector<FrameColor> &
         const PixelMap::Row pixels = map.RowAt(row);
         const auto isCovered = [&](int i) { return map.At(pixels, pixels.nFirst + i).nColor != 0; };
         ForRuns(pixels.nEnd - pixels.nFirst, Step, isCovered, [&](int from, int end) {
-            // Tints come in twos.
+            // From an even column on: in subsampled formats two pixels share a tint.
             const int first = (pixels.nFirst + from) / 2 * 2;
             const int count = pixels.nFirst + end - first;
             m_sampleLists.listSpans.push_back({row, first, count, m_sampleLists.listRests.size()});
@@ -208,7 +208,7 @@ void MixedInk::BuildMeanRow(const PixelMap &map, const std::vector<FrameColor> &
         }
         m_meanLists.Append(m_numbers.PartOf(sum, m_meanPass), m_meanPass.nComponents, true);
     }
-    // What is between two spans, or after the last one, is untouched, so that spans may end with whole steps.
+    // Entries between and after spans are untouched, so that a span can be processed in whole steps.
     for (int i = 0; i < Step; ++i)
         m_meanLists.Append({{}, Untouched, 0}, m_meanPass.nComponents, true);
     const auto isTouched = [&](int i) { return m_meanLists.listRests[begin + i] != Untouched; };
@@ -222,7 +222,7 @@ int MixedInk::ChromaRow(int row) const
     return m_layout.format.components[1].nRowsLog2 > 0 ? m_layout.rows.SampleOf(row) : row;
 }
 
-/** Room to work in, which is too large to be set up for each chunk. */
+/** Scratch buffers of one Draw(), too large to be set up for each chunk. */
 struct MixedInk::Room {
     explicit Room(const MixedInk &ink) :
         samples(*ink.m_pKernel, ink.m_samplePass), pairs(*ink.m_pKernel, ink.m_meanPass)
@@ -250,7 +250,7 @@ void MixedInk::DrawTextMeans(const FramePlanes &planes, Room &room) const
         const MixChunkPlace place = {span.nRow, span.nFirst, span.nCount};
         const std::size_t blocks = (span.nCount + MeanSamples - 1) / MeanSamples;
         m_pKernel->SpreadMeans(m_means.Data() + span.nAt, blocks, m_meanMix, lists);
-        // A block is half a step.
+        // A block is half a step. An odd number of them is padded with untouched samples.
         if (blocks * MeanSamples < place.Steps())
             std::fill_n(lists.listRest.begin() + blocks * MeanSamples, MeanSamples, Untouched);
         DrawMeans(planes, place, lists.Of(true), room);
@@ -266,7 +266,7 @@ void MixedInk::Draw(const FramePlanes &planes) const
             DrawSamples(planes, place, m_sampleLists.At(at), room);
         });
     }
-    // The last, since the single components need the pairs as they were.
+    // Pairs come last, since mixing the single components needs their old values.
     DrawTextMeans(planes, room);
     for (const Span &span : m_meanLists.listSpans) {
         ForChunks(span, [&](const MixChunkPlace &place, std::size_t at) {

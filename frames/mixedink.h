@@ -13,11 +13,11 @@
 #include <cstdint>
 #include <vector>
 
-/** Pixels of any weight in the format of a frame: pictures, or text. */
+/** Text or a picture, translucent or not, in the format of a frame. */
 class MixedInk
 {
 public:
-    /** @param list  of @p map, from number 1 on. */
+    /** @param list  the colours of @p map, beginning with number 1 */
     void BuildPicture(const PixelMap &map, const FrameLayout &layout, const FrameColors &colors,
                       const std::vector<FrameColor> &list);
     /** @param weight  of all pixels */
@@ -27,15 +27,18 @@ public:
     void Draw(const FramePlanes &planes) const;
 
 private:
-    /** Of a picture's samples of one resolution. Each span has whole MixSteps, of which those after it are untouched. */
+    /**
+     * What a picture mixes into its samples of one resolution. The entries of a span are followed by untouched ones up
+     * to a whole MixStep.
+     */
     struct Lists {
         std::vector<Span> listSpans;
-        std::array<std::vector<std::uint16_t>, 4> listBases; ///< of the components in turn
-        std::vector<std::int16_t> listRests, listKeeps;      ///< keeps of means only
+        std::array<std::vector<std::uint16_t>, 4> listBases; ///< a list for each component of the pass
+        std::vector<std::int16_t> listRests, listKeeps;      ///< keeps only in m_meanLists
 
         void Clear();
         void Append(const MixNumbers::Part &part, int components, bool isMean);
-        /** Appends what is untouched until the lists hold whole MixSteps. */
+        /** Appends untouched entries until the lists hold whole MixSteps. */
         void Fill(int components, bool isMean);
         MixLists At(std::size_t at) const;
     };
@@ -44,7 +47,7 @@ private:
     void BuildMeans(const PixelMap &map, const std::vector<FrameColor> &list);
     void BuildMeanRow(const PixelMap &map, const std::vector<FrameColor> &list, int row);
     InkMix MixOf(const MixPass &pass, const InkFrameColors &ofInk, int weight) const;
-    /** Of the chroma below a row of pixels. */
+    /** The row of chroma samples that belongs to a row of pixels. */
     int ChromaRow(int row) const;
     struct Room;
     void DrawTextSamples(const FramePlanes &planes, Room &room) const;
@@ -52,22 +55,22 @@ private:
     void DrawSamples(const FramePlanes &planes, const MixChunkPlace &place, const MixLists &lists, Room &room) const;
     void DrawMeans(const FramePlanes &planes, const MixChunkPlace &place, const MixLists &lists, Room &room) const;
 
-    const MixKernel *m_pKernel = &BestMixKernel(); ///< chosen ahead: asking the processor takes a while
+    const MixKernel *m_pKernel = &BestMixKernel(); ///< chosen once: detecting the processor is slow
     const SampleKernel *m_pSampleKernel = &BestSampleKernel();
     FrameLayout m_layout = {};
     RedBlueExchange m_exchange = {};
     MixNumbers m_numbers;
     MixSettings m_settings = {};
-    bool m_bTints = false; ///< single components depend on pairs
+    bool m_bTints = false; ///< swapping red and blue changes the single component
     MixPass m_samplePass;
-    MixPass m_meanPass; ///< of pairs of subsampled formats
-    // Of a picture; empty with text.
+    MixPass m_meanPass; ///< the pair, in subsampled formats
+    // For a picture; empty for text.
     Lists m_sampleLists;
     Lists m_meanLists;
-    // Of text; empty with a picture.
+    // For text; empty for a picture.
     InkMix m_sampleMix = {};
     InkMix m_meanMix = {};
     BlockList<InkSamples> m_samples;
     BlockList<InkMeans> m_means;
-    std::vector<Span> m_listSampleSpans, m_listMeanSpans; ///< of neighbours among those
+    std::vector<Span> m_listSampleSpans, m_listMeanSpans; ///< runs of neighbouring blocks in these
 };

@@ -110,7 +110,7 @@ void SpreadMeans(const InkMeans *blocks, std::size_t count, const InkMix &mix, I
         }
         const int both = text + outline;
         lists.listRest[i] = both == 0 ? Untouched : static_cast<std::int16_t>(-Product(mix.nRest, both));
-        // One more than the most where nothing is drawn, where it does not count.
+        // Overflows to -32,768 if nothing is drawn, but is not used then.
         lists.listKeep[i] = static_cast<std::int16_t>(both - Least);
     }
 }

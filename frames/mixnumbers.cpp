@@ -6,7 +6,7 @@
 namespace
 {
 
-/** Number of the component that is alpha. */
+/** Number of the alpha component. */
 constexpr int Alpha = 3;
 
 std::int16_t ShareOf(double share)
@@ -21,7 +21,7 @@ void MixNumbers::Set(const PixelFormat &format, bool isAsRgb24)
     m_bAsRgb24 = isAsRgb24;
     const Component &component = format.components[0];
     m_nDepth = component.nDepth;
-    // Channels of packed elements have no bits below.
+    // Split() has shifted out the bits below the channels of packed elements.
     m_nUp = 16 - m_nDepth - (format.nElementBytes == 4 ? 0 : component.nShift);
     m_nMiddle = isAsRgb24 ? 0 : 1 << (m_nDepth - 1 + FineBits);
 }
@@ -59,7 +59,7 @@ MixNumbers::Part MixNumbers::PartOf(const Sum &sum, const MixPass &pass) const
     constexpr std::int64_t Divisor = Whole << FineBits;
     constexpr std::int64_t Least = 32768;
     for (int i = 0; i < pass.nComponents; ++i) {
-        // Rounded to nearest; positive numbers are divided.
+        // Rounded to nearest. The dividend is made positive first, since division truncates toward 0.
         const std::int64_t scaled = sum.m_codes[i] * (std::int64_t{1} << (16 - m_nDepth)) + Divisor / 2;
         part.bases[i] = static_cast<std::uint16_t>((scaled + Least * Divisor) / Divisor - Least);
     }

@@ -8,24 +8,24 @@
 #include <array>
 #include <cstdint>
 
-/** The numbers that MixKernel takes, for the pixels of a frame. */
+/** Converts colours and weights of pixels to the numbers that MixKernel takes. */
 class MixNumbers
 {
 public:
-    /** Weights of all taps of a sample. */
+    /** Sum of the weights of all taps of a sample. */
     static constexpr int AllTaps = Taps::Whole * Taps::Whole;
 
-    /** What goes into a sample. */
+    /** A sample's entries in MixLists. */
     struct Part {
         std::array<std::uint16_t, 4> bases;
         std::int16_t nRest, nKeep;
     };
 
-    /** What pixels put into a sample, added up. */
+    /** Adds up what the pixels of a sample mix into it. */
     class Sum
     {
     public:
-        /** Of a pixel that is not drawn. */
+        /** Adds a pixel that is not drawn. */
         void Keep(int taps) { m_nKeep += taps; }
         bool IsUntouched() const { return m_nKeep == AllTaps; }
 
@@ -39,7 +39,7 @@ public:
     void Set(const PixelFormat &format, bool isAsRgb24);
     MixSettings Settings(const RedBlueExchange &exchange) const;
 
-    /** Adds a pixel that is drawn, so many taps of a sample of a pass. */
+    /** Adds a pixel that is drawn. @param taps  weight of the pixel in the sample, of AllTaps */
     void Add(Sum &sum, const MixPass &pass, const FrameColor &color, int weight, int taps) const
     {
         const std::int64_t part = std::int64_t{taps} * weight;
@@ -53,5 +53,5 @@ private:
     bool m_bAsRgb24 = false;
     int m_nDepth = 8;
     int m_nUp = 0;
-    std::int32_t m_nMiddle = 0; ///< fine code value that is 0 as a number
+    std::int32_t m_nMiddle = 0; ///< fine code value that becomes number 0
 };

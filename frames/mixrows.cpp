@@ -5,13 +5,13 @@
 namespace
 {
 
-/** Asks the processor for what is some rows below. */
+/** Prefetches the same columns some rows further down. */
 void Prefetch(const PlaneTarget &plane, const std::uint8_t *bytes, std::ptrdiff_t count)
 {
-    // A decoder's frames have left the caches, and rows are too far apart for the processor's own prefetching.
+    // Decoded frames are no longer in the caches, and rows are too far apart for the hardware prefetcher.
     constexpr std::intptr_t Ahead = 4;
     constexpr std::ptrdiff_t CacheLine = 64;
-    // There may be no such row, which does no harm.
+    // That row may not exist. Prefetching a bad address does nothing, but a pointer to it would be undefined.
     const auto below = reinterpret_cast<std::uintptr_t>(bytes) + static_cast<std::uintptr_t>(Ahead * plane.nLinesize);
     for (std::ptrdiff_t at = 0; at < count; at += CacheLine)
         __builtin_prefetch(reinterpret_cast<const void *>(below + at), 1); // NOLINT(performance-no-int-to-ptr)

@@ -17,7 +17,7 @@ float CodeOf(const FrameColor &color, int component)
 }
 
 /**
- * What a sample's part of a list becomes: @p code is added, and @p rest of it stays. What the rounding of the rest takes or
+ * What a sample's part of a list becomes: @p code is added, @p rest of it stays. What the rounding of the rest takes or
  * adds is made up for as for a byte of middle size.
  */
 void PutPart(float code, float rest, std::uint16_t &base, std::uint8_t &rounded)

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <vector>
 
-/** A picture of the natural look, with text, in the format of a frame: how much of each sample stays, and what is added. */
+/** A picture of the natural look, with text, in the format of a frame: what stays of each sample, and what is added. */
 class NaturalInk
 {
 public:

@@ -30,7 +30,7 @@ public:
     /** Of the picture. */
     const std::vector<FrameColor> &Colors() const { return m_listColors; }
 
-    /** For each group of a row's pixels in the area whether any is covered; null for a row outside. Only with a picture. */
+    /** For each group of pixels of a row in the area, whether any is covered; null outside. Only with a picture. */
     const std::uint8_t *Groups(int row) const;
     int GroupCount() const { return m_nGroups; }
 

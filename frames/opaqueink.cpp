@@ -5,15 +5,15 @@
 namespace
 {
 
-/** The bits of an element that a component's sample takes. */
+/** The bits of an element that drawing a component's sample overwrites. */
 std::uint32_t SampleBits(const Component &component, int elementBytes)
 {
-    // Samples that lie high in their element have nothing below them.
+    // In 16-bit elements, padding bits below the sample are cleared as well.
     const std::uint32_t below = elementBytes == 2 ? (1U << component.nShift) - 1 : 0;
     return static_cast<std::uint32_t>(component.Max()) << component.nShift | below;
 }
 
-/** ORs a number into an element of so many bytes, at the machine's byte order. */
+/** ORs a number into a little-endian element of @p elementBytes bytes. */
 void OrElement(std::uint8_t *to, std::uint32_t value, int elementBytes)
 {
     for (int byte = 0; byte < elementBytes; ++byte)
@@ -43,7 +43,7 @@ void OpaqueInk::AddMeans(int plane, const Component &component, int i, const Ink
     if (pattern.nPlanes == 0)
         m_chroma.nPlane = plane;
     pattern.nPlanes = plane - m_chroma.nPlane + 1;
-    // Packed rows, which have luma between the chroma samples, are taken as one sample of each kind an element.
+    // Packed rows have luma between the chroma samples: one of each is treated as an element of 2 bytes.
     const bool isPacked = m_planes[plane].bSamples;
     m_chroma.nElementBytes = isPacked ? 2 : m_nElementBytes;
     pattern.nShift = isPacked ? 8 * (component.nOffset % 2) : component.nShift;
@@ -68,7 +68,7 @@ void OpaqueInk::Build(const InkRows &ink, const FrameLayout &layout, const InkFr
                 AddSamples(m_planes[plane], component, i, colors);
         });
     }
-    // All formats have samples in their first plane.
+    // In all formats the first plane has a sample for each pixel.
     ink.FindSamples(static_cast<int>(InkBytes) / m_planes[0].pattern.nPixelBytes, m_samples);
     if (layout.format.IsSubsampled())
         MeanBuilder(ink, layout, *m_pKernel).Build(m_means);

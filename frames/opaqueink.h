@@ -9,7 +9,7 @@
 #include <array>
 #include <cstdint>
 
-/** Text of whole weight in the format of a frame. */
+/** Opaque text in the format of a frame. */
 class OpaqueInk
 {
 public:
@@ -18,21 +18,21 @@ public:
     void Draw(const FramePlanes &planes) const;
 
 private:
-    /** What planes with a sample for each pixel have; the blocks are the same for all of them. */
+    /** A plane with a sample for each pixel. All such planes share the blocks in m_samples. */
     struct Plane {
         bool bSamples = false;
         InkPattern pattern = {};
     };
     /** Subsampled chroma. */
     struct Chroma {
-        int nPlane = 0; ///< the first
+        int nPlane = 0; ///< the first, if there are two
         int nElementBytes = 1;
-        MeanPattern pattern = {}; ///< of no plane where there is none
+        MeanPattern pattern = {}; ///< nPlanes is 0 if the format has no such chroma
     };
     void AddSamples(Plane &plane, const Component &component, int i, const InkFrameColors &colors) const;
     void AddMeans(int plane, const Component &component, int i, const InkFrameColors &colors);
 
-    const SampleKernel *m_pKernel = &BestSampleKernel(); ///< chosen ahead: asking the processor takes a while
+    const SampleKernel *m_pKernel = &BestSampleKernel(); ///< chosen once: detecting the processor is slow
     int m_nElementBytes = 1;
     std::array<Plane, 4> m_planes;
     Chroma m_chroma;

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-/** How the picture lies in the frame: bits of SUBTITLE_ORIENTATION_. */
+/** How the picture is stored in the frame: SUBTITLE_ORIENTATION_ flags. */
 class Orientation
 {
 public:
@@ -13,7 +13,7 @@ public:
 
     bool IsUpright() const { return m_nBits == SUBTITLE_ORIENTATION_UPRIGHT; }
 
-    /** From the picture as shown to the frame as stored. */
+    /** Converts a position in the picture as shown to one in the frame as stored. */
     void ToFrame(int &row, int &column) const
     {
         if (m_nBits & SUBTITLE_ORIENTATION_MIRRORED)

@@ -3,14 +3,14 @@
 #include <array>
 #include <cstddef>
 
-/** Where the samples of a colour or of the alpha are. A plane's rows are made of elements of 1, 2 or 4 bytes. */
+/** Where the samples of a colour or of alpha are stored. Rows of a plane consist of elements of 1, 2 or 4 bytes. */
 struct Component {
     int nPlane;
     int nOffset;                 ///< elements from the row's start to the first sample
     int nStep;                   ///< elements from a sample to the next
-    int nShift;                  ///< bits of the element below the sample's
+    int nShift;                  ///< bits of the element below the sample
     int nDepth;                  ///< bits of the sample
-    int nColumnsLog2, nRowsLog2; ///< 1 where a sample belongs to two columns, or rows
+    int nColumnsLog2, nRowsLog2; ///< 1 if two columns, or rows, share a sample
 
     int Max() const { return (1 << nDepth) - 1; }
 };
@@ -20,7 +20,7 @@ enum class ColorModel { Rgb, Yuv, Grey };
 /** A pixel format as FFmpeg describes it. */
 struct PixelFormat {
     ColorModel model;
-    bool bJpeg; ///< full range and centred chroma go without saying
+    bool bJpeg; ///< a YUVJ format, which implies full range and centred chroma
     int nElementBytes;
     int nPlanes;
     int nColors; ///< 1 or 3
@@ -29,7 +29,7 @@ struct PixelFormat {
 
     /** Bytes of a plane's row without padding. */
     std::ptrdiff_t RowBytes(int plane, int width) const;
-    /** Calls @p call(number, component) for those of a plane. */
+    /** Calls @p call(number, component) for each component in a plane. */
     template <typename Call>
     void ForComponents(int plane, Call call) const
     {
@@ -41,5 +41,5 @@ struct PixelFormat {
     bool IsSubsampled() const { return nColors == 3 && components[1].nColumnsLog2 > 0; }
 };
 
-/** False for a format that is not known. @param number  AVPixelFormat */
+/** Returns false for a format that is not supported. @param number  AVPixelFormat */
 bool FindPixelFormat(int number, PixelFormat &format);

@@ -6,7 +6,7 @@
 namespace
 {
 
-/** Calls @p call(row, column, colour, weight) for each pixel of a picture. */
+/** Calls @p call(row, column, colour, weight) for each drawn pixel of a picture. */
 template <typename Call>
 void ForPicture(const ShownSubtitle &shown, Call call)
 {
@@ -70,7 +70,7 @@ void PixelMap::Build(const ShownSubtitle &shown, const Orientation &orientation)
 std::uint32_t PixelMap::NumberOf(const std::array<std::uint8_t, 3> &color)
 {
     const std::uint32_t key = std::uint32_t{color[0]} << 16 | std::uint32_t{color[1]} << 8 | color[2];
-    // Neighbours have the same colour most often.
+    // Neighbouring pixels mostly have the same colour.
     if (m_nLastNumber > 0 && key == m_nLastColor)
         return m_nLastNumber;
     const auto [at, isNew] = m_numbers.try_emplace(key, static_cast<std::uint32_t>(m_listColors.size() + 1));

@@ -7,13 +7,16 @@
 #include <cstddef>
 #include <cstdint>
 
-/** Weight of a pixel that hides what is below it. */
+/** Weight of an opaque pixel. */
 constexpr std::int32_t Opaque = 255;
 
-/** Bytes of a row that a block of ink takes at most, from its first pixel on. */
+/** Most bytes of a row that a block of opaque ink spans. */
 constexpr std::size_t InkBytes = 64;
 
-/** Pixels of a row that have samples of their own: 64, or as many as there are whole ones in InkBytes. */
+/**
+ * A block of neighbouring pixels in a row, each with a sample of its own: up to 64, in Fill() as many as fit into
+ * InkBytes.
+ */
 struct InkSamples {
     int nRow;
     int nColumn;          ///< of the first pixel
@@ -21,67 +24,67 @@ struct InkSamples {
     std::uint64_t nShown; ///< bit i: pixel i is drawn
 };
 
-/** What such a block puts into its bytes. */
+/** What Fill() writes into the bytes of a block. */
 struct InkPattern {
     int nPixelBytes;
     std::array<std::uint8_t, InkBytes> text, outline;
-    std::array<std::uint8_t, InkBytes> bits; ///< that belong to the colour; none after the last whole pixel
+    std::array<std::uint8_t, InkBytes> bits; ///< the bits to overwrite; none after the last whole pixel
 };
 
-/** Of means, 16ths: how much of a sample comes of a colour. */
+/** A colour's share of a chroma sample is counted in 16ths. */
 constexpr int MeanShift = 4;
 constexpr int MeanWhole = 1 << MeanShift;
 
-/** Chroma samples, each of which is a mean of several pixels. */
 constexpr std::size_t MeanSamples = 16;
+/** A block of neighbouring chroma samples, each of which is the mean of several pixels. */
 struct InkMeans {
     int nRow;
-    int nFirst;                                    ///< sample
+    int nFirst;                                    ///< number of the first sample
     std::array<std::uint8_t, MeanSamples> text;    ///< 16ths of the text's colour
     std::array<std::uint8_t, MeanSamples> outline; ///< 16ths of the outline's
 };
 
-/** Rows of pixels that a chroma sample is a mean of, at most. */
+/** Most rows of pixels that a chroma sample is the mean of. */
 constexpr std::size_t MeanRows = 3;
-/** The pixels that a block's samples are means of: sample i of bits 2 i to 2 i + 3 of each row. */
+/** The pixels whose means are a block's samples: sample i is the mean of bits 2 i to 2 i + 3 of each row. */
 struct MeanBits {
     static constexpr std::uint64_t OfBlock = (std::uint64_t{1} << (2 * MeanSamples + 2)) - 1;
 
     int nRows;
-    std::array<std::array<std::uint8_t, 4>, MeanRows> weights; ///< of the bits, MeanWhole in all
-    std::array<std::uint64_t, MeanRows> text, shown;           ///< as in InkBits; those after OfBlock do not count
+    std::array<std::array<std::uint8_t, 4>, MeanRows> weights; ///< of a sample's bits; MeanWhole in all
+    std::array<std::uint64_t, MeanRows> text, shown;           ///< as in InkBits; bits outside OfBlock are ignored
 };
 
-/** How code values of the two components lie in rows. */
+/** The code values of the two chroma components, and how their samples lie in rows. */
 struct MeanPattern {
-    int nPlanes;                                ///< 2: a plane for each component; 1: their samples take turns in a row
+    int nPlanes;                                ///< 2: a plane for each component; 1: their samples alternate in a row
     std::array<std::uint16_t, 2> text, outline; ///< code values of the components
     int nShift;                                 ///< bits of an element below the sample
     std::uint16_t nMax;                         ///< largest code value
-    std::uint16_t nOthers;                      ///< bits of an element that stay
+    std::uint16_t nOthers;                      ///< bits of an element that are not the sample's and stay
 };
 
 /**
- * The arithmetic of burning, on flat lists. All kernels give the same bytes. Samples of a block that are not drawn may be
- * written with what they hold; nothing after a row's end is read or written.
+ * Draws opaque text from flat lists of blocks. All kernels give the same bytes. Samples of a block that are not drawn
+ * may be rewritten with their own value; nothing past the end of a row is read or written.
  */
 struct SampleKernel {
-    /** Puts the colours into the place of what was there. */
+    /** Overwrites the pixels that are shown. */
     void (*Fill)(const PlaneTarget &plane, const InkSamples *blocks, std::size_t count, const InkPattern &pattern);
 
-    /** Finds the 16ths of a block. */
+    /** Computes the shares, in 16ths, of a block's samples. */
     void (*Weigh)(const MeanBits &bits, InkMeans &block);
     /**
-     * Samples become (text * its code + outline * its code + (16 - text - outline) * old + 8) / 16, truncated.
-     * @param planes  one or two, as the pattern says; two have the same size
+     * Blends chroma: new = (text * its code + outline * its code + (16 - text - outline) * old + 8) / 16, truncated.
+     * @param planes  pattern.nPlanes of them, of the same size
      */
     void (*Mean8)(const PlaneTarget *planes, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern);
     /** The same for elements of 16 bits. */
     void (*Mean16)(const PlaneTarget *planes, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern);
 };
 
-/** For any processor. */
+/** Runs on any processor. */
 const SampleKernel &PortableSampleKernel();
 
-/** For this processor: the one of its best instruction set, or the portable one where there are no vectors. */
+/** The one for the best instruction set of this processor, or the portable one if it has no vectors. */
 const SampleKernel &BestSampleKernel();

@@ -6,7 +6,7 @@
 namespace
 {
 
-/** Of a fixed step, which compilers make vectors of. */
+/** The step is a template parameter so that compilers vectorise the loop. */
 template <typename Element, int Step>
 void LoadElements(std::int32_t *samples, const std::uint8_t *from, int count, const Component &component)
 {
@@ -31,7 +31,7 @@ void StoreElements(const std::int32_t *samples, std::uint8_t *to, int count, con
     }
 }
 
-/** Calls @p call(element, step) with an element of so many bytes, and the step as a constant. */
+/** Calls @p call(element, step): a value of the element's type, and the step as a compile-time constant. */
 template <typename Call>
 void WithElement(int bytes, int step, Call call)
 {

@@ -5,12 +5,12 @@
 #include <array>
 #include <cstdint>
 
-/** Samples that are worked on at once. */
+/** Number of samples that are processed at once. */
 constexpr int ChunkSamples = 256;
-/** Code values. */
+/** Code values of a chunk. */
 using SampleChunk = std::array<std::int32_t, ChunkSamples>;
 
-/** Reads and writes samples of a component, as code values, a chunk or less at a time. */
+/** Reads and writes the code values of one component in a row. */
 class SampleRow
 {
 public:
@@ -19,7 +19,7 @@ public:
     {
     }
 
-    /** @param first  number of the first sample */
+    /** @param first  number of the first sample in the row */
     void Load(std::int32_t *samples, int first, int count) const;
     void Store(const std::int32_t *samples, int first, int count) const;
 

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstring>
 
-// Highway includes this file once for each kind of processor, with a namespace and a vector size of its own.
+// Highway includes this file once for each instruction set, with another namespace and vector size each time.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "frames/vectorblend.cpp"
 #include <hwy/foreach_target.h>
@@ -39,7 +39,7 @@ HWY_INLINE void BlendBlock(std::uint8_t *bytes, const std::uint16_t *bases, cons
         const auto old = hn::PromoteTo(wide, hn::LoadU(narrow, bytes + i));
         const auto rest = hn::PromoteTo(wide, hn::LoadU(narrow, rests + i));
         const auto sum = hn::Add(hn::LoadU(wide, bases + i), hn::Mul(rest, old));
-        // Divided by 255; exact for all sums below 65,535.
+        // Division by 255, exact for all sums below 65,535.
         const auto quotient = hn::ShiftRight<8>(hn::Add(hn::Add(sum, one), hn::ShiftRight<8>(sum)));
         hn::StoreU(hn::DemoteTo(narrow, hn::BitCast(signedWide, quotient)), narrow, bytes + i);
     }
@@ -47,7 +47,7 @@ HWY_INLINE void BlendBlock(std::uint8_t *bytes, const std::uint16_t *bases, cons
 
 void Blend(const PlaneTarget &plane, const ByteBlend &blend)
 {
-    // A decoder's frames have left the caches, and rows are too far apart for the processor's own prefetching.
+    // Decoded frames are no longer in the caches, and rows are too far apart for the hardware prefetcher.
     constexpr std::size_t Ahead = 12;
     constexpr int CacheLine = 64;
     const std::size_t count = blend.listSpans.size();

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <type_traits>
 
-// Highway includes this file once for each kind of processor, with a namespace and a vector size of its own.
+// Highway includes this file once for each instruction set, with another namespace and vector size each time.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "frames/vectorcover.cpp"
 #include <hwy/foreach_target.h>
@@ -33,7 +33,7 @@ using WeightTag = hn::CappedTag<std::uint16_t, CoverSamples>;
 using ByteTag = hn::Rebind<std::uint8_t, WeightTag>;
 using Weights = hn::Vec<WeightTag>;
 
-/** What weights are multiplied by, of 65,536. */
+/** The opacity as a factor for MulHigh(): a fraction of 65,536. */
 std::uint16_t PartOf(int opacity)
 {
     return static_cast<std::uint16_t>(opacity * 257);
@@ -106,7 +106,10 @@ void Halve(const std::uint16_t *from, std::size_t count, const std::array<int, 4
     PortableCoverKernel().Halve(from + 2 * i, count - i, weights, to + i);
 }
 
-/** Blends a block of samples, of which each has Step bytes. @param weightsAt  gives the weights of samples from a number on */
+/**
+ * Blends a block of samples of Step bytes each.
+ * @param weightsAt  called with the number of a sample; returns a vector of the weights from there on
+ */
 template <int Step, typename WeightsAt>
 HWY_INLINE void BlendBlock(std::uint8_t *bytes, const CoverCodes &codes, WeightsAt weightsAt)
 {
@@ -160,7 +163,7 @@ HWY_INLINE void BlendBlock(std::uint8_t *bytes, const CoverCodes &codes, Weights
 template <int Step>
 HWY_INLINE void Prefetch(const PlaneTarget &plane, const std::vector<Span> &spans, std::size_t n)
 {
-    // A decoder's frames have left the caches, and rows are too far apart for the processor's own prefetching.
+    // Decoded frames are no longer in the caches, and rows are too far apart for the hardware prefetcher.
     constexpr std::size_t Ahead = 12;
     constexpr int CacheLine = 64;
     if (n + Ahead >= spans.size())
@@ -170,7 +173,10 @@ HWY_INLINE void Prefetch(const PlaneTarget &plane, const std::vector<Span> &span
         __builtin_prefetch(plane.Row(next.nRow) + static_cast<std::ptrdiff_t>(next.nFirst) * Step + i, 1);
 }
 
-/** Blends a block of which the row has so many bytes. */
+/**
+ * Blends a block, or the part of it that is in the row.
+ * @param inRow  bytes from the block's first to the end of the row
+ */
 template <int Step, typename WeightsAt>
 HWY_INLINE void BlendInRow(std::uint8_t *bytes, std::ptrdiff_t inRow, const CoverCodes &codes, WeightsAt weightsAt)
 {
@@ -185,7 +191,7 @@ HWY_INLINE void BlendInRow(std::uint8_t *bytes, std::ptrdiff_t inRow, const Cove
     }
 }
 
-/** Calls @p blend(bytes, inRow, span, done) for the blocks of all spans. */
+/** Calls @p blendAt(bytes, inRow, span, done) for the blocks of all spans, after @c done samples of the span. */
 template <int Step, typename BlendAt>
 HWY_INLINE void ForBlocks(const PlaneTarget &plane, const std::vector<Span> &spans, BlendAt blendAt)
 {
@@ -236,7 +242,7 @@ HWY_INLINE void BlendPixelSpans(const PlaneTarget &plane, const CoveredPixels &p
                     });
 }
 
-/** Calls @p call with a step as a constant. */
+/** Calls @p call with the step as a compile-time constant. */
 template <typename Call>
 HWY_INLINE void WithStep(int step, Call call)
 {
@@ -250,7 +256,7 @@ HWY_INLINE void WithStep(int step, Call call)
         call(std::integral_constant<int, 4>());
 }
 
-// Copies of the codes, which stores into the frame cannot change, are kept in registers.
+// The codes are copied: stores into the frame cannot change a copy, so that the compiler keeps it in registers.
 void Blend(const PlaneTarget &plane, const CoverList &list, const CoverCodes &codes)
 {
     WithStep(codes.nStep,

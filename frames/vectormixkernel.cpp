@@ -6,7 +6,7 @@
 #include <cstring>
 #include <type_traits>
 
-// Highway includes this file once for each kind of processor, with a namespace and a vector size of its own.
+// Highway includes this file once for each instruction set, with another namespace and vector size each time.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "frames/vectormixkernel.cpp"
 #include <hwy/foreach_target.h>
@@ -35,7 +35,7 @@ using NumberTag = hn::RebindToSigned<Tag>;
 using Vector = hn::Vec<Tag>;
 using Numbers = hn::Vec<NumberTag>;
 
-/** The elements of a row that fill vectors of 16 bits, and those of bytes. */
+/** As many elements of 1 or 2 bytes as a vector of 16-bit samples has. */
 template <typename Element>
 using ElementTag = hn::Rebind<Element, Tag>;
 
@@ -105,7 +105,7 @@ HWY_INLINE void JoinSteps(const Channels &channels, std::size_t count, std::uint
     }
 }
 
-/** Elements of 4 bytes, half as many in a vector. */
+/** Elements of 4 bytes: a vector has half as many. */
 using PackedTag = hn::Repartition<std::uint32_t, Tag>;
 using HalfTag = hn::Rebind<std::uint16_t, PackedTag>;
 
@@ -138,7 +138,9 @@ void JoinPacked(const Channels &channels, std::size_t count, const RowForm &form
     }
 }
 
-/** Calls @p call(element, step) with a form's element, of 1 or 2 bytes, and step as constants. */
+/**
+ * Calls @p call(element, step): a value of the element's type (1 or 2 bytes), and the step as a compile-time constant.
+ */
 template <typename Call>
 HWY_INLINE void WithForm(const RowForm &form, Call call)
 {
@@ -212,7 +214,7 @@ void SpreadSamples(const InkSamples *blocks, std::size_t count, const InkMix &mi
         SpreadComponents<4>(blocks, count, mix, lists);
 }
 
-/** A share of a number, rounded to nearest; not both may be -32,768. */
+/** number * share, rounded to nearest. They must not both be -32,768. */
 template <typename V>
 HWY_INLINE V Product(V number, V share)
 {
@@ -226,7 +228,7 @@ void SpreadMeans(const InkMeans *blocks, std::size_t count, const InkMix &mix, I
     const hn::RebindToUnsigned<decltype(number)> tag;
     const hn::Rebind<std::uint8_t, decltype(number)> bytes;
     const auto zero = hn::Zero(number);
-    // The whole is representable below 0 only.
+    // Shares are negated, since a whole (32,768) fits into 16 bits only as -32,768.
     const auto shareOf = [&](const std::uint8_t *parts) HWY_ATTR {
         return hn::Sub(zero, hn::ShiftLeft<ShareBits>(hn::PromoteTo(number, hn::LoadU(bytes, parts))));
     };
@@ -250,7 +252,7 @@ void SpreadMeans(const InkMeans *blocks, std::size_t count, const InkMix &mix, I
     }
 }
 
-/** Turns elements into numbers and back. */
+/** Converts elements to numbers and back, see MixSettings. */
 class Scale
 {
 public:
@@ -282,7 +284,7 @@ HWY_INLINE Numbers NumbersAt(const std::uint16_t *list, std::size_t i)
     return hn::BitCast(NumberTag(), hn::LoadU(Tag(), list + i));
 }
 
-/** What is drawn, or @p old where nothing is. */
+/** @p drawn, or @p old for untouched samples. */
 HWY_INLINE Vector WhereDrawn(Numbers rest, Vector drawn, Vector old)
 {
     const auto isUntouched = hn::Eq(hn::BitCast(Tag(), rest), hn::Set(Tag(), static_cast<std::uint16_t>(Untouched)));
@@ -308,11 +310,11 @@ void Tint(const MixSamples &first, const MixSamples &second, std::size_t count, 
     }
 }
 
-/** As in RGB24. */
+/** (base + rest * old) / 255, truncated as in RGB24. */
 HWY_INLINE Vector Quotient(const std::uint16_t *base, Numbers rest, Vector old)
 {
     const Tag tag;
-    // x / 255, truncated, for x < 65,535; in untouched samples the sum wraps round and does not count.
+    // Division by 255, exact for all sums below 65,535. For untouched samples the sum wraps around and is not used.
     const auto sum = hn::Add(hn::LoadU(tag, base), hn::Mul(hn::BitCast(tag, rest), old));
     return hn::MulHigh(hn::Add(sum, hn::Set(tag, 1)), hn::Set(tag, 257));
 }

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
-// Highway includes this file once for each kind of processor, with a namespace and a vector size of its own.
+// Highway includes this file once for each instruction set, with another namespace and vector size each time.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "frames/vectorsamplekernel.cpp"
 #include <hwy/foreach_target.h>
@@ -33,13 +33,14 @@ using ByteTag = hn::CappedTag<std::uint8_t, InkBytes>;
 using WideTag = hn::CappedTag<std::uint16_t, MeanSamples>;
 
 /**
- * Calls @p draw(block, bytes) for each block, with an address in each of the planes, which have the same size: @p Size
- * bytes to be read and written from the block's first on, of a copy where the row ends before.
+ * Calls @p draw(block, bytes) for each block, with the address of its first byte in each plane. From there @p Size
+ * bytes may be read and written; if the row ends before that, the address is that of a copy. The planes have the same
+ * size.
  */
 template <std::size_t Size, std::size_t Planes, typename Block, typename Offset, typename Draw>
 inline void ForBlocks(const PlaneTarget *planes, const Block *blocks, std::size_t count, Offset offset, Draw draw)
 {
-    // A decoder's frames have left the caches, and rows are too far apart for the processor's own prefetching.
+    // Decoded frames are no longer in the caches, and rows are too far apart for the hardware prefetcher.
     constexpr std::size_t Ahead = 48;
     for (std::size_t n = 0; n < count; ++n) {
         std::array<std::uint8_t *, Planes> bytes;
@@ -65,7 +66,7 @@ inline void ForBlocks(const PlaneTarget *planes, const Block *blocks, std::size_
     }
 }
 
-/** For each byte of a block, where its pixel's bit is. */
+/** For each byte of a block, where in a mask the bit of its pixel is. */
 struct BitPlaces {
     alignas(InkBytes) std::array<std::uint8_t, InkBytes> byteOf, bitOf;
 
@@ -78,7 +79,7 @@ struct BitPlaces {
         }
     }
 
-    /** The bytes, from number @p i on, of the pixels whose bits are set. */
+    /** Selects, from byte @p i on, the bytes of pixels whose bit is set. */
     template <typename Tag>
     auto Mask(Tag tag, std::uint64_t bits, std::size_t i) const
     {
@@ -107,11 +108,12 @@ void Fill(const PlaneTarget &plane, const InkSamples *blocks, std::size_t count,
     ForBlocks<InkBytes, 1>(&plane, blocks, count, offset, draw);
 }
 
-/** Sums of the weights of bits that are set, for a block's samples from number @p sample on. */
+/** For a block's samples from number @p sample on, the sums of the weights of their bits that are set. */
 inline auto SumWeights(const MeanBits &bits, const std::array<std::uint64_t, MeanRows> &rows, const BitPlaces &places,
                        std::size_t sample)
 {
-    // A sample is two bytes: the sums of its first and third bit, and of its second and fourth.
+    // Each sample has two bytes: one sums the weights of its first and third bit, the other those of its second and
+    // fourth.
     const WideTag tag;
     const hn::Repartition<std::uint8_t, WideTag> bytes;
     auto sums = hn::Zero(bytes);
@@ -140,7 +142,9 @@ void Weigh(const MeanBits &bits, InkMeans &block)
     }
 }
 
-/** A block's weights for elements from number @p i on, of rows in which samples of both components take turns or not. */
+/**
+ * A block's weights for elements from number @p i on; each twice if samples of the two components alternate in a row.
+ */
 template <bool TakeTurns>
 inline auto WeightsAt(const std::array<std::uint8_t, MeanSamples> &weights, std::size_t i)
 {
@@ -155,13 +159,13 @@ inline auto WeightsAt(const std::array<std::uint8_t, MeanSamples> &weights, std:
     }
 }
 
-/** Code values as they take turns in a row. */
+/** The code values of two components that alternate in a row. */
 inline auto Codes(std::uint32_t even, std::uint32_t odd)
 {
     return hn::BitCast(WideTag(), hn::Set(hn::Repartition<std::uint32_t, WideTag>(), even | odd << 16));
 }
 
-/** Calls @p load(bytes) for a vector of elements, and @p store(bytes, elements) with what they become. */
+/** Blends chroma. @p load(bytes) returns a vector of elements, @p store(bytes, elements) writes one. */
 template <std::size_t Planes, std::size_t ElementBytes, typename Load, typename Store>
 inline void DrawMeans(const PlaneTarget *planes, const InkMeans *blocks, std::size_t count, const MeanPattern &pattern,
                       Load load, Store store)
@@ -185,7 +189,7 @@ inline void DrawMeans(const PlaneTarget *planes, const InkMeans *blocks, std::si
                 const auto codesOfText = Codes(values.text[plane], values.text[last]);
                 const auto codesOfOutline = Codes(values.outline[plane], values.outline[last]);
                 const auto meanOf = [&](auto old) HWY_ATTR {
-                    // Numbers below 0 cancel out, since words wrap round.
+                    // Differences may be negative. As words wrap around, the sum is right all the same.
                     const auto fromText = hn::Mul(text, hn::Sub(codesOfText, old));
                     const auto fromOutline = hn::Mul(outline, hn::Sub(codesOfOutline, old));
                     const auto fromOld = hn::Add(hn::ShiftLeft<MeanShift>(old), half);
@@ -194,7 +198,7 @@ inline void DrawMeans(const PlaneTarget *planes, const InkMeans *blocks, std::si
                 std::uint8_t *bytes = rows[plane] + i * ElementBytes;
                 const auto element = load(bytes);
                 if constexpr (ElementBytes == 1) {
-                    // The whole byte is the sample, and without ink it comes out as it was.
+                    // The sample is the whole byte, and without ink the result is the old value.
                     store(bytes, meanOf(element));
                 } else {
                     const auto old = hn::And(hn::ShiftRightSame(element, shift), max);

@@ -41,7 +41,7 @@ void SetText(std::string &strText, const void *pValue)
     strText.assign(pText ? pText : "");
 }
 
-/** Hosts get a pointer that is not const and may not write through it. */
+/** frei0r passes a pointer to char that is not const, but hosts may not write through it. */
 void GetText(const std::string &strText, void *pValue)
 {
     *static_cast<const char **>(pValue) = strText.c_str();
@@ -52,7 +52,7 @@ bool Flag(const void *pValue)
     return As<f0r_param_bool>(pValue) >= 0.5;
 }
 
-/** A whole text as a number; the locale makes no difference. */
+/** The number that a text consists of, independent of the locale. */
 template <typename T>
 std::optional<T> Number(const std::string &strText)
 {
@@ -172,7 +172,7 @@ int BurnParameters::Points(int nHeight) const
 {
     if (!(m_fFontSize > 0))
         return 0;
-    // A point is 4/3 pixels, and the library's largest size is 4096.
+    // A point is 4/3 pixels. The library's largest size is 4096 points.
     return std::max(1, static_cast<int>(std::lround(std::min(m_fFontSize * nHeight * 0.75, 4096.0))));
 }
 
@@ -192,7 +192,7 @@ std::optional<long> BurnParameters::FileTime(double fTime) const
     if (!offset)
         return std::nullopt;
     const double fMilliseconds = std::floor((m_bMilliseconds ? fTime : fTime * 1000) + *offset * 1000 + 0.5);
-    // The largest long may be rounded up as a double, and a time that is no number fails every comparison.
+    // Converted to double, the largest long may be rounded up, hence < and not <=. NaN fails both comparisons.
     if (!(fMilliseconds >= 0 && fMilliseconds < static_cast<double>(std::numeric_limits<long>::max())))
         return std::nullopt;
     return static_cast<long>(fMilliseconds);

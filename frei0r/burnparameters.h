@@ -41,20 +41,20 @@ struct BurnColor {
 class BurnParameters
 {
 public:
-    /** Name, type and explanation of a parameter; all zero for a number that none has. */
+    /** Name, type and explanation of a parameter; all zero for an unknown number. */
     static f0r_param_info_t Info(int nParameter);
 
-    /** As f0r_set_param_value() and f0r_get_param_value(); numbers that no parameter has do nothing. May throw bad_alloc. */
+    /** As f0r_set_param_value() and f0r_get_param_value(). Unknown numbers do nothing. May throw std::bad_alloc. */
     void Set(int nParameter, const void *pValue);
     void Get(int nParameter, void *pValue) const;
 
     const std::string &File() const { return m_strLocation; }
-    /** Nothing where it is no whole number of 0 or more. */
+    /** nullopt if the parameter is not a whole number of 0 or more. */
     std::optional<int> Track() const;
     int Alpha() const { return ToRange(m_fAlpha, 255); }
     int Percent() const { return ToRange(m_fPos, 100); }
     const std::string &Family() const { return m_strFamily; }
-    /** Of text in frames of a height; 0 for the library's default. */
+    /** Size of text in frames of a height; 0 for the library's default. */
     int Points(int nHeight) const;
     /** SUBTITLE_LOOK_... */
     int Look() const;
@@ -64,9 +64,10 @@ public:
     BurnColor OutlineColor() const { return ToBytes(m_outlineColor); }
 
     /**
-     * The time in the subtitle file, to the nearest millisecond, halves upwards, at the time that a host counts.
+     * Converts the host's time to the time in the subtitle file, in milliseconds, rounded to nearest with halves
+     * upwards.
      *
-     * @return nothing before the file's start, beyond what the library takes, and where the offset is no number.
+     * @return nullopt before the file's start, beyond the range of the library, and if the offset is not a number.
      */
     std::optional<long> FileTime(double fTime) const;
 

@@ -1,4 +1,4 @@
-// The functions of the plugin. None lets an exception out: its hosts are written in C.
+// The functions of the plugin. No exception leaves them, since frei0r is an interface for C.
 #include "frei0r/subtitleburner.h"
 
 #include <algorithm>
@@ -7,7 +7,7 @@
 namespace
 {
 
-/** In larger frames the library draws nothing. */
+/** The library draws nothing into larger frames. */
 constexpr unsigned LargestSide = 1U << 16;
 
 SubtitleBurner &Burner(f0r_instance_t pInstance)
@@ -59,7 +59,7 @@ void f0r_set_param_value(f0r_instance_t pInstance, f0r_param_t pValue, int nPara
     try {
         Burner(pInstance).Parameters().Set(nParameter, pValue);
     } catch (const std::bad_alloc &) {
-        return; // the value stays as it was
+        return; // the old value stays
     }
 }
 
@@ -73,6 +73,6 @@ void f0r_update(f0r_instance_t pInstance, double fTime, const uint32_t *pIn, uin
     try {
         Burner(pInstance).Update(fTime, pIn, pOut);
     } catch (const std::bad_alloc &) {
-        return; // the frame was copied first
+        return; // the frame has been copied already
     }
 }

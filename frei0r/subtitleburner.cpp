@@ -30,7 +30,7 @@ public:
     Among &operator=(const Among &) = delete;
 };
 
-/** The library might take the name of a file that is missing for an address. */
+/** Checked here because the library might take the name of a missing file for a URL. */
 bool IsReadable(const std::string &strFile)
 {
     struct stat status = {};
@@ -52,7 +52,7 @@ bool SubtitleBurner::MakeHandle()
 {
     m_bGiven = false;
     const Alone alone;
-    // Before the old one is destroyed: with the last handle the library's Qt ends as well, only to be started again.
+    // Before the old one is destroyed: with the last handle the library shuts Qt down and would have to restart it.
     void *pSubtitle = CreateVideoSubtitle(m_nWidth, m_nHeight);
     DestroySubtitleBurner(m_pBurner);
     DestroyVideoSubtitle(m_pSubtitle);
@@ -94,10 +94,10 @@ void SubtitleBurner::SetFile()
         m_bOpen = track && IsReadable(strFile) && SetSubtitleFile(m_pSubtitle, strFile.c_str(), *track) == 0;
 }
 
-/** Gives the handle what has changed; false where there is nothing to draw. */
+/** Passes changed parameters to the handle. Returns false if there is no file to draw from. */
 bool SubtitleBurner::Prepare()
 {
-    // Hosts make instances only to ask for their parameters, so the handle, and Qt with it, waits for a file.
+    // Some hosts create instances only to ask for their parameters, so the handle, and with it Qt, waits for a file.
     if (!m_pSubtitle && m_parameters.File().empty())
         return false;
     // No setter returns to the default size.
@@ -113,7 +113,7 @@ bool SubtitleBurner::Prepare()
     try {
         m_given = m_parameters;
     } catch (const std::bad_alloc &) {
-        m_bGiven = false; // a copy that was begun says nothing
+        m_bGiven = false; // m_given may be half copied
         throw;
     }
     m_bGiven = true;
@@ -134,7 +134,7 @@ void SubtitleBurner::Update(double fTime, const std::uint32_t *pIn, std::uint32_
     frame.height = m_nHeight;
     const Among among;
     frame.format = SubtitlePixelFormat("rgba");
-    // Without memory the film goes on, for a while without subtitles.
+    // Without memory the frame passes without subtitles.
     if (SetSubtitleTimeStamp(m_pSubtitle, *time) == 0)
         BurnSubtitle(m_pBurner, &frame);
 }

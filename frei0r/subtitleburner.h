@@ -13,10 +13,10 @@ public:
     SubtitleBurner(const SubtitleBurner &) = delete;
     SubtitleBurner &operator=(const SubtitleBurner &) = delete;
 
-    /** What is set takes effect with the next frame. */
+    /** Changes take effect with the next frame. */
     BurnParameters &Parameters() { return m_parameters; }
 
-    /** Copies a frame, unless both are one, and draws what is due at the host's time. */
+    /** Copies the frame from @p pIn to @p pOut unless they are the same, and draws what is due at the host's time. */
     void Update(double fTime, const std::uint32_t *pIn, std::uint32_t *pOut);
 
 private:
@@ -30,8 +30,8 @@ private:
     int m_nHeight;
     BurnParameters m_parameters;
     BurnParameters m_given;
-    bool m_bGiven = false; ///< the handle has been given those
+    bool m_bGiven = false; ///< the handle has the parameters in m_given
     void *m_pSubtitle = nullptr;
     void *m_pBurner = nullptr;
-    bool m_bOpen = false; ///< the handle has the file
+    bool m_bOpen = false; ///< the handle has opened the file
 };

@@ -1,5 +1,5 @@
-// The input's front is a subtitle; from its end come its kind, a handle, and what a host does with frames of any format.
-// What is drawn is compared with the definitions, computed in doubles.
+// The input begins with a subtitle. From its end are taken the subtitle's kind, a handle's size, and what a host does
+// with frames of any format. What is drawn is compared with an oracle that computes the definitions in doubles.
 #include "burnerscene.h"
 #include "fuzzsupport.h"
 #include "support/frameoracle.h"
@@ -20,7 +20,7 @@ extern "C" {
 namespace
 {
 
-/** Burns into a frame of FFmpeg's that has the record's members. */
+/** Burns into an AVFrame with the members of the record. */
 int BurnAsAVFrame(void *burner, const SubtitleFrame &record)
 {
     AVFrame *frame = av_frame_alloc();
@@ -57,7 +57,7 @@ int BurnAsAVFrame(void *burner, const SubtitleFrame &record)
     return result;
 }
 
-/** A handle with a subtitle, and a burner that is used for all frames. */
+/** A handle with a subtitle, and one burner for all frames. */
 class Host
 {
 public:
@@ -134,7 +134,7 @@ void Host::ShowFrame(FuzzedDataProvider &input)
 {
     constexpr long Step = 500; // ms
     SetSubtitleTimeStamp(m_pHandle, input.ConsumeIntegralInRange<long>(0, 15) * Step);
-    // A burner keeps what it made for the frame before, so most often that is changed.
+    // A burner keeps what it built for the previous frame, so two of three frames are that frame with a change.
     if (m_scene && input.ConsumeIntegralInRange(0, 2) > 0)
         m_scene->Change(input);
     else
@@ -155,7 +155,7 @@ void Host::ShowFrame(FuzzedDataProvider &input)
         CompareWithOracle(scene, before, frame);
 }
 
-/** The same burner once more, a new one, and one that reads a frame of FFmpeg's. */
+/** Requires the same bytes from the same burner once more, from a new one, and from an AVFrame. */
 void Host::CompareBurners(const Scene &scene, const PlaneFrame &before, const PlaneFrame &expected)
 {
     void *fresh = CreateSubtitleBurner(m_pHandle);
@@ -174,7 +174,7 @@ void Host::CompareBurners(const Scene &scene, const PlaneFrame &before, const Pl
     DestroySubtitleBurner(fresh);
 }
 
-/** What is due, from inside. */
+/** The subtitle that is due, read from inside the handle. */
 PlainSubtitle Host::Plain()
 {
     const VideoSubtitlePeer peer(*static_cast<VideoSubtitle *>(m_pHandle));
@@ -194,7 +194,9 @@ PlainSubtitle Host::Plain()
                           peer.Alpha(), peer.LogoPos() * m_nHeight / 100 - peer.AnchorOffset()});
 }
 
-/** A sample that may be as it is: opaque text and RGB of 8 bits exactly, others to less than a step of 8 bits. */
+/**
+ * Whether a sample is right: opaque text and 8-bit RGB exactly, others to within 0.04 of an 8-bit step plus rounding.
+ */
 bool IsSample(double expected, int sample, const PlaneFrame &frame, int component, bool isOpaque)
 {
     const AVPixFmtDescriptor &format = frame.Description();
@@ -216,7 +218,7 @@ void Host::CompareWithOracle(const Scene &scene, PlaneFrame before, PlaneFrame f
                 const PlainSample sample = subtitle.Shows() ? oracle.Sample(i, x, y) : PlainSample{};
                 if (!sample.bTouched)
                     continue;
-                // The oracle knows nothing of high dynamic range.
+                // The oracle does not implement HDR.
                 if (!scene.IsHdr() || frame.IsAlpha(i))
                     Require(IsSample(sample.value, frame.Get(i, x, y), frame, i, subtitle.IsOpaque()),
                             "a sample is as it is defined");

@@ -15,7 +15,7 @@ constexpr const char *Formats[] = {
     "bgr0",        "0rgb",        "0bgr",        "rgb48le",     "x2rgb10le",
 };
 
-constexpr int Members = 7; ///< that PickMember() knows
+constexpr int Members = 7; ///< number of members that PickMember() picks
 
 template <std::size_t N>
 bool IsAmong(int value, const int (&values)[N])
@@ -46,7 +46,7 @@ void Scene::Change(FuzzedDataProvider &input)
     Complete(input);
 }
 
-/** No further than the enumerations' types reach. */
+/** Picks values within the ranges of the enumerations' types. */
 void Scene::PickMember(FuzzedDataProvider &input, int member)
 {
     constexpr int UsualMatrices[] = {AVCOL_SPC_UNSPECIFIED, AVCOL_SPC_BT709, AVCOL_SPC_SMPTE170M, AVCOL_SPC_BT2020_NCL};
@@ -135,7 +135,7 @@ void Scene::PickFlaw(FuzzedDataProvider &input)
         break;
     case 6:
         m_flaw = Flaw::Member;
-        // Others than the eight, for which rows and columns are as they were picked.
+        // Not one of the eight orientations. The planes keep the size that was computed for the picked one.
         m_record.orientation = input.ConsumeBool() ? input.ConsumeIntegralInRange(8, std::numeric_limits<int>::max())
                                                    : input.ConsumeIntegralInRange(std::numeric_limits<int>::min(), -1);
         break;
@@ -160,7 +160,7 @@ SubtitleFrame Scene::Record(PlaneFrame &planes) const
 SubtitleFrame Scene::Literal(PlaneFrame &planes) const
 {
     SubtitleFrame frame = Record(planes);
-    // No frame here is so large that it would be taken as BT.709.
+    // No frame here is large enough for BT.709 to be the default.
     if (frame.colorspace == AVCOL_SPC_RGB || frame.colorspace == AVCOL_SPC_UNSPECIFIED)
         frame.colorspace = AVCOL_SPC_SMPTE170M;
     const bool isGrey = planes.Description().nb_components < 3;

@@ -1,4 +1,5 @@
-// The input's front is a subtitle file; from its end come its kind, handles and what a host does with them.
+// The input begins with a subtitle file. From its end are taken the file's kind, sizes of handles, and what a host does
+// with these.
 #include "api/libsubtitle.h"
 #include "fuzzsupport.h"
 
@@ -16,7 +17,7 @@ extern "C" {
 namespace
 {
 
-/** Pixels in memory that is no longer than they need, and padding between the rows. */
+/** A frame in memory of exactly its size, with padding between the rows. */
 class Frame
 {
 public:
@@ -167,7 +168,7 @@ void MakeHost(std::optional<Host> &host, FuzzedDataProvider &input)
     host.emplace(nWidth, input.ConsumeIntegralInRange(0, MostHeight));
 }
 
-/** The input's file; an index is told from its .sub file as idx_fuzz does it. */
+/** Writes the input's file, and a .sub file from the first start code on, as in idx_fuzz. */
 std::string WriteFile(const char *pszName, const std::string &bytes)
 {
     const FuzzHost &host = FuzzHost::Get();

@@ -12,7 +12,7 @@ extern "C" {
 #include <libavutil/log.h>
 }
 
-/** fontconfig finds the elements of a pattern by their distance from it, which LeakSanitizer cannot follow. */
+/** fontconfig stores offsets instead of pointers to a pattern's elements, which LeakSanitizer does not recognise. */
 extern "C" const char *__lsan_default_suppressions() // NOLINT(bugprone-reserved-identifier)
 {
     return "leak:libfontconfig.so\n";

@@ -6,23 +6,23 @@
 #include <cstdint>
 #include <string>
 
-/** What each target defines. */
+/** Defined by each target. */
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *pData, std::size_t nSize);
 
 /**
- * What all inputs of a process have in common, so that one of them alone gives the same again: the locale's encoding is
- * UTF-8, UTF-16 is taken as little-endian, a message of Qt's is a finding, Qt and its fonts stay.
+ * State that all inputs of a process share, set up once so that each input alone behaves the same: the locale's
+ * encoding is UTF-8, UTF-16 is read as little-endian, a Qt message is a finding, Qt and its fonts stay loaded.
  */
 class FuzzHost
 {
 public:
-    /** Made with the first input. */
+    /** Created at the first call. */
     static const FuzzHost &Get();
 
     FuzzHost(const FuzzHost &) = delete;
     FuzzHost &operator=(const FuzzHost &) = delete;
 
-    /** Writes a file, in the place of an earlier one of that name, and returns its full name. */
+    /** Writes a file, replacing an earlier one of that name, and returns its path. */
     std::string Write(const std::string &strName, const std::string &bytes) const;
     void Remove(const std::string &strName) const;
 
@@ -39,5 +39,5 @@ inline std::string ToString(const std::uint8_t *pData, std::size_t nSize)
     return {pData, pData + nSize};
 }
 
-/** Ends the process, which is a finding, unless the condition holds. */
+/** Aborts the process, which the fuzzer reports as a finding, unless the condition holds. */
 void Require(bool bHolds, const char *pszWhat);

@@ -1,5 +1,5 @@
-// The input is an index with its .sub file behind it, which begins at the first start code of a pack header, 00 00 01 BA;
-// there is no .sub file where there is none.
+// The input is an index, followed by its .sub file. This begins at the first start code of a pack header, 00 00 01 BA;
+// without one there is no .sub file.
 #include "fuzzsupport.h"
 #include "parsers/parsermanager.h"
 
@@ -10,7 +10,7 @@
 namespace
 {
 
-/** A file of the input, opened for one of its languages and asked at any times. */
+/** Opens the input's file with one of its languages and asks for pictures at any times. */
 class Player
 {
 public:
@@ -31,7 +31,7 @@ public:
         Show(m_manager.GetSubtitle(Time(random)));
     }
 
-    /** @param nEntry  any number, as no host has it. */
+    /** @param nEntry  any number, even one that GetSubtitle() never returns */
     void ShowEntry(int nEntry) { Show(QString::number(nEntry)); }
 
 private:
@@ -75,7 +75,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *pData, std::size_t nSize)
 
     std::mt19937 random(std::accumulate(pData, pData + nSize, 0U));
     Player first(strFile, 0);
-    Player second(strFile, 1); // which takes turns with the first at the decoder
+    Player second(strFile, 1); // shares the decoder with the first
     for (int n = 0; n < Rounds; ++n) {
         first.Show(random);
         second.Show(random);

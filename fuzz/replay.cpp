@@ -1,4 +1,4 @@
-// Plays the stored inputs of a target, each as a test of its own.
+// Runs the stored inputs of a target, each as a test of its own.
 #include "fuzzsupport.h"
 
 #include <gtest/gtest.h>

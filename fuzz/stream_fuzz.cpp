@@ -1,4 +1,5 @@
-// The input's front is a program stream; from its end come a canvas and the sizes of the buffers that hold the stream.
+// The input begins with a program stream. From its end are taken the canvas's size and the sizes of the buffers that
+// the stream is split into.
 #include "fuzzsupport.h"
 #include "support/decoderpair.h"
 #include "support/plainstream.h"
@@ -9,7 +10,9 @@
 namespace
 {
 
-/** Walks bytes, in memory that is no longer than they are, and the plain walk's payloads beside them. */
+/**
+ * Walks a buffer of exactly its length, and compares with a plain decoder of the payloads that the plain walk finds.
+ */
 void Walk(DecoderPair &decoders, const DecoderPair::Bytes &bytes)
 {
     DecoderPair::Bytes exact(bytes);

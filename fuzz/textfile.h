@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-/** The lines of a file as this process reads them: UTF-16 of either mark as little-endian. */
+/** The lines of a file as this process reads them: UTF-16 is little-endian, whichever byte order mark it has. */
 inline std::vector<std::u16string> FileLines(std::string bytes)
 {
     if (bytes.substr(0, 2) == "\xFE\xFF")
@@ -14,7 +14,7 @@ inline std::vector<std::u16string> FileLines(std::string bytes)
     return LinesPlainly(bytes);
 }
 
-/** Opens a text file, and at the ends of its cues holds what is due against the cues that the plain parser read. */
+/** Opens a text file, and compares what is due around the starts and ends of cues with the cues of the plain parser. */
 template <typename Item>
 void OpenAsPlain(const std::string &strFile, const std::vector<Item> &listItems)
 {

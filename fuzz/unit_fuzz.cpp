@@ -1,4 +1,5 @@
-// The input's front is the sub-picture stream; from its end come a canvas, the sizes of the pieces and what a host does.
+// The input begins with a sub-picture stream. From its end are taken the canvas's size, the sizes of the pieces that it
+// is split into, and what a host does.
 #include "fuzzsupport.h"
 #include "support/decoderpair.h"
 
@@ -71,10 +72,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *pData, std::size_t nSize)
     FuzzedDataProvider input(pData, nSize);
     DecoderPair decoders;
     InitCanvas(decoders, input);
-    // The canvases are compared behind each piece.
+    // The canvases are compared after each piece, so large ones allow only a few pieces.
     const int nMostPieces = Canvas_Size() > UsualSide * UsualSide ? 5 : 300;
     for (int n = 0; n < nMostPieces && input.remaining_bytes() > 0; ++n) {
-        // A byte that is 0 feeds all that is left, so that a unit is an input as it is.
+        // A size of 0 feeds all that is left, so that a plain unit is a valid input.
         const std::size_t nPiece = input.ConsumeIntegral<std::uint8_t>();
         Require(decoders.Feed(nPiece == 0 ? input.ConsumeRemainingBytes<std::uint8_t>()
                                           : input.ConsumeBytes<std::uint8_t>(nPiece - 1)) == 1,

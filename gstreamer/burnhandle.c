@@ -14,7 +14,7 @@ static void DestroyAlone(BurnHandle *pHandle)
 gboolean BurnHandleMake(BurnHandle *pHandle, gint nWidth, gint nHeight)
 {
     HandleGateEnterAlone();
-    /* Before the old one is destroyed: with the last handle the library ends its Qt, only to start it again. */
+    /* Before the old one is destroyed: with the last handle the library shuts Qt down and would have to restart it. */
     void *pSubtitle = CreateVideoSubtitle(nWidth, nHeight);
     void *pBurner = CreateSubtitleBurner(pSubtitle);
     DestroyAlone(pHandle);
@@ -54,8 +54,7 @@ static int Byte(guint nColor, int nPlace)
 static void SetFont(void *pSubtitle, const BurnSettings *pSettings)
 {
     const gchar *pFamily = pSettings->pFamily ? pSettings->pFamily : "";
-    /* Where the locale has no such characters, its encoding is most likely plain ASCII, for which the library takes
-       UTF-8. */
+    /* If the locale's encoding lacks some characters, it most likely is ASCII. The library takes UTF-8 then. */
     gchar *pLocal = g_locale_from_utf8(pFamily, -1, NULL, NULL, NULL);
     const int nStyle = (pSettings->bBold ? SUBTITLE_STYLE_BOLD : 0) | (pSettings->bItalic ? SUBTITLE_STYLE_ITALIC : 0);
     SetSubtitleFontParam(pSubtitle, pLocal ? pLocal : pFamily, pSettings->nPoints, nStyle);

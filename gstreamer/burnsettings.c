@@ -146,7 +146,7 @@ void BurnSettingsSet(BurnSettings *pSettings, guint nProperty, const GValue *pVa
         *(gboolean *)pMember = g_value_get_boolean(pValue);
     }
     pSettings->nChanged |= properties[nProperty].nChange;
-    /* The library refuses a font of no size. */
+    /* SetSubtitleFontParam() ignores size 0. Only a new handle has the default size. */
     if (nProperty == PropFontSize && pSettings->nPoints == 0)
         pSettings->nChanged |= ChangedToDefault;
 }

@@ -2,7 +2,7 @@
 
 #include <gst/gst.h>
 
-/** What the library has to be given, a bit for each of its setters. */
+/** Which settings changed since the library got them: a bit for each of its setters. */
 enum {
     ChangedFile = 1,
     ChangedAlpha = 2,
@@ -11,12 +11,12 @@ enum {
     ChangedFontColor = 16,
     ChangedOutlineColor = 32,
     ChangedWhite = 64,
-    ChangedToDefault = 128, /**< to what no setter sets, only a new handle has */
+    ChangedToDefault = 128, /**< back to a default that no setter takes, only a new handle has */
     ChangedLook = 256,
     ChangedAll = 511
 };
 
-/** The values of the element's properties. None of the functions takes a lock. */
+/** The values of the element's properties. The functions below take no lock. */
 typedef struct {
     gchar *pFile;
     gchar *pFamily;
@@ -31,8 +31,8 @@ typedef struct {
     gdouble dWhite;
     gint nLook; /**< SUBTITLE_LOOK_... */
     gdouble dOutlineWidth;
-    gint nOrientation; /**< GstVideoOrientationMethod; nothing that a handle has */
-    guint nChanged;    /**< since they were last taken */
+    gint nOrientation; /**< GstVideoOrientationMethod; not passed to the handle */
+    guint nChanged;    /**< what changed since BurnSettingsTake() */
 } BurnSettings;
 
 /** Adds the properties to a class. */
@@ -41,15 +41,15 @@ void BurnSettingsInstall(GObjectClass *pClass);
 void BurnSettingsInit(BurnSettings *pSettings);
 void BurnSettingsClear(BurnSettings *pSettings);
 
-/** One of the properties, by the number and the description that it was installed with. */
+/** Sets or gets one property, by the number and the GParamSpec that it was installed with. */
 void BurnSettingsSet(BurnSettings *pSettings, guint nProperty, const GValue *pValue, const GParamSpec *pSpec);
 void BurnSettingsGet(const BurnSettings *pSettings, guint nProperty, GValue *pValue, const GParamSpec *pSpec);
 
 /**
- * Copies the settings, with the bits of those that changed since the last time, or of all. Where nothing did, the copy
- * has none of its strings.
+ * Copies the settings, with the bits of those that changed since the last call (all bits if @p bAll), and clears these
+ * bits in the original. The strings are copied only if a bit is set.
  *
- * @return the copy, to be cleared.
+ * @return the copy; the caller clears it with BurnSettingsClear().
  */
 BurnSettings BurnSettingsTake(BurnSettings *pSettings, gboolean bAll);
 

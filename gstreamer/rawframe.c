@@ -6,7 +6,7 @@
 #define NATIVE(format) format##BE
 #endif
 
-/* The same layout by GStreamer's name and by FFmpeg's. Where only the order of planes differs, see PlaneOrder(). */
+/* GStreamer's formats with FFmpeg's name of the same layout. Planes may be in another order, see ComponentOfPlane(). */
 static const struct {
     GstVideoFormat format;
     const char *pName;
@@ -87,14 +87,14 @@ gint RawFrameOrientation(gint nMethod)
     }
 }
 
-/* FFmpeg has the planes of YUV in the order of the components, and those of RGB as green, blue, red. */
+/* In FFmpeg, planes of YUV are in the order of the components, and those of RGB are green, blue, red. */
 static guint ComponentOfPlane(const GstVideoFormatInfo *pFormat, guint nPlane)
 {
     const gboolean bPlanarRgb = GST_VIDEO_FORMAT_INFO_IS_RGB(pFormat) && GST_VIDEO_FORMAT_INFO_N_PLANES(pFormat) == 3;
     return bPlanarRgb ? (nPlane + 1) % 3 : nPlane;
 }
 
-/* The first of the pixels that share a chroma sample with this one. */
+/* The first pixel that shares a chroma sample with this one. */
 static gint AlignToChroma(gint nPixel, guint nLog2)
 {
     return nPixel >> nLog2 << nLog2;
@@ -138,7 +138,7 @@ static gint Range(GstVideoColorRange range)
 static gint ChromaLocation(GstVideoChromaSite site)
 {
     enum { Unspecified, Left, Center, TopLeft, Top };
-    /* Where red and blue lie on alternate lines, as in DV, they are taken to lie on the first. */
+    /* With chroma on alternate lines, as in DV, both components are taken to lie on the first line. */
     switch ((guint)site & ~(guint)GST_VIDEO_CHROMA_SITE_ALT_LINE) {
     case GST_VIDEO_CHROMA_SITE_NONE:
         return Center;
@@ -158,7 +158,7 @@ SubtitleFrame RawFrameDescribe(const GstVideoFrame *pFrame, gint nFormat, gint n
     const GstVideoFormatInfo *pFormat = pFrame->info.finfo;
     const GstVideoColorimetry *pColors = &pFrame->info.colorimetry;
     const GstVideoRectangle area = RawFrameArea(pFrame->buffer, &pFrame->info);
-    /* FFmpeg numbers matrices, primaries and transfers as ISO/IEC 23091-2 does. */
+    /* FFmpeg's numbers of matrices, primaries and transfers are those of ISO/IEC 23091-2. */
     SubtitleFrame frame = {.width = area.w,
                            .height = area.h,
                            .format = nFormat,

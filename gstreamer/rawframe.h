@@ -3,23 +3,23 @@
 #include <gst/video/video.h>
 #include <libsubtitleframe.h>
 
-/** Caps of the frames that the library draws into, best format first; to be unreferenced. */
+/** Caps of the frames that the library can draw into, best format first. The caller unreferences them. */
 GstCaps *RawFrameCaps(void);
 
-/** The number by which the library knows a format; -1 for any that the caps do not have. */
+/** The library's number of a format; -1 for one that is not in the caps. */
 gint RawFrameFormat(GstVideoFormat format);
 
-/** SUBTITLE_ORIENTATION_... of a picture that is turned by a GstVideoOrientationMethod when it is shown. */
+/** SUBTITLE_ORIENTATION_... of frames to which a GstVideoOrientationMethod is applied when they are shown. */
 gint RawFrameOrientation(gint nMethod);
 
 /**
- * The part of a buffer's frame that is shown, in pixels: what its crop meta says, widened to whole chroma samples at the
- * left and at the top. Without one, all of it.
+ * The part of a buffer's frame that is shown, in pixels: the area of its crop meta, extended at the left and at the top
+ * to whole chroma samples. Without a crop meta, the whole frame.
  */
 GstVideoRectangle RawFrameArea(GstBuffer *pBuffer, const GstVideoInfo *pInfo);
 
 /**
- * What the library has to know of a mapped frame.
+ * Describes a mapped frame to the library.
  *
  * @param nFormat  from RawFrameFormat().
  * @return the description, with pointers into the frame.

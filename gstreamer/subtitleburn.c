@@ -12,16 +12,16 @@ GST_DEBUG_CATEGORY_STATIC(subtitleburn_debug);
 struct _SubtitleBurn {
     GstVideoFilter parent;
 
-    /* Under the object's lock: any thread sets properties. */
+    /* Under the object's lock, as properties may be set on any thread. */
     BurnSettings settings;
 
-    /* Of the streaming thread; and of the one that stops the element, for which that one stands still. */
+    /* Used by the streaming thread, and by the thread that stops the element once streaming has stopped. */
     BurnHandle handle;
     gint nFormat;      /* of the caps */
     gint nTagged;      /* GstVideoOrientationMethod of the latest tag */
-    gint nOrientation; /* SUBTITLE_ORIENTATION_... of the frame that is under way */
-    gboolean bFile;    /* there is one, and nothing is known against it */
-    gboolean bDue;     /* in the frame that is under way */
+    gint nOrientation; /* SUBTITLE_ORIENTATION_... of the current frame */
+    gboolean bFile;    /* there is a file, and it could be opened so far as known */
+    gboolean bDue;     /* in the current frame */
 };
 
 G_DEFINE_TYPE(SubtitleBurn, subtitle_burn, GST_TYPE_VIDEO_FILTER)
@@ -29,13 +29,13 @@ GST_ELEMENT_REGISTER_DEFINE_WITH_CODE(subtitleburn, "subtitleburn", GST_RANK_NON
                                       GST_DEBUG_CATEGORY_INIT(subtitleburn_debug, "subtitleburn", 0,
                                                               "burns subtitles into frames"))
 
-/* The library counts a file that is missing as one without subtitles, and may take its name for an address. */
+/* Checked here because the library accepts a missing file as an empty one, and might take its name for a URL. */
 static gboolean IsReadable(const gchar *pFile)
 {
     return g_file_test(pFile, G_FILE_TEST_IS_REGULAR) && g_access(pFile, R_OK) == 0;
 }
 
-/* Gives the handle what changed; FALSE without memory for a handle. */
+/* Passes changed settings to the handle. FALSE without memory for a handle. */
 static gboolean Apply(SubtitleBurn *pSelf, const BurnSettings *pSettings, gint nWidth, gint nHeight)
 {
     const gboolean bChosen = pSettings->nChanged & ChangedFile && BurnSettingsHasFile(pSettings);
@@ -58,7 +58,7 @@ static gboolean Apply(SubtitleBurn *pSelf, const BurnSettings *pSettings, gint n
     return TRUE;
 }
 
-/* Makes the element ready for a frame of that size; FALSE, with an error on the bus, when that cannot be. */
+/* Prepares the element for a frame of that size. FALSE, with an error on the bus, without memory. */
 static gboolean Prepare(SubtitleBurn *pSelf, const GstVideoInfo *pInfo, gint nStoredWidth, gint nStoredHeight)
 {
     BurnSettings settings = {.nChanged = 0};
@@ -70,7 +70,7 @@ static gboolean Prepare(SubtitleBurn *pSelf, const GstVideoInfo *pInfo, gint nSt
     const gint nHeight = bTransposed ? nStoredWidth : nStoredHeight;
     const gboolean bNew =
         !pSelf->handle.pSubtitle || nWidth != pSelf->handle.nWidth || nHeight != pSelf->handle.nHeight;
-    /* Without a file the changes are left to accumulate. */
+    /* Without a file, changes accumulate. */
     if (pSelf->bFile || pSelf->settings.nChanged & ChangedFile)
         settings = BurnSettingsTake(&pSelf->settings, bNew);
     GST_OBJECT_UNLOCK(pSelf);
@@ -102,7 +102,7 @@ static gboolean Stop(GstBaseTransform *pTransform)
     return TRUE;
 }
 
-/* Font and file are loaded with the caps, so that no frame waits for them. */
+/* Loads font and file together with the caps, so that no frame waits for them. */
 static gboolean SetInfo(GstVideoFilter *pFilter, GstCaps *pIn, GstVideoInfo *pInInfo, GstCaps *pOut,
                         GstVideoInfo *pOutInfo)
 {
@@ -110,7 +110,7 @@ static gboolean SetInfo(GstVideoFilter *pFilter, GstCaps *pIn, GstVideoInfo *pIn
     (void)pOut;
     (void)pOutInfo;
     SubtitleBurn *pSelf = SUBTITLE_BURN(pFilter);
-    /* In the other modes a buffer has single fields, of which none is the picture that text is for. */
+    /* In the other modes a buffer does not have a whole frame but single fields. */
     if (GST_VIDEO_INFO_INTERLACE_MODE(pInInfo) > GST_VIDEO_INTERLACE_MODE_MIXED) {
         GST_ERROR_OBJECT(pSelf, "interlace-mode %s is not supported",
                          gst_video_interlace_mode_to_string(GST_VIDEO_INFO_INTERLACE_MODE(pInInfo)));
@@ -135,13 +135,13 @@ static gboolean SinkEvent(GstBaseTransform *pTransform, GstEvent *pEvent)
     return GST_BASE_TRANSFORM_CLASS(subtitle_burn_parent_class)->sink_event(pTransform, pEvent);
 }
 
-/* Milliseconds of the film at which a frame shows; -1 where it has no such time, or one before the film's start. */
+/* The stream time of a frame in milliseconds; -1 if it has none, or one before the start of the film. */
 static glong StreamTime(GstBaseTransform *pTransform, GstBuffer *pBuffer)
 {
     const GstSegment *pSegment = &pTransform->segment;
     const GstClockTime nTime = GST_BUFFER_PTS(pBuffer);
     guint64 nStream = 0;
-    /* Not the simple function, which knows no time of a frame that begins before the segment and reaches into it. */
+    /* gst_segment_to_stream_time() gives no time for a frame that begins before the segment and reaches into it. */
     if (!GST_CLOCK_TIME_IS_VALID(nTime) || pSegment->format != GST_FORMAT_TIME ||
         gst_segment_to_stream_time_full(pSegment, GST_FORMAT_TIME, nTime, &nStream) != 1)
         return -1;
@@ -159,7 +159,7 @@ static gboolean IsDue(SubtitleBurn *pSelf, GstBuffer *pBuffer)
     return nDue > 0;
 }
 
-/* A frame without a subtitle stays in its buffer, also when others hold that. */
+/* A frame without a subtitle stays in its buffer, even in a shared one. To be drawn into, a shared buffer is copied. */
 static GstFlowReturn PrepareOutput(GstBaseTransform *pTransform, GstBuffer *pInput, GstBuffer **ppOutput)
 {
     SubtitleBurn *pSelf = SUBTITLE_BURN(pTransform);

@@ -2,7 +2,7 @@
 
 #include <pthread.h>
 
-/* A lock of this kind may starve writers; new readers queue at the door after a writer that waits. */
+/* A pthread_rwlock may starve writers. `door` makes new readers queue behind a waiting writer. */
 static pthread_mutex_t door = PTHREAD_MUTEX_INITIALIZER;
 static pthread_rwlock_t library = PTHREAD_RWLOCK_INITIALIZER;
 

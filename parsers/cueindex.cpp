@@ -17,7 +17,7 @@ CueIndex::CueIndex(Builder builder)
     std::sort(changes.begin(), changes.end());
     changes.erase(std::unique(changes.begin(), changes.end()), changes.end());
 
-    // Of the cues that have begun the first in the list is on top; those that have ended go when they come there.
+    // The top is the first in the list of all cues that have begun. Cues that have ended are removed when on top.
     const auto isBehind = [](const Builder::Cue &a, const Builder::Cue &b) { return a.nPlace > b.nPlace; };
     std::priority_queue<Builder::Cue, std::vector<Builder::Cue>, decltype(isBehind)> begun(isBehind);
     auto next = byStart.begin();

@@ -6,26 +6,26 @@
 #include <utility>
 #include <vector>
 
-/** The most cues that are kept of a file: far beyond what any film has, and no more than memory bears. */
+/** Most cues kept of one file: far more than any film has, and few enough to fit in memory. */
 constexpr int MaxCues = 4 * 1024 * 1024;
 
-/** Tells which of many cues is due at a time, in about as many steps as their number has binary digits. */
+/** Finds the cue that is due at a time, by binary search. */
 class CueIndex
 {
 public:
-    /** The time that a cue is due, both ends included, in milliseconds; a last before the first is never. */
+    /** When a cue is due, in milliseconds, both ends included; never if nLast is before nFirst. */
     struct Span {
         std::int64_t nFirst;
         std::int64_t nLast;
     };
 
-    /** Collects the cues of a list in their order. */
+    /** Collects the cues, in list order. */
     class Builder
     {
     public:
         void Add(const Span &span)
         {
-            // The same time again is never due, and files of blank lines consist of nothing else.
+            // Find() never returns a cue with the times of the cue before it. A file of blank lines has only such cues.
             const bool repeats = !m_listCues.empty() && m_listCues.back().span.nFirst == span.nFirst &&
                                  m_listCues.back().span.nLast == span.nLast;
             if (span.nFirst <= span.nLast && !repeats)
@@ -46,16 +46,15 @@ public:
     CueIndex() = default;
     explicit CueIndex(Builder builder);
 
-    /** Of the cues due at @p ms the one that came first in the list, by its place in it; -1 when there is none. */
+    /** @return the position in the list of the first cue that is due at @p ms; -1 if there is none. */
     int Find(std::int64_t ms) const;
 
 private:
-    std::vector<std::int64_t>
-        m_listTimes; ///< ascending; from each on, up to the next, the cue at the same place is due
-    std::vector<int> m_listCues;
+    std::vector<std::int64_t> m_listTimes; ///< ascending; m_listCues[i] is due from m_listTimes[i] until the next time
+    std::vector<int> m_listCues;           ///< positions in the list, -1 where no cue is due
 };
 
-/** Of items with nStart and nEnd. */
+/** An index of items that have nStart and nEnd. */
 template <typename List>
 CueIndex IndexTimes(const List &items)
 {
@@ -65,7 +64,7 @@ CueIndex IndexTimes(const List &items)
     return CueIndex(std::move(builder));
 }
 
-/** The text due at a time, none at 0 and before: a null string. Cues that overlap are not merged. */
+/** The text due at a time; a null string if there is none, and for times up to 0. Overlapping cues are not merged. */
 template <typename List>
 QString DueText(const List &items, const CueIndex &index, long ms)
 {

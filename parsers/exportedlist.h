@@ -3,8 +3,8 @@
 #include <QList>
 
 /**
- * Makes the functions of a list of cues that belong to the library's interface, which then stay in it whatever the compiler
- * inlines. Qt 6's list has not got all of them as functions of its own.
+ * Instantiates the QList functions that belong to the library's binary interface, so that they are exported whatever
+ * the compiler inlines. Not for Qt 6, whose QList does not define all of them itself.
  */
 #if QT_VERSION_MAJOR < 6
 #define EXPORT_LIST(Item)                                                                                              \

@@ -5,7 +5,7 @@
 namespace
 {
 
-/** Reads the digits that nearly every number consists of; -1 where there is anything else. */
+/** Fast path for the usual field of 1 to 9 digits; -1 for anything else. */
 int ReadDigits(QStringView field)
 {
     constexpr int MaxDigits = 9;
@@ -66,7 +66,7 @@ int FieldReader::Time()
     const int hours = Int(':');
     const int minutes = Int(':');
     const int seconds = Int('.');
-    // Whatever their number, the digits behind the dot count hundredths: this is meant.
+    // Intentional: the digits after the dot are hundredths however many there are, so ".5" is 50 ms.
     const int hundredths = Int(',');
     const int wholeMinutes = WrapAdd(WrapMultiply(hours, 60), minutes);
     const int wholeSeconds = WrapAdd(WrapMultiply(wholeMinutes, 60), seconds);

@@ -3,25 +3,25 @@
 #include <QString>
 #include <QStringView>
 
-/** Cuts a line of a script into its fields, without copies. The line must outlive the reader and its fields. */
+/** Splits a script line into fields without copying. The line must outlive the reader and its fields. */
 class FieldReader
 {
 public:
     explicit FieldReader(const QString &line) : m_line(line) {}
 
     /**
-     * The next field, without the spaces before it. Where the separator is missing, the field is the rest of the line,
-     * which is not consumed.
+     * The next field, without leading spaces. Without a separator the field is the rest of the line, which is not
+     * consumed.
      */
     QStringView Str(char separator);
-    /** The next field as a number, hexadecimal behind "&h"; -1 where it is none. */
+    /** The next field as a number, hexadecimal after "&h"; -1 if it is not a number. */
     int Int(char separator);
-    /** The next field as a number; -1.0 where it is none. */
+    /** The next field as a number; -1.0 if it is not a number. */
     double Float(char separator);
-    /** h:mm:ss.cc in milliseconds; wraps round at 32 bits. */
+    /** Reads h:mm:ss.cc and returns milliseconds, which wrap around at 32 bits. */
     int Time();
 
-    /** What is not consumed. */
+    /** The part of the line that is not consumed yet. */
     QStringView Rest() const { return QStringView(m_line).mid(m_nPosition); }
 
 private:

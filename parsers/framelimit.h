@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-/** The largest frames for which text and pictures are made, far above any video. */
+/** The largest frame for which text and pictures are drawn, in pixels: far larger than any video. */
 constexpr int MaxFrameSide = 65536;
 constexpr std::int64_t MaxFramePixels = std::int64_t{1} << 28;
 

@@ -11,18 +11,18 @@ namespace
 {
 
 /**
- * Demuxers that open other files or URLs: a file naming itself recurses until the stack overflows, a live playlist never
- * ends, some open sockets, and what lies under the other name may keep the host waiting.
+ * Demuxers that open other files or URLs: a file naming itself recurses until the stack overflows, a live playlist
+ * never ends, some open sockets, and opening the other file may block.
  */
 constexpr std::array<std::string_view, 11> Followers = {"avisynth", "concat", "dash", "hls",         "imf",   "rtp",
                                                         "rtsp",     "sap",    "sdp",  "vapoursynth", "vobsub"};
 
-/** Formats that FFmpeg reads whole when it opens them, into fifteen times their size. */
+/** Text formats that FFmpeg reads completely on opening, which takes fifteen times the file's size in memory. */
 constexpr std::array<std::string_view, 19> ReadAtOnce = {
     "aqtitle", "ass", "jacosub", "lrc", "mcc",       "microdvd",   "mpl2",        "mpsub",   "pjs",   "realtext",
     "sami",    "scc", "srt",     "stl", "subviewer", "subviewer1", "tedcaptions", "vplayer", "webvtt"};
 
-/** All others that make subtitle streams. */
+/** All other formats that may have subtitle streams. */
 constexpr std::array<std::string_view, 16> Containers = {"avi",    "dvbsub",        "dvbtxt",
                                                          "flv",    "kux",           "live_flv",
                                                          "mpeg",   "matroska,webm", "mov,mp4,m4a,3gp,3g2,mj2",

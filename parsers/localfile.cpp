@@ -17,14 +17,14 @@ namespace
 {
 
 constexpr int BufferSize = 32768;
-/** Of a file whose size is not known. */
+/** Most bytes read of a file whose size is not known. */
 constexpr std::int64_t MaxUnknownSize = MaxTextSize;
 
-/** Of a format that may hold subtitles: the header with all attached fonts or sample tables, and the first packets. */
+/** Most bytes read in search of streams: the header with attached fonts or sample tables, and the first packets. */
 constexpr std::int64_t MaxSearch = std::int64_t{512} << 20;
-/** Of that, once the header was read, in reads no larger than the buffer. FFmpeg looks at about 5 MB of packets. */
+/** Most of these after the header, a larger read counting as one buffer. FFmpeg examines about 5 MB of packets. */
 constexpr std::int64_t MaxPieces = std::int64_t{16} << 20;
-/** Of a format that holds none. */
+/** Most bytes read in search of streams if the format cannot hold subtitles. */
 constexpr std::int64_t MaxOther = std::int64_t{8} << 20;
 
 } // namespace
@@ -93,7 +93,7 @@ std::int64_t LocalFile::Allowance() const
     const std::int64_t left = ReadableSize(m_nSize, MaxUnknownSize) - m_nPosition;
     if (m_phase == Phase::Packets)
         return left;
-    // While FFmpeg looks for the format there is none.
+    // There is no format yet while FFmpeg probes for it.
     if (m_pInput->iformat && !MayHoldSubtitles(m_pInput->iformat->name))
         return std::min(left, MaxOther - m_nRead);
     if (m_phase == Phase::Streams && m_nPieces >= MaxPieces)
@@ -101,7 +101,7 @@ std::int64_t LocalFile::Allowance() const
     return std::min(left, MaxSearch - m_nRead);
 }
 
-/** Their packets would be dropped, but FFmpeg's parsers may hold any number of them first. */
+/** Discards streams that appear late: their packets are not used, but FFmpeg's parsers could buffer all of them. */
 void LocalFile::LeaveOutNewStreams()
 {
     for (; m_nStreams < m_pInput->nb_streams; ++m_nStreams) {
@@ -121,7 +121,7 @@ int LocalFile::Read(void *file, std::uint8_t *bytes, int count)
         return AVERROR_EOF;
     }
     const std::int64_t got = ReadSome(self.m_nDescriptor, bytes, static_cast<std::size_t>(allowed));
-    // Not as EAGAIN, at which FFmpeg would try again for ever.
+    // On EAGAIN FFmpeg would try again forever.
     if (got < 0)
         return errno == EAGAIN ? AVERROR(EIO) : AVERROR(errno);
     if (got == 0)

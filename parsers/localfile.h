@@ -6,10 +6,10 @@ struct AVFormatContext;
 struct AVIOContext;
 
 /**
- * A local file that FFmpeg's demuxers read, opened by us so that it is a regular file and nothing waits for it.
+ * A local file for FFmpeg's demuxers. We open it ourselves to accept regular files only and never to block.
  *
- * What is read in search of the streams is limited: FFmpeg's parsers hold all that comes until they find a frame, which may
- * be the whole file, and some headers are read to the file's end. One object serves one input.
+ * Limits how much is read while FFmpeg looks for streams: its parsers buffer everything until they find a frame, which
+ * may be the whole file, and some demuxers look for headers up to the end of the file. One object serves one input.
  */
 class LocalFile
 {
@@ -20,22 +20,25 @@ public:
     LocalFile(const LocalFile &) = delete;
     LocalFile &operator=(const LocalFile &) = delete;
 
-    /** Whether FFmpeg would open the name itself as a local file. */
+    /** Whether FFmpeg would take the name for a local file. */
     static bool IsNamedBy(const char *name);
 
-    /** The file's size, 0 when it could not be opened. */
+    /** The file's size in bytes; 0 if it could not be opened. */
     std::int64_t Size() const;
 
-    /** Makes @p input read this file. @return false when it could not be opened, or there is no memory. */
+    /** Makes @p input read this file. @return false if it could not be opened or memory runs out. */
     bool Attach(AVFormatContext &input);
 
-    /** The header was read; what follows is read to find out about the streams. */
+    /** Call this after the header was read and before FFmpeg examines the streams. */
     void BeginStreams();
 
-    /** A stream was chosen: its packets may be anywhere in the file, and other streams that turn up now are left out. */
+    /**
+     * Lifts the limits once a stream is chosen, since its packets may be anywhere in the file. Streams that appear from
+     * now on are discarded.
+     */
     void BeginPackets(int chosen);
 
-    /** Whether the demuxer came to a limit, which it may remember as the end of the file. */
+    /** Whether the demuxer hit a limit, which it may remember as the end of the file. */
     bool IsCut() const { return m_bCut; }
 
 private:
@@ -50,12 +53,12 @@ private:
     int m_nDescriptor = -1;
     std::int64_t m_nSize = 0;
     std::int64_t m_nPosition = 0;
-    std::int64_t m_nRead = 0;   ///< bytes, before the packets
-    std::int64_t m_nPieces = 0; ///< of them since the header, a large read counting as a small one
+    std::int64_t m_nRead = 0;   ///< bytes read so far
+    std::int64_t m_nPieces = 0; ///< bytes read since the header, each read counting as one buffer at most
     Phase m_phase = Phase::Header;
     AVFormatContext *m_pInput = nullptr;
     AVIOContext *m_pContext = nullptr;
-    unsigned int m_nStreams = 0; ///< when the packets began
+    unsigned int m_nStreams = 0; ///< streams that BeginPackets() or LeaveOutNewStreams() has seen
     int m_nChosen = -1;
     bool m_bCut = false;
 };

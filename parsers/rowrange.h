@@ -2,7 +2,7 @@
 
 #include <limits>
 
-/** Rows of a picture, from nFirst on. */
+/** nCount rows of a picture, starting at nFirst. */
 struct RowRange {
     int nFirst = 0;
     int nCount = 0;

@@ -17,7 +17,7 @@ constexpr int ArrowSize = 3;
 
 bool IsIndexLine(const QString &line)
 {
-    // What a line begins with nearly always tells, without a conversion.
+    // Fast paths: most lines are decided without a conversion.
     if (line.isEmpty())
         return false;
     const ushort first = line[0].unicode();
@@ -32,7 +32,7 @@ bool IsIndexLine(const QString &line)
     return isNumber;
 }
 
-/** Where the arrow is, -1 where there is none. */
+/** Position of the arrow; -1 if there is none. */
 int ArrowIn(const QString &line)
 {
     int dash = line.indexOf(QLatin1Char('-'));
@@ -46,7 +46,7 @@ bool IsTimeLine(const QString &line)
     return ArrowIn(line) > 0;
 }
 
-/** Reads "hh:mm:ss,mmm", as nearly every stamp is written; false where it is not. */
+/** Fast path for "hh:mm:ss,mmm" and "hh:mm:ss.mmm", the usual forms; false for any other. */
 bool ReadUsualTime(QStringView text, int &wholeSeconds, double &seconds)
 {
     static const char Form[] = "00:00:00,000";
@@ -63,7 +63,7 @@ bool ReadUsualTime(QStringView text, int &wholeSeconds, double &seconds)
     }
     const auto two = [&](int at) { return digits[at] * 10 + digits[at + 1]; };
     wholeSeconds = (two(0) * 60 + two(3)) * 60;
-    // The quotient is the double nearest to the decimal number, which is what reading that gives.
+    // The division gives the double nearest to the decimal number, as QString::toDouble() would.
     seconds = (two(6) * 1000 + digits[9] * 100 + two(10)) / 1000.0;
     return true;
 }
@@ -90,11 +90,11 @@ int ReadTime(QStringView text)
         if (!isNumber)
             seconds = 0;
     }
-    // "00:00:01,001" is 1000: the truncation of the binary product is meant.
+    // Intentional: the binary product is truncated, so "00:00:01,001" is 1000.
     return TruncateToInt((seconds + wholeSeconds) * 1000.0);
 }
 
-/** Goes through a file's lines, of which each is decoded once. */
+/** Iterates over the lines of a file and decodes each once. */
 class LineCursor
 {
 public:
@@ -121,11 +121,14 @@ private:
     QString m_strLine;
 };
 
-/** Joins a text block's lines, of which @p text is the first and the cursor's; leaves it at the line that ends them. */
+/**
+ * Joins the lines of a text block and leaves the cursor at the line that ends it.
+ * @param text  the block's first line, which is the cursor's line.
+ */
 QString TakeTextBlock(LineCursor &cursor, QString text)
 {
-    // Only the first line is trimmed, and it may be empty: a blank line behind a cue makes a cue of its own, which
-    // never shows because it stands behind the real one. Both are meant.
+    // Intentional: only the first line is trimmed, and it may be empty. A blank line after a cue makes a cue of its own
+    // with the same times, which GetSubtitle() never returns because the real one comes first.
     for (cursor.Next(); !cursor.IsAtEnd(); cursor.Next()) {
         const QString &line = cursor.Line();
         if (line.isEmpty() || IsIndexLine(line) || IsTimeLine(line))
@@ -146,7 +149,7 @@ int SrtParser::Open(const QString &path, int /*track*/)
     TextReader reader;
     reader.Open(path);
 
-    // The times of the last time line hold for every text block up to the next one.
+    // Every text block has the times of the last time line before it.
     SrtSubtitleItem item;
     for (LineCursor cursor(reader); !cursor.IsAtEnd() && m_listItems.size() < MaxCues;) {
         const QString line = cursor.Line().trimmed();
@@ -155,7 +158,7 @@ int SrtParser::Open(const QString &path, int /*track*/)
         } else if (IsTimeLine(line)) {
             const int arrow = ArrowIn(line);
             item.nStart = ReadTime(QStringView(line).left(arrow).trimmed());
-            // All that follows the arrow counts, so position coordinates spoil the end time: this is meant.
+            // Intentional: everything after the arrow is the end time, so coordinates after the time spoil it.
             item.nEnd = ReadTime(QStringView(line).mid(arrow + ArrowSize).trimmed());
             cursor.Next();
         } else {
@@ -174,7 +177,7 @@ QString SrtParser::GetSubtitle(long ms)
 
 QStringList SrtParser::AllDueTexts(long ms)
 {
-    // The lines after a blank one inside a cue: see TakeTextBlock().
+    // A blank line inside a cue and the lines after it are an item of their own, see TakeTextBlock().
     return m_dueTexts.At(m_listItems, ms, [](const SrtSubtitleItem &before, const SrtSubtitleItem &item) {
         return item.nStart == before.nStart && item.nEnd == before.nEnd &&
                (item.strText.isEmpty() || item.strText.startsWith(QLatin1Char('\n')));

@@ -14,7 +14,7 @@ struct SrtSubtitleItem {
 };
 
 /**
- * SubRip text. Text is kept as it is written, markup included.
+ * SubRip files. Text is kept as it is in the file, markup included.
  */
 class SrtParser : public IParser
 {
@@ -25,7 +25,7 @@ public:
     QStringList AllDueTexts(long ms) override;
 
 private:
-    friend class SrtParserPeer; // through which tests look inside
+    friend class SrtParserPeer; // gives tests access to the members
 
     QList<SrtSubtitleItem> m_listItems; ///< in file order
     CueIndex m_index;
@@ -33,10 +33,10 @@ private:
 };
 
 /**
- * Reads a time stamp hh:mm:ss,mmm; a full stop may stand for the comma, the seconds may have any number of decimals.
+ * Reads a time stamp hh:mm:ss,mmm. A full stop may replace the comma, and the seconds may have any number of decimals.
  * The product with 1000 is truncated, which makes some stamps a millisecond short; hosts depend on that.
  *
- * @return milliseconds; 0 with fewer than two colons, and a field that is no number counts as 0. Hours and minutes wrap
- *         round at 32 bits of seconds; a time beyond 32 bits of milliseconds is the smallest int.
+ * @return milliseconds; 0 if there are fewer than two colons. A field that is not a number counts as 0. Hours and
+ *         minutes wrap around at 32 bits of seconds; a time beyond 32 bits of milliseconds is the smallest int.
  */
 int ParseTime(const QString &text);

@@ -4,8 +4,8 @@
 #include <limits>
 
 /*
- * Arithmetic of 32-bit times. Files may hold any number, so that every result is defined: sums and products wrap round
- * in two's complement.
+ * Arithmetic on 32-bit times. Files may contain any number, so overflow has to be defined: sums and products wrap
+ * around in two's complement.
  */
 
 inline int WrapAdd(int a, int b)
@@ -18,7 +18,7 @@ inline int WrapMultiply(int a, int b)
     return static_cast<int>(static_cast<std::uint32_t>(a) * static_cast<std::uint32_t>(b));
 }
 
-/** Truncates toward zero; what does not fit, and NaN, is the smallest int, as x86 converts it. */
+/** Truncates toward zero. NaN and values that do not fit give the smallest int, as the x86 conversion does. */
 inline int TruncateToInt(double value)
 {
     constexpr double Beyond = 2147483648.0;

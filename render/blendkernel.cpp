@@ -12,7 +12,10 @@ inline int DivideBy255(int x)
     return (x + 1 + (x >> 8)) >> 8;
 }
 
-/** Each outer byte is mixed with the old one of the other end, so they change places under the subtitle: this is meant. */
+/**
+ * Mixes a colour in. Intentional: the first and the last byte are each mixed with the old value of the other one, so
+ * the old bytes change places under the subtitle; see BlendKernel.
+ */
 inline void BlendPixel(std::uint8_t *pixel, const std::uint8_t *color, int weight)
 {
     const int rest = 255 - weight;
@@ -24,7 +27,7 @@ inline void BlendPixel(std::uint8_t *pixel, const std::uint8_t *color, int weigh
     pixel[2] = static_cast<std::uint8_t>(DivideBy255(last));
 }
 
-/** How many of a block's pixels lie in the frame. */
+/** Number of a block's pixels that lie in the frame. */
 inline int PixelsInFrame(const BlendTarget &target, int column)
 {
     return std::min(BlockPixels, target.nWidth - column);

@@ -3,12 +3,12 @@
 #include <cstddef>
 #include <memory>
 
-/** A list that is made anew again and again. Its room is not initialised, which would cost as much as filling it. */
+/** A list that is refilled often. Its memory is not initialised, which would cost as much as filling it. */
 template <typename Block>
 class BlockList
 {
 public:
-    /** Empties it, with room for so many blocks. */
+    /** Empties the list and makes room for @p room blocks. */
     void Reset(std::size_t room)
     {
         m_nCount = 0;
@@ -19,9 +19,9 @@ public:
         }
     }
 
-    /** Where the next block goes, for a loop that fills in many. There must be room. */
+    /** Where the next block is to be written, for a loop that writes many within the room and then calls SetEnd(). */
     Block *End() { return m_pBlocks.get() + m_nCount; }
-    /** After the last block that was filled in. */
+    /** @param end  after the last block that was written. */
     void SetEnd(const Block *end) { m_nCount = end - m_pBlocks.get(); }
 
     const Block *Data() const { return m_pBlocks.get(); }

@@ -11,24 +11,26 @@
 namespace
 {
 
-/** Marks an alpha that leaves the frame's pixel alone. A weight of 0 does not: it still makes the bytes change places.
- */
+/** Sentinel: the pixel is not drawn. Not the same as weight 0, which still swaps the first and the last byte. */
 constexpr int NoWeight = -1;
 
-/** The weight of a pixel of alpha @p pixelAlpha. The opacity counts twice, with a truncation each: this is meant. */
+/** The weight of a pixel of alpha @p pixelAlpha. Intentional: the opacity counts twice, truncated each time. */
 inline int Weight(int pixelAlpha, int opacity)
 {
     const int a = pixelAlpha * opacity / 255;
     return a == 0 ? NoWeight : opacity * a / 255;
 }
 
-/** A weight that no pixel has which is drawn: what is drawn weighs over 0 at full opacity, and below 255 elsewhere. */
+/**
+ * The weight that means "not drawn" in a block. No drawn pixel has it: their weights are above 0 at opacity 255, and
+ * below 255 at any other.
+ */
 inline int Untouched(int opacity)
 {
     return opacity == 255 ? 0 : 255;
 }
 
-/** Clears the bits of a row outside the columns from @p from up to @p to, without that one. */
+/** Clears the bits of a row outside the half-open column range [from, to). @param left  the column of its first bit */
 void ClearOutside(std::uint64_t *row, int words, int left, int from, int to)
 {
     for (int word = 0; word < words; ++word) {
@@ -41,8 +43,8 @@ void ClearOutside(std::uint64_t *row, int words, int left, int from, int to)
 }
 
 /**
- * Covers the bits that are set in a row with blocks, each of which begins at such a bit: calls @p call(column, text, shown)
- * with the bits of the block in both rows.
+ * Covers the set bits of @p shown with blocks, each of which begins at a set bit. Calls @p call(column, text, shown)
+ * for each, with the block's bits of both rows.
  */
 template <typename Call>
 void ForInkBlocks(const std::uint64_t *text, const std::uint64_t *shown, int words, Call call)
@@ -73,7 +75,7 @@ bool HasInk(const InkBits &ink)
                        [](std::uint64_t bits) { return bits != 0; });
 }
 
-/** The rows from @p top up to @p end, without that one. */
+/** The rows in the half-open range [top, end). */
 InkBits RowsOf(InkBits ink, std::int64_t top, std::int64_t end)
 {
     const int first = static_cast<int>(std::max<std::int64_t>(ink.nTop, top));
@@ -87,16 +89,16 @@ InkBits RowsOf(InkBits ink, std::int64_t top, std::int64_t end)
     return ink;
 }
 
-/** Bytes blue, green, red and alpha as one word, alpha in the highest byte. */
+/** A pixel, stored as bytes blue, green, red, alpha, as a word with alpha in the highest byte. */
 std::uint32_t Word(const std::uint8_t *pixel)
 {
     return qFromLittleEndian<std::uint32_t>(pixel);
 }
 
-/** The first column from @p column on whose pixel is not transparent; @p end when there is none. */
+/** The first column from @p column on whose pixel is not transparent; @p end if there is none. */
 int SkipTransparent(const std::uint8_t *pixels, int column, int end)
 {
-    // A bitmap is as large as the frame, and nearly all of it is transparent.
+    // Bitmaps are as large as the frame and nearly all transparent: skip eight pixels at a time.
     constexpr int Block = 8;
     for (; column + Block <= end; column += Block) {
         std::uint32_t any = 0;
@@ -116,7 +118,7 @@ std::array<std::uint8_t, 3> Bytes(QRgb color)
             static_cast<std::uint8_t>(qBlue(color))};
 }
 
-/** Those of the blocks that lie within a frame's rows. */
+/** The blocks, which are sorted by row, that lie within a frame's rows once @p offset is added. */
 template <typename Block>
 std::pair<const Block *, std::size_t> InFrame(const Block *blocks, std::size_t count, int offset, int rows)
 {
@@ -183,14 +185,14 @@ void Compositor::FindBlocks(const QImage &image)
 
 bool Compositor::AppendBlock(int row, int column, const std::uint8_t *pixels, int end, std::uint32_t key)
 {
-    // The key's own alpha is not compared.
+    // The colour key hides pixels whatever its own alpha is.
     const auto shown = [&](int place) {
         const std::uint32_t pixel = Word(pixels + std::ptrdiff_t{4} * place);
         return pixel >> 24 != 0 && (pixel ^ key) << 8 != 0 ? pixel : 0;
     };
     if (shown(column) == 0)
         return false;
-    std::array<std::uint8_t, BlockBytes + 1> colors = {}; // each pixel's word has one byte more than its colour
+    std::array<std::uint8_t, BlockBytes + 1> colors = {}; // pixels are written as words of 4 bytes
     std::array<std::uint8_t, BlockPixels> alphas = {};
     for (int i = 0; i < std::min(BlockPixels, end - column); ++i) {
         const std::uint32_t pixel = shown(column + i);
@@ -199,7 +201,7 @@ bool Compositor::AppendBlock(int row, int column, const std::uint8_t *pixels, in
     }
     PictureBlock block = {row, column, {}, {}};
     std::copy_n(colors.begin(), BlockBytes, block.colors.begin());
-    // In this order: no block is ever without its alphas, whatever fails.
+    // Alphas first: if the second allocation fails, no block is left without its alphas.
     m_listAlphas.insert(m_listAlphas.end(), alphas.begin(), alphas.end());
     m_listPicture.push_back(block);
     return true;
@@ -217,7 +219,7 @@ void Compositor::SetText(const TextInk &ink, QRgb textColor, QRgb outlineColor, 
     const bool showsOutline = (outlineColor ^ corner) & 0xFFFFFF;
     m_inkColors = {Bytes(textColor), Bytes(outlineColor)};
 
-    // From the first word of the frame on.
+    // Skip the words left of the frame.
     const int skipped = std::max(0, -ink.text.nLeft / 64);
     const int words = ink.text.nWords - skipped;
     const int top = std::max(visible.top(), ink.text.nTop);
@@ -225,7 +227,7 @@ void Compositor::SetText(const TextInk &ink, QRgb textColor, QRgb outlineColor, 
     if (words <= 0 || rows <= 0)
         return;
     const int left = ink.text.nLeft + 64 * skipped;
-    // Here, so that frames allocate nothing.
+    // Allocate here, so that Blend() need not.
     m_inkBlocks.Reset((64 * static_cast<std::size_t>(words) / BlockPixels + 1) * rows);
     const std::size_t rowWords = words + 1;
     m_listText.resize(rowWords * rows);

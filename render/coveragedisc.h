@@ -6,30 +6,30 @@
 #include <vector>
 
 /**
- * Spreads a text's coverage to that of its outline, which reaches a radius beyond the text's edge. A pixel that is covered
- * in part has the edge inside, so the outline reaches that much further or less far: of a pixel at distance d the outline
- * covers the coverage + radius - d, at least 0 and at most 1.
+ * Computes the coverage of a text's outline, which reaches a radius beyond the text's edge. The edge runs through the
+ * partly covered pixels: around one of coverage c, the outline covers a pixel at distance d by c + radius - d, clamped
+ * to 0 to 1.
  */
 class CoverageDisc
 {
 public:
     /**
-     * @param radius       in heights of a pixel; 0 or less makes no outline.
-     * @param pixelAspect  width of a pixel by its height, above 0: distances are those of the picture as it is shown.
+     * @param radius       in pixel heights; 0 or less makes no outline.
+     * @param pixelAspect  pixel width divided by pixel height, above 0: distances are measured in the picture as shown.
      */
     explicit CoverageDisc(double radius, double pixelAspect = 1);
 
-    /** For each pixel the most that any covered pixel of the text makes of it. */
+    /** The outline of @p text: for each pixel, the greatest coverage that any covered pixel of the text gives it. */
     ByteMask Spread(const ByteMask &text) const;
 
 private:
-    /** A row of the disc, from its middle on. */
+    /** The right half of a row of the disc. */
     struct Row {
-        int nWhole = -1;          ///< the last column that is covered whole by any pixel; -1 when there is none
-        std::vector<int> listRim; ///< of the columns after that, radius - distance in 255ths
+        int nWhole = -1;          ///< last column in which any covered pixel of the text gives 255; -1 if there is none
+        std::vector<int> listRim; ///< for the columns after that: 255 * (radius - distance)
     };
 
-    int m_nReach = 0;            ///< rows from the centre to the last that is covered
-    int m_nReachAcross = 0;      ///< columns
-    std::vector<Row> m_listRows; ///< from the middle one on
+    int m_nReach = 0;            ///< rows from the centre to the last that is reached
+    int m_nReachAcross = 0;      ///< the same in columns
+    std::vector<Row> m_listRows; ///< the middle row and those below
 };

@@ -8,26 +8,26 @@
 #include <list>
 #include <unordered_map>
 
-/** How much of each pixel a glyph covers, and its outline, relative to the pixel that the glyph's origin lies in. */
+/** Coverage of a glyph and of its outline, relative to the pixel that holds the glyph's origin. */
 struct CoveredGlyph {
     ByteMask text, outline;
 };
 
-/** Keeps the coverage of glyphs, one for each font, glyph and quarter of a pixel, with outlines and pixels of one shape. */
+/** Caches the coverage of glyphs by font, glyph and quarter of a pixel, for one outline width and one pixel shape. */
 class CoverageGlyphs
 {
 public:
     /**
-     * What was kept with others is dropped.
-     * @param outline      width of outlines, in heights of a pixel.
-     * @param pixelAspect  width of a pixel by its height.
+     * Drops all glyphs if the outline width or the pixel shape changes.
+     * @param outline      width of outlines, in pixel heights.
+     * @param pixelAspect  pixel width divided by pixel height.
      */
     void SetShape(double outline, double pixelAspect);
 
-    /** Drops everything once it is too much. Glyphs found before are not valid any more. */
+    /** Drops all glyphs once they take too much memory. Those found before are then no longer valid. */
     void Limit();
 
-    /** Valid until SetShape() or Limit(). @param place  of the origin, in 64ths of the frame's pixels. */
+    /** The glyph is valid until SetShape() or Limit(). @param place  of its origin, in 64ths of the frame's pixels. */
     const CoveredGlyph &Find(const GlyphRun &run, std::uint32_t glyph, FixedPoint place);
 
 private:
@@ -41,5 +41,5 @@ private:
     double m_dPixelAspect = 1;
     CoverageDisc m_disc{0};
     std::list<Font> m_listFonts;
-    std::size_t m_nBytes = 0; ///< of all glyphs, about
+    std::size_t m_nBytes = 0; ///< of all glyphs, estimated
 };

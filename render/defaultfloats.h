@@ -2,7 +2,10 @@
 
 #include <cfenv>
 
-/** The default floating-point environment while it lives, whatever the host's rounds to or traps. */
+/**
+ * Sets the default floating-point environment while it lives: hosts may have set another rounding mode or enabled
+ * traps.
+ */
 class DefaultFloats
 {
 public:

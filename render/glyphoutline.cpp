@@ -7,7 +7,7 @@
 namespace
 {
 
-/** The cubic curve's control points for a quadratic curve, as Qt computes them. */
+/** Control points of the cubic curve that equals a quadratic one, computed as Qt does. */
 QPointF FirstControl(QPointF from, QPointF control)
 {
     return (2 * control + from) / 3;
@@ -20,7 +20,7 @@ QPointF SecondControl(QPointF control, QPointF end)
 
 bool IsSame(QPointF a, QPointF b)
 {
-    return a.x() == b.x() && a.y() == b.y(); // QPointF's own comparison is a fuzzy one
+    return a.x() == b.x() && a.y() == b.y(); // QPointF's == is fuzzy
 }
 
 double RoundTo64th(double value)
@@ -29,13 +29,13 @@ double RoundTo64th(double value)
 }
 
 /**
- * Whether a curve is divided the same in every place. Decisions that errors of doubles could change come out differently
- * when the curve is a little larger or smaller.
+ * Whether a curve is subdivided into the same points at every position. Where rounding errors of doubles could change a
+ * decision, a slightly larger or smaller scale changes it too.
  */
 bool IsSurelyDivided(QPointF start, QPointF first, QPointF second, QPointF end)
 {
-    constexpr double Little = 1e-6;    // far above the errors of doubles
-    constexpr double SamePoint = 1e-2; // pixels; far above what that moves points by, far below what a division does
+    constexpr double Little = 1e-6;    // far above rounding errors of doubles
+    constexpr double SamePoint = 1e-2; // pixels; the scale moves points by far less, a subdivision by far more
     const QPolygonF points = CurvePoints(start, first, second, end);
     for (const double scale : {1 - Little, 1 + Little}) {
         const QPolygonF scaled = CurvePoints(start * scale, first * scale, second * scale, end * scale);
@@ -49,17 +49,20 @@ bool IsSurelyDivided(QPointF start, QPointF first, QPointF second, QPointF end)
     return true;
 }
 
-/** Where a coordinate may be rounded to when it lies so close to the middle between two 64ths that errors decide. */
+/**
+ * The other 64th that a coordinate may be rounded to if it lies so close to the middle between two 64ths that rounding
+ * errors decide; else @p rounded.
+ */
 int OtherRounding(double exact, int rounded)
 {
-    constexpr double TooClose = 1e-6; // in 64ths; far above the errors of doubles
+    constexpr double TooClose = 1e-6; // in 64ths; far above rounding errors of doubles
     const double value = exact * 64 + 0.5;
     if (std::abs(value - std::round(value)) >= TooClose)
         return rounded;
     return rounded > exact * 64 ? rounded - 1 : rounded + 1;
 }
 
-/** Rounds halves up below zero as well, as Qt 5 does everywhere. */
+/** Rounds halves up, negative ones too, as Qt 5 does everywhere. */
 int RoundHalfUp(double value)
 {
     constexpr double Half = 0.5;
@@ -69,8 +72,9 @@ int RoundHalfUp(double value)
 
 /**
  * A position as Qt rounds it.
- * @param isPlaced  in a frame. A glyph at (0, 0) is one whose place is not known yet, most likely where all its points are
- *                  positive; Qt 6 rounds halves away from zero, and so differently there.
+ * @param isPlaced  false if the glyph lies at (0, 0) because its place in a frame is not known yet. All its coordinates
+ *                  will most likely be positive there, where halves are rounded up; Qt 6 would round negative ones away
+ *                  from zero.
  */
 FixedPoint ToFixed(QPointF point, bool isPlaced)
 {
@@ -82,7 +86,7 @@ FixedPoint ToFixed(QPointF point, bool isPlaced)
 GlyphOutline::Corner MakeCorner(QPointF exact, int curve, bool isPlaced)
 {
     const FixedPoint point = ToFixed(exact, isPlaced);
-    // End points are exact in binary.
+    // End points of curves are exact in binary, so they are always rounded alike.
     const FixedPoint other =
         curve < 0 ? point : FixedPoint{OtherRounding(exact.x(), point.nX), OtherRounding(exact.y(), point.nY)};
     return {point, other, curve, false};
@@ -163,7 +167,7 @@ std::vector<GlyphOutline::Corner> GlyphOutline::Flatten(QPointF origin) const
 std::vector<GlyphOutline::Corner> GlyphOutline::FlattenCurve(int curve, QPointF origin) const
 {
     std::vector<Corner> corners;
-    corners.reserve(16); // as many as few curves have
+    corners.reserve(16); // more than most curves have
     corners.push_back(MakeCorner(m_listCurves[curve].start + origin, -1, !origin.isNull()));
     AddCorners(m_listCurves[curve], origin, curve, corners);
     return corners;

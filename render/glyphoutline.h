@@ -10,11 +10,11 @@
 #include <vector>
 
 /**
- * A glyph's outline relative to its origin, and the polygons that QPainter makes of it where it fills text as a path.
+ * A glyph's outline relative to its origin, and the polygons that QPainter makes of it when it fills text as a path.
  *
- * Qt adds a glyph's position to its points before it flattens the curves, and rounds the flattened points to 1/64 pixel.
- * Curves of TrueType fonts have control points that are not exact in binary, so that a point in the middle between two
- * 64ths may be rounded up in one place and down in another. Flatten() does as Qt does, operation by operation.
+ * Qt adds a glyph's position to its points before it flattens the curves, and rounds the flattened points to 1/64
+ * pixel. Control points of TrueType curves are not exact in binary, so a point in the middle between two 64ths may be
+ * rounded up at one position and down at another. Flatten() repeats Qt's operations one by one.
  */
 class GlyphOutline
 {
@@ -22,24 +22,24 @@ public:
     /** @param path  of one glyph at position (0, 0), as the font engine delivers it. */
     explicit GlyphOutline(const QPainterPath &path);
 
-    /** A corner of closed polygons that follow one another. */
+    /** A corner of one of the closed polygons, which are stored one after the other. */
     struct Corner {
         FixedPoint point;
-        FixedPoint other; ///< where it may be rounded to in another place; the same point if it is always rounded alike
-        int nCurve;       ///< number of the curve that the corner lies within, -1 for an end point
-        bool bLast;       ///< of its polygon
+        FixedPoint other; ///< what it may be rounded to at another position; else equal to point
+        int nCurve;       ///< number of the curve that the corner lies inside, -1 for an end point
+        bool bLast;       ///< the last corner of its polygon
     };
 
-    /** Flattened at (0, 0). */
+    /** The corners for a glyph at (0, 0). */
     const std::vector<Corner> &Corners() const { return m_listCorners; }
 
-    /** Curves that may be divided differently in another place. */
+    /** Numbers of the curves that may be subdivided differently at another position. */
     const std::set<int> &UnsureCurves() const { return m_setUnsureCurves; }
 
     /** @param origin  the glyph's position. */
     std::vector<Corner> Flatten(QPointF origin) const;
 
-    /** The corners of one curve, with both ends, as Flatten() has them. */
+    /** The corners of one curve, with both end points, as Flatten() returns them. */
     std::vector<Corner> FlattenCurve(int curve, QPointF origin) const;
 
 private:
@@ -53,11 +53,11 @@ private:
     };
 
     void AddCurve(QPointF from, QPointF first, QPointF second, QPointF end);
-    /** All but the first. @param curve  its number, where it is one */
+    /** Appends the corners of an element except its start. @param curve  its number if it is a curve */
     static void AddCorners(const Element &element, QPointF origin, int curve, std::vector<Corner> &corners);
 
     std::vector<Element> m_listElements;
-    std::vector<Element> m_listCurves; ///< those of the elements that are curves
+    std::vector<Element> m_listCurves; ///< the curves among m_listElements, by number
     std::vector<Corner> m_listCorners;
     std::set<int> m_setUnsureCurves;
 };

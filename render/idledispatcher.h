@@ -3,8 +3,8 @@
 #include <QAbstractEventDispatcher>
 
 /**
- * An event dispatcher that never dispatches: for an application object whose event loop is not run. Qt's own ones need
- * file descriptors, without which they abort the process, and hook themselves into a host's GLib main loop.
+ * An event dispatcher that never dispatches, for an application object whose event loop does not run. Qt's own
+ * dispatchers abort the process if they get no file descriptors, and hook themselves into a host's GLib main loop.
  */
 class IdleDispatcher : public QAbstractEventDispatcher
 {

@@ -7,10 +7,10 @@
 namespace
 {
 
-/** Silencers on this thread. */
+/** Number of silencers on this thread. */
 thread_local int silencersHere = 0;
 
-/** Silencers on all threads; the first installs the handler, the last takes it away. */
+/** Number of silencers on all threads; the first installs the handler, the last removes it. */
 int silencers = 0;
 std::mutex mutex;
 std::atomic<QtMessageHandler> handlerBefore = nullptr;
@@ -41,5 +41,5 @@ MessageSilencer::~MessageSilencer()
         return;
     const QtMessageHandler handler = qInstallMessageHandler(handlerBefore);
     if (handler != Filter)
-        qInstallMessageHandler(handler); // the host's, installed meanwhile
+        qInstallMessageHandler(handler); // installed by the host meanwhile: put it back
 }

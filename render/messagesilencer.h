@@ -1,9 +1,9 @@
 #pragma once
 
 /**
- * Keeps Qt from writing warnings while it lives, as far as they come from its thread; what other threads say passes. Qt
- * warns of what is as it should be here: application objects and font caches on threads that Qt did not make, fonts
- * without the tables of some script.
+ * Suppresses the Qt messages of its thread while it lives; those of other threads pass. Qt warns about things that are
+ * normal here: application objects and font caches on threads that Qt did not create, fonts without the tables of some
+ * script.
  */
 class MessageSilencer
 {

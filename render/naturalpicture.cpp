@@ -8,7 +8,7 @@
 namespace
 {
 
-/** Catmull and Rom's cubic, which leaves a picture of the frame's size as it is. */
+/** Catmull-Rom kernel, which leaves a picture that is not scaled as it is. */
 double Cubic(double x)
 {
     x = std::abs(x);
@@ -19,23 +19,30 @@ double Cubic(double x)
     return 0;
 }
 
-/** What a pixel along one axis of the frame is made of: pixels of the picture, from the first on. */
+/**
+ * Filter of one frame pixel along one axis: the first pixel of the picture that it reads, and the weights from there
+ * on.
+ */
 struct Taps {
     int nFirst;
     std::vector<float> listWeights;
 };
 
-/** The pixels along an axis of a frame that show something of a picture. */
+/** The frame pixels along one axis that show a part of the picture. */
 struct Axis {
     int nFirst = 0; ///< in the frame
     std::vector<Taps> listTaps;
 };
 
-/** @param from, count  pixels of the picture on its canvas @param canvas, frame  sizes @param offset, of the frame's pixels */
+/**
+ * @param from, count    pixels of the picture on its canvas.
+ * @param canvas, frame  sizes.
+ * @param offset         frame pixels that the picture is moved by.
+ */
 Axis MakeAxis(int from, int count, int canvas, int frame, int offset)
 {
-    const double scale = static_cast<double>(canvas) / frame; // canvas pixels a frame pixel
-    const double stretch = std::max(1.0, scale);              // of the filter, where the picture becomes smaller
+    const double scale = static_cast<double>(canvas) / frame; // canvas pixels per frame pixel
+    const double stretch = std::max(1.0, scale);              // widens the filter where the picture is scaled down
     const auto reached = [&](double at) { return static_cast<int>(std::floor(at / scale)); };
     Axis axis;
     const int first = std::max(reached(from - 2 * stretch) - 1, -offset);
@@ -71,7 +78,7 @@ Premultiplied Weighted(const Premultiplied *pixels, std::ptrdiff_t step, const s
 
 std::uint32_t Straight(const Premultiplied &pixel)
 {
-    constexpr float Half = 0.5F; // rounds numbers that are not negative
+    constexpr float Half = 0.5F; // added before truncating; the numbers are not negative
     const float alpha = std::clamp(pixel[0], 0.0F, 255.0F);
     const auto whole = static_cast<std::uint32_t>(alpha + Half);
     if (whole == 0)

@@ -6,10 +6,10 @@
 namespace
 {
 
-constexpr int HalfPixel = 32; // of a FixedPoint
-constexpr int One = 65536;
+constexpr int HalfPixel = 32; // in 64ths, as in FixedPoint
+constexpr int One = 65536;    // pixel, in 16.16 fixed point
 
-/** Sets columns @p from to @p to, without the last. */
+/** Sets the bits of the half-open column range [from, to). */
 void SetBits(std::uint64_t *words, int from, int to)
 {
     const std::uint64_t head = ~std::uint64_t{0} << (from % 64);
@@ -22,7 +22,7 @@ void SetBits(std::uint64_t *words, int from, int to)
     }
     words[first] |= head;
     std::fill(words + first + 1, words + last, ~std::uint64_t{0});
-    if (tail) // cppcheck-suppress knownConditionTrueFalse; it is 0 where @p to ends a word
+    if (tail) // cppcheck-suppress knownConditionTrueFalse; it is 0 if @p to is a multiple of 64
         words[last] |= tail;
 }
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-/** In 1/64 of a pixel. */
+/** A point in 1/64 of a pixel. */
 struct FixedPoint {
     int nX;
     int nY;
@@ -15,12 +15,12 @@ inline bool operator==(const FixedPoint &a, const FixedPoint &b)
     return a.nX == b.nX && a.nY == b.nY;
 }
 
-/** One bit a pixel. Column 0 of a row is bit 0 of its first word. */
+/** One bit a pixel; column 0 of a row is bit 0 of its first word. */
 struct BitMask {
-    int nLeft = 0; ///< of column 0, in the coordinates of whoever uses it
+    int nLeft = 0; ///< of column 0, in the user's coordinates
     int nTop = 0;
     int nColumns = 0;
-    int nWords = 0; ///< a row
+    int nWords = 0; ///< words a row
     int nRows = 0;
     std::vector<std::uint64_t> listWords;
 
@@ -29,8 +29,9 @@ struct BitMask {
 };
 
 /**
- * A side of a polygon as the pixel rows see it whose centres it crosses. Positions are in 1/65,536 of a pixel and are
- * rounded as QPainter rounds them where it fills a path without antialiasing, so that the pixels are the same.
+ * Scan-conversion state of one polygon edge: the rows whose pixel centres it crosses, and its x position in 16.16 fixed
+ * point. Positions are rounded as QPainter rounds them when it fills a path without antialiasing, so that the pixels
+ * are the same.
  */
 struct PolygonEdge {
     int nTop;
@@ -44,30 +45,34 @@ struct PolygonEdge {
 };
 
 /**
- * @param firstRow, lastRow  rows beyond these are left out.
- * @return false when the side crosses no row.
+ * @param firstRow, lastRow  the rows that the edge is clipped to, both included.
+ * @return false if the edge crosses none of their centres.
  */
 bool MakeEdge(FixedPoint from, FixedPoint to, int firstRow, int lastRow, PolygonEdge &edge);
 
-/** Which pixels lie inside of polygons, by the nonzero winding rule. */
+/** Fills polygons by the nonzero winding rule. */
 class PolygonFiller
 {
 public:
     void Add(const PolygonEdge &edge) { m_listEdges.push_back(edge); }
 
-    /** Fills what was added since the last call. */
+    /** Fills the polygons of all edges added since the last call. */
     BitMask Fill();
 
-    /** Whether the last fill's windings had one sign: filling polygons one by one gives their common pixels then. */
+    /**
+     * Whether all winding numbers of the last fill had one sign. Filling its polygons one by one then sets the same
+     * pixels.
+     */
     bool IsOneSided() const { return m_nLeast >= 0 || m_nGreatest <= 0; }
+    /** Whether the last fill had a positive winding number. */
     bool IsPositive() const { return m_nGreatest > 0; }
 
 private:
     void FillRow(BitMask &mask, int row);
 
     std::vector<PolygonEdge> m_listEdges;
-    std::vector<std::int16_t> m_listWindings; ///< of the edges at each column; 0 between two fills
-    std::vector<std::uint64_t> m_listTouched;
+    std::vector<std::int16_t> m_listWindings; ///< change of the winding number at each pixel; all 0 between two fills
+    std::vector<std::uint64_t> m_listTouched; ///< bit mask of the pixels where m_listWindings was changed
     int m_nLeast = 0;
     int m_nGreatest = 0;
 };

@@ -2,18 +2,20 @@
 
 class QCoreApplication;
 
-/** The application object made here; null when the host had one. Not reset by UnInitQt(). */
+/**
+ * The application object that was created here; null if the host had one. UnInitQt() deletes it without resetting this.
+ */
 extern QCoreApplication *qtApp;
 
-/** Makes painting text possible: an application object, where the host has none, and fonts. For the first renderer. */
+/** Creates what painting text needs: an application object, if the host has none, and fonts. For the first renderer. */
 void InitQt();
 
-/** Takes away what InitQt() made. For the last renderer. */
+/** Deletes what InitQt() created. For the last renderer. */
 void UnInitQt();
 
 /**
- * Makes fonts available where they are not. InitQt() does so, but a host's own QGuiApplication takes the fonts with it
- * when it goes while renderers live; so ask again before text is painted. Cheap when there is nothing to do. With Qt 6 a
- * host's application object that is gone is replaced by one of ours, without which there are no fonts.
+ * Makes fonts available if they are not. InitQt() does so, but a host that destroys its QGuiApplication while renderers
+ * live takes the fonts away; so call this before painting text. Cheap if there is nothing to do. Qt 6 has no fonts
+ * without an application object, so that one is created if the host has destroyed its own.
  */
 void EnsureFonts();

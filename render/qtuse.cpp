@@ -12,21 +12,21 @@ namespace
 std::atomic<int> usesEverywhere = 0;
 std::atomic<bool> isProcessEnding = false;
 
-/** More than one where uses are nested, or where exit() is called out of one. */
+/** Above 1 if uses are nested; destructors that run when exit() is called within a use may nest one, too. */
 thread_local int usesHere = 0;
 
 void EndUses()
 {
     using namespace std::chrono_literals;
     isProcessEnding = true;
-    // Bounded: another thread may be waiting for a disk, and after fork() there is no other thread.
+    // Wait a second at most: another thread may be waiting for a disk, and after fork() the other threads are missing.
     for (int i = 0; i < 1000 && usesEverywhere > usesHere; ++i)
         std::this_thread::sleep_for(1ms);
 }
 
 /**
- * Objects of the thread that calls exit() are destroyed before all static objects, and what is registered then comes
- * next. (Where just this thread ends, that is harmless.)
+ * exit() destroys the thread-local objects of its thread before all static objects. What such a destructor registers
+ * with atexit() runs next. (If only this thread ends, registering is harmless.)
  */
 class ThreadEnd
 {
@@ -34,7 +34,7 @@ public:
     ~ThreadEnd() { (void)std::atexit(EndUses); }
 };
 
-/** Has the main thread, on which processes end as a rule, see the end. */
+/** Watches for an exit() on the main thread, where processes usually end. */
 __attribute__((constructor)) void WatchMainThread()
 {
     if (gettid() == getpid())
@@ -42,9 +42,10 @@ __attribute__((constructor)) void WatchMainThread()
 }
 
 /**
- * For other threads that end the process. Qt makes static objects when it first needs them; they are destroyed before
- * whatever was registered before they were made, so that the end is watched for anew after work that may have made some:
- * the first of its kind, and then ever more seldom, as when text of another script is painted.
+ * Watches for an exit() on other threads. Qt creates static objects when it first needs them, and exit() destroys those
+ * before it calls functions that were registered earlier. So register again after work that may have created some:
+ * after each of the first 16 works of a kind, then after powers of two, since text of another script may still create
+ * some.
  */
 void WatchAllThreads(QtUse::Work work)
 {

@@ -5,14 +5,13 @@
 #include <pthread.h>
 
 /**
- * Work that needs Qt, for as long as the object lives. Objects may be nested and on any thread.
+ * Marks work that needs Qt while it lives. Uses may be nested, on any thread.
  *
- * Qt's static objects are destroyed while the process ends, in an order that nobody can know; from then on nothing of Qt
- * may be touched. The end of the process waits, a second at most, for work that is under way on other threads; work that
- * is to begin later is refused.
+ * Qt's static objects are destroyed in an unknown order when the process ends, and nothing of Qt may be used from then
+ * on. The end of the process waits, for a second at most, for uses on other threads; later ones are refused.
  *
- * The work is done with the default floating-point environment, whatever the host's rounds to or traps. A thread that is
- * cancelled meanwhile ends later, since the locks of the libraries below would stay locked.
+ * The work is done in the default floating-point environment, whatever rounding and traps the host has set. A thread
+ * cannot be cancelled during a use, since locks of the libraries below would stay locked; it ends after it.
  */
 class QtUse
 {
@@ -23,7 +22,7 @@ public:
     QtUse(const QtUse &) = delete;
     QtUse &operator=(const QtUse &) = delete;
 
-    /** False where the process ends: do without Qt. */
+    /** False if the process is ending and Qt must not be used. */
     explicit operator bool() const { return m_bAllowed; }
 
 private:

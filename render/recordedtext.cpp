@@ -22,7 +22,7 @@ constexpr double GreatestSize = 512; // pixels; longer edges may not fit QPainte
 /** Pixels; font engines make no images of larger glyphs. */
 constexpr int GreatestImage = 64;
 
-/** The greatest size up to which QPainter asks for an image of a glyph instead of filling its outline. */
+/** Greatest size in pixels up to which QPainter asks for glyph images instead of filling outlines. */
 int GreatestAskedFor()
 {
     static const qint64 set = std::abs(qint64{qEnvironmentVariableIntValue("QT_MAX_CACHED_GLYPH_SIZE")});
@@ -89,7 +89,7 @@ private:
     RecordingEngine &m_engine;
 };
 
-/** @param part  of a pixel by which the glyph's image is moved to the right, in 64ths. */
+/** @param part  subpixel position of the image in x, in 64ths. */
 const QFontEngine::Glyph *GlyphData(QFontEngine &font, glyph_t glyph, int part)
 {
 #if QT_VERSION_MAJOR < 6
@@ -120,7 +120,7 @@ QGlyphLayout CopyLayout(const QGlyphLayout &from, std::vector<char> &memory)
     return copy;
 }
 
-/** Pixels of a filled path, by QPainter's antialiasing. */
+/** Coverage of a filled path, by QPainter's antialiasing. */
 ByteMask FillCoverage(const QPainterPath &path)
 {
     const QRect box = path.boundingRect().toAlignedRect().adjusted(-1, -1, 1, 1);
@@ -258,7 +258,7 @@ std::optional<BitMask> GlyphRun::Image(std::uint32_t glyph, int part) const
     if (!isMono && image->format != QFontEngine::Format_A8)
         return std::nullopt;
     BitMask mask = MakeMask(image->x, -image->y, image->width, image->height);
-    const int stride = isMono ? (image->width + 31) / 32 * 4 : (image->width + 3) / 4 * 4; // as QPainter has it
+    const int stride = isMono ? (image->width + 31) / 32 * 4 : (image->width + 3) / 4 * 4; // of Qt's glyph images
     for (int row = 0; row < mask.nRows; ++row) {
         const uchar *bytes = image->data + static_cast<std::ptrdiff_t>(row) * stride;
         for (int column = 0; column < mask.nColumns; ++column) {
@@ -281,7 +281,7 @@ ByteMask GlyphRun::Coverage(std::uint32_t glyph, int fraction, double pixelAspec
     if (!image || !image->data || image->format != QFontEngine::Format_A8)
         return FillCoverage(Path(glyph).translated(fraction / 64.0, 0));
     ByteMask mask = MakeByteMask(image->x, -image->y, image->width, image->height);
-    const int stride = (image->width + 3) / 4 * 4; // as QPainter has it
+    const int stride = (image->width + 3) / 4 * 4; // of Qt's glyph images
     for (int row = 0; row < mask.nRows; ++row)
         std::copy_n(image->data + static_cast<std::ptrdiff_t>(row) * stride, mask.nColumns, mask.Row(row));
     return mask;
@@ -309,7 +309,7 @@ void GlyphRun::Draw(QPainter &painter, const QPoint &offset) const
         painter.drawTextItem(m_position + offset, item);
         return;
     }
-    // QPainter would draw nothing.
+    // QPainter would ask for an image, get none and draw nothing.
     QVarLengthArray<glyph_t> glyphs;
     QVarLengthArray<QFixedPoint> places;
     m_pItem->Place(m_position + offset, glyphs, places);
@@ -323,7 +323,7 @@ QPolygonF CurvePoints(QPointF start, QPointF first, QPointF second, QPointF end)
 {
     constexpr double FlatEnough = 0.25; // Qt's threshold for paths that are not scaled
     QPolygonF points;
-    points.reserve(16); // as many as few curves have
+    points.reserve(16); // more than most curves have
     QBezier::fromPoints(start, first, second, end).addToPolygon(&points, FlatEnough);
     return points;
 }
@@ -346,7 +346,7 @@ bool RecordedText::HasLinesOfBox(int width) const
 {
     if (width > m_rcBox.width() || m_bHasTabsOrObjects || m_bHasSoftHyphens)
         return false;
-    constexpr double Rounded = 1; // more than positions and advances are rounded by
+    constexpr double Rounded = 1; // pixels; more than the rounding of positions and advances amounts to
     double line = 0;
     double left = 0;
     for (const GlyphRun &run : m_listRuns) {
@@ -376,7 +376,7 @@ bool RecordedText::IsMovable(int distance) const
 
 bool RecordedText::IsPositive(int distance) const
 {
-    // Lines that start with a tab start inside the box, unless they are wider.
+    // A line that starts with a tab starts inside the box unless it is wider than the box.
     return (!m_bHasTabsOrObjects || m_rcBox.left() >= distance) &&
            std::all_of(m_listRuns.begin(), m_listRuns.end(), [=](const GlyphRun &run) {
                return run.Position().x() >= distance && run.Position().y() >= distance;

@@ -30,7 +30,7 @@ enum class GlyphSource {
     Unknown, ///< colour images, enormous paths, or anything else that is not reproduced here
 };
 
-/** Equal for fonts with the same glyphs, in whichever thread Qt loaded them. */
+/** Identifies a font by its glyphs: equal whichever thread Qt loaded the font on. */
 struct FontKey {
     QByteArray fileName;
     QByteArray uuid;
@@ -45,14 +45,14 @@ struct FontKey {
     bool operator==(const FontKey &other) const;
 };
 
-/** The points, all but the first, that QPainter makes of a cubic curve. */
+/** The points that QPainter makes of a cubic curve, without its start. */
 QPolygonF CurvePoints(QPointF start, QPointF first, QPointF second, QPointF end);
 
-/** Glyphs of one font in a row, at their places in a laid out text. */
+/** A run of glyphs of one font, with their positions in a laid out text. */
 class GlyphRun
 {
 public:
-    /** @param item  as a paint engine gets it. */
+    /** @param position, item  as passed to QPaintEngine::drawTextItem(). */
     GlyphRun(const QPointF &position, const QTextItem &item);
     ~GlyphRun();
     GlyphRun(GlyphRun &&) noexcept;
@@ -60,7 +60,7 @@ public:
 
     const QPointF &Position() const { return m_position; }
     const std::vector<std::uint32_t> &Glyphs() const { return m_listGlyphs; }
-    /** Of each glyph's origin. */
+    /** The position of each glyph's origin. */
     const std::vector<FixedPoint> &Places() const { return m_listPlaces; }
 
     FontKey Key() const;
@@ -68,36 +68,37 @@ public:
 
     bool IsRightToLeft() const;
 
-    /** Whether glyphs bring colours of their own. */
+    /** Whether the font has colour glyphs. */
     bool IsColored() const;
 
-    /** In pixels, of the glyphs' bounding boxes. */
+    /** The right edge of the glyphs' bounding boxes, in pixels. */
     double RightEdge() const;
 
-    /** Pixels that no glyph of the font exceeds, measured from its origin. */
+    /** Distance from its origin that no glyph of the font exceeds, in pixels. */
     int Reach() const;
 
-    /** The part of a pixel, 0 to 64 64ths, that QPainter moves a glyph's image to the right by at a place. */
+    /** Subpixel position in x at which QPainter draws the image of a glyph at a place: 0 to 64, in 64ths of a pixel. */
     int SubPixelOf(FixedPoint place) const;
 
     /**
-     * Pixels of a glyph image, relative to the pixel that its origin lies in. None if they have more than two shades.
-     * @param part  as SubPixelOf() gives it.
+     * The pixels of a glyph image, relative to the pixel that holds its origin; nullopt if they have more than two
+     * shades.
+     * @param part  as SubPixelOf() returns it.
      */
     std::optional<BitMask> Image(std::uint32_t glyph, int part) const;
 
     /**
-     * How much of each pixel a glyph covers, relative to the pixel that its origin lies in. Of a font that is painted
-     * without antialiasing these are 0 and 255.
-     * @param fraction     the part of a pixel, in 64ths, that the glyph is moved to the right by.
-     * @param pixelAspect  width of a pixel by its height; where it is another than 1 the glyph is made as much narrower.
+     * How much of each pixel a glyph covers, relative to the pixel that holds its origin; 0 or 255 for a font that is
+     * painted without antialiasing.
+     * @param fraction     subpixel position in x, in 64ths.
+     * @param pixelAspect  pixel width divided by pixel height; the glyph is made narrower by it.
      */
     ByteMask Coverage(std::uint32_t glyph, int fraction, double pixelAspect) const;
 
     /** A glyph's outline with its origin at (0, 0). */
     QPainterPath Path(std::uint32_t glyph) const;
 
-    /** Draws the run moved, unless that is too far above or below the canvas to be seen. */
+    /** Draws the run moved by @p offset, unless it is then too far above or below the canvas to be visible. */
     void Draw(QPainter &painter, const QPoint &offset) const;
 
 private:
@@ -107,13 +108,13 @@ private:
     std::unique_ptr<Item> m_pItem;
     std::vector<std::uint32_t> m_listGlyphs;
     std::vector<FixedPoint> m_listPlaces;
-    int m_nHighest = 0; ///< of all places, in pixels
+    int m_nHighest = 0; ///< row of the highest origin, in pixels
     int m_nLowest = 0;
 };
 
 /**
- * Text laid out as QPainter::drawText() does on a canvas of DotsPerInch, to be drawn there as often as need be: the
- * layout costs far more than the drawing.
+ * Text laid out once, as QPainter::drawText() does on a canvas of DotsPerInch, and drawn as often as needed: the layout
+ * costs far more than the drawing.
  */
 class RecordedText
 {
@@ -121,32 +122,35 @@ public:
     /** @param box, flags  as for QPainter::drawText(). */
     RecordedText(const QFont &font, const QRectF &box, int flags, const QString &text);
 
-    /** As QPainter::drawText() gives them. */
+    /** The bounding rectangle that QPainter::drawText() returns. */
     const QRectF &Bounds() const { return m_rcBounds; }
 
     const std::vector<GlyphRun> &Runs() const { return m_listRuns; }
-    /** Of the text, in UTF-16 units. */
+    /** Length of the text in UTF-16 units. */
     int Size() const { return m_nSize; }
 
     /**
-     * Whether a narrower box would break the text into the same lines. Qt counts what a line's last glyph has right of
-     * its advance only where a line nearly fills the box, and may move a word to the next line for that.
+     * Whether a box of @p width, narrower than this text's, would break it into the same lines. Only in a line that
+     * nearly fills its box does Qt count what the last glyph has right of its advance, and may then move a word to the
+     * next line.
      */
     bool HasLinesOfBox(int width) const;
 
-    /** Whether the text does not fit its box and is clipped to that. */
+    /** Whether the text does not fit its box and is clipped to it. */
     bool IsClipped() const { return m_bClipped; }
 
     /**
-     * Whether drawText() with the box moved sideways, by that many pixels at most, gives the same layout, moved. False if
-     * a line starts within @p distance of column 0: Qt truncates line starts toward zero.
+     * Whether drawText() with the box moved sideways, by @p distance pixels at most, gives the same layout, moved.
+     * False if a line starts within @p distance of column 0: Qt truncates line starts toward zero.
      */
     bool IsMovable(int distance) const;
 
-    /** Whether all of drawText() moved by that many pixels at most, in any direction, lies at coordinates from 0 on. */
+    /**
+     * Whether all coordinates of drawText() stay at 0 or above when it is moved by @p distance pixels in any direction.
+     */
     bool IsPositive(int distance) const;
 
-    /** Draws the text as drawText() does with the box moved. */
+    /** Draws the text as drawText() does with the box moved by @p offset. */
     void Draw(QPainter &painter, const QPoint &offset) const;
 
 private:

@@ -13,7 +13,7 @@
 #include <sanitizer/tsan_interface.h>
 #endif
 
-/** Holds a mutex while it lives, and tells ThreadSanitizer, which does not see into Qt's own library. */
+/** Holds a mutex while it lives, and reports that to ThreadSanitizer, which does not see into the Qt libraries. */
 class ScopedLock
 {
 public:

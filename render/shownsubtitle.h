@@ -5,12 +5,12 @@
 #include <cstddef>
 #include <cstdint>
 
-/** Pixels in two colours, a bit for each. In the rows, column nLeft is the lowest bit of the first word. */
+/** Pixels in two colours as bit masks. Column nLeft is the lowest bit of a row's first word. */
 struct InkBits {
     int nLeft; ///< a multiple of 64, 0 or more
     int nTop;
     int nRows;                   ///< 0 when there are none
-    int nWords;                  ///< of a row, where another word of zeros follows
+    int nWords;                  ///< of a row, without the word of zeros that follows
     const std::uint64_t *pText;  ///< in the text's colour
     const std::uint64_t *pShown; ///< in either colour
 
@@ -36,24 +36,24 @@ inline void ForPixels(const InkBits &ink, Call call)
     }
 }
 
-/** The pixels that a frame gets, in the coordinates of its subtitle: nOffset is still to be added to the rows. */
+/** The visible pixels of a subtitle, in rows of its image: nOffset must be added to get rows of the frame. */
 struct ShownSubtitle {
     InkBits ink;                  ///< all in the frame
     InkColors inkColors;          ///< red first
-    int nInkWeight;               ///< of all ink, 0 to 255
-    const PictureBlock *pPicture; ///< from the top to the bottom, all in the frame's rows; colours with red first
+    int nInkWeight;               ///< of all pixels of ink, 0 to 255
+    const PictureBlock *pPicture; ///< sorted by row, all in the frame's rows; colours with red first
     std::size_t nPictureCount;
-    int nUntouched;                ///< weight in a picture's block of what is not drawn
-    int nOffset;                   ///< added to a block's row to get the frame's
+    int nUntouched;                ///< weight in a PictureBlock that means "not drawn"
+    int nOffset;                   ///< added to a row to get the frame's
     int nFrameWidth, nFrameHeight; ///< 0 on a renderer that is not configured
-    std::uint64_t nVersion;        ///< another one whenever anything above is another; 0 while nothing shows
+    std::uint64_t nVersion;        ///< changes whenever anything above changes; 0 while nothing is visible
 };
 
-/** Receives what shows. */
+/** Receives the visible subtitle. */
 class ShownVisitor
 {
 public:
-    /** @param shown  with all that it points to, valid until the call returns. */
+    /** @param shown  valid until the call returns, with everything that it points to. */
     virtual void Visit(const ShownSubtitle &shown) = 0;
 
 protected:

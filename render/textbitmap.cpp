@@ -25,7 +25,7 @@ void WriteIndexes(uint8_t *indexes, const QImage &image, const QRect &rcText, qu
         const qint64 first = static_cast<qint64>(row) * image.width() + rcText.left();
         for (qint64 place = first; place < first + rcText.width(); ++place, ++indexes) {
             const quint32 pixel = place >= 0 && place < count ? pixels[place] : 0;
-            // The transparent background is not opaque black, and so has the outline's index: this is meant.
+            // Intentional: the transparent background also gets the outline's index, as it is not opaque black.
             if (pixel == fontColor)
                 *indexes = TextIndex;
             else if (pixel != OpaqueBlack)
@@ -35,9 +35,9 @@ void WriteIndexes(uint8_t *indexes, const QImage &image, const QRect &rcText, qu
 }
 
 /**
- * Writes a palette entry: alpha << 24 | Y << 16 | U << 8 | V on a little-endian host. The conversion is the 8-bit
- * integer form of ITU-R BT.601 with limited range, but for one thing: the bytes are taken as they lie in memory, blue
- * first on such a host, so blue and red are exchanged. This is meant.
+ * Writes a palette entry: alpha << 24 | Y << 16 | U << 8 | V on a little-endian host, by the 8-bit integer form of
+ * ITU-R BT.601 with limited range. Intentional: blue and red are exchanged, since the bytes are taken in memory order,
+ * blue first.
  */
 void WritePaletteEntry(uint8_t *entry, quint32 color, quint8 alpha)
 {

@@ -5,7 +5,7 @@
 #include <QImage>
 #include <QRect>
 
-/** What the palette of a text bitmap is made of: 0xAARRGGBB words, and the alpha that its entries get. */
+/** The colours of a text bitmap's palette, 0xAARRGGBB, and the alpha that its entries get. */
 struct BitmapColors {
     quint32 nFontColor;
     quint32 nOutlineColor;
@@ -13,16 +13,16 @@ struct BitmapColors {
 };
 
 /**
- * Hands text out as a paletted bitmap, as TextToBmp() of libsubtitle.h describes it.
+ * Makes the paletted bitmap that TextToBmp() of libsubtitle.h describes.
  *
- * @param out     data[0] and data[1] are freed and made anew.
+ * @param out     data[0] and data[1] are freed and allocated anew.
  * @param image   the painted text, QImage::Format_ARGB32.
- * @param rcText  the part to hand out. Pixels are counted through the whole image, row after row, so that columns
- * beyond its left or right edge show what stands at the other end of the neighbouring row; before the first and behind
- * the last pixel all is background.
+ * @param rcText  the part to copy. Pixels are counted through the whole image, row after row: columns beyond its left
+ *                or right side show the other end of the neighbouring row. Before the first and after the last pixel
+ *                everything is background.
  * @return false, with data[0] and data[1] null, when there is no memory.
  */
 bool CreateTextBitmap(AVPicture &out, const QImage &image, const QRect &rcText, const BitmapColors &colors);
 
-/** Frees data[0] and data[1] and makes them null. */
+/** Frees data[0] and data[1] and sets them to null. */
 void FreeTextBitmap(AVPicture &out);

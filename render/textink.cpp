@@ -48,7 +48,7 @@ void AddMask(BitMask &to, const BitMask &mask, int dx, int dy)
 
 void AddDisc(BitMask &outline, const BitMask &text)
 {
-    // With a zero word at either end.
+    // A row of the text with a zero word at either end.
     std::vector<std::uint64_t> padded(text.nWords + 2);
     std::vector<std::uint64_t> three(text.nWords);
     std::vector<std::uint64_t> five(text.nWords);

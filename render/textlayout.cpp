@@ -9,7 +9,7 @@
 
 TextLayout LayOutText(const QFont &font, const QSize &frame, int width, const QString &text)
 {
-    // The frame, moved so that lines centred in it are centred in the text's box, which depends on the lines.
+    // Centre the lines where the text's box, which depends on them, will have its centre.
     const int middle = frame.width() / 2;
     const QRectF frameBox(middle + 1 - width / 2.0, 0, width, frame.height());
     RecordedText recorded(font, frameBox, TextFlags | Qt::TextDontClip, text);

@@ -11,11 +11,11 @@ struct TextLayout {
     QRect rcBox; ///< of the lines; it may reach beyond the frame
 };
 
-/** How QPainter::drawText() gets such text. */
+/** Flags of such text for QPainter::drawText(). */
 constexpr int TextFlags = Qt::AlignHCenter | Qt::TextWordWrap;
 
-/** @param width  at which lines are broken, in pixels. */
+/** @param width  of the lines, in pixels: longer ones are broken. */
 TextLayout LayOutText(const QFont &font, const QSize &frame, int width, const QString &text);
 
-/** What is painted of a text. Surrogate pairs are not split. */
+/** The beginning of a text that is painted; see TextPainter::MaxTextSize. Surrogate pairs are not split. */
 QString PaintedPart(const QString &text);

@@ -15,9 +15,9 @@ namespace
 {
 
 constexpr int LongText = 4096;   // UTF-16 units
-constexpr int WideFrame = 16384; // pixels; Qt's rasteriser tells places in 16 bits, and draws nothing beyond
+constexpr int WideFrame = 16384; // pixels; Qt's rasteriser has 16-bit coordinates and draws nothing beyond
 
-/** Without antialiasing, which would bring other colours than the pen's. */
+/** The font without antialiasing, which would make other colours than the pen's. */
 QFont PaintFont(const QFont &font)
 {
     QFont aliased = font;
@@ -25,16 +25,19 @@ QFont PaintFont(const QFont &font)
     return aliased;
 }
 
-/** Draws with the two colours as with so many drawText() calls, but lays out as rarely as gives the same. */
+/**
+ * Reference path: draws what one drawText() call for each offset and colour would draw, but repeats the layout only if
+ * it would come out differently.
+ */
 class SingleDraws
 {
 public:
     SingleDraws(QImage &canvas, const RecordedText &text, const std::function<RecordedText(int)> &layOut) :
         m_painter(&canvas), m_text(text)
     {
-        // The hint alone would leave small glyphs antialiased; see PaintFont().
+        // This hint alone would leave small glyphs antialiased; see PaintFont().
         m_painter.setRenderHint(QPainter::TextAntialiasing, false);
-        // A long text of images would be laid out for seconds; there a line may be off by a 64th of a pixel.
+        // Laying out a long text five times may take seconds; accept that a line is then off by 1/64 pixel.
         const bool isMovable = text.IsMovable(OutlineRadius) || text.Size() > LongText;
         for (int dx = -OutlineRadius; dx <= OutlineRadius && !isMovable; ++dx)
             m_listMoved.push_back(layOut(dx));
@@ -52,7 +55,7 @@ public:
 private:
     QPainter m_painter;
     const RecordedText &m_text;
-    std::vector<RecordedText> m_listMoved; ///< for each distance to the side
+    std::vector<RecordedText> m_listMoved; ///< the layout for each horizontal offset; empty if m_text can be moved
 };
 
 void PaintBySingleDraws(QImage &canvas, const TextStyle &style, const RecordedText &text,

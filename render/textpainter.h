@@ -22,31 +22,31 @@ struct TextStyle {
     bool bOutline;
 };
 
-/** Text painted for a frame: its ink, or an image where the ink alone does not tell all. */
+/** Text painted for a frame: its ink, or an image if it needed the reference path (21 QPainter draws). */
 struct PaintedText {
     std::optional<TextInk> ink;
     QImage image;        ///< see MakeImage(); null when there is ink
-    QRect rcText;        ///< what counts of it; it may reach beyond the frame
+    QRect rcText;        ///< the box of its lines; it may reach beyond the frame
     int nTextHeight = 0; ///< in pixels
 };
 
 /**
- * Paints text centred at the top of a frame, wrapped at words where it is wider, with an outline of 2 pixels. Every
- * painted pixel has exactly one of the two colours, but for glyphs that bring colours of their own.
+ * Paints text centred at the top of a frame, with lines wrapped at words and an outline of 2 pixels. Every painted
+ * pixel has exactly one of the two colours, except in colour glyphs.
  */
 class TextPainter
 {
 public:
     /**
-     * UTF-16 units of a text that are painted: more than any frame holds in letters of legible size. To lay out the
-     * megabytes that a file may hold in one cue would stall the host.
+     * How many UTF-16 units of a text are painted: more than any frame holds in letters of legible size. A file may
+     * hold megabytes in one cue, and laying them out would stall the host.
      */
     static constexpr int MaxTextSize = 16384;
 
     /** @param width, height  frame size in pixels; nothing is painted unless IsPossibleFrame(). */
     PaintedText Paint(const TextStyle &style, int width, int height, const QString &text);
 
-    /** Has Qt find and load a font for the calling thread, so that the first text in it does not wait for that. */
+    /** Makes Qt find and load a font on the calling thread, so that the first text in it need not wait for that. */
     void Load(const QFont &font);
 
 private:
@@ -54,12 +54,12 @@ private:
 
     GlyphPainter m_glyphPainter;
     std::bitset<1 << 16> m_knownCharacters; ///< UTF-16 units that Qt has loaded fonts for
-    std::optional<QFont> m_knownFont;       ///< that they are known in; none at first, since Qt may not be there yet
+    std::optional<QFont> m_knownFont;       ///< of m_knownCharacters; none at first: Qt may not be initialised yet
     Qt::HANDLE m_pKnownThread = nullptr;
 };
 
 /**
- * The text as an image of the frame's size, QImage::Format_ARGB32, transparent black where no text is; null when there is
+ * The text as an image of the frame's size, QImage::Format_ARGB32, transparent black around the text; null if there is
  * no memory for it.
  */
 QImage MakeImage(const PaintedText &painted, const TextStyle &style, int width, int height);

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <cstring>
 
-// Highway includes this file once for each kind of processor, with a namespace and a vector size of its own.
+// Highway includes this file once for each instruction set, with another namespace and vector size each time.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "render/vectorkernel.cpp"
 #include <hwy/foreach_target.h>
@@ -44,15 +44,18 @@ using WideTag = hn::Repartition<std::uint16_t, Tag>;
 using Vector = hn::Vec<Tag>;
 using WideVector = hn::Vec<WideTag>;
 
-/** A value for each byte of a block. */
+/** One value for each byte of a block. */
 struct Table {
     alignas(VectorSize) std::array<std::uint8_t, 2 * HalfSize> bytes;
 
-    /** @param half  the first of those that a vector holds */
+    /** @param half  the half of the block, 0 or 1, that the vector begins with */
     Vector At(std::size_t half) const { return hn::Load(Tag(), bytes.data() + half * HalfSize); }
 };
 
-/** @param value  of a byte: value(pixel, byte of the pixel). @param last  of the last byte of a half */
+/**
+ * @param value  value(pixel, byte of the pixel) returns that of a byte. @param last  value of the last byte of each
+ *               half
+ */
 template <typename Value>
 constexpr Table MakeTable(Value value, std::uint8_t last)
 {
@@ -68,7 +71,7 @@ constexpr Table MakeTable(Value value, std::uint8_t last)
 constexpr Table PixelOf = MakeTable([](std::size_t pixel, std::size_t) { return pixel; }, BlockPixels);
 constexpr Table OtherEndOf =
     MakeTable([](std::size_t pixel, std::size_t byte) { return pixel % HalfPixels * 3 + 2 - byte; }, HalfBytes);
-// Where a pixel's bit is in a 16-bit mask. The last byte of a half has one that is never set.
+// Byte and bit of each pixel in a 16-bit mask. The last byte of each half has a bit that is never set.
 constexpr Table MaskByteOf = MakeTable([](std::size_t pixel, std::size_t) { return pixel / 8; }, 1);
 constexpr Table MaskBitOf = MakeTable([](std::size_t pixel, std::size_t) { return 1U << pixel % 8; }, 0x80);
 
@@ -81,15 +84,15 @@ inline Vector LoadHalves(const std::uint8_t *block, [[maybe_unused]] std::size_t
 #endif
 }
 
-#if HWY_ARCH_X86 && HWY_TARGET != HWY_SSE2 // which lacks the first instruction
+#if HWY_ARCH_X86 && HWY_TARGET != HWY_SSE2 // SSE2 lacks the first instruction
 
-// Highway 1.0 has no names for these two instructions. Of four ways to mix without them, the fastest took 10 % longer for
+// Highway 1.0 does not offer these two instructions. The fastest of four ways to mix without them took 10 % longer for
 // ink and 6 % longer for pictures (Intel Xeon, AVX2, frame in the cache).
 
-/** values[0] * weights[0] + values[1] * weights[1] for each two bytes, whose weights add up to 255. */
+/** values[0] * weights[0] + values[1] * weights[1] for each pair of bytes. A pair's weights must add up to 255. */
 inline WideVector SumPairs(Vector values, Vector weights)
 {
-    // The instruction takes the values as signed, so they are lowered by 128.
+    // The instruction takes the values as signed bytes: subtract 128 from each here, and add 128 * 255 to the sum.
     const Vector lowered = hn::Xor(values, hn::Set(Tag(), 128));
 #if SUBTITLE_BOTH_HALVES
     const WideVector sum{_mm256_maddubs_epi16(weights.raw, lowered.raw)};
@@ -99,7 +102,7 @@ inline WideVector SumPairs(Vector values, Vector weights)
     return hn::Add(sum, hn::Set(WideTag(), 128 * 255));
 }
 
-/** The reverse of interleaving with zeros: numbers up to 255, each in a byte. */
+/** Narrows numbers up to 255 to bytes: the reverse of interleaving with zeros. */
 inline Vector Pack(WideVector lower, WideVector upper)
 {
 #if SUBTITLE_BOTH_HALVES
@@ -145,7 +148,7 @@ inline Vector MixBytes(Vector pixels, Vector colors, Vector weights, std::size_t
     return Pack(DivideBy255(lower), DivideBy255(upper));
 }
 
-/** Which bytes belong to the pixels whose bits are set. */
+/** Selects the bytes of the pixels whose bits are set. */
 inline auto InMask(std::uint16_t mask, std::size_t half)
 {
     const Vector bits = hn::BitCast(Tag(), hn::Set(WideTag(), mask));
@@ -212,7 +215,7 @@ inline void DrawBlock(std::uint8_t *pixels, const Drawing &drawing, const Block 
     const auto right = drawing.Draw(LoadHalves(pixels, 1), block, 1);
 #endif
     hn::StoreU(left, HalfTag(), pixels);
-    // Two stores of 8 bytes: one of 16 would overlap the next block, whose load would have to wait for it.
+    // Two stores of 8 bytes: one of 16 would overlap the next block, and its load would have to wait for the store.
     const hn::Half<HalfTag> partTag;
     hn::StoreU(hn::LowerHalf(partTag, right), partTag, pixels + HalfBytes);
     const auto rest = hn::ShiftRightBytes<HalfBytes - 8>(HalfTag(), right);
@@ -222,7 +225,7 @@ inline void DrawBlock(std::uint8_t *pixels, const Drawing &drawing, const Block 
 template <typename Block, typename Drawing>
 inline void DrawBlocks(BlendTarget target, const Block *blocks, std::size_t count, const Drawing &drawing)
 {
-    // A decoder's frames have left the caches, and rows are too far apart for the processor's own prefetching.
+    // Decoded frames are no longer in the caches, and their rows are too far apart for the processor's own prefetching.
     constexpr std::size_t Ahead = 64;
     for (std::size_t n = 0; n < count; ++n) {
         if (n + Ahead < count)

@@ -1,8 +1,8 @@
 #!/bin/sh
-# Compares what hosts bind to, the exported C functions, data and records of both libraries, with api/libsubtitle.abi and
-# frames/libsubtitleframe.abi; fails when something changed. (The lists of all exported symbols are compared by a test.)
+# Compares what hosts bind to (exported C functions, data and records of both libraries) with api/libsubtitle.abi and
+# frames/libsubtitleframe.abi. Fails if anything changed. (A test compares the lists of all exported symbols.)
 # usage: abi.sh [--update]
-#   --update: stores what is there now as the new records
+#   --update: stores the current interface in these two files instead
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -14,7 +14,7 @@ cmake --build build-abi --target subtitle subtitleframe
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 
-# describe LIBRARY HEADER...: types that no installed header declares are no part of it.
+# describe LIBRARY HEADER...: prints the interface, without types that are not declared in the given headers
 describe() {
     library=$1
     shift

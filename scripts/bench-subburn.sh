@@ -1,9 +1,9 @@
 #!/bin/bash
-# Builds subburn in build-gcc, burns clips of three sizes with it and with FFmpeg's subtitles filter in turn, and prints a
-# table of ratios: subburn's time to FFmpeg's, with the same encoder, preset and threads.
+# Builds subburn in build-gcc, burns clips of three sizes with it and with FFmpeg's subtitles filter in turn, and prints
+# a table with the ratio of subburn's time to FFmpeg's, for the same encoder, preset and threads.
 # usage: bench-subburn.sh [--quick] [--document]
-#   --quick     once, for a look
-#   --document  puts the table into docs/performance.md as well
+#   --quick     one round, for a rough result
+#   --document  also puts the table into docs/performance.md
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -21,7 +21,7 @@ for option in "$@"; do
 done
 
 scripts/build-bench.sh subburn
-# In memory where nobody says otherwise, so that no disk counts. Raw video of 2160p takes 1.3 GB for a moment.
+# In memory unless TMPDIR is set, so that no disk is measured. Raw video of 2160p needs 1.3 GB.
 folder=$(mktemp -d -p "${TMPDIR:-/dev/shm}")
 trap 'rm -rf "$folder"' EXIT
 frames=100
@@ -30,7 +30,7 @@ for second in 0 2; do
     printf 'Good evening, for the %dth time.\nThe hills are quiet.\n\n' "$second"
 done >"$folder/text.srt"
 
-# timed NAME COMMAND...: a line of seconds, by the clock and of the processors
+# timed NAME COMMAND...: prints NAME with real, user and system time in seconds
 TIMEFORMAT='%R %U %S'
 timed() {
     local name=$1 times
@@ -52,7 +52,7 @@ burn() {
             -vf "subtitles=$folder/text.srt:force_style='FontName=DejaVu Sans'" \
             -c:v "$3" ${preset:+"-${preset[0]}" "${preset[1]}"} "$folder/out.nut"
     else
-        # FFmpeg's text has an 18th of the height for a line.
+        # This size is that of the text that FFmpeg's filter draws, whose lines are an 18th of the height.
         timed "$2 $3 $1" build-gcc/bin/subburn --overwrite --quiet --subtitles "$folder/text.srt" --font 'DejaVu Sans' \
             --size $(($2 / 24)) --codec "$3" ${preset:+"--${preset[0]}" "${preset[1]}"} "$clip" "$folder/out.nut"
     fi

@@ -1,8 +1,8 @@
 #!/bin/sh
-# Builds the benchmarks in build-gcc, runs them and prints a table of ratios: this library's work to its peers'.
+# Builds the benchmarks in build-gcc, runs them and prints a table of ratios of this library's times to its peers'.
 # usage: bench.sh [--quick] [--document]
-#   --quick     once and briefly, for a look
-#   --document  puts the table into docs/performance.md as well, and where there is perf, a profile
+#   --quick     one short repetition, for a rough result
+#   --document  also puts the table into docs/performance.md, and a profile if perf is installed
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -29,7 +29,7 @@ scripts/build-bench.sh subtitle_bench firsttext
 
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
-# In no fixed order, so that a slow moment of the machine does not fall on one of them alone.
+# Repetitions are interleaved at random, so that a slow moment of the machine does not affect only one benchmark.
 build-gcc/environment/run build-gcc/bin/subtitle_bench \
     --benchmark_min_time=$time --benchmark_repetitions=$repetitions --benchmark_enable_random_interleaving=true \
     --benchmark_out_format=json --benchmark_out="$folder/times.json" \
@@ -46,7 +46,7 @@ for player in library libass; do
 done >"$folder/firsttext"
 
 if [ -n "$document" ]; then
-    scripts/profile.sh >"$folder/profile" || : >"$folder/profile" # the table stands without
+    scripts/profile.sh >"$folder/profile" || : >"$folder/profile" # not needed for the table
     set -- "$document" "$folder/profile"
 else
     set --

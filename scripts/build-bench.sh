@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs what is missing and builds programs of the benchmarks in build-gcc.
+# Installs missing packages and builds targets of the benchmarks in build-gcc.
 # usage: build-bench.sh TARGET...
 set -eu
 cd "$(dirname "$0")/.."

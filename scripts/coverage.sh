@@ -1,8 +1,8 @@
 #!/bin/sh
-# Runs the tests on a build that counts what runs. Prints which lines of the library's files did not, and a table of the
-# shares of lines and branches that did; fails below 97 % of the lines.
+# Runs the tests on a build for coverage. Prints the lines of the library's files that did not run, and a table of the
+# shares of lines and branches that did. Fails below 97 % of the lines.
 # usage: coverage.sh
-#   BUILD: from the environment, a folder in which test.sh coverage has been run already
+#   BUILD: environment variable, a build folder in which `test.sh coverage` has already been run
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -13,7 +13,7 @@ if [ -z "${BUILD:-}" ]; then
 fi
 table=$(mktemp)
 trap 'rm -f "$table"' EXIT
-# Branches to where an exception lands are the compiler's, not the sources'.
+# Branches for exceptions are made by the compiler; they are not in the sources.
 gcovr --root . --filter '(api|parsers|render|textio|vobsub)/' --exclude-throw-branches -j 2 \
     --csv "$table" --txt - "${BUILD:-build-coverage}"
 awk -F , '

@@ -1,11 +1,11 @@
 #!/bin/bash
-# Builds the fuzzers in build-fuzz and lets each go on from its stored inputs; fails when one finds something.
+# Builds the fuzzers in build-fuzz and runs each, starting from its stored inputs. Fails if one finds something.
 # usage: fuzz.sh [--cpu-minutes N | --seconds N | --merge] [TARGET...]
-#   --cpu-minutes N  for so long each, in user and system time; 1 by default
+#   --cpu-minutes N  run each for N minutes of user and system time; 1 by default
 #   --seconds N      the same in seconds
-#   --merge          runs none, but takes those of the new inputs that reach new code over into fuzz/corpus
-#   TARGET           such as srt_fuzz; all of them by default
-# New inputs go to build-fuzz/corpus/TARGET, the reproducers of findings to build-fuzz/findings/TARGET.
+#   --merge          do not fuzz, but copy those new inputs that reach new code to fuzz/corpus
+#   TARGET           such as srt_fuzz; all by default
+# New inputs are in build-fuzz/corpus/TARGET, inputs that reproduce findings in build-fuzz/findings/TARGET.
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -30,7 +30,7 @@ case ${1:-} in
     ;;
 -*) usage ;;
 esac
-# shellcheck disable=SC2046 # one word a target
+# shellcheck disable=SC2046 # one word per target
 [ $# -gt 0 ] || set -- $(basename -s .cpp fuzz/*_fuzz.cpp)
 for target in "$@"; do
     [ -f "fuzz/$target.cpp" ] || usage
@@ -42,12 +42,12 @@ cmake -S . -B build-fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DSUBTITLE_FUZZ=ON -DSUBTITLE_BENCH=OFF -DSUBTITLE_WERROR=ON >/dev/null
 cmake --build build-fuzz --target "$@"
 
-# In memory where that is possible, since every input is written to a file.
+# In memory if possible, since every input is written to a file.
 folder=$(mktemp -d -p "$(if [ -w /dev/shm ]; then echo /dev/shm; else echo /tmp; fi)")
 trap 'rm -rf "$folder"' EXIT
 ticks=$(getconf CLK_TCK)
 
-# What a target does with longer inputs takes longer, and is the same.
+# Largest size of an input. Longer ones would only take more time.
 longest() {
     case $1 in
     idx_fuzz | stream_fuzz) echo 12000 ;;
@@ -55,7 +55,7 @@ longest() {
     esac
 }
 
-# In megabytes. FFmpeg's parsers allocate what a header says, but touch only what then comes.
+# In megabytes. FFmpeg's parsers allocate the size that a header gives, but touch only as much as data follows.
 largest_allocation() {
     case $1 in
     container_fuzz | frame_fuzz) echo 2100 ;;
@@ -78,7 +78,7 @@ fuzzer() {
 cpu_seconds() {
     local stat=
     read -r stat 2>/dev/null <"/proc/$1/stat" || :
-    # shellcheck disable=SC2086 # one word a field
+    # shellcheck disable=SC2086 # one word per field
     set -- ${stat##*) }
     echo $(((${12:-0} + ${13:-0}) / ticks))
 }
@@ -104,7 +104,8 @@ report() {
     echo "keep:      cp $reproducer fuzz/findings/$target/SPEAKING-NAME, which scripts/test.sh replays from then on"
 }
 
-# The clock that the limit for an input goes by also runs while the machine stands still.
+# was_only_delayed TARGET LOG STATUS: whether a timeout was caused by the machine being suspended, as the fuzzer
+# measures real time. If so, removes the reproducer, which runs in time now.
 was_only_delayed() {
     local reproducer
     reproducer=$(reproducer_in "$2")
@@ -123,7 +124,7 @@ run() {
             sleep 1
             used=$((before + $(cpu_seconds $process)))
             [ "$used" -lt "$spent" ] || spent=$used
-            # Makes it end after the input that it is at, and say what it has done.
+            # The fuzzer then ends after the current input and prints its statistics.
             [ "$spent" -lt "$seconds" ] || kill -USR1 $process 2>/dev/null || :
         done
         before=$spent

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Counts the instructions of 100 steady frames and of 100 lookups, which no other load of the machine changes, and
-# compares them with bench/instructions.txt. Fails when one takes over 5 % more.
+# Counts the instructions of 100 steady frames and of 100 lookups, which do not depend on the load of the machine, and
+# compares them with bench/instructions.txt. Fails if one of the counts is over 5 % higher.
 # usage: instructions.sh [--update]
 #   --update  writes the counts into that file instead
 set -eu
@@ -10,7 +10,7 @@ known=bench/instructions.txt
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 
-# The processor decides which memcpy runs, so the C library is left out. Valgrind offers AVX2, but not AVX-512.
+# The C library is not counted, since its memcpy() depends on the processor. Valgrind supports AVX2, but not AVX-512.
 if ! grep -qw avx2 /proc/cpuinfo; then
     echo "no AVX2: the known counts do not apply"
     exit 0
@@ -18,7 +18,7 @@ fi
 
 scripts/build-bench.sh steady
 
-# count WORK: the instructions inside the functions of bench/steady.cpp that begin with Counted
+# count WORK: prints the instructions in the functions of bench/steady.cpp whose names begin with Counted
 count() {
     QT_HASH_SEED=0 build-gcc/environment/run valgrind -q --tool=callgrind --toggle-collect='Counted*' \
         --callgrind-out-file="$folder/$1" build-gcc/bin/steady "$1"

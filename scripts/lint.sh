@@ -1,5 +1,5 @@
 #!/bin/sh
-# Checks the layout of all C and C++ files, then lints what the configuration gcc of test.sh has configured.
+# Checks the layout of all C and C++ files, then lints them with build-gcc's compile commands. Run test.sh gcc first.
 # usage: lint.sh [format|tidy|cppcheck]
 set -eu
 cd "$(dirname "$0")/.."

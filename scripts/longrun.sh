@@ -1,8 +1,7 @@
 #!/bin/sh
-# Shows many frames with subtitles of all formats and prints the memory in use and the open files on the way. Fails where
-# either grows.
+# Draws many frames with subtitles of all formats and prints memory in use and open files. Fails if either grows.
 # usage: longrun.sh [FRAMES]
-#   FRAMES  1000000 where it is left out; with less than 400000 the first quarter has not seen all
+#   FRAMES  1000000 by default; with less than 400000, the first quarter does not have every file at every size
 set -eu
 cd "$(dirname "$0")/.."
 scripts/build-bench.sh longrun

@@ -1,19 +1,19 @@
 #!/bin/sh
-# Paints a dusk over hills and pans across it: a clip of 16 seconds, 1920x1080, with a soft wind for sound.
+# Makes a clip of 16 seconds, 1920x1080: a pan across hills at dusk, with the sound of wind.
 # usage: make-clip.sh OUTPUT
 set -eu
 output=$1
 still=$(mktemp --suffix=.png)
 trap 'rm -f "$still"' EXIT
 
-# Ridges from far to near: each hides what lies behind it, and is darker the nearer it is.
+# Ridges from far to near. Each hides those behind it; nearer ones are darker.
 ridge1='790-70*sin(X/230)-36*sin(X/97+1)-11*sin(X/31)'
 ridge2='890-76*sin(X/290+2)-40*sin(X/113+0.5)-12*sin(X/37+2)'
 ridge3='1000-64*sin(X/350+4)-30*sin(X/131+1)-9*sin(X/29)'
 ridge4='1120-46*sin(X/430+1)-20*sin(X/71+3)-5*sin(X/17)'
 sun='hypot(X-1500,Y-600)'
 
-# channel SKY GLOW DISC FAR NEAR: a colour channel, whose ridges go from FAR to NEAR with mist at their feet
+# channel SKY GLOW DISC FAR NEAR: prints a colour channel, whose ridges range from FAR to NEAR, with mist at their feet
 channel() {
     far=$4
     near=$5

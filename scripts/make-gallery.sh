@@ -1,7 +1,7 @@
 #!/bin/sh
-# Makes the pictures of docs/gallery.md in docs/gallery/ from the demo's clip; run demo.sh first.
+# Makes the pictures of docs/gallery.md in docs/gallery/, from the demo's clip. Run demo.sh first.
 # usage: make-gallery.sh
-#   SUBBURN: from the environment, the program instead of build/bin/subburn
+#   SUBBURN: environment variable, program to use instead of build/bin/subburn
 set -eu
 cd "$(dirname "$0")/.."
 subburn=$(realpath "${SUBBURN:-build/bin/subburn}")
@@ -10,13 +10,13 @@ trap 'rm -rf "$folder"' EXIT
 mkdir -p docs/gallery
 rm -f docs/gallery/*
 
-# clip SIZE: the demo's clip in another size, a frame a second
+# clip SIZE: makes the demo's clip in another size, with one frame per second
 clip() {
     [ -f "$folder/$1.mkv" ] || ffmpeg -nostdin -v error -i demo/dusk.mp4 -an -r 1 -vf "scale=$1:flags=lanczos" \
         -c:v libx264 -preset veryfast -crf 10 "$folder/$1.mkv"
 }
 
-# picture NAME SIZE OPTIONS...: the frame at second 2 with a subtitle
+# picture NAME SIZE OPTIONS...: makes a picture of the frame at second 2 with a subtitle
 picture() {
     name=$1
     size=$2
@@ -26,7 +26,7 @@ picture() {
     ffmpeg -nostdin -v error -y -i "$folder/picture.png" -pix_fmt yuvj444p -q:v 3 "docs/gallery/$name.jpg"
 }
 
-# cue NAME TEXT: a SubRip file with one cue
+# cue NAME TEXT: writes a SubRip file with one cue
 cue() {
     printf '1\n00:00:01,000 --> 00:00:05,000\n%b\n' "$2" >"$folder/$1.srt"
 }
@@ -65,7 +65,7 @@ done
 
 # Settings, one at a time.
 plain="--subtitles $folder/plain.srt"
-# shellcheck disable=SC2086 # several words
+# shellcheck disable=SC2086 # $plain is several words
 {
     picture set-font $small $plain --font 'DejaVu Serif'
     picture set-size $small $plain --size 44

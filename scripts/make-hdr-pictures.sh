@@ -1,8 +1,8 @@
 #!/bin/sh
-# Makes docs/hdr-unmapped.png and docs/hdr-mapped.png: a PQ frame with white text at 10,000 cd/m2 and at 203, both brought
-# to standard range in the same way. Run demo.sh first.
+# Makes docs/hdr-unmapped.png and docs/hdr-mapped.png: a PQ frame with white text at 10,000 cd/m2 and at 203, both
+# tone-mapped to standard range in the same way. Run demo.sh first.
 # usage: make-hdr-pictures.sh
-#   BUILD: from the environment, the folder of the build instead of build
+#   BUILD: environment variable, build folder to use instead of build
 set -eu
 cd "$(dirname "$0")/.."
 build=${BUILD:-build}
@@ -11,7 +11,7 @@ folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 cmake --build "$build" --target subtitleframe >/dev/null
 
-# The demo's dusk with its white at 203 cd/m2 and the sun, which that range cut off, at 1,600.
+# A frame of the demo's clip, with white at 203 cd/m2, and the sun, which is clipped in standard range, at 1,600.
 ffmpeg -nostdin -v error -ss 2 -i demo/dusk.mp4 -frames:v 1 -vf "scale=$size:flags=area,\
 zscale=matrixin=709:transferin=709:primariesin=709:rangein=limited:transfer=linear:npl=203,format=gbrpf32le,\
 geq=r='r(X,Y)*(1+7*pow(r(X,Y),4))':g='g(X,Y)*(1+7*pow(r(X,Y),4))':b='b(X,Y)*(1+7*pow(r(X,Y),4))',\
@@ -20,8 +20,8 @@ zscale=matrix=2020_ncl:transfer=smpte2084:primaries=2020:range=limited:npl=203,f
 
 printf '00:00:00,000 --> 00:00:05,000\nThe hills are quiet,\nand the light goes slowly.\n' >"$folder/cue.srt"
 
-# picture NAME TRANSFER: the frame with the subtitle, as it looks: a tenth of the light is scattered, as in an eye, and
-# 10,000 cd/m2 become white.
+# picture NAME TRANSFER: makes a picture that shows what the frame with the subtitle looks like: a tenth of the light is
+# scattered, as in an eye, and 10,000 cd/m2 becomes white.
 picture() {
     "$build/environment/run" scripts/burn-frame.py "$build/bin/libsubtitleframe.so" "$folder/cue.srt" 2000 \
         ${size%x*} ${size#*x} "$2" <"$folder/frame.yuv" >"$folder/burnt.yuv"

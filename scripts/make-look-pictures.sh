@@ -1,8 +1,8 @@
 #!/bin/sh
-# Makes the pictures of the two looks in docs/: a cue at two sizes, four times enlarged, in the exact look, in the natural
-# one and as libass draws it; a yellow DVD picture; five lines; two cues at once.
+# Makes the pictures of the two looks in docs/: a cue at two sizes, enlarged four times, in the exact look, in the
+# natural look and as libass draws it; a yellow DVD picture; five lines; two cues at once.
 # usage: make-look-pictures.sh
-#   BUILD: from the environment, the folder of the build instead of build
+#   BUILD: environment variable, build folder to use instead of build
 set -eu
 cd "$(dirname "$0")/.."
 build=${BUILD:-build}
@@ -10,19 +10,19 @@ folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 cmake --build "$build" --target subtitleframe >/dev/null
 
-# frame WIDTH HEIGHT: a raw frame of rgb24 without a subtitle.
+# frame WIDTH HEIGHT: prints a raw rgb24 frame without a subtitle
 frame() {
     ffmpeg -nostdin -v error -f lavfi -i "color=black:s=${1}x$2,format=gbrp,\
 geq=r='60+100*X/W':g='90+60*Y/H':b='130-40*X/W'" -frames:v 1 -f rawvideo -pix_fmt rgb24 -
 }
 
-# burn NAME SUBTITLES MILLISECONDS WIDTH HEIGHT LOOK: a picture in the folder.
+# burn NAME SUBTITLES MILLISECONDS WIDTH HEIGHT LOOK: makes a picture with a subtitle in the temporary folder
 burn() {
     frame "$4" "$5" | "$build/environment/run" scripts/burn-look.py "$build/bin/libsubtitleframe.so" "$2" "$3" "$4" "$5" "$6" |
         ffmpeg -nostdin -v error -y -f rawvideo -pix_fmt rgb24 -s "${4}x$5" -i - "$folder/$1.png"
 }
 
-# join STACK OUTPUT FILTER NAME...: pictures of the folder, each filtered, beside or below each other.
+# join STACK OUTPUT FILTER NAME...: filters pictures of the temporary folder and joins them with the filter STACK
 join() {
     stack=$1
     output=$2
@@ -46,7 +46,8 @@ printf '00:00:00,000 --> 00:00:05,000\nShe said: Wait, 10 minutes?\nThen quietly
 for size in 854x480 1920x1080; do
     width=${size%x*}
     height=${size#*x}
-    # As large as a 14th of the frame's height: libass measures a font from its ascent to its descent.
+    # The text is a 14th of the frame's height, as the library's: libass takes a font's size from its ascent to its
+    # descent.
     cat >"$folder/cue.ass" <<END
 [Script Info]
 ScriptType: v4.00+

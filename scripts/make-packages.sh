@@ -1,7 +1,7 @@
 #!/bin/sh
-# Makes the Debian packages and has lintian look at them.
+# Makes the Debian packages and checks them with lintian.
 # usage: make-packages.sh [FOLDER]
-#   FOLDER: to put them in, packages where it is left out; packages of that version in it are replaced
+#   FOLDER: where to put them, packages/ by default; packages of the same version are replaced
 set -eu
 cd "$(dirname "$0")/.."
 case ${1:-} in
@@ -19,13 +19,13 @@ cmake -S . -B build-packages -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_C_COMPI
 cmake --build build-packages
 rm -f build-packages/*.deb
 
-# The time of the files in them, so that the same sources make the same packages.
+# Fixes the times of the files in the packages, so that the same sources make the same packages.
 SOURCE_DATE_EPOCH=$(dpkg-parsechangelog -l build-packages/debian/changelog.Debian -S Timestamp)
 export SOURCE_DATE_EPOCH
 (cd build-packages && umask 022 && cpack -G DEB)
 lintian --fail-on error,warning --tag-display-limit 0 build-packages/*.deb
 
-# expect PACKAGE FIELD TEXT: what lintian cannot know; the text is in the field
+# expect PACKAGE FIELD TEXT: checks, since lintian does not, that a field of a package contains the text
 expect() {
     dpkg-deb --field build-packages/"$1"_*.deb "$2" | grep -qF "$3" || {
         echo "make-packages.sh: $1: no $3 in $2" >&2
@@ -50,7 +50,7 @@ expect gstreamer1.0-subtitle Depends 'libgstreamer-plugins-base1.0-0 '
 expect frei0r-subtitle Depends "libsubtitle1 (= $version)"
 expect frei0r-subtitle Depends "libsubtitleframe1 (= $version)"
 
-# The program finds the libraries where the packages put them.
+# Checks that the program finds the libraries where the packages install them.
 rm -rf build-packages/unpacked
 for package in build-packages/*.deb; do
     dpkg-deb --extract "$package" build-packages/unpacked
@@ -59,7 +59,7 @@ for library in libsubtitle libsubtitleframe; do
     echo | LD_DEBUG=files build-packages/unpacked/usr/bin/subburn --subtitles README.md --pipe 2x2@1 2>&1 |
         grep -qF "calling init: $PWD/build-packages/unpacked/usr/lib/$(gcc -print-multiarch)/$library.so.1"
 done
-# The plugin finds both libraries there.
+# Checks that the plugin finds both libraries there.
 LD_LIBRARY_PATH=build-packages/unpacked/usr/lib/$(gcc -print-multiarch) \
     ldd build-packages/unpacked/usr/lib/frei0r-1/subtitleburn.so |
     grep -cF "=> build-packages/unpacked/usr/lib/$(gcc -print-multiarch)/libsubtitle" | grep -qx 2

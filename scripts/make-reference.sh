@@ -1,5 +1,5 @@
 #!/bin/sh
-# Makes the reference of the installed headers, build-reference/html/index.html; fails at anything left undocumented.
+# Makes the reference of the installed headers, build-reference/html/index.html. Fails if anything is undocumented.
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh doxygen

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Makes a VobSub pair, grey on dark grey, for PAL: brings the text of a SubRip file onto a DVD, as it were, and
-# takes it off there. The file is UTF-8, its cues follow each other.
+# Makes a VobSub pair for PAL, light grey with a dark grey outline, from the text of a SubRip file: authors DVD
+# subtitles and extracts them. The file must be UTF-8, with cues in order of time.
 # usage: make-vobsub.sh TEXT.srt OUTPUT.idx
 set -eu
 output=$2
@@ -11,7 +11,7 @@ sed '1s/^\xEF\xBB\xBF//' "$1" >"$folder/text.srt"
 start=$(awk -F '[:, ]' '/-->/ { print (($1 * 60 + $2) * 60 + $3) * 1000 + $4; exit }' "$folder/text.srt")
 length=$(awk -F '[:, ]' '/-->/ { end = ($6 * 60 + $7) * 60 + $8 } END { print end + 2 }' "$folder/text.srt")
 
-# By names in the folder, since its own may hold what means something in XML.
+# Named relative to the folder, since the folder's own path might contain special characters of XML.
 ln -s "$(fc-match -f '%{file}' 'DejaVu Sans')" "$folder/font.ttf"
 cat >"$folder/text.xml" <<'END'
 <subpictures format="PAL"><stream>
@@ -26,13 +26,13 @@ ffmpeg -nostdin -v error -f lavfi -i "color=c=gray:s=720x576:r=25:d=$length" -ta
     exit 1
 }
 
-# A program stream tells neither size nor palette; on a DVD they are kept elsewhere. spumux numbers the colours of the
-# outline and of the text 0 and 1.
+# A program stream has neither size nor palette, which a DVD stores elsewhere, so they are added here. spumux numbers
+# the outline's colour 0 and the text's 1.
 ffmpeg -nostdin -v error -i "$folder/disc.mpg" -map 0:s -c copy "$folder/bare.mkv"
 mkvextract -q "$folder/bare.mkv" tracks "0:$folder/bare.idx"
 black='000000, 000000, 000000, 000000, 000000, 000000, 000000'
 sed -i "s/^langidx:/size: 720x576\npalette: 303030, f0f0f0, $black, $black\n&/" "$folder/bare.idx"
 
-# The stream's clock begins with its first picture.
+# Times in the stream begin with its first picture, so they are shifted to the first cue's.
 mkvmerge -q -o "$folder/film.mkv" --sync "0:$start" --language 0:en "$folder/bare.idx"
 mkvextract -q "$folder/film.mkv" tracks "0:$output"

@@ -1,10 +1,9 @@
 #!/bin/bash
-# Runs the test programs under valgrind's memcheck, two at a time, and the programs of ours that they start with them.
-# Fails at the first kind of error or of memory definitely lost that scripts/valgrind.supp does not name, and at every
-# test that fails.
+# Runs the test programs under valgrind's memcheck, two at a time, together with the project's programs that they start.
+# Fails if a test fails, or if memcheck reports an error or lost memory that scripts/valgrind.supp does not list.
 # usage: memcheck.sh [NAME...]
-#   NAME:  of a test program, e.g. assparser_test; all but some tests of subburn by default
-#   BUILD: from the environment, the folder to build in instead of build-memcheck
+#   NAME:  name of a test program, e.g. assparser_test; all by default, with only some of subburn_test's tests
+#   BUILD: environment variable, folder to build in instead of build-memcheck
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -18,11 +17,11 @@ logs=$(mktemp -d)
 trap 'rm -rf "$logs"' EXIT
 export build logs
 
-# check NAME: one program; what valgrind says of it and of its children goes to a file of each process.
+# check NAME: runs one program; valgrind's messages are in one file for each process
 check() {
     local name=$1 started=$SECONDS filter='*' status=0
     case $name in
-    # Encoders are slow here; one test of every way through the program.
+    # Encoders are slow under valgrind, so there is one test of each path through the program.
     subburn_test) filter=$subburn ;;
     esac
     "$build/environment/run" valgrind -q --tool=memcheck \
@@ -47,8 +46,8 @@ export -f check
 subburn='*.PixelsBetween*:*.PicturesAreBurnt*:*.CarriesTheSubtitle:*.SubtitleFiles:*.SoundAndOtherStreams'
 export subburn="$subburn:*.PipeBurnsRawFrames:*.MarkupDoesNotShow:FailureTest.Subtitles:*.StartAndDurationCutAndShift"
 
-# Two of the programs only look at files that were built, one runs others under a limit of memory that valgrind exceeds,
-# one has an allocator of its own that fails, in whose place valgrind puts its own.
+# Not run: two programs that only inspect built files, one that limits the memory of others to less than valgrind needs,
+# and one with a failing allocator, which valgrind would replace by its own.
 mapfile -t all < <(
     find "$build/bin" -name '*_test' ! -name exports_test ! -name hardening_test ! -name bounds_test \
         ! -name memoryfaults_test -printf '%f\n' | sort

@@ -1,12 +1,12 @@
 #!/bin/bash
-# Builds what is committed on other platforms than this one, and runs the tests there. Needs root, for the chroots in which
-# all but Qt 6 on this machine happens; a platform for which none can be made is skipped.
+# Builds the committed tree on other platforms and runs the tests there. All platforms except qt6 use chroots, which
+# need root. A platform is skipped if its chroot cannot be made.
 # usage: platforms.sh [PLATFORM [TEST-PATTERN]]
-#   PLATFORM:     qt6, this machine with Qt 6; trixie or forky, Debian 13 or the one after it; trixie-qt6 or forky-qt6, the
-#                 same with Qt 6. All of them by default.
+#   PLATFORM:     qt6, this machine with Qt 6; trixie or forky, Debian 13 or the release after it; trixie-qt6 or
+#                 forky-qt6, the same with Qt 6. All of them by default.
 #   TEST-PATTERN: a regular expression; only tests whose names match are run
-#   SUBTITLE_PLATFORMS: from the environment, the folder that keeps the chroots instead of ~/.cache/libsubtitle-platforms
-#   SUBTITLE_MIRROR:    from the environment, a Debian mirror in the place of this machine's
+#   SUBTITLE_PLATFORMS: environment variable, folder for the chroots instead of ~/.cache/libsubtitle-platforms
+#   SUBTITLE_MIRROR:    environment variable, Debian mirror instead of this machine's
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -15,10 +15,10 @@ cache=${SUBTITLE_PLATFORMS:-${XDG_CACHE_HOME:-$HOME/.cache}/libsubtitle-platform
 mirror=${SUBTITLE_MIRROR:-$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' | grep -v security | head -n 1)}
 pattern=${2:-.}
 
-# enter ROOT COMMAND...: in a chroot. Its mounts and processes are in namespaces of their own, which end with the command,
-# however that ends.
+# enter ROOT COMMAND...: runs a command in a chroot. Mounts and processes are in namespaces of their own, which
+# disappear when the command ends for any reason.
 enter() {
-    # shellcheck disable=SC2016 # the shell in there expands them
+    # shellcheck disable=SC2016 # expanded by the inner shell
     unshare --mount --propagation private --pid --fork --kill-child sh -c '
         root=$1
         shift
@@ -30,7 +30,7 @@ enter() {
         CCACHE_DIR=/var/cache/ccache "${@:2}"
 }
 
-# chroots_work: whether they can be made here; says why not.
+# chroots_work: whether chroots can be made here; prints why not
 chroots_work() {
     if [ "$(id -u)" != 0 ]; then
         echo 'it needs root'
@@ -44,13 +44,13 @@ chroots_work() {
     return 1
 }
 
-# make_root SUITE: the chroot $cache/SUITE with the tree as it is committed in root/libsubtitle.
+# make_root SUITE: makes the chroot $cache/SUITE, and checks out the committed tree in its root/libsubtitle
 make_root() {
     local suite=$1 root=$cache/$1
     if [ ! -d "$root" ]; then
         mkdir -p "$cache"
         rm -rf "$root.new"
-        # By the script that all suites share, since an older debootstrap does not know the newer names.
+        # The script that all suites share is given, since an older debootstrap does not know newer suites.
         debootstrap --variant=minbase "$suite" "$root.new" "$mirror" /usr/share/debootstrap/scripts/sid >"$root.log"
         mv "$root.new" "$root"
     fi

@@ -1,6 +1,6 @@
 #!/bin/sh
-# Prints where the time of the library's main works goes, as a table; nothing where there is no perf. For bench.sh, which
-# builds what it runs.
+# Prints a table of the functions in which the library's main tasks spend their time, or nothing if perf is not
+# installed. Called by bench.sh, which builds the benchmarks first.
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -8,8 +8,8 @@ command -v perf >/dev/null || exit 0
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 
-# profile WORK BENCHMARK OPTIONS...: a line of the table. The first seconds, in which the files and the frames are made,
-# do not count. Small functions count as one.
+# profile WORK BENCHMARK OPTIONS...: prints a line of the table. The first 2.5 seconds, in which files and frames are
+# made, are not recorded. Functions below 3 % are added up.
 profile() {
     work=$1
     filter=$2

@@ -1,9 +1,9 @@
 #!/bin/sh
-# Installs what is missing, builds everything and runs the tests.
+# Installs missing packages, builds everything and runs the tests.
 # usage: test.sh [CONFIGURATION [TEST-PATTERN]]
-#   CONFIGURATION: gcc (the default) or clang, in Release; qt6, gcc with Qt 6; clang-asan, with sanitizers; clang-tsan,
-#                  with that of threads and only the tests that start some, of which those that go on for
-#                  SUBTITLE_SOAK_SECONDS do so for 60; coverage, which counts what runs, for coverage.sh
+#   CONFIGURATION: gcc (the default) or clang, Release builds; qt6, gcc with Qt 6; clang-asan, with AddressSanitizer and
+#                  UndefinedBehaviorSanitizer; clang-tsan, with ThreadSanitizer and only the tests that start threads,
+#                  where SUBTITLE_SOAK_SECONDS is 60 by default; coverage, for coverage.sh
 #   TEST-PATTERN:  a regular expression; only tests whose names match are run
 set -eu
 cd "$(dirname "$0")/.."
@@ -31,7 +31,7 @@ coverage) preset=coverage ;;
     ;;
 esac
 
-# shellcheck disable=SC2086 # one word a package
+# shellcheck disable=SC2086 # one word per package
 scripts/install-packages.sh $packages
 cmake --preset $preset >/dev/null
 cmake --build --preset $preset

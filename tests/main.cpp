@@ -2,13 +2,13 @@
 
 #include <gtest/gtest.h>
 
-// Read by AddressSanitizer, where it is built in: allocations that cannot be had are part of the tests.
+// Options for AddressSanitizer, if it is built in: some tests make allocations that must fail.
 extern "C" const char *__asan_default_options()
 {
     return "allocator_may_return_null=1";
 }
 
-/** Keeps a renderer, so that tests may use Qt's fonts and codecs; and every message of Qt's is a failure. */
+/** Keeps a renderer, so that tests may use Qt's fonts and codecs, and makes every Qt message a failure. */
 int main(int argc, char **argv)
 {
     testing::InitGoogleTest(&argc, argv);

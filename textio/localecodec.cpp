@@ -27,16 +27,16 @@ iconv_t OpenConverter(const char *to, const char *from)
 }
 
 /**
- * Converts all of the input.
- * @param unit   bytes of the unit of input that is left out where it cannot be converted.
- * @param write  takes what was converted.
- * @param skip   is called for each unit that is left out, with the bytes from there on.
+ * Converts the whole input.
+ * @param write  called with each converted part and its size in bytes.
+ * @param skip   called where the input cannot be converted, with the rest of it and its size; returns the number of
+ *               bytes to leave out.
  */
 template <typename Write, typename Skip>
 void Convert(iconv_t converter, const char *bytes, std::size_t size, const Write &write, const Skip &skip)
 {
     iconv(converter, nullptr, nullptr, nullptr, nullptr);
-    char *from = const_cast<char *>(bytes); // which iconv() does not write to
+    char *from = const_cast<char *>(bytes); // iconv() does not write to it
     std::array<char, 512> part;
     bool isFlushed = false;
     while (!isFlushed) {
@@ -55,9 +55,9 @@ void Convert(iconv_t converter, const char *bytes, std::size_t size, const Write
 }
 
 std::mutex mutex;
-/** Empty where Qt's is used. */
+/** Empty if Qt's codec is used. */
 std::string chosenName;
-/** What Qt took for the locale's when that was chosen. A host that sets another one since then means it. */
+/** Qt's locale codec when chosenName was set. If a host sets another one later, that one is used. */
 std::string qtNameBefore;
 std::string currentName;
 std::shared_ptr<const LocaleCodec> current;
@@ -88,7 +88,7 @@ std::string EnvironmentName()
 
 LocaleCodec::LocaleCodec(const std::string &name)
 {
-    // ASCII names no encoding for other characters; files are more likely to be UTF-8.
+    // ASCII has no other characters; files that do are more likely to be UTF-8.
     if (name.empty() || name == Utf8 || name == "ANSI_X3.4-1968")
         return;
     m_pDecoder = OpenConverter("UTF-16LE", name.c_str());

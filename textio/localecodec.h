@@ -9,15 +9,15 @@
 #include <string>
 
 /**
- * An 8-bit encoding by the name that the C library has for it, which is how locales name theirs. Qt 6 has but few of them, and
- * takes every locale's encoding for UTF-8. One object serves any number of threads.
+ * An 8-bit encoding, by its name in the C library and in locales. Uses iconv, because Qt 6 supports few encodings and
+ * assumes UTF-8 in every locale. Thread-safe.
  *
- * Bytes that are not valid in the encoding become U+FFFD, one by one; characters that it has not got become '?'.
+ * Each byte that is not valid in the encoding becomes U+FFFD; characters that it does not have become '?'.
  */
 class LocaleCodec
 {
 public:
-    /** @param name  a codeset of the locale's; UTF-8 where the C library does not know it, and for plain ASCII. */
+    /** @param name  a codeset name as in locales. UTF-8 is used if the C library does not know it, and for ASCII. */
     explicit LocaleCodec(const std::string &name);
     ~LocaleCodec();
     LocaleCodec(const LocaleCodec &) = delete;
@@ -28,12 +28,12 @@ public:
     QString Decode(const char *bytes, qsizetype size) const;
     QByteArray Encode(const QString &text) const;
 
-    /** The one for unmarked text and for names; see the functions below. */
+    /** The codec for file names and for text without a byte-order mark, as the functions below choose it. */
     static std::shared_ptr<const LocaleCodec> Current();
 
-    /** Chooses the codec of the environment's locale: where no host's Qt takes a stand. */
+    /** Chooses the codec of the environment's locale, for hosts that do not use Qt. */
     static void UseEnvironment();
-    /** Chooses what the host's Qt takes for the encoding of the locale, also when that changes. */
+    /** Chooses the locale codec of the host's Qt, and follows it if it changes. */
     static void UseQt();
     /** Chooses a codec by its name. */
     static void Use(const std::string &name);

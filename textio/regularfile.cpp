@@ -22,8 +22,8 @@ bool IsRegular(const struct stat &status)
 
 int OpenRegularFile(const char *name)
 {
-    // Opening a pipe would already wake its writer, and opening a device may do anything, so look first. Another file may
-    // take the name between the two calls, so look again.
+    // Opening a pipe would wake its writer, and opening a device may do anything, so check first. Another file may take
+    // the name between the two calls, so check again.
     struct stat status = {};
     if (stat(name, &status) != 0)
         return -1;
@@ -42,7 +42,7 @@ int OpenRegularFile(const char *name)
 bool OpenRegularFile(const QString &path, QFile &file)
 {
     const QByteArray name = LocaleCodec::Current()->Encode(path);
-    // A name ends at its first NUL for the kernel, which would open another file.
+    // For the kernel the name would end at the first NUL, and it would open another file.
     if (name.contains('\0'))
         return false;
     const int descriptor = OpenRegularFile(name.constData());

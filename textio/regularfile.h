@@ -7,22 +7,23 @@ class QFile;
 class QString;
 
 /**
- * Opens a file for reading, close-on-exec and without ever waiting; anything but a regular file counts as missing.
+ * Opens a file for reading, close-on-exec and without blocking; anything but a regular file counts as missing.
  * @return the descriptor, which the caller closes; -1 with errno set.
  */
 int OpenRegularFile(const char *name);
 
 /**
- * The same for a QFile without a name, which closes the descriptor itself.
- * @param path  its name is in the encoding of the locale.
+ * The same with a QFile, which must have no name and closes the descriptor itself.
+ * @param path  converted to the encoding of the locale, see LocaleCodec::Current().
+ * @return false if the file cannot be opened.
  */
 bool OpenRegularFile(const QString &path, QFile &file);
 
-/** read(2), repeated when a signal interrupts it. Never waits on what OpenRegularFile() opened: there it fails instead. */
+/** read(2), repeated if a signal interrupts it. Fails instead of blocking on a descriptor of OpenRegularFile(). */
 std::int64_t ReadSome(int descriptor, void *bytes, std::size_t count);
 
 /**
- * How many bytes of an open file may be read. A file that grows is read up to the size that it had when it was opened.
- * The pseudo files of the kernel say that they are empty, and some never end: of an empty file @p most bytes may be read.
+ * Most bytes to read of an open file: the size that it had when it was opened, even if it grows. Kernel pseudo files
+ * report the size 0 and some never end, so for them it is @p most.
  */
 std::int64_t ReadableSize(std::int64_t size, std::int64_t most);

@@ -5,7 +5,7 @@
 
 #include <bitset>
 
-/* What the decoder's files share, and what it keeps for the library's own parsers. */
+/* Internal interface of the decoder, for its own files and for the library's parsers. */
 
 constexpr int Rdbfr_size = 65536;
 
@@ -15,13 +15,13 @@ struct palette_entry {
 
 /** Everything that the decoder keeps between calls. Hosts see copies of some of it (see decoderview.h). */
 struct decoder_state {
-    // What is held of the unit coming in. Rdptr is null without a decoder, and at the start until the header is read.
+    // Bytes of the incoming unit. Rdptr is null without a decoder, and equals Rdbfr until the unit's header is read.
     unsigned char Rdbfr[Rdbfr_size];
     int Rdlgth;
     unsigned char *Rdptr;
-    bool RdLeft; ///< the high nibble of the byte at Rdptr is read already
+    bool RdLeft; ///< the high nibble of the byte at Rdptr has been read
 
-    // The header of the unit coming in.
+    // The header of the incoming unit.
     int subt_packet_size;
     int subt_data_size;
 
@@ -29,22 +29,22 @@ struct decoder_state {
     subtitle_canvas canvas;
     int width; ///< of the canvas
     int height;
-    std::bitset<SUBTITLE_MAX_SIDE> touched_rows; ///< those that are not as subtitle_init() made them
+    std::bitset<SUBTITLE_MAX_SIDE> touched_rows; ///< rows written since subtitle_init()
 
-    // The picture being written: its area on the canvas, and where the writer is in it.
+    // The picture being written: its area on the canvas, and the write position in that.
     unsigned char color[4];
     unsigned char alpha[4];
     int subt_org_x;
     int subt_org_y;
     int subt_width;
     int subt_height;
-    int64_t subt_x; ///< a host's run may be of any length
+    int64_t subt_x; ///< 64 bits, as hosts may write runs of any length
     int subt_y;
     int64_t subt_add;    ///< position in each plane
-    bool second_picture; ///< the top field has reached the area's last row
+    bool second_picture; ///< the next line of the field lies below the area
 
-    // Units may be so short that clearing the canvas for each would take minutes. Between Begin_Walk() and End_Walk() no
-    // host sees the canvas, and it is enough to clear the rows that were written.
+    // A stream of tiny units would take minutes if each cleared the whole canvas. Between Begin_Walk() and End_Walk()
+    // no host code runs, so after the first clear it is enough to clear the rows written since.
     bool is_walking;
     bool are_rows_known;
     std::bitset<SUBTITLE_MAX_SIDE> written_rows;
@@ -52,53 +52,53 @@ struct decoder_state {
 
 extern decoder_state decoder;
 
-/** Goes on at the next byte when half of the one at Rdptr is read. */
+/** Moves to the next byte if half of the one at Rdptr has been read. */
 void Skip_Half_Read();
 
-/** As Init_RleOutput(), without showing hosts where the picture is now; the next ones likewise. */
+/** As Init_RleOutput() and Rle_Output(), but without publishing the picture to hosts. */
 void Begin_Picture(int x, int y, int width, int height, unsigned int alpha_word, unsigned int colour_word);
 void Write_Run(unsigned int code);
 
-/** Goes to the start of a line of the picture, its first or second. */
+/** Moves to the start of a field. @param line  its first line: 0 for the top field, 1 for the bottom field */
 void Begin_Field(int line);
 
-/** Leaves the rest of the line as it is. */
+/** Moves to the start of the field's next line; the rest of this one stays as it is. */
 void End_Line();
 
 int Canvas_Size();
 
 void Free_Canvas(const subtitle_canvas &canvas);
 
-/** Whether subtitle_init() was called, and not subtitle_release() since. */
+/** Whether subtitle_init() was called and subtitle_release() was not called since. */
 bool subtitle_is_set_up();
 
-/** From the first touched row to the last. */
+/** The rows from the first to the last of touched_rows. */
 RowRange Touched_Rows();
 
-/** From the first row with a visible pixel to the last. */
+/** The rows from the first to the last with a visible pixel. */
 RowRange Visible_Rows();
 
-/** Takes the area of the picture being written away, so that nothing is written until the next one begins. */
+/** Makes the picture's area empty, so that nothing is written until the next picture begins. */
 void Clear_Area();
 
-/** Encloses the decoding of many units at once. */
+/** Call these before and after decoding many units, so that not every unit clears the whole canvas. */
 void Begin_Walk();
 void End_Walk();
 
-/** Forgets what is held of a unit that is not complete. The picture stays. */
+/** Drops the bytes of an incomplete unit. The picture stays. */
 void subtitle_drop_input();
 
-/** A decoder put aside with its canvas, which is freed with the record. What a host sets is not part of it. */
+/** The saved state of a decoder. Owns the saved canvas until Restore(). The settings of hosts are not saved. */
 class saved_decoder
 {
 public:
-    /** Takes the decoder's state away, which is then as after subtitle_release(). */
+    /** Moves the decoder's state here; the decoder is then as after subtitle_release(). */
     saved_decoder();
     ~saved_decoder();
     saved_decoder(const saved_decoder &) = delete;
     saved_decoder &operator=(const saved_decoder &) = delete;
 
-    /** Puts the state back in the place of the decoder's, which is released. */
+    /** Releases the decoder and moves the saved state back into it. */
     void Restore();
 
 private:

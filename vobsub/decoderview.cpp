@@ -36,7 +36,7 @@ struct shown_variables {
     subtitle_canvas &canvas = Shown("mediadata", mediadata);
 };
 
-// Found when the library is loaded, since the dynamic linker's lock is taken for it.
+// Looked up when the library is loaded, because the lookup takes the dynamic linker's lock.
 const shown_variables view;
 
 } // namespace

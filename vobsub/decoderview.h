@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-/* What hosts see of the decoder: variables that it publishes, and reads only where a host may set them. */
+/* The variables that hosts see. The decoder publishes its state there, and reads back only what a host may set. */
 
 /** What a host may set between subtitle_init() and a unit. */
 struct host_settings {
@@ -13,14 +13,14 @@ struct host_settings {
 };
 host_settings Read_Settings();
 
-/** Puts the settings, except Chroma_Width, back to what they are before a host sets them. */
+/** Resets the settings to their defaults, except Chroma_Width, which Publish_Canvas() sets. */
 void Reset_Settings();
 
 /** Sets Subt_Color. */
 void Set_Colour(int32_t colour);
 
-/** Shows hosts the canvas's size and planes. */
+/** Publishes the canvas's size and planes. */
 void Publish_Canvas();
 
-/** Shows hosts the last unit's times and rows. */
+/** Publishes the last unit's times and rows. */
 void Publish_Picture();

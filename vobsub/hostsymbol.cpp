@@ -9,7 +9,7 @@ namespace
 /** The version of every exported symbol, as api/libsubtitle.map names it. */
 constexpr const char *SymbolVersion = "LIBSUBTITLE_1";
 
-/** Only the program has copies; what a preloaded library brings is not meant. */
+/** Copy relocations exist only in the program; a symbol of a preloaded library must not be used. */
 bool IsInProgram(const void *address)
 {
     Dl_info info;

@@ -16,7 +16,7 @@ constexpr int PrivateStream1 = 0xBD;
 constexpr int PaddingStream = 0xBE;
 constexpr int PackHeader = 0xBA;
 
-/** Hands the packet's payload on when it belongs to a sub-picture stream. A packet that passes the end is cut there. */
+/** Decodes the payload of a packet of a sub-picture stream, ignores other packets. Cuts the packet at @p end. */
 void DecodePacket(const unsigned char *p, const unsigned char *end, int length)
 {
     if (end - p < 9)
@@ -32,7 +32,7 @@ void DecodePacket(const unsigned char *p, const unsigned char *end, int length)
     subtitle_decode(payload, static_cast<int>(std::min<std::ptrdiff_t>(length - headerLength - 4, held)));
 }
 
-/** How long the packet at @p p is; 0 when it is unknown or too short to tell. Hands on what it holds. */
+/** Decodes the packet at @p p. @return its length; 0 if its stream id is unknown or its header is incomplete */
 std::ptrdiff_t WalkPacket(const unsigned char *p, const unsigned char *end)
 {
     const int id = p[3];
@@ -51,7 +51,7 @@ bool StartsPacket(const unsigned char *p, std::ptrdiff_t left)
     return left > 4 && p[0] == 0 && p[1] == 0 && p[2] == 1;
 }
 
-/** The file's first bytes, fewer where it ends or cannot be read. */
+/** Reads the file's first bytes. @return their number, less than @p count at the end of the file or after an error */
 int ReadBeginning(int descriptor, unsigned char *bytes, int count)
 {
     int held = 0;

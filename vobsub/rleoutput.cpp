@@ -103,7 +103,7 @@ void Clear_Area()
 
 void New_Line()
 {
-    // No picture is higher than the canvas; a host may ask for any number of lines.
+    // Limited to prevent overflow: a host may call this any number of times. No picture is higher than the canvas.
     GoToLine(std::min(decoder.subt_y, SUBTITLE_MAX_SIDE) + 2);
     if (decoder.subt_y >= decoder.subt_height)
         decoder.second_picture = true;
@@ -125,11 +125,11 @@ void Write_Run(unsigned int code)
         if (room > 0)
             FillRun(room, pixel);
         New_Line();
-        // The next line resumes where the run would have ended: this is meant.
+        // Intentional: the next line starts as many pixels in as the run was too long.
         decoder.subt_x = run - room;
         decoder.subt_add += decoder.subt_x;
     }
-    // A run that ended its line counts for the line that it led to: this is meant.
+    // Intentional: a run that ends its line counts for the line after it.
     if (decoder.alpha[pixel]) {
         decoder.canvas.top = std::min(decoder.canvas.top, decoder.subt_y);
         decoder.canvas.bottom = std::max(decoder.canvas.bottom, decoder.subt_y);

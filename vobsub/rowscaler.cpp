@@ -19,7 +19,7 @@ struct FreeFrame {
 };
 using FramePointer = std::unique_ptr<AVFrame, FreeFrame>;
 
-/** The rows to ask the scaler for: some conversions want multiples of a number, unless they are all rows. */
+/** Extends rows to multiples of @p alignment, which some conversions need; to all rows if that passes the end. */
 RowRange AlignedRows(const RowRange &rows, int height, int alignment)
 {
     const int first = rows.nFirst / alignment * alignment;
@@ -29,7 +29,7 @@ RowRange AlignedRows(const RowRange &rows, int height, int alignment)
 
 void KeepBytes(void * /*opaque*/, uint8_t * /*bytes*/) {}
 
-/** A frame on the plane's own bytes; null without memory. */
+/** A frame that uses the plane's bytes without owning them; null if memory runs out. */
 FramePointer MakeFrame(const GreyPlane &plane)
 {
     FramePointer frame(av_frame_alloc());
@@ -49,7 +49,7 @@ FramePointer MakeFrame(const GreyPlane &plane)
 
 RowRange ScaledRows(const RowRange &rows, int fromRows, int toRows)
 {
-    // A picture that becomes lower is not 0 where it was: libswscale's rounding adds up over the taps of its filter.
+    // When scaling down, rows of 0 may become different: libswscale's rounding adds up over the taps of its filter.
     if (toRows < fromRows)
         return {0, toRows};
     if (rows.nCount <= 0)

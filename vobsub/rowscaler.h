@@ -4,20 +4,24 @@
 
 struct SwsContext;
 
-/** A picture of one byte a pixel, whose rows follow each other. */
+/** A picture of one byte a pixel, without padding between its rows. */
 struct GreyPlane {
     unsigned char *pBytes;
     int nWidth;
     int nHeight;
 };
 
-/** The rows of a picture of @p toRows rows that may show something of these ones, when it is scaled from @p fromRows. */
+/**
+ * The rows of the scaled picture that may differ from 0 if only @p rows of the original do.
+ * @param fromRows, toRows  the pictures' heights.
+ */
 RowRange ScaledRows(const RowRange &rows, int fromRows, int toRows);
 
 /**
- * Scales only what is needed for some rows of the result, which are as when everything is scaled.
+ * Scales only some rows of the result, to the same bytes as if everything were scaled.
  * @param context  made for pictures of these sizes.
- * @param from     all of it is readable, and some bytes behind it.
- * @return false without memory.
+ * @param from     some bytes after it must be readable too.
+ * @param rows     of the result; others may be written as well.
+ * @return false if memory runs out.
  */
 bool ScaleRows(SwsContext *context, const GreyPlane &from, const GreyPlane &to, const RowRange &rows);

@@ -20,7 +20,7 @@ bool SubFileReader::Fetch(const QString &path, std::uint32_t start, std::uint32_
     if (!ReadState(file.handle(), state))
         return false;
     bytes.clear();
-    // By the size of the file, since memory is allocated for all that is asked for.
+    // Limited to the file's size, since read() allocates memory for all that is asked for.
     const std::int64_t size = ReadableSize(state.nSize, std::int64_t{start} + MaxLength);
     const std::int64_t wanted =
         std::min(std::int64_t{std::min(length, MaxLength)}, size - static_cast<std::int64_t>(start));

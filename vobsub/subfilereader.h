@@ -6,28 +6,29 @@
 #include <cstdint>
 
 /**
- * Fetches pieces of a .sub file, which is open during a fetch only. It may be away, cut short or replaced between two.
+ * Reads pieces of a .sub file. The file is open during a fetch only, so it may be removed, truncated or replaced in
+ * between.
  */
 class SubFileReader
 {
 public:
-    /** The most that one fetch brings, all of which is decoded; what lies between two entries is far shorter. */
+    /** Most bytes that one fetch returns, as all of them get decoded. Real entries are far closer to each other. */
     static constexpr std::uint32_t MaxLength = 4 * 1024 * 1024;
 
     /**
-     * @param length  the bytes wanted; fewer come where the file ends and beyond MaxLength.
-     * @return false when the file cannot be opened or read.
+     * @param length  bytes to read; fewer are read at the end of the file, and never more than MaxLength.
+     * @return false if the file cannot be opened or read.
      */
     bool Fetch(const QString &path, std::uint32_t start, std::uint32_t length, QByteArray &bytes);
 
-    /** Whether the last fetch went on where the one before it ended, in the same unchanged file. */
+    /** Whether the last fetch began where the one before it ended, in the same unchanged file. */
     bool IsContinued() const;
 
-    /** What was fetched last was not used. */
+    /** Call this if the bytes of the last fetch were not used; the next fetch then does not continue it. */
     void Forget();
 
 private:
-    /** What tells one state of a file from another. */
+    /** Identifies a file and its version. */
     struct FileState {
         std::uint64_t nDevice = 0;
         std::uint64_t nInode = 0;

@@ -33,7 +33,7 @@ constexpr int ScalerPadding = 64;    // the scaler writes whole vectors
 constexpr long LastEntryHold = 3000; // ms; the pictures' own stop times are not used
 constexpr unsigned int LastEntryLength = 8192;
 
-// The decoder belongs to the process; its state changes with its user.
+// The process has one decoder. The mutex guards it and its user, the parser whose state it currently has.
 std::mutex decoderMutex;
 SubParser *decoderUser;
 
@@ -50,7 +50,7 @@ QString Value(const QString &line, QLatin1String key)
 
 void ReadSize(const QString &value, int &width, int &height)
 {
-    // Counted first, since a hostile line has millions of parts.
+    // Count before splitting, since a hostile line may have millions of parts.
     if (value.count(QLatin1Char('x')) != 1)
         return;
     const QStringList parts = value.split(QLatin1Char('x'));
@@ -85,7 +85,7 @@ int ToWholeNumber(const QString &text)
     return isNumber ? TruncateToInt(value) : 0;
 }
 
-/** hh:mm:ss:mmm in milliseconds; 0 with fewer than three colons, and a field that is no number counts as 0. */
+/** Reads hh:mm:ss:mmm as milliseconds; 0 if colons are missing. A field that is not a number counts as 0. */
 int ReadTimestamp(const QString &stamp)
 {
     const QStringList parts = stamp.split(QLatin1Char(':'));
@@ -96,7 +96,7 @@ int ReadTimestamp(const QString &stamp)
     return WrapAdd(ToWholeNumber(parts[3]), WrapMultiply(seconds, 1000));
 }
 
-/** The line's fields stand at fixed columns: "timestamp: 00:00:01:000, filepos: 000000000". */
+/** The line has its fields at fixed columns: "timestamp: 00:00:01:000, filepos: 000000000". */
 VobSubtitleItem ReadEntry(const QString &line)
 {
     VobSubtitleItem item;
@@ -206,7 +206,7 @@ bool SubParser::FetchEntry(const QString &key, QByteArray &bytes)
     const int entry = key.toInt();
     if (entry < 0 || entry >= m_listItems.size())
         return false;
-    // Positions beyond 32 bits wrap round, and so does a length where the next entry lies before this one.
+    // Positions wrap around at 32 bits, and so does the length if the next entry lies before this one.
     const auto start = static_cast<std::uint32_t>(m_listItems[entry].nFilePos);
     const bool isLast = entry == m_listItems.size() - 1;
     const std::uint32_t length =
@@ -243,7 +243,7 @@ void SubParser::Decode(QByteArray &bytes)
         m_reader.Forget();
         throw;
     }
-    // An entry's beginning completes the unit that the entry before it left incomplete, but no other.
+    // An entry may begin with the end of a unit from the entry directly before it. Drop the bytes of any other unit.
     if (!m_reader.IsContinued())
         subtitle_drop_input();
     DecodePSStream(reinterpret_cast<unsigned char *>(bytes.data()), bytes.size());
@@ -256,7 +256,7 @@ bool SubParser::DecodeAndScale(QByteArray &bytes)
     return MakeScaler() && ScaleCanvas();
 }
 
-/** Puts the state of the decoder's last user aside, and that of this one in its place if there is one. */
+/** Saves the decoder's state for its last user and restores this parser's, if it has one. */
 void SubParser::BecomeDecoderUser()
 {
     if (decoderUser == this)
@@ -269,7 +269,7 @@ void SubParser::BecomeDecoderUser()
     m_pDecoder.reset();
 }
 
-/** Makes the decoder this parser's; also after a host released it or set it up for another size. */
+/** Makes this parser the decoder's user, and sets the decoder up again if a host released it or changed its size. */
 void SubParser::TakeDecoder()
 {
     BecomeDecoderUser();
@@ -280,7 +280,7 @@ void SubParser::TakeDecoder()
     Set_Colour(colour);
 }
 
-/** Makes the scaler and its buffer, or keeps them while the sizes are the same. */
+/** Makes or keeps the scaler and its buffer; false if the frame size is impossible or memory runs out. */
 bool SubParser::MakeScaler()
 {
     if (!IsPossibleFrame(m_nVideoWidth, m_nVideoHeight))
@@ -298,7 +298,7 @@ bool SubParser::MakeScaler()
     return m_pImageBuffer;
 }
 
-/** Where the canvas is as it was made, luma and alpha are 0, and so they are scaled. The picture has no chroma. */
+/** Scales luma and alpha; chroma is not used. Skips rows not written since subtitle_init(): they are 0, also scaled. */
 bool SubParser::ScaleCanvas()
 {
     SubtitlePlanes planes = {};
@@ -314,12 +314,12 @@ bool SubParser::ScaleCanvas()
            scale(planes.plane[3], m_pImageBuffer + m_nImageBuffer / 2, m_rowsAlpha);
 }
 
-/** Makes the image transparent black but for the rows with luma, in which it may have any pixels; false without memory. */
+/** Makes the image transparent black except in the rows with luma, which may have any pixels; false without memory. */
 bool SubParser::ClearImage()
 {
     const std::size_t width = m_nVideoWidth;
     if (m_image.isDetached() && m_image.size() == QSize(m_nVideoWidth, m_nVideoHeight)) {
-        // Nobody else holds it.
+        // Nobody else uses the image, so it can be changed in place.
         for (int row = m_rowsImage.nFirst; row < m_rowsImage.End(); ++row) {
             if (!m_rowsLuma.Contains(row))
                 std::memset(m_image.scanLine(row), 0, width * 4);
@@ -341,7 +341,7 @@ QImage SubParser::MakeImage()
     if (!ClearImage())
         return QImage();
     m_rowsImage = m_rowsLuma;
-    const int width = m_nVideoWidth; // a copy that the compiler knows the pixels not to change
+    const int width = m_nVideoWidth; // a copy, since the compiler must assume that writing pixels changes members
     for (int row = m_rowsLuma.nFirst; row < m_rowsLuma.End(); ++row) {
         auto *pixels = reinterpret_cast<std::uint32_t *>(m_image.scanLine(row));
         const unsigned char *luma = m_pImageBuffer + static_cast<std::size_t>(row) * width;

@@ -12,10 +12,10 @@ decoder_state decoder;
 namespace
 {
 
-constexpr int HeaderSize = 4;    // of a unit: its size, then where its control area begins
+constexpr int HeaderSize = 4;    // of a unit: its size and the offset of its control area, 2 bytes each
 constexpr int PlanePadding = 64; // scalers read whole vectors
 
-/** What a unit's commands say; its words are 0 where a unit has no such command. */
+/** The values set by a unit's commands; 0 without such a command. */
 struct unit_control {
     int x1, x2, y1, y2;
     int off1, off2;
@@ -27,7 +27,7 @@ unsigned char *AllocatePlanes(int count, int padding)
     return static_cast<unsigned char *>(malloc(static_cast<size_t>(count) * Canvas_Size() + padding));
 }
 
-/** False, and no plane left, where there is no memory. */
+/** False if memory runs out; no plane is left allocated then. */
 bool AllocateCanvas()
 {
     decoder.canvas.plane[0] = AllocatePlanes(3, PlanePadding);
@@ -47,7 +47,7 @@ bool AllocateCanvas()
     return false;
 }
 
-/** A unit that cannot be what it says: nothing shows, and the next bytes begin a new one. */
+/** Refuses an invalid unit: no pixel is visible, and the next bytes begin a new unit. */
 void Refuse()
 {
     subtitle_drop_input();
@@ -61,7 +61,7 @@ int ReadThreeNibbles()
     return high * 256 + middle * 16 + Get_HalfByte();
 }
 
-/** Any byte that is no command is passed over, and so is the forced display 0x00. */
+/** Skips bytes that are not commands, and the forced display 0x00. */
 void ReadCommand(int command, int time, unit_control &control)
 {
     switch (command) {
@@ -93,8 +93,8 @@ void ReadCommand(int command, int time, unit_control &control)
 }
 
 /**
- * A sequence is laid out as delay, offset of the next, commands, 0xFF. The walk ends where two delays are equal, and takes
- * the time from the offset: this is meant.
+ * A sequence consists of its delay, the offset of the next one, commands and 0xFF. Intentional: the time is computed
+ * from the offset, not from the delay, and the walk ends when two delays in a row are equal.
  */
 unit_control WalkControl()
 {
@@ -139,7 +139,7 @@ void DecodeCode()
     Write_Run(code);
 }
 
-/** Both fields stop 4 bytes before the control area, so that the last pixel data is never shown: this is meant. */
+/** Intentional: both fields stop 4 bytes before the control area, so the last pixel data is never shown. */
 void DecodeFields(const unit_control &control)
 {
     unsigned char *const base = decoder.Rdbfr + HeaderSize;
@@ -150,7 +150,7 @@ void DecodeFields(const unit_control &control)
     while (decoder.Rdptr < end && !decoder.second_picture)
         DecodeCode();
 
-    // A nibble left over from the top field is not dropped: this is meant.
+    // Intentional: if the top field stopped in the middle of a byte, the bottom field starts with a low nibble.
     Begin_Field(1);
     decoder.Rdptr = base + control.off2;
     while (decoder.Rdptr < end)
@@ -181,7 +181,7 @@ void DecodeUnit()
     decoder.canvas.top += decoder.subt_org_y;
     decoder.canvas.bottom = std::min(decoder.canvas.bottom + decoder.subt_org_y, decoder.height - 1);
 
-    // What is held beyond the unit is taken from where its pixel data ended, not from its own end: this is meant.
+    // Intentional: the bytes held beyond the unit are taken from where its pixel data ended, not from its own end.
     decoder.Rdlgth -= decoder.subt_packet_size;
     memmove(decoder.Rdbfr, decoder.Rdptr, decoder.Rdlgth);
     decoder.Rdptr = decoder.Rdbfr;
@@ -245,7 +245,7 @@ int subtitle_init(const unsigned int *palette, int width, int height)
 {
     for (int k = 0; k < 16; ++k) {
         const unsigned int word = palette[k];
-        // No conversion of colours: hosts make their palettes for this.
+        // Colours are not converted: hosts make their palettes for this.
         decoder.sub_pal[k] = {static_cast<unsigned char>(word), static_cast<unsigned char>(word >> 16),
                               static_cast<unsigned char>(word >> 8)};
     }

@@ -9,7 +9,7 @@
 namespace
 {
 
-/** Position in the output planes: luma by pixel, chroma as many steps as the chroma format has samples. */
+/** Position in the output planes, in luma and in chroma samples. */
 struct placement {
     int64_t luma;
     int64_t chroma;
@@ -17,7 +17,7 @@ struct placement {
 
 placement FirstPosition(const host_settings &settings)
 {
-    constexpr int Margin = 10; // rows that stay free at the picture's top and bottom
+    constexpr int Margin = 10; // rows kept free at the top and bottom
     const int height = decoder.height;
     const bool fits = settings.offset < height - Margin - decoder.canvas.bottom;
     const int shift = fits ? settings.offset : height - decoder.canvas.bottom - Margin;
@@ -64,7 +64,7 @@ void subtitle_write_x(SubtitlePlanes *out)
 
         const host_settings settings = Read_Settings();
         placement to = FirstPosition(settings);
-        // The rows may be those of a picture on an earlier, higher canvas.
+        // The last picture may have been drawn on an earlier, higher canvas.
         const int bottom = std::min(decoder.canvas.bottom, decoder.height - 1);
         for (int row = decoder.canvas.top; row <= bottom; ++row)
             PlaceRow(row, (row - decoder.canvas.top) % 2 == 0, settings.format, to);

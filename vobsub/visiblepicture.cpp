@@ -32,11 +32,11 @@ ColorPicture VisiblePicture()
                rows.nCount,
                {}};
     picture.listPixels.reserve((end - left) * rows.nCount);
-    // Without a palette the decoder has black and white, in Y only.
+    // With Subt_Color 0 the palette is black and white, in Y only.
     const bool isGrey = Read_Settings().color == 0;
     for (int row = rows.nFirst; row < rows.End(); ++row) {
         for (std::size_t at = row * width + left; at < row * width + end; ++at) {
-            // Planes Y, U and V hold the palette's bytes as they are: blue, green and red.
+            // The planes Y, U and V hold the palette's bytes unconverted: blue, green and red.
             const std::uint32_t blue = decoder.canvas.plane[0][at];
             const std::uint32_t green = isGrey ? blue : decoder.canvas.plane[1][at];
             const std::uint32_t red = isGrey ? blue : decoder.canvas.plane[2][at];

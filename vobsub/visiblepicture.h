@@ -2,5 +2,5 @@
 
 #include "parsers/colorpicture.h"
 
-/** What shows on the decoder's canvas, from the first visible row and column to the last. */
+/** The visible part of the decoder's canvas, cut to its visible rows and columns. */
 ColorPicture VisiblePicture();

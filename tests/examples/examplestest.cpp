@@ -77,7 +77,7 @@ void ExamplesTest::ExpectFilm(const std::string &strBytes, int nRate, int nScale
 {
     ASSERT_EQ(strBytes.size(), m_film.Bytes().size());
     for (std::size_t n = 0; n < m_film.listFrames.size(); ++n) {
-        // To the nearest millisecond, halves upwards.
+        // Rounded to the nearest millisecond, halves up.
         const long nMilliseconds = (static_cast<long>(n) * 2000 * nScale + nRate) / (2 * nRate);
         m_film.ExpectFrame(n, strBytes.substr(n * m_film.FrameBytes(), m_film.FrameBytes()), nMilliseconds,
                            m_strSubtitles);

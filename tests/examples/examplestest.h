@@ -5,28 +5,28 @@
 
 #include <gtest/gtest.h>
 
-/** Raw frames, and what the library makes of them when it is called without any host between. */
+/** Raw RGB frames, and what the library, called directly, burns into them. */
 struct Film {
     int nWidth;
     int nHeight;
     std::vector<std::string> listFrames;
 
-    /** Frames that differ from one another, without the colours of text and outline. */
+    /** Makes different frames without the colours of text and outline. */
     static Film Make(int nWidth, int nHeight, int nFrames);
 
     std::size_t FrameBytes() const { return std::size_t{3} * nWidth * nHeight; }
     std::string Bytes() const;
 
-    /** Whether the tests' subtitle file has one at a time; both ends count. */
+    /** Whether the tests' subtitle file has a subtitle at a time; its ends are included. */
     static bool IsDue(long nMilliseconds);
 
-    /** One of its frames with the subtitle due at a time. */
+    /** A frame with the subtitle that is due at a time. */
     std::string Burnt(std::size_t nFrame, long nMilliseconds, const std::string &strSubtitles) const;
 
     /**
-     * Expects of a host's frame the film's own bytes outside the subtitle's time, and inside it the very bytes of
-     * Burnt(); and, so that not both are wrong in the same way, some pixels in the colours of text and outline around
-     * row 85 percent, and no other change.
+     * Expects a host's frame to equal the film's if no subtitle is due, else Burnt(). As an independent check, the
+     * changed pixels must have the colours of text and outline, both of them, and lie between 70 and 99 percent of the
+     * height.
      */
     void ExpectFrame(std::size_t nFrame, const std::string &strFrame, long nMilliseconds,
                      const std::string &strSubtitles) const;
@@ -39,10 +39,10 @@ protected:
     /** Full name of a file in the test's folder. */
     std::string File(const std::string &strName) const { return (m_folder.Path() / strName).string(); }
 
-    /** Expects the whole film, at so many frames per second. */
+    /** Expects the whole film as burnt at nRate / nScale frames per second. */
     void ExpectFilm(const std::string &strBytes, int nRate, int nScale = 1) const;
 
-    /** Writes the film with FFmpeg's program, without loss; gives the file's name. */
+    /** Writes the film with the ffmpeg program. @return the file's full name. */
     std::string Video(const std::string &strName, const std::vector<std::string> &listOptions) const;
 
     TemporaryFolder m_folder;

@@ -13,9 +13,9 @@ class FfmpegHostTest : public ExamplesTest
 {
 protected:
     /**
-     * Expects the pictures of some frames, in this order.
+     * Expects the pictures for m_listTimes, in this order.
      *
-     * @param setValues  of text and outline in the first plane.
+     * @param setValues  the values of text and outline in the first plane.
      */
     void ExpectPictures(const std::string &strVideo, const DecodedFilm &film, const std::set<int> &setValues) const
     {
@@ -33,7 +33,7 @@ protected:
         }
     }
 
-    /** What the frames of the test's film say of themselves. */
+    /** Size and colour tags of the film's frames. */
     SubtitleFrame Description(int nSpace = AVCOL_SPC_UNSPECIFIED, int nRange = AVCOL_RANGE_UNSPECIFIED) const
     {
         SubtitleFrame description = {};
@@ -54,7 +54,7 @@ protected:
         EXPECT_EQ(outcome.strOut, "");
     }
 
-    // Forwards and back, between frames, the last one and what is behind it.
+    // Times and their frames: forwards and backwards, between frames, in the last frame and after the end.
     const std::vector<std::pair<std::string, std::size_t>> m_listTimes = {
         {"0", 0},    {"0.36", 9}, {"0.4", 10},    {"0.8", 20},  {"0.84", 21}, {"1.2", 30},
         {"0.5", 12}, {"1.4", 35}, {"1.4399", 35}, {"1.44", 36}, {"1.56", 39}, {"9", 39}};
@@ -62,7 +62,7 @@ protected:
 
 } // namespace
 
-// The decoder predicts frames from others, in another order than that of the film.
+// With B-frames, the decoder predicts from later frames: drawing must not change its reference frames.
 TEST_F(FfmpegHostTest, BurnsPicturesInAnyOrder)
 {
     const std::string strVideo =

@@ -1,4 +1,4 @@
-// A host that forks, as docs/hosting.md allows: both processes go on with the handles that there were.
+// A host that forks, as docs/hosting.md allows: both processes can go on using the existing handles.
 #include "examplestest.h"
 
 #include "libsubtitle.h"
@@ -13,7 +13,7 @@ protected:
     ForkTest() { EXPECT_EQ(SetSubtitleFile(m_pSubtitle, m_strSubtitles.c_str(), 0), 0); }
     ~ForkTest() override { DestroyVideoSubtitle(m_pSubtitle); }
 
-    /** A frame as the handle burns it. */
+    /** A frame burnt by the handle that existed before the fork. */
     std::string FrameAt(std::size_t nFrame) const
     {
         std::string strFrame = m_film.listFrames[nFrame];
@@ -38,7 +38,7 @@ TEST_F(ForkTest, ChildAndParentGoOn)
     const int nChild = RunForked([&] {
         const bool bSame = FrameAt(30) == strSecond && FrameAt(10) == strFirst;
         DestroyVideoSubtitle(m_pSubtitle);
-        // With no handle left, everything is made anew.
+        // Without any handle left, the library has to start anew in the child.
         return bSame && m_film.Burnt(30, 1200, m_strSubtitles) == strSecond ? 0 : 1;
     });
     EXPECT_EQ(nChild, 0);

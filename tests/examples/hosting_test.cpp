@@ -1,4 +1,4 @@
-// docs/hosting.md: what it quotes stands in the file that it names, what it links to is there, and the commands work.
+// docs/hosting.md: its quotes are in the files that it names, its links lead to files, and the examples' commands work.
 #include "support/childprocess.h"
 #include "support/temporaryfolder.h"
 
@@ -26,7 +26,7 @@ Lines ReadLines(const std::filesystem::path &path)
     return listLines;
 }
 
-/** The same, with what begins a line of a comment taken for indentation. */
+/** The same, with the " * " of comment lines replaced by spaces. */
 Lines ReadSource(const std::filesystem::path &path)
 {
     Lines listLines = ReadLines(path);
@@ -37,7 +37,7 @@ Lines ReadSource(const std::filesystem::path &path)
     return listLines;
 }
 
-/** Without the indentation that all lines have in common. */
+/** Removes the indentation that all lines have in common. */
 Lines Unindented(Lines listLines)
 {
     std::size_t nCommon = std::string::npos;
@@ -48,7 +48,7 @@ Lines Unindented(Lines listLines)
     return listLines;
 }
 
-/** Whether the lines stand in a file, one behind the other. */
+/** Whether a file contains these lines in a row, at any indentation. */
 bool Stands(const Lines &listQuote, const Lines &listFile)
 {
     for (std::size_t n = 0; n + listQuote.size() <= listFile.size(); ++n) {
@@ -60,7 +60,7 @@ bool Stands(const Lines &listQuote, const Lines &listFile)
 }
 
 struct Quote {
-    std::string strFile; ///< the last link in front of it
+    std::string strFile; ///< target of the last link before it
     int nLine = 0;
     Lines listLines;
 };
@@ -99,7 +99,7 @@ TEST(Hosting, QuotesStandInTheFilesThatItNames)
             << "docs/hosting.md:" << quote.nLine << ": is not in " << quote.strFile;
         listFiles.insert(quote.strFile);
     }
-    // Of each example there is something to read.
+    // Each example is quoted.
     for (const auto &entry : std::filesystem::directory_iterator(Root / "examples"))
         EXPECT_EQ(listFiles.count("examples/" + entry.path().filename().string()), 1U) << entry.path();
 }
@@ -128,7 +128,7 @@ TEST(Hosting, LinksLeadToFiles)
 namespace
 {
 
-/** The command in the comment that a file begins with, to write what it makes to the folder $1. */
+/** The build command in the comment at the beginning of a file, changed to write its output to the folder $1. */
 std::string BuildCommand(const std::filesystem::path &path)
 {
     std::string strCommand;
@@ -147,7 +147,7 @@ std::string BuildCommand(const std::filesystem::path &path)
 TEST(Hosting, ExamplesAreBuiltByTheCommandsInThem)
 {
     const TemporaryFolder folder;
-    // The shell would split folders with blanks in what pkg-config says, so the compiler is told of them otherwise.
+    // Folders are passed in the environment: the shell would split paths with blanks in pkg-config's output.
     folder.Write("libsubtitle.pc",
                  "Name: libsubtitle\nDescription: the one under test\nVersion: 1\nLibs: -lsubtitle\n");
     folder.Write("libsubtitleframe.pc",

@@ -1,4 +1,4 @@
-// Read by LeakSanitizer, where it is built in: what Qt's offscreen platform leaves behind is not the examples'.
+// For LeakSanitizer, if built in: leaks of Qt's offscreen platform are not the examples'.
 extern "C" const char *__lsan_default_suppressions()
 {
     return "leak:libqoffscreen\nleak:QScreen::QScreen\nleak:QPlatformScreen::QPlatformScreen\n"

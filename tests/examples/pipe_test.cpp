@@ -12,7 +12,7 @@ protected:
     Outcome Run(std::vector<std::string> listArguments) const
     {
         listArguments.insert(listArguments.begin(), EXAMPLES "/pipe.sh");
-        // So that the pixels are those which ExpectFilm() knows.
+        // ExpectFilm() expects pixels in the exact look.
         const std::string strProgram =
             m_folder.Write("subburn", "#!/bin/sh\nexec \"" SUBBURN_PROGRAM "\" --exact \"$@\"\n");
         std::filesystem::permissions(strProgram, std::filesystem::perms::owner_all);
@@ -26,7 +26,7 @@ protected:
         return outcome.strOut;
     }
 
-    /** What tells the packets of a file's sound, and their times, from others. */
+    /** Hashes and times of the packets of a file's audio. */
     std::string Sound(const std::string &strFile) const
     {
         return Output({"ffmpeg", "-v", "error", "-i", strFile, "-map", "0:a", "-c", "copy", "-f", "framehash", "-"});

@@ -1,4 +1,4 @@
-// The host in Python that burns into the frames of PyAV's decoders.
+// The Python host that burns into frames decoded by PyAV.
 #include "decodedfilm.h"
 #include "examplestest.h"
 
@@ -20,7 +20,7 @@ protected:
         return ChildProcess::Run(listArguments);
     }
 
-    /** Runs Python with the host loaded as a module, and its library. */
+    /** Runs a Python program after loading the host as a module, and the library. */
     static std::string Python(const std::string &strProgram, std::vector<std::string> listArguments)
     {
         const std::string strStart = "import sys\n"
@@ -42,7 +42,7 @@ protected:
         return outcome.strOut;
     }
 
-    /** How many frames of a film are copied before they are drawn into. */
+    /** Number of frames that the host copies before drawing, as printed by Python. */
     std::string Copied(const std::string &strVideo) const
     {
         return Python("film = av.open(sys.argv[1])\n"
@@ -60,9 +60,9 @@ protected:
     }
 
     /**
-     * Expects every frame of a film in the output, at its time.
+     * Expects every frame of a film in the output, burnt and at its time.
      *
-     * @param setValues  of text and outline in the first plane.
+     * @param setValues  the values of text and outline in the first plane.
      */
     void ExpectBurns(const std::string &strVideo, const std::string &strFormat, const std::set<int> &setValues) const
     {
@@ -94,7 +94,7 @@ protected:
 
 } // namespace
 
-// A subtitle drawn into a frame from which the decoder predicts would show in others.
+// Drawing into one of the decoder's reference frames would show the subtitle in other frames.
 TEST_F(PyavHostTest, FramesThatTheDecoderPredictsFromAreCopied)
 {
     const std::string strVideo = Video("in.nut", {"-pix_fmt", "yuv420p", "-c:v", "libx264", "-bf", "3", "-g", "16"});
@@ -114,7 +114,7 @@ TEST_F(PyavHostTest, CountsFromTheStartOfTheFilm)
     ExpectBurns(Video("in.nut", {"-c:v", "ffv1", "-pix_fmt", "bgr0", "-output_ts_offset", "7"}), "bgr0", {10, 255});
 }
 
-// PyAV 10 has no such members.
+// Newer PyAV frames have colour attributes, which PyAV 10 lacks; a fake frame stands in.
 TEST_F(PyavHostTest, ReadsColoursOfVersionsThatHaveThem)
 {
     EXPECT_EQ(Python("from types import SimpleNamespace as Fake\n"

@@ -1,4 +1,4 @@
-// The player, as a program of its own, and its window with keys pressed.
+// The player as a separate program, and its window when keys are pressed.
 #define main RunPlayer
 #include "examples/qthost.cpp" // NOLINT(bugprone-suspicious-include)
 #undef main
@@ -18,7 +18,7 @@ std::string Bytes(const QImage &frame)
     return strBytes;
 }
 
-/** The library called directly, with rows that follow one another without gaps. */
+/** Calls the library directly, on frames without padding between rows. */
 class Direct
 {
 public:
@@ -160,7 +160,7 @@ int main(int argc, char **argv)
 {
     const TemporaryFolder runtimeFolder;
     qputenv("QT_QPA_PLATFORM", "offscreen");
-    // Without a folder of its own, an application object warns.
+    // Without a runtime folder, QGuiApplication prints a warning.
     qputenv("XDG_RUNTIME_DIR", QByteArray::fromStdString(runtimeFolder.Path().string()));
     testing::InitGoogleTest(&argc, argv);
     const QGuiApplication application(argc, argv);

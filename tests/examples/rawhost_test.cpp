@@ -1,4 +1,4 @@
-// The hosts of raw frames, in C and in Python, which do the same.
+// The hosts for raw frames in C and in Python, which behave the same.
 #include "examplestest.h"
 
 namespace
@@ -21,7 +21,7 @@ protected:
         ExpectFilm(outcome.strOut, nRate, nScale);
     }
 
-    /** Expects that a run ends with an error, whose last line is this. */
+    /** Expects this exit code and exactly this text on standard error, and no output. */
     void ExpectFails(const std::vector<std::string> &listArguments, const std::string &strInput,
                      const std::string &strError, int nExit) const
     {

@@ -9,7 +9,7 @@ extern "C" {
 namespace
 {
 
-/** The same picture, put together bit by bit. */
+/** The expected PBM picture, built from TextToBmp(). */
 std::string ShapeOf(const char *pText)
 {
     void *pSubtitle = CreateVideoSubtitle(640, 360);

@@ -1,4 +1,4 @@
-// What the plugin calls, and when: this program has functions that stand in for the library's.
+// What the plugin calls, and when: this program's own functions replace the library's and log the calls.
 #include "frei0rtest.h"
 
 #include "frames/libsubtitleframe.h"
@@ -158,7 +158,7 @@ TEST_F(CallsOfFrei0rTest, ADifferentValueCallsItsSetterAlone)
     expect("look 1\n");
     instance.SetNumber("natural", 0);
     expect("look 0\n");
-    // No setter returns to the default size.
+    // No setter restores the default size, so a new handle is needed.
     instance.SetNumber("font-size", 0);
     expect("create 336 184\ndestroy\nburner\nfont \"Some Sans\" 0 1\nalpha 128\npos 50\nlook 0\ncolor 255 0 0\n"
            "outline 0 0 255\nfile \"text.srt\" 3\n");

@@ -8,9 +8,9 @@
 #include <string>
 
 /**
- * What the library makes of an RGBA frame when it is called without frei0r between.
+ * Burns into an RGBA frame by calling the library directly.
  *
- * @param calls  made on the handle before the file is set.
+ * @param calls  setters to call on the handle before the file is set.
  */
 inline std::string DirectBurn(std::string strFrame, int nWidth, int nHeight, long nMilliseconds,
                               const std::string &strFile, const std::function<void(void *)> &calls = {}, int nTrack = 0)

@@ -57,7 +57,7 @@ void Instance::Get(int nParameter, void *pValue) const
     PLUGIN_CALL(m_plugin, f0r_get_param_value)(m_pInstance, pValue, nParameter);
 }
 
-// The plugin must not keep the pointer.
+// Overwrites the text afterwards: the plugin must not keep the pointer.
 void Instance::SetText(const char *pName, const std::string &strValue) const
 {
     std::string strCopy = strValue;
@@ -66,7 +66,7 @@ void Instance::SetText(const char *pName, const std::string &strValue) const
     strCopy.assign(strCopy.size(), '#');
 }
 
-// Flags and numbers are both doubles.
+// Booleans are passed as doubles, like numbers.
 void Instance::SetNumber(const char *pName, double fValue) const
 {
     const bool bFlag = std::string("milliseconds bold italic natural").find(pName) != std::string::npos;

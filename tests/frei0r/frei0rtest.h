@@ -34,7 +34,7 @@ private:
 
 #define PLUGIN_CALL(plugin, name) ((plugin).Function<decltype(name)>(#name))
 
-/** An instance, with parameters by their names. */
+/** An instance of the plugin; its parameters are accessed by name. */
 class Instance
 {
 public:
@@ -51,7 +51,7 @@ public:
     double Number(const char *pName) const;
     f0r_param_color_t Color(const char *pName) const;
 
-    /** What becomes of a frame. */
+    /** The plugin's output for a frame. */
     std::string Update(const std::string &strFrame, double fTime) const;
     void Update(double fTime, const void *pIn, void *pOut) const;
 
@@ -66,8 +66,8 @@ private:
 };
 
 /**
- * The tests' subtitle file has one from 0.4 to 0.8 seconds, and another from 1.2 to 1.4; both ends count. The frames' width
- * is a multiple of 16, which FFmpeg needs.
+ * The subtitle file has one subtitle from 0.4 to 0.8 seconds and another from 1.2 to 1.4, ends included. The width is a
+ * multiple of 16, which FFmpeg's frei0r filter needs.
  */
 class Frei0rTest : public testing::Test
 {
@@ -84,7 +84,7 @@ protected:
         return (nMilliseconds >= 400 && nMilliseconds <= 800) || (nMilliseconds >= 1200 && nMilliseconds <= 1400);
     }
 
-    /** RGBA, each number another, without the colours of text and outline. */
+    /** An RGBA frame, different for each number, without the colours of text and outline. */
     static std::string Frame(int nNumber = 0, bool bOpaque = false);
 
     TemporaryFolder m_folder;

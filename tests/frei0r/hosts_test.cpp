@@ -1,4 +1,4 @@
-// Hosts of frei0r plugins find this one, and write with it what the library draws.
+// Hosts of frei0r plugins find this one; their output is what the library draws.
 #include "directburn.h"
 #include "frei0rtest.h"
 
@@ -27,7 +27,7 @@ protected:
         return ChildProcess::Run(listCommand, strInput, {{"FREI0R_PATH", PLUGIN_FOLDER}});
     }
 
-    /** As docs/frei0r.md describes it: once for each of the three parsers that the name passes. */
+    /** Escapes a name as docs/frei0r.md describes: once for each of the three parsers that it passes. */
     static std::string Escaped(std::string strName)
     {
         for (int nRound = 0; nRound < 3; ++nRound) {
@@ -42,7 +42,7 @@ protected:
         return strName;
     }
 
-    /** The film through FFmpeg's filter. */
+    /** The film after FFmpeg's frei0r filter. */
     static std::string Ffmpeg(const std::string &strParameters, const std::string &strRate = "25")
     {
         const std::string strSize = std::to_string(Width) + "x" + std::to_string(Height);
@@ -69,7 +69,7 @@ protected:
     }
     static long AtTwentyFive(int n) { return 40L * n; }
 
-    /** The film in a file, through MLT and back. */
+    /** Writes the film to a file, runs melt on it and decodes the result. */
     std::string Melt(const std::vector<std::string> &listClip, const std::vector<std::string> &listFilter,
                      const std::string &strThreads = "-1") const
     {
@@ -79,7 +79,7 @@ protected:
                                                 "ffv1", "-pix_fmt", "bgr0", File("film.mkv")},
                                                Film(true));
         EXPECT_EQ(made.nExit, 0) << made.strError;
-        // melt was once seen to wait without end for a consumer that had no thread; that is a failure, not a wait.
+        // melt once waited forever for a consumer without a thread; the timeout makes that a failure.
         std::vector<std::string> listCommand = {"timeout", "120", "melt", "-silent", File("film.mkv")};
         listCommand.insert(listCommand.end(), listClip.begin(), listClip.end());
         listCommand.insert(listCommand.end(), listFilter.begin(), listFilter.end());
@@ -97,7 +97,7 @@ protected:
     }
 };
 
-/** What the tests of all parameters set, by the library's functions. */
+/** The library calls for the values in the tests of all parameters. */
 void SetAll(void *p)
 {
     SetSubtitleAlpah(p, 204);
@@ -154,7 +154,7 @@ TEST_F(HostsOfFrei0rTest, MeltSetsAllParameters)
                true, AtTwentyFive, SetAll);
 }
 
-// MLT counts from where a clip was cut.
+// MLT counts time from the cut, so the offset has to make up for it.
 TEST_F(HostsOfFrei0rTest, MeltBurnsIntoAClipThatWasCut)
 {
     ExpectFilm(Melt({"in=5"}, {"-attach", "frei0r.subtitleburn", "location=" + m_strSubtitles, "offset=0.2"}), true,

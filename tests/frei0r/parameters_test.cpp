@@ -1,4 +1,4 @@
-// The parameters of the plugin: their defaults, and that each does what a setter of the library does.
+// The parameters of the plugin: their defaults, and that each has the effect of a setter of the library.
 #include "directburn.h"
 #include "frei0rtest.h"
 
@@ -17,7 +17,7 @@ protected:
         return DirectBurn(m_strFrame, Width, Height, 500, m_strSubtitles, calls);
     }
 
-    /** Expects it of parameters that are set before the first frame, and of those that are set after it. */
+    /** Expects the effect of the library calls from a parameter set before the first frame, and from one set after. */
     void ExpectLike(const char *pWhat, const Change &change, const Calls &calls) const
     {
         const std::string strExpected = Burnt(calls);
@@ -129,7 +129,7 @@ TEST_F(ParametersTest, DoWhatTheSettersDo)
         [](void *p) { SetSubtitleFontParam(p, "DejaVu Serif", 0, 0); });
     ExpectLike(
         "size", [](const Instance &instance) { instance.SetNumber("font-size", 0.2); },
-        [](void *p) { SetSubtitleFontParam(p, "", 28, 0); }); // of 36.8 pixels, 27.6 points
+        [](void *p) { SetSubtitleFontParam(p, "", 28, 0); }); // 36.8 pixels, 27.6 points
     ExpectLike(
         "bold", [](const Instance &instance) { instance.SetNumber("bold", 1); },
         [](void *p) { SetSubtitleFontParam(p, "", 0, SUBTITLE_STYLE_BOLD); });

@@ -1,4 +1,4 @@
-// The functions of the plugin, called as a host does: what they draw, and when.
+// The plugin's functions, called as by a host: what they draw, and when.
 #include "directburn.h"
 #include "frei0rtest.h"
 
@@ -22,7 +22,7 @@ protected:
         return DirectBurn(strFrame, Width, Height, nMilliseconds, m_strSubtitles);
     }
 
-    /** Whether the first subtitle is drawn at a host's time. */
+    /** Whether the first subtitle is drawn at a host's time, in seconds. */
     bool IsDrawn(double fTime) const
     {
         const std::string strOut = m_instance.Update(m_strFrame, fTime);
@@ -106,10 +106,10 @@ TEST_F(PluginTest, TimesBecomeTheNearestMillisecond)
     EXPECT_TRUE(IsDrawn(0.3996));
     EXPECT_TRUE(IsDrawn(0.8004));
     EXPECT_FALSE(IsDrawn(0.8006));
-    // Products of a frame's duration are now a little more, now a little less than what they stand for.
+    // Multiples of a frame's duration can be slightly above or below the exact time.
     EXPECT_TRUE(IsDrawn(std::nextafter(0.4, 0)));
     EXPECT_TRUE(IsDrawn(std::nextafter(0.8, 1)));
-    // A host may count with its own duration of a frame: 12 and 24 of 30 a second are 400 and 800 ms.
+    // At 30 frames per second, frames 12 and 24 are at 400 and 800 ms.
     EXPECT_TRUE(IsDrawn(12 * (1 / 30.0)));
     EXPECT_TRUE(IsDrawn(24 * (1 / 30.0)));
 }
@@ -169,7 +169,7 @@ TEST_F(PluginTest, WithoutAFileFramesStayAsTheyAre)
     EXPECT_EQ(m_instance.Text("location"), "");
 }
 
-// Some hosts set all parameters before each frame.
+// Some hosts set all parameters before each frame, which must not read the file each time.
 TEST_F(PluginTest, AFileIsReadAgainOnlyWhenItsNameChanges)
 {
     EXPECT_TRUE(IsDrawn(0.5));

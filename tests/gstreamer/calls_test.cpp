@@ -1,4 +1,4 @@
-// What the element calls, and when: this program has functions that stand in for the library's.
+// What the element calls, and when: this program's own functions replace the library's and log the calls.
 #include "gstreamertest.h"
 
 #include "libsubtitleframe.h"
@@ -175,7 +175,7 @@ TEST_F(CallsTest, OnlyWhatChangedIsSet)
     EXPECT_EQ(TakeLog(), "font  0 2\nfile " + m_strSubtitles + " 2\ntrack\ntime 1500\ndue\nframe 972\n");
     element.Push(m_strFrame, GST_CLOCK_TIME_NONE);
     EXPECT_EQ(TakeLog(), "");
-    // Caps that differ in something else than the size.
+    // New caps of the same size keep the handle.
     element.Set("pos", "1");
     element.SetCaps(OddSize, ",framerate=7/1");
     element.Push(m_strFrame, Due);
@@ -208,7 +208,7 @@ TEST_F(CallsTest, WithoutAFileTheLibraryIsNotCalled)
     EXPECT_EQ(TakeLog(), "create 323 181\nburner\ndestroy no burner\ndestroy none\nalpha 255\npos 20\nfont  0 0\n"
                          "colour 255 255 255\noutline 10 10 10\nwhite 203\nlook 0\nwidth 2\nfile " +
                              m_strSubtitles + " 0\ntrack\ntime 1500\ndue\nframe 972\n");
-    // Switched off and on again, the handle stays, and learns of what was set meanwhile.
+    // The handle survives switching off and on, and then gets the properties set meanwhile.
     element.Set("location", "");
     element.Push(m_strFrame, Due);
     element.Set("pos", "30");
@@ -218,7 +218,7 @@ TEST_F(CallsTest, WithoutAFileTheLibraryIsNotCalled)
     element.Set("location", m_strSubtitles);
     element.Push(m_strFrame, Due);
     EXPECT_EQ(TakeLog(), "pos 30\ncolour 1 2 3\nfile " + m_strSubtitles + " 0\ntrack\ntime 1500\ndue\nframe 972\n");
-    // Of another size it is of no use.
+    // For another size it cannot be used any more.
     element.Set("location", "");
     element.SetCaps(other);
     element.Push(PlainFrame(other), Due);

@@ -1,4 +1,4 @@
-// Changes in the middle of a stream: of properties, and of the frames' size.
+// Changes of properties and of the frame size in the middle of a stream.
 #include "gstreamertest.h"
 
 namespace
@@ -17,7 +17,7 @@ TEST_F(ChangeTest, PropertiesCountFromTheNextFrame)
     const std::string strPlain = Burnt(m_strFrame, 1500);
     const Element element("location=" + m_strSubtitles);
     EXPECT_TRUE(element.Push(m_strFrame, Due) == strPlain);
-    // Each is set and set back.
+    // Each property is changed, then set back.
     struct Change {
         const char *pProperty;
         const char *pValue;

@@ -1,4 +1,4 @@
-// Frames of a decoder, burnt as they come.
+// Burning into a decoder's frames without conversion.
 #include "gstreamertest.h"
 
 #include "libsubtitleframe.h"
@@ -10,7 +10,7 @@ extern "C" {
 namespace
 {
 
-/** The frames of the test's film as a decoder gives them, in planes. */
+/** The test's film as planar frames from a decoder. */
 class DecoderTest : public GStreamerTest
 {
 protected:
@@ -25,7 +25,7 @@ protected:
         ExpectLaunch("filesrc location=film.mkv ! decodebin ! video/x-raw,format=I420 ! filesink location=plain");
     }
 
-    /** Expects the film, with its subtitles where one is due. */
+    /** Expects every frame of the film as the library burns it. */
     void ExpectBurnt() const
     {
         const std::string strPlain = Read("plain");

@@ -1,4 +1,4 @@
-// What the caps, tags and metas of GStreamer say of a frame reaches the library.
+// The description of a frame in caps, tags and metas reaches the library.
 #include "formattest.h"
 
 #include <algorithm>
@@ -12,7 +12,7 @@ const std::string Red = "font-color=0xE03010 ";
 class DescriptionTest : public FormatTest
 {
 protected:
-    /** What the library draws in the tests' red; expects that no other description that was passed here gives the same. */
+    /** What the library draws, in red. Expects a result different from those of all descriptions passed before. */
     std::string Distinct(const RawFrame &frame, const Change &change)
     {
         const std::string strBurnt = Burnt(frame, change, SetRed);
@@ -159,7 +159,7 @@ TEST_F(DescriptionTest, Interlacing)
     const std::string strFields = Distinct(frameOf("interleaved"), describe(1));
     EXPECT_TRUE(Pushed(m_element, frameOf("interleaved")) == strFields);
     EXPECT_TRUE(Pushed(m_element, frameOf("progressive")) == Distinct(frameOf("progressive"), describe(0)));
-    // Where the buffers say it. Odd frames that may be interlaced have another layout than others.
+    // In mixed mode each buffer says it. The layout of mixed frames of odd size differs from that of progressive ones.
     const RawFrame mixed = frameOf("mixed");
     EXPECT_TRUE(Pushed(m_element, mixed) == Distinct(mixed, describe(0)));
     GstBuffer *pBuffer = gst_buffer_new_memdup(mixed.Bytes().data(), mixed.Bytes().size());
@@ -169,7 +169,7 @@ TEST_F(DescriptionTest, Interlacing)
     ASSERT_NE(pOutput, nullptr);
     EXPECT_TRUE(Bytes(pOutput) == strFields);
     gst_buffer_unref(pOutput);
-    // Buffers of single fields are not taken.
+    // Buffers with single fields are refused.
     EXPECT_FALSE(m_element.Accepts("video/x-raw(format:Interlaced),format=I420,width=322,height=180,"
                                    "interlace-mode=alternate"));
     EXPECT_EQ(Pushed(m_element, frameOf("fields")), "");
@@ -197,7 +197,7 @@ TEST_F(DescriptionTest, Orientation)
                         record.orientation = orientation;
                     }));
     }
-    // The property has precedence over tags.
+    // The property takes precedence over tags.
     m_element.SetOrientation("rotate-90");
     m_element.Set("orientation", "180");
     EXPECT_TRUE(Pushed(m_element, frame) == Burnt(
@@ -210,7 +210,7 @@ TEST_F(DescriptionTest, Orientation)
                                                 SetRed));
     m_element.Set("orientation", "auto");
     m_element.SetOrientation("rotate-0");
-    // The next stream begins without one.
+    // A new stream starts without an orientation.
     const std::string strUpright = Pushed(m_element, frame);
     m_element.SetOrientation("rotate-90");
     EXPECT_FALSE(Pushed(m_element, frame) == strUpright);
@@ -228,7 +228,7 @@ TEST_F(DescriptionTest, WhatIsCroppedAwayIsLeftAlone)
         const bool bRows = pFormat[0] == 'I' || pFormat[0] == 'N';
         SCOPED_TRACE(pFormat);
         RawFrame frame(*format, OddSize, ",colorimetry=bt601,chroma-site=mpeg2");
-        // A place in the middle of a chroma sample belongs to that as a whole.
+        // A crop that starts inside a chroma sample includes the whole sample.
         for (const int nOff : {0, 1}) {
             const int x = 6 + (bColumns ? 0 : nOff);
             const int y = 4 + (bRows ? 0 : nOff);

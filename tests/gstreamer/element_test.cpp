@@ -1,4 +1,4 @@
-// The element draws into frames what the library draws, with each of its properties.
+// The element draws what the library draws, for each of its properties.
 #include "gstreamertest.h"
 
 #include <algorithm>
@@ -9,7 +9,7 @@ namespace
 class ElementTest : public GStreamerTest
 {
 protected:
-    /** Expects of the element with such properties what the library draws after such calls, and that it shows. */
+    /** Expects from the element with these properties what the library draws after these calls, not the default. */
     void ExpectProperties(const std::string &strProperties, const Calls &calls) const
     {
         SCOPED_TRACE(strProperties);

@@ -15,7 +15,7 @@ std::string Refusal(const std::string &strFile, int nTrack = 0)
 class FailureTest : public GStreamerTest
 {
 protected:
-    /** Expects a warning with the caps, and that frames pass; and that another file is burnt as if it were the first. */
+    /** Expects a warning once the caps are set, and frames to pass unchanged; then another file to work as usual. */
     void ExpectWarning(const std::string &strFile) const
     {
         SCOPED_TRACE(strFile);

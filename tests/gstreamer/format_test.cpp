@@ -19,7 +19,7 @@ std::string CapsOf(const char *pFormat, const Size &size)
            ",height=" + std::to_string(size.nHeight) + ",framerate=1/1,pixel-aspect-ratio=1/1";
 }
 
-/** By GStreamer's own converter. */
+/** A sample converted by GStreamer. */
 Sample Converted(const Sample &pSample, const char *pFormat, const Size &size)
 {
     GstCaps *pCaps = gst_caps_from_string(CapsOf(pFormat, size).c_str());
@@ -44,7 +44,7 @@ Sample GreyFrame(const Size &size)
     return pSample;
 }
 
-/** Visits the pixels of a burnt RGB frame that all neighbours have the colour of. */
+/** Visits the pixels of a burnt RGB frame whose neighbours, 3 pixels in each direction, all have the same colour. */
 template <typename Visit>
 void VisitEvenPixels(const std::string &strFrame, const Size &size, Visit visit)
 {
@@ -115,7 +115,7 @@ TEST_F(FormatTest, EveryFormatIsBurntAsTheLibraryDrawsIt)
     EXPECT_EQ(element.Message(), "");
 }
 
-// That both sides of the test above could have the same planes or channels exchanged is ruled out by GStreamer's converter.
+// The test above would not notice planes or channels swapped in element and library alike; GStreamer's converter does.
 TEST_F(FormatTest, EveryFormatShowsTheColours)
 {
     const std::string strBlocks = m_folder.Write("blocks.srt", "1\n00:00:01,000 --> 00:00:02,000\n████\n\n");
@@ -167,7 +167,7 @@ TEST_F(FormatTest, RowsMayBeAtAnyDistanceAndPlanesAnywhere)
         record.colorspace = AVCOL_SPC_SMPTE170M;
         record.chroma_location = AVCHROMA_LOC_CENTER;
     });
-    // The planes in the opposite order, with gaps.
+    // The planes in reverse order, with gaps.
     gsize offsets[GST_VIDEO_MAX_PLANES] = {60013, 30011, 5};
     gint strides[GST_VIDEO_MAX_PLANES] = {341, 177, 211};
     const SubtitleFrame record = frame.Description();

@@ -43,7 +43,7 @@ RawFrame::RawFrame(const Format &format, const Size &size, const std::string &st
     EXPECT_TRUE(gst_video_info_from_caps(&m_info, m_pCaps.get())) << format.pName << strMore;
     m_strBytes.resize(GST_VIDEO_INFO_SIZE(&m_info));
     const int nDepth = GST_VIDEO_INFO_COMP_DEPTH(&m_info, 0);
-    // Bytes that text and outline have not, in all samples that have no bits to spare.
+    // Values that text and outline do not have. Samples of 9 to 15 bits in the low bits must not exceed their depth.
     const int nHighBits =
         nDepth > 8 && GST_VIDEO_FORMAT_INFO_SHIFT(m_info.finfo, 0) == 0 ? (1 << (nDepth - 8)) - 1 : 255;
     for (std::size_t n = 0; n < m_strBytes.size(); ++n)

@@ -11,30 +11,30 @@ extern "C" {
 #include <array>
 #include <memory>
 
-/** A format of GStreamer's and the one of FFmpeg's that has the same layout. */
+/** A GStreamer format and the FFmpeg format with the same layout. */
 struct Format {
     const char *pName;
     const char *pFfmpegName;
-    std::array<int, 4> planes = {0, 1, 2, 3}; ///< GStreamer's number of each plane of FFmpeg's
+    std::array<int, 4> planes = {0, 1, 2, 3}; ///< GStreamer's index of each FFmpeg plane
 };
 
-/** All that the element takes. */
+/** All formats that the element takes. */
 extern const std::vector<Format> Formats;
 
-/** A frame in a format's default layout, which is padded where the size is odd. */
+/** A frame in GStreamer's default layout of a format, which pads rows of odd sizes. */
 class RawFrame
 {
 public:
-    /** @param strMore  of the caps, after format and size. */
+    /** @param strMore  further fields of the caps, beginning with a comma. */
     RawFrame(const Format &format, const Size &size, const std::string &strMore = "");
 
     const GstCaps *Caps() const { return m_pCaps.get(); }
     const std::string &Bytes() const { return m_strBytes; }
 
-    /** A copy, with a meta that says where the planes are. */
+    /** A copy in a new buffer, with a video meta for the planes. The caller owns it. */
     GstBuffer *NewBuffer(GstClockTime nTime) const;
 
-    /** What the library has to know of it, with nothing known of its colours. */
+    /** The frame for the library, with unspecified colours. Points to this object's bytes. */
     SubtitleFrame Description();
 
 private:
@@ -50,13 +50,13 @@ protected:
     using Change = std::function<void(SubtitleFrame &)>;
 
     /**
-     * What the library draws into a frame when it is called without GStreamer between, at 1.5 seconds.
+     * What the library, called directly, draws into a frame at 1.5 seconds.
      *
-     * @param change  of the frame's description.
-     * @param calls  made on the handle and the burner before the file is set.
+     * @param change  changes the frame's description before.
+     * @param calls   setters to call on the handle and the burner before the file is set.
      */
     std::string Burnt(RawFrame frame, const Change &change = {},
                       const std::function<void(void *, void *)> &calls = {}) const;
-    /** What comes out of the element at 1.5 seconds, with the frame's caps. */
+    /** The element's output for a frame with its caps, at 1.5 seconds. */
     static std::string Pushed(const Element &element, const RawFrame &frame);
 };

@@ -171,7 +171,7 @@ std::string Bytes(GstBuffer *pBuffer)
 
 int main(int nArguments, char **ppArguments)
 {
-    // What GStreamer finds out about plugins goes nowhere but here, for its programs that tests start as well.
+    // Keep GStreamer's plugin registry in this folder, also for the programs that the tests start.
     const TemporaryFolder folder;
     setenv("GST_REGISTRY", (folder.Path() / "registry").c_str(), 1);
     setenv("GST_PLUGIN_PATH", PLUGIN_FOLDER, 1);

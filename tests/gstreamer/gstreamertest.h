@@ -11,7 +11,7 @@
 #include <gst/video/video.h>
 #include <gtest/gtest.h>
 
-/** A frame's size, and its rows as GStreamer has them where nothing says otherwise. */
+/** The size of an RGB frame, and its layout by GStreamer's default. */
 struct Size {
     int nWidth;
     int nHeight;
@@ -24,15 +24,15 @@ struct Size {
     }
 };
 
-/** An odd one, whose rows are padded. */
+/** An odd size, whose rows are padded. */
 constexpr Size OddSize = {323, 181};
 
-/** Every byte of it, the padding too, is one that text and outline are not. */
+/** An RGB frame whose bytes, padding included, differ from the colours of text and outline. */
 std::string PlainFrame(const Size &size, int nSeed = 0);
 
 using Calls = std::function<void(void *)>;
 
-/** The tests' subtitle file has one from 1 to 2 seconds, and another from 3 to 4. */
+/** The subtitle file has one subtitle from 1 to 2 seconds and another from 3 to 4. */
 class GStreamerTest : public testing::Test
 {
 protected:
@@ -41,13 +41,13 @@ protected:
 
     /** Runs a pipeline in the test's folder. */
     Outcome Launch(const std::string &strPipeline) const;
-    /** The same; it has to succeed and be silent. */
+    /** The same; expects success and nothing on standard error. */
     void ExpectLaunch(const std::string &strPipeline) const;
 
     /**
-     * What the library draws when it is called without GStreamer between; no pipeline may run meanwhile.
+     * What the library draws when called directly. No pipeline may run meanwhile.
      *
-     * @param calls  made on the handle before the file is set.
+     * @param calls  setters to call on the handle before the file is set.
      */
     static std::string Burnt(const std::string &strFrame, const Size &size, long nMilliseconds,
                              const std::string &strFile, const Calls &calls = {});
@@ -56,10 +56,10 @@ protected:
         return Burnt(strFrame, OddSize, nMilliseconds, m_strSubtitles, calls);
     }
 
-    /** A frame for every quarter of a second, up to 4.25 seconds, each another. */
+    /** The film: 18 different frames, four per second, the last at 4.25 seconds. */
     static constexpr int Frames = 18;
     static std::string FilmFrame(int n) { return PlainFrame(OddSize, n); }
-    /** A source of them, for a pipeline. */
+    /** A source of the film, for a pipeline. */
     std::string Film() const;
 
     TemporaryFolder m_folder;
@@ -72,7 +72,7 @@ protected:
 class Element
 {
 public:
-    /** @param strProperties  as for gst-launch-1.0. */
+    /** @param strProperties  in the syntax of gst-launch-1.0. */
     explicit Element(const std::string &strProperties, const Size &size = OddSize);
     ~Element();
 
@@ -85,22 +85,22 @@ public:
     void SetCaps(const Size &size, const std::string &strMore = "") const;
     void SetCaps(const GstCaps *pCaps) const;
     void SetSegment(const GstSegment &segment) const;
-    /** Pushes a tag event that says how the picture is to be turned. */
+    /** Pushes a tag event with an image orientation. */
     void SetOrientation(const char *pOrientation) const;
-    /** Begins another stream, with the caps and the segment of the one before. */
+    /** Starts a new stream with the same caps and segment. */
     void StartStream() const;
-    /** Whether other elements may link to it with such caps. */
+    /** Whether other elements can link to it with these caps. */
     bool Accepts(const std::string &strCaps) const;
     bool IsPassthrough() const { return gst_base_transform_is_passthrough(GST_BASE_TRANSFORM(m_pElement)); }
 
-    /** Pushes a frame, and gives what comes out; "" where the element fails. */
+    /** Pushes a frame. @return the output, "" if the element fails. */
     std::string Push(const std::string &strFrame, GstClockTime nTime) const;
     GstBuffer *PushBuffer(GstBuffer *pBuffer) const { return gst_harness_push_and_pull(m_pHarness, pBuffer); }
     GstFlowReturn LastFlow() const { return m_nFlow; }
 
-    /** The next error or warning on the bus, as "error: text"; "" where there is none. */
+    /** The next error or warning on the bus, as "error: text"; "" if there is none. */
     std::string Message() const;
-    /** The next warning on the bus, to be freed; null where there is none. */
+    /** The next warning on the bus, owned by the caller; null if there is none. */
     GError *TakeWarning() const;
 
 private:
@@ -110,5 +110,5 @@ private:
     mutable GstFlowReturn m_nFlow = GST_FLOW_OK;
 };
 
-/** Its content. */
+/** A buffer's content. */
 std::string Bytes(GstBuffer *pBuffer);

@@ -1,4 +1,4 @@
-// Programs of GStreamer's find the element, and write with it what the library draws.
+// GStreamer's programs find the element; their output is what the library draws.
 #include "gstreamertest.h"
 
 namespace
@@ -7,7 +7,7 @@ namespace
 class LaunchTest : public GStreamerTest
 {
 protected:
-    /** Sends the film through something, and expects of each frame what a function gives for it. */
+    /** Sends the film through elements and expects the function's result for each frame's number. */
     void ExpectFilm(const std::string &strElements, const std::function<std::string(int)> &expected) const
     {
         ExpectLaunch(Film() + " ! " + strElements + " ! filesink location=burnt");
@@ -125,7 +125,7 @@ TEST_F(LaunchTest, OtherFormatsAreNotTaken)
     }
 }
 
-// For each orientation, turning after burning gives what burning after turning does.
+// For each orientation, turning after burning gives the same result as burning after turning.
 TEST_F(LaunchTest, TextIsUprightOnATurnedPicture)
 {
     const std::string strFilm =

@@ -1,4 +1,4 @@
-// Which frames stay in the buffers that they came in.
+// Which frames are passed on in their own buffers.
 #include "gstreamertest.h"
 
 namespace
@@ -17,7 +17,7 @@ protected:
         return pBuffer;
     }
 
-    /** Whether a frame comes out in the buffer and the memory that it was pushed in. */
+    /** Whether a frame comes out in the same buffer and memory in which it was pushed. */
     bool StaysInBuffer(const Element &element, GstClockTime nTime, bool bShared) const
     {
         GstBuffer *pBuffer = NewBuffer(nTime);

@@ -1,4 +1,4 @@
-// Subtitles follow the film's own time, whatever the clock says.
+// Subtitles follow stream time, not the clock.
 #include "gstreamertest.h"
 
 #include <gst/app/gstappsink.h>
@@ -19,7 +19,7 @@ protected:
     std::string m_strBurnt = Burnt(m_strFrame, 1500);
 };
 
-/** A pipeline that stands still after each seek, with one frame to look at. */
+/** A paused pipeline that shows one frame after each seek. */
 class Still
 {
 public:
@@ -73,7 +73,7 @@ TEST_F(SeekTest, SegmentsSayWhatTimeItIs)
     EXPECT_TRUE(element.Push(m_strFrame, 12000 * GST_MSECOND) == m_strBurnt);
     EXPECT_TRUE(element.Push(m_strFrame, 12001 * GST_MSECOND) == m_strFrame);
     EXPECT_TRUE(element.Push(m_strFrame, 1500 * GST_MSECOND) == m_strFrame);
-    // Where frames run twice as fast as the film does.
+    // An applied rate of 2: the film advances twice as fast as the frames' times.
     segment.start = 0;
     segment.time = 0;
     segment.applied_rate = 2;
@@ -81,7 +81,7 @@ TEST_F(SeekTest, SegmentsSayWhatTimeItIs)
     EXPECT_TRUE(element.Push(m_strFrame, 500 * GST_MSECOND) == m_strBurnt);
     EXPECT_TRUE(element.Push(m_strFrame, 1000 * GST_MSECOND) == m_strBurnt);
     EXPECT_TRUE(element.Push(m_strFrame, 1500 * GST_MSECOND) == Burnt(m_strFrame, 3000));
-    // A rate that a clock keeps does not count.
+    // A rate that sinks apply by the clock does not matter.
     segment.applied_rate = 1;
     segment.rate = 2;
     element.SetSegment(segment);
@@ -102,7 +102,7 @@ TEST_F(SeekTest, FramesThatReachIntoASegmentHaveATime)
 TEST_F(SeekTest, FramesWithoutATimeOfTheFilmPass)
 {
     const Element element("location=" + m_strSubtitles);
-    // A negative time would leave in place what was due before.
+    // The library ignores negative times, so passing one on would show the last subtitle again.
     EXPECT_TRUE(element.Push(m_strFrame, 1500 * GST_MSECOND) == m_strBurnt);
     EXPECT_TRUE(element.Push(m_strFrame, GST_CLOCK_TIME_NONE) == m_strFrame);
     GstSegment segment = Segment();

@@ -1,4 +1,4 @@
-// Elements on several threads, of which each makes and destroys handles while others draw.
+// Elements on several threads, each creating and destroying handles while others draw.
 #include "gstreamertest.h"
 
 #include <atomic>
@@ -48,7 +48,7 @@ TEST_F(ThreadsTest, HandlesAreMadeOnManyThreadsAtOnce)
     EXPECT_EQ(nWrong, 0);
 }
 
-// A player's main loop is in GLib's default context while a streaming thread makes the first handle; Qt would get into it.
+// A player's main loop owns GLib's default context while a streaming thread makes the first handle; Qt must not use it.
 TEST_F(ThreadsTest, HandleIsMadeBesideAMainLoop)
 {
     const std::string strBurnt = Burnt(m_strFrame, 1500);

@@ -1,4 +1,4 @@
-/* Tells of a frame whether a subtitle was burnt into it, and nothing else. For C and C++. */
+/* Checks that a frame contains a burnt subtitle and no other change. For C and C++. */
 #ifndef BURNT_H
 #define BURNT_H
 
@@ -7,7 +7,7 @@
 
 enum { WIDTH = 320, HEIGHT = 180, BACKGROUND = 100, TEXT = 255, OUTLINE = 10 };
 
-/* Whether there is text at a place of the frame; index 1 of the bitmap of TextToBmp() is the text's colour. */
+/* Whether a pixel of the frame is text; index 1 in the bitmap of TextToBmp() is the text's colour. */
 static int IsText(const uint8_t *bitmap, const int *rect, int x, int y)
 {
     const int column = x - rect[0];
@@ -16,8 +16,8 @@ static int IsText(const uint8_t *bitmap, const int *rect, int x, int y)
 }
 
 /*
- * Whether a place lies within the 2 pixels of outline around text, which has no corners. Lines are drawn from the top of an
- * image, which cuts off the outline of letters that reach up to it, as they do with Qt 6.
+ * Whether a pixel lies in the outline of 2 pixels around text, whose corners are left out. The library draws lines from
+ * the top of an image, which clips the outline of letters that reach the top, as they do with Qt 6.
  */
 static int IsOutline(const uint8_t *bitmap, const int *rect, int x, int y)
 {
@@ -33,8 +33,9 @@ static int IsOutline(const uint8_t *bitmap, const int *rect, int x, int y)
 }
 
 /*
- * Looks at all pixels of a frame that was BACKGROUND throughout: text where the bitmap has text, outline around it, all
- * else untouched, and the upper half in any case. Prints what is wrong, and returns how many pixels are.
+ * Checks all pixels of a frame that was BACKGROUND throughout: text where the bitmap has text, outline around it, no
+ * other change, and none in the upper half. Prints the counts if it fails.
+ * Returns the number of wrong pixels, -1 if the bitmap has no text in the frame.
  */
 static int WrongPixels(const uint8_t *frame, const uint8_t *bitmap, const int *rect)
 {

@@ -1,12 +1,14 @@
 #!/bin/bash
-# Checks what `cmake --install` puts in place. It is installed into a folder where it does not belong, so that nothing
-# can work that has the prefix in it.
+# Checks the result of `cmake --install`. Installs into a staging folder instead of the prefix, so that anything with
+# the prefix compiled in fails.
 # usage: check.sh CHECK
-#   SOURCE, BUILD, STAGE:  from the environment, the folders of the sources, of the build, and to install into
-#   SOVERSION:  likewise, what follows ".so." in the libraries' sonames
-#   GSTREAMER, FREI0R:  likewise, not empty when GStreamer's element and frei0r's plugin are built
-#   FREI0RDIR:  likewise, that of the plugin, in full
-#   BINDIR, LIBDIR, INCLUDEDIR, DATADIR, DOCDIR, MANDIR:  likewise, those of the installation, in full
+# Environment:
+#   SOURCE, BUILD, STAGE  folders of the sources, of the build, and to install into
+#   SOVERSION             the part after ".so." in the libraries' sonames
+#   GSTREAMER, FREI0R     not empty if the GStreamer element and the frei0r plugin are built
+#   FREI0RDIR             the plugin's folder, an absolute path
+#   BINDIR, LIBDIR, INCLUDEDIR, DATADIR, DOCDIR, MANDIR
+#                         folders of the installation, absolute paths
 set -eu
 
 fail() {
@@ -14,7 +16,7 @@ fail() {
     exit 1
 }
 
-# Compares two texts.
+# equal EXPECTED ACTUAL: compares two texts and fails with a diff
 equal() {
     diff -u <(printf '%s\n' "$1") <(printf '%s\n' "$2") || fail "not as expected"
 }
@@ -41,7 +43,7 @@ texts_in() {
     find "$1" -type f '(' -name '*.md' -o -name '*.png' ')' -printf '%P\n' | sort
 }
 
-# The texts in docs/ are not counted.
+# files_of COMPONENT: the files installed, with the targets of links, except docs/
 files_of() {
     (cd "$STAGE/$1" && find . ! -type d ! -path '*/docs/*' -printf '/%P %l\n' | sed 's/ $//' | LC_ALL=C sort)
 }
@@ -106,7 +108,7 @@ check_headers() {
     done
 }
 
-# A host in C; what it leaves is a frame with its subtitle.
+# burn_with_host OUTPUT: builds the host in C and has it write a frame with its subtitle
 burn_with_host() {
     local flags
     eval "flags=($(pkg-config --cflags --libs libsubtitle libavutil))"
@@ -128,14 +130,14 @@ check_find_package() {
     cmake --build "$work/build" >/dev/null
     "$work/build/host" "$work/text.srt" $text
     ldd "$work/build/host" | grep -qF "$STAGE/all$LIBDIR/libsubtitle.so.$SOVERSION" || fail "another library was taken"
-    # Another major version is refused.
+    # A request for another major version is refused.
     sed 's/subtitle 1\.0/subtitle 2.0/' "$SOURCE/tests/install/findpackage/CMakeLists.txt" >"$work/CMakeLists.txt"
     ! cmake -S "$work" -B "$work/refused" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" >/dev/null 2>"$work/log" ||
         fail "version 2.0 was found"
     grep -qF 'requested version "2.0"' "$work/log"
 }
 
-# A host that knows the other library through this one: by pkg-config, and by CMake.
+# A host that asks only for libsubtitleframe and gets libsubtitle with it, through pkg-config and CMake.
 check_frames() {
     local flags
     eval "flags=($(pkg-config --cflags --libs libsubtitleframe))"
@@ -152,7 +154,7 @@ check_frames() {
 check_subburn() {
     local subburn=$STAGE/all$BINDIR/subburn
     equal "subburn $(pkg-config --modversion libsubtitle)" "$("$subburn" --version | head -n 1)"
-    # It brings the library of its own installation, and draws what a host draws.
+    # It loads the library of its own installation and draws the same as a host.
     burn_with_host "$work/expected"
     ffmpeg -nostdin -v error -f lavfi -i color=0x646464:s=320x180:r=25:d=2,format=gbrp -c:v ffv1 "$work/plain.mkv"
     env -u LD_LIBRARY_PATH LD_DEBUG=files LD_DEBUG_OUTPUT="$work/loaded" \
@@ -181,7 +183,7 @@ check_frei0r() {
     cmp <(cat <(head -c $((320 * 180 * 3)) "$work/plain") "$work/expected") "$work/frames"
 }
 
-# flags_of OPTION...: what pkg-config says of an installation that is configured so and stays where it belongs
+# flags_of OPTION...: the flags from pkg-config for a build configured so, with its .pc file moved to another prefix
 flags_of() {
     rm -rf "$work/other"
     cmake -S "$SOURCE" -B "$work/other" -G Ninja -DSUBTITLE_TESTS=OFF -DSUBTITLE_BENCH=OFF "$@" >/dev/null
@@ -200,7 +202,7 @@ flags_of() {
     done | xargs
 }
 
-# Folders relative to the prefix move with the file; those given in full stay.
+# Folders relative to the prefix move with the .pc file; absolute ones stay.
 check_folders() {
     equal "-IMOVED/include -LMOVED/lib/$(cc -print-multiarch) -lsubtitle" "$(flags_of -DCMAKE_INSTALL_PREFIX=/usr)"
     equal "-I/elsewhere/include -LMOVED/lib64 -lsubtitle" "$(flags_of -DCMAKE_INSTALL_PREFIX=/opt/subtitle \

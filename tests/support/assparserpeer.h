@@ -2,7 +2,7 @@
 
 #include "parsers/assparser.h"
 
-/** Looks, and reaches, inside a parser of ASS scripts. */
+/** Gives tests read and write access to the members of an AssParser. */
 class AssParserPeer
 {
 public:

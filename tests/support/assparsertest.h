@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-/** A parser, opened on scripts that a test makes up. */
+/** A parser, and Open() to let it read a script. */
 class AssParserTest : public testing::Test
 {
 protected:

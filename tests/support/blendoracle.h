@@ -3,16 +3,16 @@
 #include <cstddef>
 #include <cstdint>
 
-/** What a blend works on, each value under the name that the formulas give it. */
+/** The input of a blend, with the names of the formulas. */
 struct BlendInput {
     const std::uint8_t *image; ///< 4 bytes a pixel, rows of W pixels
-    int x, y, w, h;            ///< the rectangle of the image that is shown
+    int x, y, w, h;            ///< the part of the image to show
     int W, H;                  ///< frame size
     int A;                     ///< opacity
     int offset;                ///< frame row of the image's row 0
 };
 
-/** Calls @p call(row, column, source, k) for each pixel that is drawn, in the frame's coordinates. */
+/** Calls @p call(row, column, source, k) for each pixel that is drawn. Row and column are the frame's. */
 template <typename Call>
 void ForPlainPixels(BlendInput in, Call call)
 {
@@ -49,7 +49,7 @@ void ForPlainPixels(BlendInput in, Call call)
     }
 }
 
-/** Blends pixel by pixel as the formulas stand, with plain divisions. */
+/** Blends pixel by pixel, literally by the formulas and with plain divisions. */
 inline void BlendPlainly(std::uint8_t *frame, int linesize, const BlendInput &in)
 {
     ForPlainPixels(in, [&](int row, int column, const std::uint8_t *s, int k) {

@@ -3,7 +3,7 @@
 #include <functional>
 #include <utility>
 
-/** A visitor that calls a function. Receiver is the interface, Shown what it receives. */
+/** A visitor that calls a function. Receiver is the visitor's interface, Shown the type that it visits. */
 template <class Receiver, class Shown>
 class CallingVisitor final : public Receiver
 {

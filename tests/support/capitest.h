@@ -14,13 +14,13 @@
 constexpr int Width = 320;
 constexpr int Height = 180;
 
-/** A handle of the shared library for small frames, and a file with a cue from second 1 to 2. */
+/** A handle of the shared library for small frames, and a file with one cue, from 1 s to 2 s. */
 class CApiTest : public testing::Test
 {
 protected:
     ~CApiTest() override { DestroyVideoSubtitle(m_subtitle); }
 
-    /** A grey frame with the subtitle of that time. */
+    /** A grey frame with the subtitle at that time. */
     std::vector<uint8_t> FrameAt(long ms, void *subtitle = nullptr)
     {
         std::vector<uint8_t> pixels(Width * Height * 3, 90);

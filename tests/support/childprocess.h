@@ -6,14 +6,14 @@
 #include <utility>
 #include <vector>
 
-/** How a program ended and what it said. */
+/** How a program ended and what it wrote. */
 struct Outcome {
-    int nExit = -1;
+    int nExit = -1; ///< exit code; minus the signal if one ended the program
     std::string strOut;
     std::string strError;
 };
 
-/** A program that runs beside the test. */
+/** A program that runs in parallel with the test. */
 class ChildProcess
 {
 public:
@@ -44,7 +44,7 @@ private:
 
     static std::string Content(std::FILE *pFile);
 
-    // Files and not pipes, so that no side ever waits for the other.
+    // Files instead of pipes, so that neither process ever blocks on the other.
     FilePtr m_pInput;
     FilePtr m_pOutput;
     FilePtr m_pError;

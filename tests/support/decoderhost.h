@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-/* Hosts in processes of their own that show a picture of 24 x 40 pixels, and what they must write. */
+/* Runs hosts as processes of their own that show a picture on 24 x 40 pixels, and computes what they must write. */
 
 namespace decoderhost
 {
@@ -21,7 +21,7 @@ using Bytes = std::vector<std::uint8_t>;
 constexpr int Width = 24;
 constexpr int Height = 40;
 
-/** Of all four pixel codes. */
+/** A unit that uses all four pixel codes. */
 inline PictureUnit Unit()
 {
     PictureUnit unit = PictureUnit::Filled(3, 4, 17, 9);
@@ -32,7 +32,7 @@ inline PictureUnit Unit()
     return unit;
 }
 
-/** A black frame with the unit. */
+/** A black frame with the unit blended in. */
 inline Bytes FramePlainly(const VobSubPair &pair)
 {
     const Bytes image = PlainCanvas(Width, Height).Draw(Unit(), pair.palette).Image();
@@ -41,7 +41,7 @@ inline Bytes FramePlainly(const VobSubPair &pair)
     return frame;
 }
 
-/** What the host writes; it must end well and say nothing else. */
+/** The host's standard output. It must exit with 0 and write nothing to standard error. */
 inline Bytes Output(const char *pHost, std::vector<std::string> listArguments, const std::string &strInput = "",
                     const ChildProcess::Environment &environment = {})
 {

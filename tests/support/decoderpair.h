@@ -6,7 +6,7 @@
 
 #include <cstring>
 
-/** The process's decoder and the plain one side by side. */
+/** The process's decoder and a PlainDecoder that get the same input. */
 class DecoderPair
 {
 public:
@@ -16,7 +16,7 @@ public:
     {
         subtitle_release();
         std::memset(decoder.Rdbfr, 0, sizeof decoder.Rdbfr);
-        // Setting a decoder up leaves these as they are.
+        // Setting up the decoder does not change these.
         m_plain.m_fStart = mediadata.start;
         m_plain.m_fStop = mediadata.stop;
         m_plain.m_nTop = mediadata.top;
@@ -28,14 +28,14 @@ public:
     DecoderPair(const DecoderPair &) = delete;
     DecoderPair &operator=(const DecoderPair &) = delete;
 
-    /** Returns what the library's function does; so do those below. */
+    /** Returns the result of the library's function, as Feed() does. */
     int Init(int nWidth, int nHeight)
     {
         m_plain.Init(m_palette, nWidth, nHeight);
         return subtitle_init(m_palette, nWidth, nHeight);
     }
 
-    /** Feeds both, from memory that is no longer than it must be. */
+    /** Feeds both from a buffer of the exact size, so that tools see a read past its end. */
     int Feed(const Bytes &bytes)
     {
         const Bytes exact(bytes.begin(), bytes.end());
@@ -67,7 +67,7 @@ public:
 
     static Bytes Held() { return {decoder.Rdbfr, decoder.Rdbfr + decoder.Rdlgth}; }
 
-    /** Everything that the two have in common is the same. */
+    /** Whether all state that both have is the same. */
     bool IsSame() const
     {
         bool bSame = Held() == m_plain.Held() && Coded_Picture_Width == m_plain.m_nCanvasWidth &&
@@ -81,7 +81,7 @@ public:
         return bSame;
     }
 
-    /** Of an output plane nothing is known before it is written. */
+    /** Whether a plane has the expected bytes. Output planes are not compared until they are written. */
     static bool IsPlane(const std::uint8_t *pPlane, const Bytes &expected)
     {
         return expected.empty() || std::memcmp(pPlane, expected.data(), expected.size()) == 0;

@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-/** A subtitle file of each kind, and what a host sees of it without and with faults. */
+/** A subtitle file of each kind, and what a host gets from it without and with faults. */
 class FaultsTest : public testing::Test
 {
 protected:
@@ -25,7 +25,7 @@ protected:
         std::vector<Frame> listFrames; ///< at m_listTimes
     };
 
-    /** What becomes of one use of a file. */
+    /** The outcome of one use of a file. */
     enum Result {
         Shown = 0,   ///< opened, every frame right
         Partly = 1,  ///< opened, some frames right and the others untouched
@@ -67,11 +67,11 @@ protected:
         }
     }
 
-    /** Faults may happen between the two only. */
+    /** Called around each call of the library: faults may happen only in between. */
     virtual void BeginCall(Call /*call*/) {}
     virtual void EndCall() {}
 
-    /** Puts the subtitle on display into m_frame, without an allocation of the test's own. */
+    /** Burns the current subtitle into m_frame. The test itself allocates nothing here. */
     int Process()
     {
         m_frame = m_untouched;
@@ -108,7 +108,7 @@ protected:
         return nOpened != 0 ? Refused : nRight == 0 ? Nothing : Partly;
     }
 
-    /** The same in a fork, which uses the file once more behind the fault. */
+    /** Calls Use() with a fault in a fork, and then once more without it. */
     template <typename Begin, typename End>
     int UseWithFault(const File &file, Begin begin, End end)
     {
@@ -125,7 +125,7 @@ protected:
     const int m_nWidth;
     const int m_nHeight;
     const int m_nCues;
-    const std::vector<long> m_listTimes; ///< at the first of them nothing is due
+    const std::vector<long> m_listTimes; ///< nothing is due at the first one
     TemporaryFolder m_folder;
     void *m_pHandle;
     const Frame m_untouched;
@@ -155,7 +155,7 @@ private:
                 WritePictures()};
     }
 
-    /** Each picture covers the canvas, so that none depends on those before it. */
+    /** Each picture covers the canvas, so that it does not depend on earlier ones. */
     std::string WritePictures() const
     {
         VobSubPair pair;

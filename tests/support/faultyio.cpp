@@ -41,12 +41,12 @@ bool IsWatched(int descriptor)
     return descriptor >= 0 && descriptor < static_cast<int>(state.isWatched.size()) && state.isWatched[descriptor];
 }
 
-/** Counts a call; the fault that is to happen in it. */
+/** Counts a call. @return the fault that is to happen in it */
 Fault NextFault()
 {
     const long call = state.record.nCalls++;
     if (state.act) {
-        const auto act = std::exchange(state.act, nullptr); // which may make such calls itself
+        const auto act = std::exchange(state.act, nullptr); // it may make such calls itself
         act(call);
         state.act = act;
     }
@@ -55,7 +55,7 @@ Fault NextFault()
     return happens ? state.fault : Fault::None;
 }
 
-/** Counts a call that does not read; whether it fails. */
+/** Counts a call other than read(). @return whether it is to fail */
 bool Fails(int error)
 {
     const Fault fault = NextFault();
@@ -79,7 +79,7 @@ int Open(Function *open, const char *path, int flags, mode_t mode)
     return descriptor;
 }
 
-/** Calls it unless it is to fail. */
+/** Calls the function unless the call is to fail. */
 template <typename Function, typename... Arguments>
 auto Call(Function *function, bool isWatched, Arguments... arguments) -> decltype(function(arguments...))
 {
@@ -117,7 +117,7 @@ Record End()
 
 } // namespace faultyio
 
-// The C library's own declarations differ in attributes and in what they may throw.
+// The declarations in the C library differ in attributes and in noexcept.
 // NOLINTBEGIN(cert-dcl50-cpp, clang-analyzer-valist.Uninitialized)
 extern "C" {
 

@@ -7,7 +7,7 @@
 #include <malloc.h>
 #include <new>
 
-// glibc's own, under the names that nothing stands before.
+// glibc's own functions, by names that are not replaced here.
 // NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 void *__libc_malloc(size_t size);
@@ -23,13 +23,13 @@ namespace
 struct {
     bool isOn = false;
     faultymemory::Selection selection;
-    std::uintptr_t code = 0; // of the shared library whose allocations count
+    std::uintptr_t code = 0; // the segment whose allocations count; 0 for any
     std::uintptr_t codeEnd = 0;
     long faultyAllocation = -1;
     long allocations = 0;
 } state;
 
-/** Finds the segment that an address is in. */
+/** Callback of dl_iterate_phdr(): looks for the segment that has an address. */
 int FindCode(dl_phdr_info *library, size_t /*size*/, void *address)
 {
     const auto wanted = reinterpret_cast<std::uintptr_t>(address);

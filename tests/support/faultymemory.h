@@ -3,27 +3,27 @@
 #include <cstddef>
 
 /**
- * Lack of memory. A program that is linked with this has its own malloc(), operator new and so on before those of the C
- * and C++ libraries, for itself and for all shared libraries.
+ * Simulates lack of memory. In a program that links this, its malloc(), operator new and so on replace those of the C
+ * and C++ libraries, also for all shared libraries.
  */
 namespace faultymemory
 {
 
 /** Which allocations count, and may fail. */
 struct Selection {
-    std::size_t nLeast = 0;      ///< those of at least so many bytes
-    const void *pCode = nullptr; ///< those that the shared library with this address asks for itself; null: any
-    bool bLasting = false;       ///< with the chosen one all that follow fail
+    std::size_t nLeast = 0;      ///< in bytes; smaller allocations do not count
+    const void *pCode = nullptr; ///< only those made by code in the segment with this address; null: any
+    bool bLasting = false;       ///< all allocations after the chosen one fail too
 };
 
-/** Lets the @p nAllocation th allocation fail that counts, from 0. For processes of one thread. */
+/** Makes counted allocation number @p nAllocation, from 0, fail; none if negative. For processes with one thread. */
 void Choose(const Selection &selection, long nAllocation = -1);
 
-/** Allocations count until Pause() is called. */
+/** Starts counting and failing, until Pause() is called. */
 void Go();
 void Pause();
 
-/** How many counted since Choose(). */
+/** The number of allocations counted since Choose(). */
 long Count();
 
 } // namespace faultymemory

@@ -2,7 +2,7 @@
 
 #include <QFont>
 
-/** A font from Debian's fonts-dejavu-core, so that every machine paints the same. */
+/** A font of Debian's package fonts-dejavu-core, so that text is the same on every machine. */
 inline QFont TestFont(int pixelSize)
 {
     QFont font(QStringLiteral("DejaVu Sans"));

@@ -5,8 +5,8 @@
 #include <unistd.h>
 
 /**
- * Runs a task in a fork of this process, which has one thread, so that whatever becomes of it stays there.
- * @return what the task returned, 0 to 255; minus the signal that ended it. An exception counts as SIGABRT.
+ * Runs a task in a fork, so that a crash or changed state does not affect this process, which must have one thread.
+ * @return the task's result, 0 to 255, or minus the signal that ended it. An exception counts as SIGABRT.
  */
 inline int RunForked(const std::function<int()> &task)
 {

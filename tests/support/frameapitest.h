@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 #include <string>
 
-/** A handle with text due, and a burner for it. */
+/** A handle whose file has text due at the current time, and a burner for it. */
 class FrameApiTest : public testing::Test
 {
 protected:
@@ -33,7 +33,7 @@ protected:
         return PlaneFrame(static_cast<AVPixelFormat>(SubtitlePixelFormat(format)), width, height);
     }
 
-    /** The frame with the subtitle burnt in, of whose record @p change sets members. */
+    /** The frame with the subtitle burnt in. @p change may first set members of its SubtitleFrame. */
     template <typename Change>
     PlaneFrame Burnt(PlaneFrame frame, Change change)
     {

@@ -7,10 +7,10 @@
 namespace
 {
 
-/** Weights of pixels along an axis in a chroma sample, which add up to 1. */
+/** The weights of the pixels along one axis in a chroma sample, by pixel position; they add up to 1. */
 using Weights = std::map<int, double>;
 
-/** @param position  of the sample among @p pixels, of which one is 1 long. */
+/** @param position  of the sample, in pixels @param pixels  their number along the axis */
 Weights WeightsAt(double position, int pixels)
 {
     const auto inside = [pixels](double pixel) { return std::min(std::max(static_cast<int>(pixel), 0), pixels - 1); };
@@ -176,13 +176,13 @@ double FrameOracle::Drawn(int component, int x, int y, int chromaX, int chromaY)
                        : ToRgb({luma, FromCode(m_frame.Get(1, chromaX, chromaY), 1),
                                 FromCode(m_frame.Get(2, chromaX, chromaY), 2)});
     }
-    // As in frames of RGB24, red is mixed with what was blue, and blue with what was red.
+    // As in RGB24 frames, the text's red is mixed with the frame's blue, and its blue with the frame's red.
     const double rest = 255 - pixel.k;
     const Rgb mixed = {(pixel.k * (pixel.red / 255.0) + rest * rgb.blue) / 255,
                        (pixel.k * (pixel.green / 255.0) + rest * rgb.green) / 255,
                        (pixel.k * (pixel.blue / 255.0) + rest * rgb.red) / 255};
     const double code = CodeOf(mixed, component);
-    // Opaque text has the code value that its colour is rounded to.
+    // Opaque text is drawn in its colours rounded to code values.
     return m_pSubtitle->IsOpaque() ? std::min<double>(std::floor(code + 0.5), m_frame.Max(component)) : code;
 }
 

@@ -7,14 +7,14 @@
 #include <utility>
 #include <vector>
 
-/** A picture's pixels, each drawn or not, with its colour and weight. */
+/** The pixels of a picture: whether each is drawn, its colour and its weight. */
 class PlainSubtitle
 {
 public:
     struct Pixel {
         bool bDrawn = false;
         int red = 0, green = 0, blue = 0;
-        int k = 0;
+        int k = 0; ///< weight, 0 to 255
     };
 
     explicit PlainSubtitle(const BlendInput &in);
@@ -22,9 +22,9 @@ public:
     const Pixel &At(int x, int y) const { return m_listPixels[static_cast<std::size_t>(y) * m_nWidth + x]; }
     int Width() const { return m_nWidth; }
     int Height() const { return m_nHeight; }
-    /** Some pixel is drawn. */
+    /** Whether any pixel is drawn. */
     bool Shows() const { return m_bShows; }
-    /** No pixel has less than the whole weight. */
+    /** Whether all drawn pixels have the weight 255. */
     bool IsOpaque() const { return m_bOpaque; }
 
 private:
@@ -34,20 +34,20 @@ private:
     std::vector<Pixel> m_listPixels;
 };
 
-/** What a sample of a frame becomes. */
+/** The expected value of a sample of a frame. */
 struct PlainSample {
     bool bTouched;
     double value;
 };
 
 /**
- * Computes single samples of a frame with a subtitle, in doubles and as the definitions stand: for standard dynamic
- * range, and every matrix that frames may have.
+ * Computes single samples of a frame with a subtitle, in doubles and literally by the definitions: for standard dynamic
+ * range and every matrix that frames may have.
  */
 class FrameOracle
 {
 public:
-    /** @param frame  with random samples, as it was @param description  without anything left open */
+    /** @param frame  before the subtitle is burnt in @param description  with no member left unspecified */
     FrameOracle(const PlaneFrame &frame, const SubtitleFrame &description, const PlainSubtitle &subtitle) :
         FrameOracle(frame, description, subtitle.Width(), subtitle.Height(), &subtitle)
     {
@@ -60,7 +60,7 @@ protected:
     struct Rgb {
         double red, green, blue;
     };
-    /** @param width, height  of the picture as shown @param subtitle  for this class's own definitions; else null */
+    /** @param width, height  of the picture as shown @param subtitle  null if a derived class overrides its uses */
     FrameOracle(const PlaneFrame &frame, const SubtitleFrame &description, int width, int height,
                 const PlainSubtitle *subtitle) :
         m_frame(frame), m_description(description), m_nWidth(width), m_nHeight(height), m_pSubtitle(subtitle)
@@ -69,11 +69,11 @@ protected:
 
     /** Whether the subtitle touches a pixel of the frame. */
     virtual bool Touches(int x, int y) const { return Covering(x, y).bDrawn; }
-    /** A component of a pixel with the subtitle on it, where the chroma of what is below is that of one sample. */
+    /** A component of a pixel under the subtitle; the frame's chroma there is that of the sample chromaX, chromaY. */
     virtual double Drawn(int component, int x, int y, int chromaX, int chromaY) const;
     virtual double DrawnAlpha(int component, int x, int y) const;
 
-    /** Where a place of the frame as it is stored is in the picture as shown: column and row. */
+    /** Converts a position in the frame as stored to column and row of the picture as shown. */
     std::pair<int, int> Place(int x, int y) const;
     double CodeOf(const Rgb &rgb, int component) const;
     const PlaneFrame &Frame() const { return m_frame; }

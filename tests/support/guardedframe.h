@@ -8,7 +8,7 @@
 #include <vector>
 
 /**
- * A packed RGB frame of random pixels with guard bytes before it, behind it and between its rows.
+ * A packed RGB frame of random pixels with guard bytes before it, after it and between its rows.
  */
 class GuardedFrame
 {
@@ -35,7 +35,7 @@ public:
     {
         return m_bytes.data() + GuardSize + static_cast<std::ptrdiff_t>(y) * m_nStride + x * 3;
     }
-    /** The last row becomes the first. */
+    /** Reverses the order of the rows. */
     void TurnOver()
     {
         for (int top = 0, bottom = m_nHeight - 1; top < bottom; ++top, --bottom)
@@ -44,7 +44,7 @@ public:
     int Width() const { return m_nWidth; }
     int Height() const { return m_nHeight; }
 
-    /** All bytes, guards included, so that frames compare whole. */
+    /** All bytes, guards included, to compare frames. */
     const std::vector<std::uint8_t> &Bytes() const { return m_bytes; }
 
 private:

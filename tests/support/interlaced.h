@@ -4,7 +4,7 @@ extern "C" {
 #include <libavutil/frame.h>
 }
 
-/** Says of a frame whether it is interlaced, as the FFmpeg at hand has it. */
+/** Marks a frame as interlaced or not; how depends on the version of FFmpeg. */
 inline void SetInterlaced(AVFrame &frame, bool bInterlaced)
 {
 #ifdef AV_FRAME_FLAG_INTERLACED

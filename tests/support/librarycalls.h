@@ -7,30 +7,30 @@
 #include <thread>
 #include <utility>
 
-/** What functions that stand in for the library's have in common. */
+/** Common parts of the functions that replace the library's in a test: a log and a check of the threading rules. */
 namespace librarycalls
 {
 
 inline std::mutex logMutex;
 inline std::string strLog;
-inline bool bMemory = true; ///< false lets calls fail
+inline bool bMemory = true; ///< false makes calls fail
 
-/** Threads inside, with those that have to be there alone counted a thousandfold. */
+/** Threads in a call. One that must be alone there counts 1000. */
 inline std::atomic<int> nInside = 0;
-/** Times that the rule on threads was broken. */
+/** How often a call met another one that excludes it. */
 inline std::atomic<int> nBroken = 0;
 
-/** One thread's stay in the library. */
+/** Records one call of the library, from construction to destruction. */
 class Stay
 {
 public:
-    /** @param nWeight  1000 where the thread has to be alone, else 1 */
+    /** @param nWeight  1000 if the thread must be alone, else 1 */
     Stay(int nWeight, const std::string &strCall) : m_nWeight(nWeight)
     {
         const int nOthers = nInside.fetch_add(m_nWeight);
         nBroken += m_nWeight == 1 ? nOthers >= 1000 : nOthers != 0;
         for (int n = 0; n < 20; ++n)
-            std::this_thread::yield(); // so that others come in, if they can
+            std::this_thread::yield(); // lets other threads make calls, if they can
         const std::lock_guard<std::mutex> lock(logMutex);
         strLog += strCall + "\n";
     }
@@ -42,7 +42,7 @@ private:
     int m_nWeight;
 };
 
-/** A function that may run beside others; 0, or -1 without memory. */
+/** A call that others may overlap. @return 0, or -1 if bMemory is false */
 template <typename... Values>
 int Call(const char *pName, const Values &...values)
 {
@@ -53,7 +53,7 @@ int Call(const char *pName, const Values &...values)
     return bMemory ? 0 : -1;
 }
 
-/** The calls since the last time, a line each. */
+/** Returns the log, one line per call, and clears it. */
 inline std::string TakeLog()
 {
     return std::exchange(strLog, "");

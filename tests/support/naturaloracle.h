@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-/** A subtitle of the natural look, with bytes of its own. */
+/** A copy of a subtitle of the natural look. */
 struct PlainNatural {
     explicit PlainNatural(const NaturalSubtitle &shown) :
         nWidth(shown.nFrameWidth),
@@ -24,7 +24,7 @@ struct PlainNatural {
     {
         return area.IsEmpty() ? 0 : static_cast<std::size_t>(area.nColumns) * area.nRows;
     }
-    /** What a list has at a place of the frame; 0 outside. */
+    /** The value of a list at a position in the frame; 0 outside its area. */
     template <typename Value>
     static Value At(const std::vector<Value> &list, const FrameArea &area, int x, int y)
     {
@@ -40,7 +40,7 @@ struct PlainNatural {
     std::vector<std::uint32_t> listPicture;
 };
 
-/** The natural look as it is defined: outline, text and picture over each other, by straight alpha. */
+/** The natural look, literally by its definition: text over outline, picture over both, with straight alpha. */
 class NaturalOracle : public FrameOracle
 {
 public:

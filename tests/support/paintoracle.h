@@ -11,7 +11,7 @@ struct PlainText {
     int nTextHeight;
 };
 
-/** Text painted by one draw for each place of the outline and one for the text: slow, and as plain as can be. */
+/** Paints text with 20 draws for the outline and one for the text: slow, but as plain as possible. */
 inline PlainText PaintTextPlainly(const TextStyle &style, int width, int height, const QString &text)
 {
     static constexpr int Offsets[20][2] = {

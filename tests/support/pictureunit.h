@@ -4,15 +4,15 @@
 #include <vector>
 
 /**
- * A DVD sub-picture unit laid out as authoring tools do it: header, top field, bottom field, one control sequence that
- * shows the picture, one that takes it away.
+ * A DVD sub-picture unit laid out as by authoring tools: header, top field, bottom field, a control sequence that shows
+ * the picture and one that hides it.
  */
 struct PictureUnit {
     int nX = 0;
     int nY = 0;
     int nWidth = 0;
     int nHeight = 0;
-    std::vector<std::uint8_t> listPixels; ///< codes 0 to 3, nWidth a row
+    std::vector<std::uint8_t> listPixels; ///< codes 0 to 3, nWidth per row
     unsigned nColours = 0x3210;           ///< palette index of each code, code 0 lowest
     unsigned nContrasts = 0xFFF0;         ///< 0 to 15 of each code, code 0 lowest
     unsigned nStopDelay = 200;            ///< of the second control sequence

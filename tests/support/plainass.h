@@ -14,7 +14,7 @@ struct PlainAssItem {
     std::u16string strEffect;
 };
 
-/** What a script leaves in its parser beside the events. */
+/** The members of an AssParser that a script sets, apart from the events. */
 struct PlainAssMembers {
     std::u16string strCollisions;
     int nPlayResX = 0;
@@ -41,7 +41,7 @@ struct PlainAssMembers {
     int nCharset = 0;
 };
 
-/** QString::indexOf() once more: a negative start counts from the end. */
+/** Does the same as QString::indexOf(): a negative start counts from the end. */
 inline int FindPlainly(const std::u16string &text, char16_t wanted, int from)
 {
     const int length = static_cast<int>(text.size());
@@ -57,7 +57,7 @@ inline int FindPlainly(const std::u16string &text, char16_t wanted, int from)
     return -1;
 }
 
-/** AssParser::RemoveSSATags() once more: one search position for the braces and, from where they left it, the angles. */
+/** Does the same as AssParser::RemoveSSATags(): the search for '<' starts where the search for '{' ended. */
 inline std::u16string RemoveTagsPlainly(std::u16string text)
 {
     int position = 0;
@@ -95,7 +95,7 @@ inline std::u16string RemoveTagsPlainly(std::u16string text)
     return result;
 }
 
-/** A line, from which fields are cut. */
+/** A line that is split into fields. */
 class PlainFields
 {
 public:
@@ -141,7 +141,7 @@ private:
     std::u16string m_strRest;
 };
 
-/** Reads scripts one after the other, as a parser that is opened again. */
+/** Reads scripts one after the other, like one parser that opens several files. */
 class PlainAss
 {
 public:

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-/** What the decoder's canvas must hold after whole units, drawn pixel by pixel. */
+/** The expected content of the decoder's canvas after whole units, drawn pixel by pixel. */
 class PlainCanvas
 {
 public:
@@ -20,7 +20,7 @@ public:
     {
     }
 
-    /** Only the transparency of what an earlier unit drew goes away. */
+    /** Draws a unit. Of earlier ones only the alpha is cleared, their colours stay. */
     PlainCanvas &Draw(const PictureUnit &unit, const std::array<unsigned int, 16> &palette)
     {
         m_listAlpha.assign(Size(), 0);
@@ -45,7 +45,7 @@ public:
     const std::vector<std::uint8_t> &V() const { return m_listV; }
     const std::vector<std::uint8_t> &Alpha() const { return m_listAlpha; }
 
-    /** The bytes of its picture at the canvas's own size. */
+    /** The bytes of the picture in the size of the canvas. */
     std::vector<std::uint8_t> Image() const
     {
         std::vector<std::uint8_t> image;

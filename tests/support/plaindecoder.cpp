@@ -303,12 +303,12 @@ void PlainDecoder::WriteX()
     int nChroma = (bSparse ? nFirst >> 1 : nFirst) * m_nChromaWidth;
     for (int r = 0; r <= m_nBottom - m_nTop; ++r) {
         if (m_nTop + r >= m_nCanvasHeight)
-            break; // a row of an earlier, higher canvas
+            break; // the row is from an earlier, higher canvas
         for (int c = 0; c < m_nCanvasWidth; ++c) {
             const int nFrom = (m_nTop + r) * m_nCanvasWidth + c;
             const bool bVisible = m_listPlanes[3].at(nFrom) != 0;
             const bool bChroma = !bSparse || (r % 2 == 0 && c % 2 == 0);
-            if (bVisible && nFirst + r < m_nCanvasHeight) // or the row would leave the picture
+            if (bVisible && nFirst + r < m_nCanvasHeight) // else the row is outside the canvas
                 m_listOut[0].at((nFirst + r) * m_nCanvasWidth + c) = m_listPlanes[0].at(nFrom);
             if (bVisible && bChroma && nChroma >= 0 && nChroma < nPixels) {
                 m_listOut[1].at(nChroma) = m_listPlanes[1].at(nFrom);

@@ -4,8 +4,8 @@
 #include <vector>
 
 /**
- * A second decoder of sub-picture units, slow and plain: what the tests compare the library's with. Everything that it
- * does it does byte by byte, and writing outside a plane is an exception.
+ * A slow, simple decoder of sub-picture units that tests compare the library's with. It works byte by byte, and throws
+ * if it would write outside a plane.
  */
 class PlainDecoder
 {
@@ -27,7 +27,7 @@ public:
 
     Bytes Held() const { return {m_buffer.begin(), m_buffer.begin() + m_nHeld}; }
 
-    // The canvas, which lasts from one unit to the next.
+    // The canvas, which is kept from one unit to the next.
     int m_nCanvasWidth = 0;
     int m_nCanvasHeight = 0;
     Bytes m_listPlanes[4]; ///< Y, U, V, alpha
@@ -37,7 +37,7 @@ public:
     int m_nTop = 0;
     int m_nBottom = 0;
 
-    // What a host may set.
+    // Settings of the host.
     int m_nSubtColor = 1;
     int m_nSubtOffset = 0;
     int m_nChromaFormat = 3;
@@ -83,6 +83,6 @@ private:
     int m_nHeight = 0;
     int m_nX = 0;
     int m_nY = 0;
-    int m_nWrite = 0; ///< the same place in all four planes
+    int m_nWrite = 0; ///< write position, the same in all four planes
     bool m_bSecondPicture = false;
 };

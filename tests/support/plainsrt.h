@@ -11,7 +11,7 @@ struct PlainSrtItem {
     std::u16string strText;
 };
 
-/** ParseTime() once more; what does not fit is the smallest int. */
+/** Does the same as ParseTime(); a result that does not fit is the smallest int. */
 inline int ParseTimePlainly(const std::u16string &text)
 {
     std::vector<std::u16string> parts(1);
@@ -32,7 +32,7 @@ inline int ParseTimePlainly(const std::u16string &text)
     return std::numeric_limits<int>::min();
 }
 
-/** The cues of an SRT file's lines. */
+/** The cues in the lines of an SRT file. */
 inline std::vector<PlainSrtItem> ReadSrtPlainly(const std::vector<std::u16string> &lines)
 {
     constexpr char16_t Arrow[] = u"-->";

@@ -4,8 +4,8 @@
 #include <vector>
 
 /**
- * Walks a program stream as plainly as can be: what the tests compare the library's walk with.
- * @return the sub-picture payloads, in order; one that the end of the bytes cuts is as long as what is there.
+ * Reads a program stream in the simplest way, for tests to compare the library with.
+ * @return the sub-picture payloads, in order; one that extends past the end of the bytes is cut there.
  */
 inline std::vector<std::vector<std::uint8_t>> PlainPayloads(const std::vector<std::uint8_t> &listBytes)
 {

@@ -9,11 +9,11 @@
 #include <vector>
 
 /*
- * Text files as the plain parsers take them: strings of 16-bit units, handled one at a time. Slow, and as plain as can
- * be.
+ * Text functions of the plain parsers, on strings of 16-bit units that they process one at a time: slow, but as plain
+ * as possible.
  */
 
-/** Unit for unit, with no byte-order mark dropped. */
+/** Converts unit by unit, so that a byte-order mark is kept. */
 inline QString Units(const std::u16string &text)
 {
     QString units;
@@ -22,7 +22,7 @@ inline QString Units(const std::u16string &text)
     return units;
 }
 
-/** The lines of a file's bytes, decoded by its mark. Big-endian text is not understood. */
+/** The lines of a file, decoded by its byte-order mark. Does not support big-endian text. */
 inline std::vector<std::u16string> LinesPlainly(const std::string &bytes)
 {
     std::vector<std::u16string> lines;
@@ -78,7 +78,7 @@ inline std::u16string LowerPlainly(const std::u16string &text)
     return Units(text).toLower().toStdU16String();
 }
 
-/** None where Qt says that it is no number. */
+/** Converts with Qt; none if Qt does not accept the number. */
 inline std::optional<int> IntPlainly(const std::u16string &text, int base = 10)
 {
     bool isNumber = false;
@@ -93,7 +93,7 @@ inline std::optional<double> DoublePlainly(const std::u16string &text)
     return isNumber ? std::optional<double>(value) : std::nullopt;
 }
 
-/** What two's complement makes of a number in 32 bits. */
+/** Wraps a number to 32 bits in two's complement. */
 inline int Wrap32Plainly(std::int64_t value)
 {
     constexpr std::int64_t Range = std::int64_t{1} << 32;
@@ -101,7 +101,7 @@ inline int Wrap32Plainly(std::int64_t value)
     return static_cast<int>(value >= Range / 2 ? value - Range : value);
 }
 
-/** The text due; none when nothing is. */
+/** The text due at a time; none if no cue is due. */
 template <typename Item>
 std::optional<std::u16string> FindDuePlainly(const std::vector<Item> &items, long ms)
 {

@@ -13,7 +13,7 @@ extern "C" {
 #include <random>
 #include <vector>
 
-/** How each plane of a frame lies in memory of its own. */
+/** Layout of a plane of a frame; each plane has its own memory. */
 struct PlaneMemory {
     bool bBottomUp = false;
     int nBefore = 512; ///< guard bytes
@@ -23,7 +23,7 @@ struct PlaneMemory {
 
 /**
  * A frame of any format with random samples, and random guard bytes before, between and after the rows of each plane.
- * Its samples are reached one by one, with what FFmpeg says of the format.
+ * Single samples are read and written by FFmpeg's description of the format.
  */
 class PlaneFrame
 {
@@ -59,7 +59,7 @@ public:
         }
     }
 
-    /** As a host passes it; what is not of the planes and the format is zero. */
+    /** The frame as a host passes it. Sets only size, format and planes; all else is zero. */
     SubtitleFrame Frame()
     {
         SubtitleFrame frame = m_frame;
@@ -98,7 +98,7 @@ public:
             Put16(at, (Get16(at) & ~mask) | value << component.shift);
     }
 
-    /** Of a row, without what follows it. */
+    /** Bytes of a row without the padding. */
     int RowBytes(int plane) const
     {
         int bytes = 0;

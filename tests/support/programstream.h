@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-/** Packets of an MPEG-2 program stream, one after the other. */
+/** Builds an MPEG-2 program stream packet by packet. */
 class ProgramStream
 {
 public:
@@ -38,7 +38,7 @@ public:
         return *this;
     }
 
-    /** A start code and nothing behind it. */
+    /** A start code and nothing after it. */
     ProgramStream &Start(int nId)
     {
         m_bytes.insert(m_bytes.end(), {0, 0, 1, static_cast<std::uint8_t>(nId)});

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <random>
 
-/** Sub-picture units of every kind, well-formed and not, for a canvas. The same seed gives the same units. */
+/** Generates random sub-picture units for a canvas, well-formed and broken. The same seed gives the same units. */
 class RandomUnit
 {
 public:
@@ -55,7 +55,7 @@ private:
 
     void PickArea(RawUnit &unit)
     {
-        const bool bWild = Chance(6); // off the canvas, or turned round
+        const bool bWild = Chance(6); // off the canvas or with swapped corners
         const int nMore = bWild ? Pick(1, 9) : -1;
         unit.x1 = Pick(0, m_nCanvasWidth + nMore);
         unit.x2 = Pick(0, m_nCanvasWidth + nMore);
@@ -124,20 +124,20 @@ private:
         std::string strLine;
         int nColumn = 0;
         const int nStyle = Pick(0, 9);
-        const int nEnd = nStyle == 0 ? Pick(0, nWidth) : nWidth; // short of the line's end: an end-of-line code follows
+        const int nEnd = nStyle == 0 ? Pick(0, nWidth) : nWidth; // ends early, with an end-of-line code
         while (nColumn < nEnd) {
             int nRun = std::min(AnyRun(), std::min(255, nEnd - nColumn));
             if (nStyle == 1 && nRun == nEnd - nColumn)
                 nRun = std::min(255, nRun + Pick(0, 7)); // past the line's end
             else if (nStyle == 2)
-                nRun = AnyRun(); // even by more than a line
+                nRun = AnyRun(); // even by more than a line's length
             strLine += Code(nRun, Pick(0, 3));
             nColumn += nRun;
         }
         return nStyle == 0 || Chance(4) ? strLine + "00" + Hex(m_random() & 0xFF, 2) : strLine;
     }
 
-    /** One to four sequences with the commands spread over them, some missing, some twice, unknown ones between. */
+    /** One to four sequences that share the commands; some are missing or doubled, with unknown ones in between. */
     std::string Control(const RawUnit &unit)
     {
         std::vector<std::string> listCommands = {unit.Colours(), unit.Contrasts(), unit.Area(), unit.Offsets(), "01"};
@@ -177,7 +177,7 @@ private:
         case 2: // some length
             bytes.resize(Pick(0, static_cast<int>(bytes.size())));
             break;
-        case 3: // nothing but chance, of an honest size
+        case 3: // random bytes with a correct size
             for (auto &byte : bytes)
                 byte = static_cast<std::uint8_t>(m_random());
             SetSize(bytes, static_cast<int>(bytes.size()));

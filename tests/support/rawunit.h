@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-/** Bytes from hexadecimal digits; blanks are passed over and an odd digit at the end is filled up with 0. */
+/** Bytes from hexadecimal digits. Spaces are skipped; an odd digit at the end is padded with 0. */
 inline std::vector<std::uint8_t> FromHex(const std::string &strDigits)
 {
     std::vector<std::uint8_t> bytes;
@@ -31,12 +31,12 @@ inline std::string Hex(unsigned nValue, int nDigits)
     return strDigits;
 }
 
-/** A sub-picture unit of which every digit is said. */
+/** A sub-picture unit given digit by digit. */
 struct RawUnit {
     std::string strTop;              ///< the top field's digits
-    std::string strBottom;           ///< the bottom field's
-    std::string strGap = "00000000"; ///< between pixels and control area; the decoder stops 4 bytes before the latter
-    std::string strControl;          ///< the control area; Control() when empty
+    std::string strBottom;           ///< the bottom field's digits
+    std::string strGap = "00000000"; ///< between pixels and control area, 4 bytes before which the decoder stops
+    std::string strControl;          ///< the control area; if empty, Control() is used
 
     int x1 = 0;
     int x2 = 0;
@@ -44,7 +44,7 @@ struct RawUnit {
     int y2 = 0;
     unsigned nColours = 0x3210;
     unsigned nContrasts = 0xFFFF;
-    int nOffset1 = -1; ///< where the fields are; where they really are when negative
+    int nOffset1 = -1; ///< stated offsets of the fields; if negative, the real ones
     int nOffset2 = -1;
 
     static RawUnit InArea(int nX, int nY, int nWidth, int nHeight)
@@ -67,7 +67,7 @@ struct RawUnit {
         return "06" + Hex(nTop, 4) + Hex(nBottom, 4);
     }
 
-    /** One control sequence that says everything. */
+    /** One control sequence with all commands. */
     std::string Control() const { return "00000000" + Colours() + Contrasts() + Area() + Offsets() + "FF"; }
 
     std::vector<std::uint8_t> Encode() const

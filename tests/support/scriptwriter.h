@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-/** Makes up scripts, well-formed and broken ones, the same for the same seed and compiler. */
+/** Generates random scripts, well-formed and broken. The same seed and compiler give the same scripts. */
 class ScriptWriter
 {
 public:
@@ -42,7 +42,7 @@ public:
         return File(lines);
     }
 
-    /** What stands before or behind the arrow of an SRT file. */
+    /** The text before or after the arrow in an SRT file. */
     std::string SrtTime()
     {
         if (!m_bWild || Chance(80)) {
@@ -225,7 +225,7 @@ private:
                SrtTime() + (Chance(8) ? " X1:100 X2:200" : "") + Space();
     }
 
-    /** Now and then, with bytes lost, added or changed. */
+    /** Sometimes removes, adds or changes bytes of the line. */
     std::string Broken(std::string line)
     {
         if (!m_bWild || line.empty() || !Chance(15))
@@ -257,7 +257,7 @@ private:
         }
     }
 
-    /** Byte by byte: what UTF-8 spells with several becomes so many characters. */
+    /** Turns each byte into a 16-bit unit, without decoding UTF-8 sequences. */
     std::string Utf16(const std::string &text)
     {
         std::string bytes = "\xFF\xFE";

@@ -2,7 +2,7 @@
 
 #include "parsers/srtparser.h"
 
-/** Looks inside a parser of SubRip text. */
+/** Gives tests access to the members of an SrtParser. */
 class SrtParserPeer
 {
 public:

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-/** A parser that reads indexes written by the test. */
+/** A SubParser, and functions to let it read indexes. */
 class SubIndexTest : public testing::Test
 {
 protected:
@@ -14,7 +14,7 @@ protected:
         return m_parser.Open(QString::fromStdString(m_folder.Write("a.idx", text)), nStream);
     }
 
-    /** Opens an index whose one language has these lines. */
+    /** Opens an index with one language that has these lines. */
     void OpenEntries(const std::string &lines) { EXPECT_EQ(OpenText("size: 720x576\nid: en, index: 0\n" + lines), 1); }
 
     std::vector<int> Starts() const

@@ -2,7 +2,7 @@
 
 #include "vobsub/subparser.h"
 
-/** Looks, and reaches, inside a parser of VobSub files. */
+/** Gives tests read and write access to the members of a SubParser. */
 class SubParserPeer
 {
 public:

@@ -8,20 +8,20 @@
 
 #include <gtest/gtest.h>
 
-/** A parser, and pictures that are held against a canvas drawn pixel by pixel. */
+/** A SubParser whose pictures are compared with a canvas drawn pixel by pixel. */
 class SubParserTest : public testing::Test
 {
 protected:
     using Bytes = std::vector<std::uint8_t>;
 
-    /** Opens a pair for a video of the canvas's own size. */
+    /** Opens a pair for a video of the canvas's size. */
     void Open(const VobSubPair &pair, int nStream = 0)
     {
         ASSERT_EQ(m_parser.Open(QString::fromStdString(pair.Write(m_folder)), nStream), 1);
         m_parser.SetVideoSize(pair.nWidth, pair.nHeight);
     }
 
-    /** The bytes of an entry's picture; none for a null image, which must leave the rectangle alone. */
+    /** The bytes of an entry's picture; empty for a null image, which must not change the rectangle. */
     Bytes Picture(const QString &key)
     {
         const QRect untouched(1, 2, 3, 4);
@@ -39,7 +39,7 @@ protected:
     }
     Bytes Picture(int nEntry) { return Picture(QString::number(nEntry)); }
 
-    /** What a canvas of the pair shows after these units. */
+    /** The expected picture after these units. */
     static Bytes Shown(const VobSubPair &pair, const std::vector<PictureUnit> &listUnits)
     {
         PlainCanvas canvas(pair.nWidth, pair.nHeight);

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-/** A pair of decoders, and what tests ask of it. */
+/** A pair of decoders with checks for tests. */
 class SubtitleDecoderTest : public testing::Test, protected DecoderPair
 {
 protected:
@@ -15,7 +15,7 @@ protected:
 
     void Init(int nWidth, int nHeight) { ASSERT_EQ(DecoderPair::Init(nWidth, nHeight), 1); }
 
-    /** Two lines: of entry 1, of entry 2. */
+    /** Two lines, one of palette entry 1 and one of entry 2. */
     static RawUnit Unit8x2()
     {
         RawUnit unit = RawUnit::InArea(0, 0, 8, 2);
@@ -52,7 +52,7 @@ protected:
         ADD_FAILURE() << "the decoders differ";
     }
 
-    /** A canvas row: the digit of each pixel's palette entry, a point where it is transparent. */
+    /** A canvas row as text: for each pixel the digit of its palette entry, '.' if it is transparent. */
     static std::string Row(int nRow)
     {
         std::string strRow;

@@ -6,7 +6,7 @@
 #include <stdlib.h>
 #include <string>
 
-/** A folder of a test's own, removed with all that is in it. */
+/** A temporary folder, which the destructor removes with all its contents. */
 class TemporaryFolder
 {
 public:
@@ -27,7 +27,7 @@ public:
 
     const std::filesystem::path &Path() const { return m_path; }
 
-    /** Writes a file, and the folders above it, and returns its full name. */
+    /** Writes a file, creates the folders for it, and returns its full name. */
     std::string Write(const std::string &name, const std::string &bytes) const
     {
         const auto path = m_path / name;

@@ -20,7 +20,7 @@ inline TextStyle Style(const QFont &font, const Look &look = {})
     return style;
 }
 
-/** One painter for all, so that the glyphs that it keeps are put to use. */
+/** Uses one painter for all calls, so that its glyph cache is tested too. */
 inline PlainText PaintText(const TextStyle &style, int width, int height, const QString &text)
 {
     static TextPainter painter;

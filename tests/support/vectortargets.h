@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-/** A kernel of some instruction set. */
+/** A kernel and the name of its instruction set. */
 template <typename Kernel>
 struct NamedKernel {
     std::string strName;
@@ -20,7 +20,7 @@ void PrintTo(const NamedKernel<Kernel> &kernel, std::ostream *out)
     *out << kernel.strName;
 }
 
-/** The portable one, and that of each instruction set that this processor has, the best first. */
+/** The portable kernel, then those of all instruction sets that this processor has, the best first. */
 template <typename Kernel>
 std::vector<NamedKernel<Kernel>> AllKernels(const Kernel &portable, const Kernel &(*best)())
 {

@@ -2,7 +2,7 @@
 
 #include "render/videosubtitle.h"
 
-/** Looks, and reaches, inside a renderer. */
+/** Gives tests read and write access to the members of a VideoSubtitle. */
 class VideoSubtitlePeer
 {
 public:
@@ -30,9 +30,9 @@ public:
     }
     QFont *Font() const { return m_renderer.m_pFont; }
     QImage *Image() const { return m_renderer.m_pImage; }
-    /** Changes with every text painted. */
+    /** An address that changes with every text painted. */
     const std::uint64_t *Ink() const { return m_renderer.m_painted.ink->text.listWords.data(); }
-    /** The text on display, as an image of the frame's size. */
+    /** The current text, as an image of the frame's size. */
     QImage Text() const
     {
         return MakeImage(m_renderer.m_painted, m_renderer.Style(), m_renderer.m_nVideoWidth, m_renderer.m_nVideoHeight);

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-/** A renderer of its own, in a known font, and frames that are held against the plain painter and the plain blend. */
+/** A renderer with a known font, whose frames are compared with the plain painter and the plain blend. */
 class VideoSubtitleTest : public testing::Test
 {
 protected:
@@ -39,7 +39,7 @@ protected:
         EXPECT_EQ(m_renderer.ProcessFrame(&picture), 0);
     }
 
-    /** What the frame must become with the current settings and text, by the plain painter and the plain blend. */
+    /** Draws the expected frame for the current settings, by the plain painter and the plain blend. */
     void ProcessPlainly(GuardedFrame &frame, const QString &text) const
     {
         const PlainText plain = PaintTextPlainly(
@@ -51,7 +51,7 @@ protected:
                       m_peer.LogoPos() * Height / 100 - plain.nTextHeight / 2});
     }
 
-    /** Returns whether anything is drawn at all: text may lie wholly outside the frame. */
+    /** @return whether anything is drawn: text may lie wholly outside the frame */
     bool ExpectFrameAsPlain(const QString &text, int padding)
     {
         GuardedFrame frame(Width, Height, padding);

@@ -11,7 +11,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 
-/** Handles for videos of the canvas's own size, and frames that are held against the plain canvas and the plain blend. */
+/** Handles for videos of the canvas's size, whose frames are compared with the plain canvas and the plain blend. */
 class VobSubApiTest : public testing::Test
 {
 protected:
@@ -27,7 +27,7 @@ protected:
         return SetSubtitleFile(pHandle, strFile.c_str(), nTrack);
     }
 
-    /** A frame with the subtitle of that time. */
+    /** A frame with the subtitle at that time. */
     static Bytes FrameAt(void *pHandle, long ms, int nWidth = Width, int nHeight = Height)
     {
         EXPECT_EQ(SetSubtitleTimeStamp(pHandle, ms), 0);
@@ -43,7 +43,7 @@ protected:
         return GuardedFrame(nWidth, nHeight, 5).Bytes();
     }
 
-    /** What a frame becomes with a picture of the frame's size, moved down by some rows. */
+    /** The expected frame with a picture of the same size, moved down by @p nRows. */
     static Bytes Blended(const PlainCanvas &canvas, int nOpacity = 255, int nRows = 0)
     {
         const int nWidth = canvas.Width();
@@ -55,7 +55,7 @@ protected:
         return frame.Bytes();
     }
 
-    /** What a canvas of the pair shows after these units. */
+    /** The expected canvas of the pair after these units. */
     static PlainCanvas Drawn(const VobSubPair &pair, const std::vector<PictureUnit> &listUnits)
     {
         PlainCanvas canvas(pair.nWidth, pair.nHeight);

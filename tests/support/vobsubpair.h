@@ -15,23 +15,23 @@
 /** One picture of a language. */
 struct VobSubEntry {
     int nStart = 0;                        ///< in milliseconds
-    std::vector<std::uint8_t> listUnit;    ///< a unit, or any bytes that are to come instead
-    std::optional<std::uint64_t> nFilePos; ///< what the index says instead of where the unit is
+    std::vector<std::uint8_t> listUnit;    ///< a unit, or any bytes to write instead of one
+    std::optional<std::uint64_t> nFilePos; ///< the position to write in the index instead of the real one
 };
 
-/** An index and the program stream beside it, as authoring tools write them: every unit starts a pack of 2048 bytes. */
+/** An index and its program stream, as written by authoring tools: every unit starts a new pack of 2048 bytes. */
 struct VobSubPair {
     static constexpr std::size_t PackSize = 2048;
 
     int nWidth = 96;
     int nHeight = 64;
-    /** Grey, and of another luma in each entry. */
+    /** Greys, each of a different luma. */
     std::array<unsigned int, 16> palette = {0x101010, 0xEBEBEB, 0x808080, 0x404040, 0x202020, 0x303030,
                                             0x505050, 0x606060, 0x707070, 0x909090, 0xA0A0A0, 0xB0B0B0,
                                             0xC0C0C0, 0xD0D0D0, 0xE0E0E0, 0x010101};
     /** Language k has the number k in the index and the sub-stream id 0x20 + k. */
     std::vector<std::vector<VobSubEntry>> listLanguages;
-    bool bInterleaved = false; ///< units by time across the languages, and not one language behind the other
+    bool bInterleaved = false; ///< units in order of time instead of one language after the other
 
     VobSubPair() = default;
     VobSubPair(int nWidth, int nHeight, std::vector<VobSubEntry> listEntries) : nWidth(nWidth), nHeight(nHeight)
@@ -66,7 +66,7 @@ struct VobSubPair {
 
     std::string Stream() const { return Layout().bytes; }
 
-    /** An index's line for one entry. */
+    /** The index line of one entry. */
     static std::string TimestampLine(int nStart, std::uint64_t nFilePos)
     {
         return "timestamp: " + Format("%02u:", nStart / 3600000) + Format("%02u:", nStart / 60000 % 60) +
@@ -114,7 +114,7 @@ private:
             std::string header = done == 0 ? PtsHeader(entry.nStart) : std::string();
             const std::size_t room = PackSize - pack.size() - 10 - header.size();
             const std::size_t length = std::min(room, entry.listUnit.size() - done);
-            // What is too short for a padding packet is stuffed into the header.
+            // Space too short for a padding packet is filled with stuffing bytes in the header.
             if (room - length < 6)
                 header.append(room - length, '\xFF');
             pack += std::string("\0\0\1\xBD", 4) + Short(3 + header.size() + 1 + length) + '\x81';

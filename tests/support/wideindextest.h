@@ -3,13 +3,13 @@
 #include "support/subindextest.h"
 #include "vobsub/subtitledecoder.h"
 
-/** Indexes in UTF-16, of one byte order in a process. */
+/** Tests with UTF-16 indexes. Only one byte order can be tested per process, see ReadLineW(). */
 class WideIndexTest : public SubIndexTest
 {
 protected:
     explicit WideIndexTest(bool bBigEndian) : m_bBigEndian(bBigEndian) {}
 
-    /** A text in UTF-16 behind its mark. */
+    /** A text in UTF-16 after its byte-order mark. */
     static std::string Encode(const std::u16string &text, bool bBigEndian)
     {
         std::string bytes;
@@ -61,11 +61,11 @@ protected:
             EXPECT_EQ(OpenWide(text + pEnd), 0);
             EXPECT_TRUE(m_peer.Items().isEmpty());
         }
-        EXPECT_EQ(OpenText(Encode(text, m_bBigEndian) + '\0'), 0); // half a unit behind it
+        EXPECT_EQ(OpenText(Encode(text, m_bBigEndian) + '\0'), 0); // half a unit after it
         EXPECT_EQ(m_peer.SubFile(), QStringLiteral("earlier"));
         EXPECT_EQ(mediadata.plane[0], pPlane);
 
-        EXPECT_EQ(OpenWide(text + u"\n\n"), 1); // an empty line behind it
+        EXPECT_EQ(OpenWide(text + u"\n\n"), 1); // an empty line after it
         EXPECT_TRUE(m_peer.Items().isEmpty());
         EXPECT_EQ(m_peer.SubFile().toStdString(), (m_folder.Path() / "a.sub").string());
     }

@@ -35,7 +35,7 @@ bool BurnsText(const char *pFile, const char *pText)
     return nWrong == 0;
 }
 
-/** Functions and variables of the decoder are found, in both its headers. */
+/** Uses the functions and variables of the decoder that its two headers declare. */
 bool SetsTheDecoderUp()
 {
     const std::array<unsigned int, 16> listPalette{};

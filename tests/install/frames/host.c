@@ -1,4 +1,4 @@
-/* Burns a text file's subtitle into a grey frame, and fails unless text and outline are in it. */
+/* Burns a subtitle into a grey frame; fails unless text and outline, and no other values, are in it. */
 #include <libsubtitle.h>
 #include <libsubtitleframe.h>
 
