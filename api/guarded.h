@@ -3,7 +3,7 @@
 #include <cxxabi.h>
 #include <exception>
 
-/** Calls, and returns @p failed where the call throws: callers of a C function need not be C++. */
+/** Returns the result of @p call, or @p failed if it throws: no exception may leave a C function. */
 template <typename Result, typename Call>
 Result Guarded(Result failed, Call call)
 {
@@ -11,11 +11,11 @@ Result Guarded(Result failed, Call call)
         return call();
 #ifdef __GLIBCXX__
     } catch (const abi::__forced_unwind &) {
-        throw; // the end of a cancelled thread
+        throw; // the thread was cancelled
     } catch (...) {
 #else
     } catch (...) {
-        // libc++ has no name for the end of a cancelled thread, which is no exception of C++.
+        // libc++ has no type for the unwinding of a cancelled thread, which is not a C++ exception.
         if (!std::current_exception())
             throw;
 #endif

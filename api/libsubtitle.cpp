@@ -14,7 +14,7 @@ static_assert(
 namespace
 {
 
-/** The same with the renderer behind a handle; -1 without one. */
+/** Calls @p call with the renderer behind a handle; -1 if the handle is null or the call throws. */
 template <typename Call>
 int OnRenderer(void *handle, Call call)
 {

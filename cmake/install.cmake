@@ -1,6 +1,6 @@
-# What `cmake --install` puts in place, in components: runtime, the library; development, what hosts are built with;
-# frames and framesdevelopment, the same of the library for the frames of decoders; subburn; gstreamer and frei0r, the
-# element and the plugin, where they are built; documents, which every package has in a form of its own.
+# What `cmake --install` installs, by component: runtime, the library; development, what hosts are built with; frames
+# and framesdevelopment, the same for libsubtitleframe; subburn, gstreamer and frei0r, the program, the element and the
+# plugin, if they are built; documents, of which packages have copies of their own instead.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS subtitle EXPORT subtitleTargets
@@ -12,8 +12,8 @@ install(TARGETS subtitleframe EXPORT subtitleframeTargets
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(FILES frames/libsubtitleframe.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT framesdevelopment)
 
-# The headers of the decoder have plain names, so hosts find them in a folder. The build folder has them there as well,
-# for those who take the library in as a subproject.
+# The decoder's headers have common names, so they are installed in a folder of their own. The build folder has the same
+# layout, for projects that include the library with add_subdirectory().
 set(decoder_headers vobsub/subtitledecoder.h vobsub/psstream.h)
 foreach(header ${decoder_headers})
   cmake_path(GET header FILENAME name)
@@ -38,8 +38,8 @@ foreach(package subtitle subtitleframe)
   install(EXPORT ${package}Targets NAMESPACE subtitle:: DESTINATION ${config_dir} COMPONENT ${component})
 endforeach()
 
-# pkg-config: from where the file lies to the prefix, so that the tree may be moved. It may not where the folder of
-# libraries was given in full.
+# pkg-config: the prefix is relative to the .pc file, so that an installed tree may be moved. That is not possible if
+# CMAKE_INSTALL_LIBDIR is an absolute path.
 if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
   set(pkgconfig_prefix ${CMAKE_INSTALL_PREFIX})
 else()
@@ -49,7 +49,7 @@ else()
 endif()
 foreach(dir LIBDIR INCLUDEDIR)
   set(path "\${prefix}")
-  cmake_path(APPEND path ${CMAKE_INSTALL_${dir}}) # which takes the place of the prefix when it is absolute
+  cmake_path(APPEND path ${CMAKE_INSTALL_${dir}}) # an absolute path replaces the prefix
   set(pkgconfig_${dir} ${path})
 endforeach()
 configure_file(cmake/libsubtitle.pc.in libsubtitle.pc @ONLY)
@@ -59,34 +59,36 @@ configure_file(cmake/libsubtitleframe.pc.in libsubtitleframe.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/libsubtitleframe.pc
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT framesdevelopment)
 
-# Debian keeps /usr/share/zsh/site-functions for what no package brings.
-set(zsh_functions site-functions)
-if(CMAKE_INSTALL_PREFIX STREQUAL /usr AND EXISTS /etc/debian_version)
-  set(zsh_functions vendor-completions)
+if(SUBTITLE_TOOLS)
+  # Debian reserves /usr/share/zsh/site-functions for functions that are not in packages.
+  set(zsh_functions site-functions)
+  if(CMAKE_INSTALL_PREFIX STREQUAL /usr AND EXISTS /etc/debian_version)
+    set(zsh_functions vendor-completions)
+  endif()
+  install(TARGETS subburn RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT subburn)
+  install(FILES man/subburn.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT subburn)
+  install(FILES completions/subburn
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT subburn)
+  install(FILES completions/_subburn DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${zsh_functions} COMPONENT subburn)
 endif()
-install(TARGETS subburn RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT subburn)
-install(FILES man/subburn.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT subburn)
-install(FILES completions/subburn
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT subburn)
-install(FILES completions/_subburn DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/${zsh_functions} COMPONENT subburn)
 
 if(TARGET gstsubtitleburn)
   install(TARGETS gstsubtitleburn LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/gstreamer-1.0 COMPONENT gstreamer)
 endif()
 
-# Hosts of frei0r look below /usr/lib and /usr/local/lib, and not in a folder of the architecture.
+# Hosts of frei0r look in /usr/lib and /usr/local/lib, and not in the architecture's folder there.
 if(TARGET frei0rsubtitleburn)
   set(SUBTITLE_FREI0R_DIR lib/frei0r-1 CACHE STRING "Where the frei0r plugin is installed, below the prefix or in full")
   install(TARGETS frei0rsubtitleburn LIBRARY DESTINATION ${SUBTITLE_FREI0R_DIR} COMPONENT frei0r)
 endif()
 
-# The folders as in the sources, since the texts link to each other.
+# In the same folders as in the sources, since the documents link to each other.
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development
   FILES_MATCHING PATTERN "*.md" PATTERN "*.png")
 install(FILES CHANGELOG.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documents)
 
-# Where the prefix is another, the folder of libraries is not the one of a package.
+# With any other prefix, CMAKE_INSTALL_LIBDIR is not the folder that packages use.
 if(PROJECT_IS_TOP_LEVEL AND CMAKE_INSTALL_PREFIX STREQUAL /usr)
   include(cmake/packages.cmake)
 endif()

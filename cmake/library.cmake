@@ -1,8 +1,9 @@
-# The library itself. Its sources are compiled once: into libsubtitle.so, and into a static library through which the
-# tests reach what the shared one hides.
+# libsubtitle. Its sources are compiled once, for libsubtitle.so and for a static library, with which the tests reach
+# what the shared one does not export.
 add_library(subtitle_objects OBJECT
   api/libsubtitle.cpp
   parsers/assparser.cpp
+  parsers/colorpicture.cpp
   parsers/cueindex.cpp
   parsers/ffparser.cpp
   parsers/fieldreader.cpp
@@ -10,7 +11,9 @@ add_library(subtitle_objects OBJECT
   parsers/iparser.cpp
   parsers/localfile.cpp
   parsers/overlapindex.cpp
+  parsers/packetpictures.cpp
   parsers/parsermanager.cpp
+  parsers/picturedecoder.cpp
   parsers/srtparser.cpp
   render/blendkernel.cpp
   render/compositor.cpp
@@ -28,8 +31,10 @@ add_library(subtitle_objects OBJECT
   render/qtruntime.cpp
   render/qtuse.cpp
   render/recordedtext.cpp
+  render/takenrows.cpp
   render/textbitmap.cpp
   render/textfitter.cpp
+  render/textfont.cpp
   render/textink.cpp
   render/textlayout.cpp
   render/textpainter.cpp
@@ -52,7 +57,7 @@ add_library(subtitle_objects OBJECT
   vobsub/visiblepicture.cpp)
 target_include_directories(subtitle_objects PUBLIC ${PROJECT_SOURCE_DIR})
 target_compile_definitions(subtitle_objects PUBLIC QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS)
-# Files may be longer than a 32-bit offset reaches.
+# For files of 2 GiB and more on 32-bit machines.
 target_compile_definitions(subtitle_objects PRIVATE _FILE_OFFSET_BITS=64)
 target_link_libraries(subtitle_objects
   PUBLIC Qt${SUBTITLE_QT}::Core Qt${SUBTITLE_QT}::Gui PkgConfig::FFMPEG
@@ -60,5 +65,5 @@ target_link_libraries(subtitle_objects
 subtitle_harden(subtitle_objects)
 
 subtitle_shared_library(subtitle api/libsubtitle.map)
-# Qt does not survive being unloaded, so a host's dlclose() must leave the library where it is.
+# Qt does not survive being unloaded, so a host's dlclose() must not unload the library.
 target_link_options(subtitle PRIVATE LINKER:-z,nodelete)

@@ -1,9 +1,10 @@
-# Debian packages: `cpack` makes them in a build folder. scripts/make-packages.sh configures that and checks them.
+# Debian packages, which `cpack` makes in a build folder. scripts/make-packages.sh configures one and checks the
+# packages.
 set(CPACK_GENERATOR DEB)
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_PACKAGE_NAME libsubtitle)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # which would come before those of the packages
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "") # otherwise put before the packages' own
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
@@ -20,16 +21,17 @@ set(CPACK_DEBIAN_PACKAGE_MAINTAINER "libsubtitle maintainers <maintainers@users.
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-# A `shlibs` file in the package that has a library.
+# Adds a `shlibs` file to packages with a library.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 
-# Whatever depends on the library's own package wants the one built with it.
+# Packages that depend on the library's package need exactly the version that was built with them.
 set(library libsubtitle${PROJECT_VERSION_MAJOR})
 set(same_library "${library} (= ${PROJECT_VERSION}-${release})")
 configure_file(cmake/debian/changelog.in debian/changelog.Debian @ONLY)
 
-# A package of a component, and of the documents that each package has to have; these are in no other installation.
+# Defines the package of a component, with the documents that Debian requires in each package. Other installations do
+# not have these.
 macro(subtitle_package name component section multi_arch)
   string(TOUPPER ${name} package)
   string(TOUPPER ${component} part)
@@ -45,19 +47,19 @@ macro(subtitle_package name component section multi_arch)
   set(CPACK_COMPONENT_${part}_GROUP ${name})
   set(CPACK_COMPONENT_${texts}_GROUP ${name})
   set(CPACK_DEBIAN_${package}_PACKAGE_NAME ${name})
-  # CPack 3.25 knows no such field, but writes down what it is given for another.
+  # CPack 3.25 has no variable for Multi-Arch. It copies the section verbatim, so the field is appended there.
   set(CPACK_DEBIAN_${package}_PACKAGE_SECTION "${section}\nMulti-Arch: ${multi_arch}")
   file(STRINGS cmake/debian/${component}.description lines)
   list(JOIN lines "\n" CPACK_DEBIAN_${package}_DESCRIPTION)
 endmacro()
 
-# Of its own CPack adds scripts that call ldconfig, where Debian has the trigger. It does not where it is told of such
-# scripts; of files that are not there it only warns.
+# Debian packages use a trigger for ldconfig. CPack adds maintainer scripts that call it unless it is given scripts; it
+# only warns that these paths do not exist.
 set(no_ldconfig
   ${PROJECT_SOURCE_DIR}/cmake/debian/none/postinst
   ${PROJECT_SOURCE_DIR}/cmake/debian/none/postrm)
 set(ldconfig_trigger ${PROJECT_SOURCE_DIR}/cmake/debian/triggers ${no_ldconfig})
-# Nothing else finds out where the library is that others are linked with.
+# Where dpkg-shlibdeps finds the libraries that the other packages are linked with.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
 
 subtitle_package(${library} runtime libs same)
@@ -77,19 +79,21 @@ subtitle_package(libsubtitleframe-dev framesdevelopment libdevel same)
 set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_frame_library}, \
 libsubtitle-dev (= ${PROJECT_VERSION}-${release})")
 
-# It opens the libraries by itself, so nothing else finds out that it needs them.
-subtitle_package(subburn subburn video foreign)
-set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_library}, ${frame_library} (= ${PROJECT_VERSION}-${release})")
-set(CPACK_DEBIAN_${package}_PACKAGE_RECOMMENDS fonts-dejavu-core)
+# The program loads the libraries with dlopen(), so dpkg-shlibdeps does not find these dependencies.
+if(SUBTITLE_TOOLS)
+  subtitle_package(subburn subburn video foreign)
+  set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_library}, ${frame_library} (= ${PROJECT_VERSION}-${release})")
+  set(CPACK_DEBIAN_${package}_PACKAGE_RECOMMENDS fonts-dejavu-core)
+endif()
 
-# CPack warns that it has no soname, as is right for what is not linked with but loaded.
+# CPack warns that the plugin has no soname. That is right, since programs load it and do not link with it.
 if(TARGET gstsubtitleburn)
   subtitle_package(gstreamer1.0-subtitle gstreamer libs same)
   set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_library}, ${frame_library} (= ${PROJECT_VERSION}-${release})")
   set(CPACK_DEBIAN_${package}_PACKAGE_RECOMMENDS fonts-dejavu-core)
 endif()
 
-# Its folder is the same on all architectures.
+# Not Multi-Arch: same, since the plugin's folder is the same on all architectures.
 if(TARGET frei0rsubtitleburn)
   subtitle_package(frei0r-subtitle frei0r video no)
   set(CPACK_DEBIAN_${package}_PACKAGE_DEPENDS "${same_library}, ${same_frame_library}")

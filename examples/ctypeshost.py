@@ -18,7 +18,7 @@ class Picture(ctypes.Structure):
 
 
 def load(name):
-    """Loads the library and declares what this host calls: without that, ctypes cuts pointers to the size of an int."""
+    """Loads the library and declares what this host calls: otherwise ctypes truncates pointers to int."""
     library = ctypes.CDLL(name)
     library.CreateVideoSubtitle.argtypes = [ctypes.c_int, ctypes.c_int]
     library.CreateVideoSubtitle.restype = ctypes.c_void_p
@@ -34,7 +34,7 @@ def load(name):
 
 
 def read_frame(stream, pixels):
-    """Fills the pixels; False at the end of the input."""
+    """Reads a frame into the pixels. Returns False at the end of the input."""
     have = stream.readinto(pixels)
     if 0 < have < len(pixels):
         raise EOFError("standard input ends within a frame")
@@ -42,7 +42,7 @@ def read_frame(stream, pixels):
 
 
 def burn(library, handle, size, rate):
-    """Burns one frame after the other, to the end of the input."""
+    """Burns subtitles into all frames of the input."""
     width, height = size
     pixels = bytearray(3 * width * height)
     memory = (ctypes.c_ubyte * len(pixels)).from_buffer(pixels)
@@ -62,7 +62,7 @@ def burn(library, handle, size, rate):
 
 
 def size_of(text):
-    """The type of the argument WIDTHxHEIGHT."""
+    """Parses the argument WIDTHxHEIGHT."""
     width, height = (int(number) for number in text.split("x"))
     if width < 1 or height < 1:
         raise ValueError(text)
@@ -70,7 +70,7 @@ def size_of(text):
 
 
 def rate_of(text):
-    """The type of the argument RATE."""
+    """Parses the argument RATE."""
     numerator, _, denominator = text.partition("/")
     if int(numerator) < 1 or int(denominator or 1) < 1:
         raise ValueError(text)
@@ -85,7 +85,7 @@ def main():
     parser.add_argument("subtitles", metavar="SUBTITLES")
     options = parser.parse_args()
     library = load(options.library)
-    # The library counts a file that is missing as one without subtitles.
+    # Checked here because the library accepts a missing file as one without subtitles.
     with open(options.subtitles, "rb"):
         pass
     handle = library.CreateVideoSubtitle(*options.size)

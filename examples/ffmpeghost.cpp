@@ -1,7 +1,7 @@
 /*
- * Decodes a film with FFmpeg and writes the pictures on display at given times, in any order, with their subtitles, to
- * standard output: raw pictures one after the other, each as the decoder made it. The subtitles are drawn into the
- * decoder's own samples; nothing is converted.
+ * Decodes a film with FFmpeg and writes the pictures that are shown at given times, with their subtitles, to standard
+ * output: raw pictures one after the other, in the decoder's format. The times may be in any order. The subtitles are
+ * drawn into the decoder's own samples; nothing is converted.
  *
  *     ffmpeghost VIDEO SUBTITLES SECONDS...
  *
@@ -10,7 +10,7 @@
  *     c++ -std=c++17 -o ffmpeghost ffmpeghost.cpp \
  *         $(pkg-config --cflags --libs libsubtitleframe libsubtitle libavformat libavcodec libavutil)
  */
-// FFmpeg first: old versions of it have an AVPicture of their own, which libsubtitle.h then takes.
+// FFmpeg first: old versions define AVPicture, and libsubtitle.h then uses that definition.
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
@@ -95,7 +95,7 @@ class Video
 public:
     explicit Video(const std::string &strFile);
 
-    /** The picture on display at a time: the last that begins then or before. */
+    /** The picture that is shown at a time: the last that begins then or before. */
     FramePtr FrameAt(double fSeconds);
 
     /** When a frame begins, counted from the start of the film. */
@@ -129,7 +129,7 @@ Video::Video(const std::string &strFile)
     Checked(avcodec_parameters_to_context(m_pDecoder.get(), m_pStream->codecpar), strFile);
     m_pDecoder->pkt_timebase = m_pStream->time_base;
     Checked(avcodec_open2(m_pDecoder.get(), pCodec, nullptr), strFile);
-    // Many a film begins at some other time than 0; its subtitles do not know.
+    // Many films do not begin at time 0. Subtitle files count from the start of the film all the same.
     if (pDemuxer->start_time != AV_NOPTS_VALUE)
         m_nOrigin = av_rescale_q(pDemuxer->start_time, {1, AV_TIME_BASE}, m_pStream->time_base);
 }
@@ -143,7 +143,7 @@ void Video::Feed()
     } while (nResult >= 0 && m_pPacket->stream_index != m_pStream->index);
     if (nResult != AVERROR_EOF)
         Checked(nResult, "reading");
-    // At the end, a null packet makes the decoder hand out what it has kept back.
+    // At the end, a null packet makes the decoder return the frames that it has kept back.
     Checked(avcodec_send_packet(m_pDecoder.get(), nResult >= 0 ? m_pPacket.get() : nullptr), "decoding");
 }
 
@@ -157,7 +157,7 @@ bool Video::Next(AVFrame *pFrame)
     return nResult >= 0;
 }
 
-/** Puts the orientation of the film on a frame: containers have it for the stream, and decoders do not pass it on. */
+/** Copies the display matrix of the stream to a frame, since decoders do not. */
 void Video::Turn(AVFrame *pFrame) const
 {
     std::size_t nBytes = 0;
@@ -185,7 +185,7 @@ FramePtr Video::FrameAt(double fSeconds)
     return pShown;
 }
 
-/** Whether a frame is shown turned by a quarter. */
+/** Whether a frame is shown turned by 90 or 270 degrees. */
 bool IsTransposed(const AVFrame &frame)
 {
     const AVFrameSideData *pMatrix = av_frame_get_side_data(&frame, AV_FRAME_DATA_DISPLAYMATRIX);
@@ -195,7 +195,7 @@ bool IsTransposed(const AVFrame &frame)
     return std::abs(std::abs(fDegrees) - 90) < 1;
 }
 
-/** Draws into frames of any size. */
+/** Draws subtitles into frames of any size. */
 class Burner
 {
 public:
@@ -210,12 +210,12 @@ private:
     int m_nWidth = 0;
     int m_nHeight = 0;
     SubtitlePtr m_pSubtitle;
-    BurnerPtr m_pBurner; // after the handle, which has to outlive it
+    BurnerPtr m_pBurner; // declared after the handle, which must outlive it
 };
 
 Burner::Burner(const char *pSubtitles) : m_pFile(pSubtitles)
 {
-    // The library counts a file that is missing as one without subtitles.
+    // Checked here because the library accepts a missing file as one without subtitles.
     if (!std::ifstream(m_pFile))
         throw std::runtime_error(std::string(m_pFile) + ": cannot be read");
 }
@@ -235,12 +235,12 @@ void Burner::SetSize(int nWidth, int nHeight)
 
 void Burner::Burn(AVFrame *pFrame, std::int64_t nMilliseconds)
 {
-    // The handle has the size of the picture as it is shown.
+    // The handle needs the size of the picture as it is shown.
     if (IsTransposed(*pFrame))
         SetSize(pFrame->height, pFrame->width);
     else
         SetSize(pFrame->width, pFrame->height);
-    // What comes before the film's start has a negative time, which the library refuses: it has no subtitle.
+    // Frames before the start of the film have negative times, which the library refuses. They have no subtitle.
     if (nMilliseconds < 0)
         return;
     if (SetSubtitleTimeStamp(m_pSubtitle.get(), static_cast<long>(nMilliseconds)) != 0)

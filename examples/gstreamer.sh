@@ -1,7 +1,7 @@
 #!/bin/sh
-# Plays a video with subtitles through GStreamer's element `subtitleburn`.
+# Plays a video with subtitles, with the GStreamer element `subtitleburn`.
 # usage: gstreamer.sh VIDEO SUBTITLES [ELEMENT...]
-#   ELEMENT:  what the pipeline ends with instead of a window, as for gst-launch-1.0, such as
+#   ELEMENT:  end of the pipeline, as for gst-launch-1.0, instead of a window; for example
 #             x264enc ! matroskamux ! filesink location=subtitled.mkv
 set -eu
 if [ $# -lt 2 ]; then

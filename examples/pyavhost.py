@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Burns subtitles into a video with PyAV: decodes it, draws into the decoder's own frames, and encodes them.
 
-Needs PyAV and the libraries libsubtitle and libsubtitleframe. Written for PyAV 10, which does not know a frame's chroma
-position nor whether a film is stored turned: these are taken as the usual.
+Needs PyAV and the libraries libsubtitle and libsubtitleframe. Written for PyAV 10, which provides neither a frame's
+chroma position nor the rotation of a film: defaults are assumed for both.
 """
 
 import argparse
@@ -37,7 +37,7 @@ class SubtitleFrame(ctypes.Structure):
 
 
 def load(name):
-    """Loads the libraries; one handle finds the functions of both, since the one for frames needs the other."""
+    """Loads the libraries. libsubtitleframe depends on libsubtitle, so one handle finds the functions of both."""
     library = ctypes.CDLL(name)
     for function, result, arguments in (
         ("CreateVideoSubtitle", ctypes.c_void_p, [ctypes.c_int, ctypes.c_int]),
@@ -55,7 +55,7 @@ def load(name):
 
 
 def describe(library, frame):
-    """The record of a frame of PyAV's: its planes where they are."""
+    """Describes a PyAV frame as a record that points to the frame's own planes."""
     record = SubtitleFrame()
     for number, plane in enumerate(frame.planes):
         record.data[number] = plane.buffer_ptr
@@ -63,7 +63,7 @@ def describe(library, frame):
     record.width = frame.width
     record.height = frame.height
     record.format = library.SubtitlePixelFormat(frame.format.name.encode())
-    # PyAV 10 does not have them; 0 is "not known".
+    # PyAV 10 does not have these two. 0 for the matrix and the range means unknown.
     record.colorspace = int(getattr(frame, "colorspace", 0))
     record.color_range = int(getattr(frame, "color_range", 0))
     record.interlaced = frame.interlaced_frame
@@ -84,8 +84,8 @@ class Burner:
             self.close()
             raise ValueError("the subtitle file is refused")
         self.burner = library.CreateSubtitleBurner(self.handle)
-        # PyAV 10 cannot make a frame writable, but a filter of FFmpeg's can: it copies a frame that others still hold
-        # and hands on any other as it is.
+        # PyAV 10 cannot make a frame writable, but an FFmpeg filter can: it copies a frame that is still referenced
+        # elsewhere and passes on any other unchanged.
         self.graph = av.filter.Graph()
         source = self.graph.add_buffer(template=stream)
         writable = self.graph.add("perms", "mode=rw")
@@ -99,14 +99,14 @@ class Burner:
         self.library.DestroyVideoSubtitle(self.handle)
 
     def burn(self, frames, milliseconds):
-        """Takes the first frame out of a list and returns it with its subtitle.
+        """Removes the first frame from a list and returns it with its subtitle.
 
-        Decoders predict from frames that they have handed out, so drawing into those would spoil others. The list has the
-        one reference to the frame besides the decoder's; with a variable of the caller it would always be copied.
+        Decoders predict later frames from those that they have returned, so drawing into these would spoil others. The
+        list must have the only reference besides the decoder's: a variable of the caller would force a copy every time.
         """
         self.graph.push(frames.pop(0))
         frame = self.graph.pull()
-        # What comes before the film's start has a negative time, which the library refuses: it has no subtitle.
+        # Frames before the start of the film have negative times, which the library refuses. They have no subtitle.
         if milliseconds >= 0:
             if self.library.SetSubtitleTimeStamp(self.handle, milliseconds) != 0:
                 raise MemoryError("no memory for a subtitle")
@@ -116,14 +116,14 @@ class Burner:
 
 
 def milliseconds_of(frame, start):
-    """When a frame begins, to the nearest millisecond, counted from the start of the film."""
+    """Returns the time at which a frame begins, in milliseconds from the start of the film."""
     if frame.pts is None:
         raise ValueError("a frame has no time")
     return math.floor((frame.pts * frame.time_base - start) * 1000 + fractions.Fraction(1, 2))
 
 
 def add_encoder(output, codec, stream):
-    """A stream of the output with the size, format and clock of the film's."""
+    """Adds a video stream to the output, with the size, format and time base of the film."""
     encoder = output.add_stream(codec, rate=stream.average_rate)
     encoder.width = stream.codec_context.width
     encoder.height = stream.codec_context.height
@@ -133,7 +133,7 @@ def add_encoder(output, codec, stream):
 
 
 def transcode(library, options):
-    """Burns one frame after the other, to the end of the film."""
+    """Burns subtitles into all frames of the film."""
     with av.open(options.video) as film, av.open(options.output, "w") as output:
         if not film.streams.video:
             raise ValueError("there is no video in the film")
@@ -159,7 +159,7 @@ def main():
     parser.add_argument("output", metavar="OUTPUT")
     options = parser.parse_args()
     library = load(options.library)
-    # The library counts a file that is missing as one without subtitles.
+    # Checked here because the library accepts a missing file as one without subtitles.
     with open(options.subtitles, "rb"):
         pass
     transcode(library, options)

@@ -1,11 +1,11 @@
 /*
- * A player with Qt: a window that shows a moving gradient in place of a film, with its subtitles.
+ * A Qt player: a window that shows a moving gradient instead of a film, with subtitles.
  *
  *     qthost [OPTION...] SUBTITLES...
  *
  * Space pauses, Left and Right seek by five seconds, Home seeks to the start, Up and Down move the subtitles, Plus and
- * Minus change their size, N takes the next of the files, Escape ends. Build it with the Qt that the library was built
- * with, Qt5Gui or Qt6Gui:
+ * Minus change their size, N opens the next file, Escape quits. Build it with the Qt that the library was built with,
+ * Qt5Gui or Qt6Gui:
  *
  *     c++ -std=c++17 -fPIC -o qthost qthost.cpp $(pkg-config --cflags --libs libsubtitle Qt5Gui)
  */
@@ -31,7 +31,7 @@ namespace
 const QSize FilmSize(426, 240);
 const int FrameMilliseconds = 40;
 
-/** The time of the film, which runs until it is paused. */
+/** The position in the film, which runs until it is paused. */
 class FilmClock
 {
 public:
@@ -56,7 +56,7 @@ private:
     bool m_bPaused = false;
 };
 
-/** A frame of the film, as a decoder might give it. Every row of a QImage begins at a multiple of four bytes. */
+/** A frame of the film, as a decoder might return it. Rows of a QImage are padded to multiples of four bytes. */
 QImage FilmFrame(qint64 nMilliseconds)
 {
     QImage frame(FilmSize, QImage::Format_RGB888);
@@ -113,20 +113,20 @@ bool Player::OpenFile(int nFile)
 {
     m_nFile = nFile % m_listFiles.size();
     const QString &strFile = m_listFiles[m_nFile];
-    // The library counts a file that is missing as one without subtitles.
+    // Checked here because the library accepts a missing file as one without subtitles.
     const QByteArray strName = QFile::encodeName(strFile);
     const bool bOpen = QFileInfo(strFile).isReadable() && SetSubtitleFile(m_pSubtitle, strName.constData(), 0) == 0;
     setTitle(bOpen ? strFile : strFile + QStringLiteral(": cannot be read"));
     return bOpen;
 }
 
-/** The film at a time, with the subtitle due then. */
+/** The film's frame at a time, with the subtitle due then. */
 QImage Player::FrameAt(qint64 nMilliseconds)
 {
     QImage frame = FilmFrame(nMilliseconds);
     AVPicture picture = {{frame.bits()}, {static_cast<int>(frame.bytesPerLine())}};
     SetSubtitleTimeStamp(m_pSubtitle, static_cast<long>(nMilliseconds));
-    ProcessSubtitleFrame(m_pSubtitle, &picture); // without memory the film goes on, for a while without subtitles
+    ProcessSubtitleFrame(m_pSubtitle, &picture); // without memory the frame shows without subtitles
     return frame;
 }
 
@@ -175,7 +175,7 @@ void Player::keyPressEvent(QKeyEvent *pEvent)
     update();
 }
 
-/** Shows frame after frame whatever the time is, writes each, and ends after the last. */
+/** Shows all frames without regard to real time, writes each to a file, and ends the program after the last. */
 void Player::Dump(QFile *pFile, int nFrames)
 {
     m_pDump = pFile;
@@ -209,7 +209,7 @@ int Fail(const QString &strMessage)
 
 int main(int argc, char **argv)
 {
-    // Made before the first handle and gone after the last one.
+    // Created before the first handle and destroyed after the last one.
     const QGuiApplication application(argc, argv);
     QCommandLineParser parser;
     parser.addHelpOption();

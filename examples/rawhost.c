@@ -18,14 +18,14 @@ static int Fail(const char *pMessage)
     return EXIT_FAILURE;
 }
 
-/* The library counts a file that is missing as one without subtitles; whoever mistyped a name wants to hear of it. */
+/* Checked here, for mistyped names, because the library accepts a missing file as one without subtitles. */
 static int IsReadable(const char *pFile)
 {
     FILE *pStream = fopen(pFile, "rb");
     return pStream && fclose(pStream) == 0;
 }
 
-/* Frame n is on display from n * scale / rate seconds on. */
+/* Frame n is shown from n * scale / rate seconds on. */
 static int BurnFrames(void *pSubtitle, AVPicture *pFrame, size_t nBytes, int nRate, int nScale)
 {
     size_t nRead = 0;

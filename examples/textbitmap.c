@@ -15,7 +15,7 @@
 
 enum { FrameWidth = 640, FrameHeight = 360, TextIndex = 1 };
 
-/* Eight pixels a byte, the leftmost in the highest bit; each row begins with a byte of its own. */
+/* PBM has eight pixels in a byte, the leftmost in the highest bit. Each row begins with a new byte. */
 static void WriteShape(const AVPicture *pBitmap, int nWidth, int nHeight)
 {
     printf("P4\n%d %d\n", nWidth, nHeight);
@@ -39,7 +39,7 @@ int main(int argc, char **argv)
         return EXIT_FAILURE;
     }
     void *pSubtitle = CreateVideoSubtitle(FrameWidth, FrameHeight);
-    AVPicture bitmap = {{NULL}, {0}}; /* null, since the library frees what it finds there */
+    AVPicture bitmap = {{NULL}, {0}}; /* null, since TextToBmp() frees data[] */
     int rect[4];                      /* left, top, width, height */
     int nResult = TextToBmp(pSubtitle, argv[1], &bitmap, rect);
     if (nResult == 0)

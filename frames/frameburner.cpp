@@ -1,5 +1,6 @@
 #include "frames/frameburner.h"
 
+#include "parsers/framelimit.h"
 #include "render/defaultfloats.h"
 #include "render/videosubtitle.h"
 
@@ -7,8 +8,10 @@ extern "C" {
 #include <libavutil/pixfmt.h>
 }
 
+#include <algorithm>
 #include <cstdlib>
 #include <type_traits>
+#include <utility>
 
 namespace
 {
@@ -69,6 +72,15 @@ bool IsSizeOf(const SubtitleFrame &frame, int width, int height)
 {
     const bool isTransposed = frame.orientation & SUBTITLE_ORIENTATION_TRANSPOSED;
     return frame.width == (isTransposed ? height : width) && frame.height == (isTransposed ? width : height);
+}
+
+/** Those that are drawn to. */
+RowSpan RowsOf(const ShownSubtitle &shown)
+{
+    RowSpan rows = {shown.ink.nTop, shown.ink.nTop + shown.ink.nRows};
+    if (shown.nPictureCount > 0)
+        rows.Add({shown.pPicture[0].nRow, shown.pPicture[shown.nPictureCount - 1].nRow + 1});
+    return {rows.nTop + shown.nOffset, rows.nEnd + shown.nOffset};
 }
 
 } // namespace
@@ -137,6 +149,32 @@ int FrameBurner::SetPixelAspect(int width, int height)
     return 0;
 }
 
+int FrameBurner::SetTakenRows(const SubtitleRows *rows, int count)
+{
+    if (count < 0 || (count > 0 && !rows))
+        return -1;
+    std::vector<RowSpan> spans;
+    spans.reserve(count);
+    for (const SubtitleRows *span = rows; span < rows + count; ++span) {
+        if (span->top < 0 || span->count < 0)
+            return -1;
+        const int top = std::min(span->top, MaxFrameSide);
+        spans.push_back({top, top + std::min(span->count, MaxFrameSide)});
+    }
+    TakenRows taken(std::move(spans));
+    const std::lock_guard<std::mutex> lock(m_takenMutex);
+    // Equal ones are kept, so that comparing them stays cheap.
+    if (!(taken == m_taken))
+        m_taken = std::move(taken);
+    return 0;
+}
+
+NaturalSettings FrameBurner::Settings() const
+{
+    const std::lock_guard<std::mutex> lock(m_takenMutex);
+    return {m_dOutline, m_dSafeArea, m_dPixelAspect, m_taken};
+}
+
 int FrameBurner::Visit(LookVisitor &visitor)
 {
     return m_nLook == SUBTITLE_LOOK_NATURAL ? m_renderer.VisitNatural(Settings(), visitor)
@@ -145,14 +183,32 @@ int FrameBurner::Visit(LookVisitor &visitor)
 
 int FrameBurner::IsDue()
 {
-    class DueVisitor : public LookVisitor
+    SubtitleRows rows = {};
+    return FindRows(rows);
+}
+
+int FrameBurner::FindRows(SubtitleRows &rows)
+{
+    class RowsVisitor : public LookVisitor
     {
     public:
-        void Visit(const ShownSubtitle &shown) override { m_bDue = shown.nVersion != 0; }
-        void Visit(const NaturalSubtitle &shown) override { m_bDue = shown.nVersion != 0; }
+        void Visit(const ShownSubtitle &shown) override { Take(shown.nVersion, RowsOf(shown)); }
+        void Visit(const NaturalSubtitle &shown) override { Take(shown.nVersion, shown.rows); }
         bool m_bDue = false;
+        RowSpan m_rows;
+
+    private:
+        void Take(std::uint64_t version, const RowSpan &rows)
+        {
+            m_bDue = version != 0;
+            if (m_bDue)
+                m_rows = rows;
+        }
     } visitor;
-    return Visit(visitor) == 0 ? visitor.m_bDue : -1;
+    if (Visit(visitor) != 0)
+        return -1;
+    rows = {visitor.m_rows.nTop, visitor.m_rows.Count()};
+    return visitor.m_bDue;
 }
 
 int FrameBurner::Burn(const SubtitleFrame &frame, Preparer *preparer)

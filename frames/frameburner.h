@@ -15,6 +15,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <mutex>
 #include <vector>
 
 class VideoSubtitle;
@@ -48,8 +49,11 @@ public:
     int SetOutline(double width);
     int SetSafeArea(double percent);
     int SetPixelAspect(int width, int height);
+    int SetTakenRows(const SubtitleRows *rows, int count);
     /** 1 when Burn() would draw, 0 when not, -1 when the image cannot be built. */
     int IsDue();
+    /** The same, with the rows that it would draw to, of the picture as it is shown; 0 of them when not. */
+    int FindRows(SubtitleRows &rows);
 
 private:
     class Visitor;
@@ -57,7 +61,7 @@ private:
     /** What is due, with nVersion and the frame's size as in ShownSubtitle. */
     template <typename Shown>
     int BurnShown(const Shown &shown, SubtitleFrame frame, Preparer *preparer);
-    NaturalSettings Settings() const { return {m_dOutline, m_dSafeArea, m_dPixelAspect}; }
+    NaturalSettings Settings() const;
     /** Has a visitor called with what shows in the look that is set. */
     int Visit(LookVisitor &visitor);
     void Draw(const FramePlanes &planes) const;
@@ -74,6 +78,8 @@ private:
     std::atomic<double> m_dOutline = NaturalSettings().dOutline;
     std::atomic<double> m_dSafeArea = NaturalSettings().dSafeArea;
     std::atomic<double> m_dPixelAspect = NaturalSettings().dPixelAspect;
+    mutable std::mutex m_takenMutex; ///< for m_taken, held to copy it only
+    TakenRows m_taken;
 
     // Only touched with the renderer's lock held.
     SubtitleFrame m_description = {}; ///< that the rest is for; without planes

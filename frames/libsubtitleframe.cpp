@@ -61,6 +61,16 @@ int SetSubtitleBurnerPixelAspect(void *burner, int width, int height)
     return burner ? static_cast<FrameBurner *>(burner)->SetPixelAspect(width, height) : -1;
 }
 
+int SetSubtitleBurnerTakenRows(void *burner, const SubtitleRows *rows, int count)
+{
+    return burner ? Guarded(-1, [&] { return static_cast<FrameBurner *>(burner)->SetTakenRows(rows, count); }) : -1;
+}
+
+int FindSubtitleRows(void *burner, SubtitleRows *rows)
+{
+    return burner && rows ? Guarded(-1, [&] { return static_cast<FrameBurner *>(burner)->FindRows(*rows); }) : -1;
+}
+
 int IsSubtitleDue(void *burner)
 {
     return burner ? Guarded(-1, [&] { return static_cast<FrameBurner *>(burner)->IsDue(); }) : -1;

@@ -1,10 +1,10 @@
 /**
  * @file libsubtitleframe.h
- * Burns subtitles into decoded video frames in the format that the decoder made.
+ * Burns subtitles into decoded video frames in the decoder's own pixel format.
  *
- * A layer on libsubtitle (see libsubtitle.h), which knows packed RGB only. A host makes a burner for a handle of
- * CreateVideoSubtitle() and goes on using the handle for everything else: file, time, font, colours, opacity and
- * position. The burner takes the place of ProcessSubtitleFrame().
+ * A layer on top of libsubtitle (see libsubtitle.h), which supports packed RGB only. A host creates a burner for a
+ * handle of CreateVideoSubtitle() and uses the handle for everything else: file, time, font, colours, opacity and
+ * position. The burner replaces ProcessSubtitleFrame().
  *
  * Calling order
  *  1. CreateVideoSubtitle() with the size of the picture as it is shown, SetSubtitleFile() and other setters.
@@ -14,62 +14,62 @@
  *
  * What a frame gets
  *  The pixels that ProcessSubtitleFrame() would draw, and no others. Each is drawn as follows.
- *  - Opaque text (opacity 255): every sample that belongs to one pixel becomes the colour's own code value, rounded to
- *    nearest. A chroma sample that belongs to several pixels becomes their mean, rounded to nearest: covered pixels
- *    count with the text's code value, the others with what the sample was. The weights follow from the chroma
- *    position: along an axis on which the sample lies midway between two pixels these count 1/2 each; where it lies on
- *    a pixel, that counts 1/2 and its two neighbours 1/4 each; in interlaced 4:2:0, where it lies a quarter away from
- *    one line of its field and three quarters from the next, these count 3/4 and 1/4. A neighbour beyond the frame's
- *    edge is the pixel at the edge.
+ *  - Opaque text (opacity 255): every sample of a single pixel gets the code value of the colour, rounded to nearest. A
+ *    chroma sample of several pixels gets their mean, rounded to nearest: covered pixels count with the code value of
+ *    the text, others with the old value of the sample. The weights follow from the chroma position. Along an axis on
+ *    which the sample lies midway between two pixels, these count 1/2 each. If it lies on a pixel, that counts 1/2 and
+ *    its two neighbours 1/4 each. In interlaced 4:2:0, where it is a quarter away from one line of its field and three
+ *    quarters from the next, these count 3/4 and 1/4. Beyond the frame's edge, the pixel at the edge counts.
  *  - Opacity below 255, and pictures: with k the weight of the pixel (the opacity counts twice, see
  *    SetSubtitleAlpah()), R, G, B the frame's pixel and r, g, b the subtitle's,
  *        R' = (k r + (255 - k) B) / 255,   G' = (k g + (255 - k) G) / 255,   B' = (k b + (255 - k) R) / 255.
- *    Red and blue of what is below change places, as in RGB frames. In YUV the same is computed without leaving YUV,
- *    and a chroma sample of several pixels is the mean as above. Quotients are rounded to nearest and limited to what
- *    the samples hold, except in RGB formats of 8 bits, where they are truncated and equal those of
- *    ProcessSubtitleFrame().
- *  - Alpha, where the format has it: A' = (k max + (255 - k) A) / 255, rounded to nearest. Alpha is
- *    taken as straight, not premultiplied. The unused byte or bits of formats as rgb0 and x2rgb10 are not touched.
+ *    This swaps red and blue of the frame's pixel, as in RGB frames. In YUV the same is computed within YUV, and a
+ *    chroma sample of several pixels is their mean as above. Quotients are rounded to nearest and limited to the range
+ *    of the samples; only in RGB formats of 8 bits they are truncated, as in ProcessSubtitleFrame().
+ *  - Alpha, if the format has it: A' = (k max + (255 - k) A) / 255, rounded to nearest. Alpha is straight, not
+ *    premultiplied. The unused byte or bits of formats such as rgb0 and x2rgb10 are not touched.
  *
  * Colours
  *  The subtitle's colours are full range R'G'B'. YUV code values are those of ITU-R BT.601, BT.709 and BT.2020
  *  (sections on digital representation, for full range ITU-R BT.2100 and JFIF); a colour is converted in floating point
  *  and rounded once.
- *  - PQ and HLG frames: the subtitle's colours are taken as sRGB (IEC 61966-2-1), made linear, converted to the frame's
- *    primaries, scaled so that white has the level of SetSubtitleBurnerWhite(), and coded as ITU-R BT.2100 says; for
- *    HLG as on a display of 1,000 cd/m2 (system gamma 1.2). All other transfers take the values as they are.
+ *  - PQ and HLG frames: the subtitle's colours are interpreted as sRGB (IEC 61966-2-1), made linear, converted to the
+ *    frame's primaries, scaled so that white has the level of SetSubtitleBurnerWhite(), and coded as in ITU-R BT.2100;
+ *    for HLG as on a display of 1,000 cd/m2 (system gamma 1.2). With all other transfers the values are used unchanged.
  *
  * The natural look
- *  What the above says holds for the exact look, which is that of a new burner. With SUBTITLE_LOOK_NATURAL,
- *  - text is smooth, and its outline has a width that follows the picture's height. Lines are broken and placed as in
- *    the exact look where they fit into the safe area; where they do not, lines are made narrower, and the font smaller. Of
- *    more than two lines the lower edge lies where that of two does;
- *  - all texts that are due show, in the order of the file from the bottom up, each once;
- *  - pictures have the colours of their palette and the alpha that they bring, without a colour that counts as
- *    transparent, and are scaled with a filter;
- *  - the opacity counts once and nothing changes places: with a the coverage of a pixel times the opacity, from 0 to 1, and c
- *    the code value of the subtitle's colour, a sample s becomes a c + (1 - a) s, and a chroma sample of several pixels
- *    the mean of that, with the weights above. Results are within a code value of 8 bits of that. Alpha becomes
- *    a max + (1 - a) A.
+ *  All of the above is about the exact look, which new burners have. With SUBTITLE_LOOK_NATURAL,
+ *  - text is antialiased, and the width of its outline is proportional to the picture's height. Lines are broken and
+ *    placed as in the exact look if they fit into the safe area; otherwise lines get narrower and the font smaller.
+ *    With more than two lines, the lower edge of the text is where it would be with two;
+ *  - all texts that are due are shown, in the order of the file from the bottom up, each once;
+ *  - pictures have the colours and the alpha of their palette, no colour is a transparent key, and they are scaled with
+ *    a filter;
+ *  - picture tracks of containers (DVD, DVB, Blu-ray) are shown as pictures, of which the exact look shows the bytes as
+ *    text. All that are due are shown, each at its place, later ones in the file on top;
+ *  - the opacity counts once, and red and blue are not swapped: with a the coverage of a pixel times the opacity, 0 to
+ *    1, and c the code value of the subtitle's colour, a sample s becomes a c + (1 - a) s, and a chroma sample of
+ *    several pixels their mean with the weights above. Results are within one code value of 8 bits of that. Alpha
+ *    becomes a max + (1 - a) A.
  *
  * Formats, by FFmpeg's names
  *  yuv420p, yuv422p, yuv444p, also with 10 and 12 bits; yuvj420p, yuvj422p, yuvj444p; yuva420p, yuva422p, yuva444p;
  *  nv12, nv21, nv16, p010; yuyv422, uyvy422; gray, gray10; gbrp, gbrp10; rgb24, bgr24, rgb48; rgba, bgra, argb, abgr,
- *  rgb0, bgr0, 0rgb, 0bgr, x2rgb10. Those of more than 8 bits in the byte order of the machine. Any other is refused.
+ *  rgb0, bgr0, 0rgb, 0bgr, x2rgb10. Formats of more than 8 bits in the machine's byte order. All others are refused.
  *
  * Results, lack of memory
  *  0 for "done", -1 for "refused", as in libsubtitle.h; nothing is thrown. A frame is either drawn completely or, with
  *  -1, not touched.
  *
  * Threads
- *  A burner holds the lock of its handle while it draws, so BurnSubtitle(), BurnSubtitleAVFrame(), IsSubtitleDue() and
- *  the setters of burners wait for each other and for the functions of libsubtitle.h that wait. Several burners may
- *  work on one handle. Creating and destroying a burner must not happen while another thread is in a function with the
- *  same burner. No other thread may use the frame while it is drawn.
+ *  A burner holds the lock of its handle while it draws, so BurnSubtitle(), BurnSubtitleAVFrame(), IsSubtitleDue(),
+ *  FindSubtitleRows() and the setters of burners wait for each other and for the functions of libsubtitle.h that wait.
+ *  Several burners may use one handle. A burner must not be created or destroyed while another thread is in a function
+ *  with it. No other thread may use the frame while it is drawn.
  *
  * Cost
- *  The subtitle is converted when what shows, or the frames' description, is another than before. Otherwise nothing is
- *  drawn anew, searched, converted or allocated, and a frame costs about the bytes that the subtitle covers.
+ *  The subtitle is converted when it, or the description of the frames, changes. Otherwise nothing is painted,
+ *  searched, converted or allocated, and the cost of a frame is about that of the bytes that the subtitle covers.
  */
 #ifndef LIBSUBTITLEFRAME_H
 #define LIBSUBTITLEFRAME_H
@@ -83,85 +83,91 @@ extern "C" {
 struct AVFrame;
 
 /**
- * How the picture lies in the frame: the picture as it is shown results when the frame is transposed, if so, and what
- * came of that is then mirrored. Added up they make eight orientations.
+ * How to get the picture as shown from the stored frame: transpose it first, if set, then mirror the result. The sums
+ * of these values are the eight orientations.
  */
 enum {
     SUBTITLE_ORIENTATION_UPRIGHT = 0,
-    SUBTITLE_ORIENTATION_MIRRORED = 1,    /**< left and right exchanged */
-    SUBTITLE_ORIENTATION_UPSIDE_DOWN = 2, /**< top and bottom exchanged; with MIRRORED, turned by 180 degrees */
-    SUBTITLE_ORIENTATION_TRANSPOSED = 4   /**< first, rows and columns exchanged */
+    SUBTITLE_ORIENTATION_MIRRORED = 1,    /**< left and right swapped */
+    SUBTITLE_ORIENTATION_UPSIDE_DOWN = 2, /**< top and bottom swapped; with MIRRORED, turned by 180 degrees */
+    SUBTITLE_ORIENTATION_TRANSPOSED = 4   /**< rows and columns swapped, before the others */
 };
 
-/** How a burner's subtitles look: see SetSubtitleBurnerLook(). */
+/** The looks of subtitles; see SetSubtitleBurnerLook(). */
 enum {
     SUBTITLE_LOOK_EXACT = 0,  /**< the pixels that ProcessSubtitleFrame() draws */
-    SUBTITLE_LOOK_NATURAL = 1 /**< smooth text with an outline that scales, pictures in their colours */
+    SUBTITLE_LOOK_NATURAL = 1 /**< antialiased text with an outline that scales, pictures in their colours */
 };
 
 /**
- * A frame: where it is and what its samples mean. Members named after FFmpeg's take the numbers of its enumerations;
- * for each of these, AVCOL_..._UNSPECIFIED and 0 say that the host does not know. Zero what is not known.
+ * A frame: its memory, and the meaning of its samples. Members with FFmpeg's names have the values of its enumerations;
+ * AVCOL_..._UNSPECIFIED and 0 mean unknown. Set members to 0 if they are unknown.
  */
 typedef struct SubtitleFrame {
     uint8_t *data[4]; /**< the top row of each plane that the format has */
-    int linesize[4]; /**< bytes from a row to the one below; negative when rows lie bottom up. Padding is not touched */
-    int width;       /**< pixels, as stored */
-    int height;      /**< pixels, as stored */
-    int format;      /**< AVPixelFormat; see SubtitlePixelFormat() */
-    int colorspace;  /**< AVColorSpace: FCC, BT470BG, SMPTE170M, SMPTE240M, BT709 and BT2020_NCL. Unknown: BT709 from
-                              1280 columns or 577 rows on, else SMPTE170M. RGB formats do not look at it */
-    int color_range; /**< AVColorRange. Unknown: full for yuvj and gray formats, else limited. RGB and yuvj formats are
+    int linesize[4];  /**< bytes from a row to the one below; negative if rows lie bottom up. Padding is not touched */
+    int width;        /**< pixels, as stored */
+    int height;       /**< pixels, as stored */
+    int format;       /**< AVPixelFormat; see SubtitlePixelFormat() */
+    int colorspace;   /**< AVColorSpace: FCC, BT470BG, SMPTE170M, SMPTE240M, BT709 and BT2020_NCL. Unknown: BT709 from
+                              1280 columns or 577 rows on, else SMPTE170M. Not used for RGB formats */
+    int color_range;  /**< AVColorRange. Unknown: full for yuvj and gray formats, else limited. RGB and yuvj formats are
                               full range with any */
-    int color_primaries; /**< AVColorPrimaries; looked at in PQ and HLG frames only. Unknown: BT2020. Those
-                              whose white is D65 are known: BT709, BT470BG, SMPTE170M, SMPTE240M, BT2020, SMPTE432,
+    int color_primaries; /**< AVColorPrimaries; used in PQ and HLG frames only. Unknown: BT2020. Supported
+                              are those with white D65: BT709, BT470BG, SMPTE170M, SMPTE240M, BT2020, SMPTE432,
                               EBU3213 */
     int color_trc;       /**< AVColorTransferCharacteristic; only SMPTE2084 (PQ) and ARIB_STD_B67 (HLG) matter */
     int chroma_location; /**< AVChromaLocation. Unknown: CENTER for yuvj formats, else LEFT */
-    int interlaced;      /**< not 0: 4:2:0 chroma belongs to the fields, the frame's even lines and its odd ones */
-    int orientation;     /**< SUBTITLE_ORIENTATION_..., 0 to 7; of its eight, text is upright on the picture as shown */
+    int interlaced;      /**< not 0: 4:2:0 chroma belongs to the fields, that is to the even and to the odd lines */
+    int orientation;     /**< sum of SUBTITLE_ORIENTATION_..., 0 to 7; text is upright on the picture as shown */
 } SubtitleFrame;
+
+/** Neighbouring rows of the picture as shown. */
+typedef struct SubtitleRows {
+    int top;   /**< first row, 0 at the top of the picture */
+    int count; /**< number of rows */
+} SubtitleRows;
 
 /**
  * The number of a pixel format.
  *
- * @param name  FFmpeg's, as "yuv420p" or "p010le".
- * @return AVPixelFormat, 0 or more, for a format that can be burnt into; -1 for any other and for null.
+ * @param name  FFmpeg's name, such as "yuv420p" or "p010le".
+ * @return the AVPixelFormat, 0 or more, of a supported format; -1 for any other and for null.
  *
  * Threads: any, at any time.
  */
 int SubtitlePixelFormat(const char *name);
 
 /**
- * Whether the file of a handle has the track that SetSubtitleFile() was asked for. That function takes a container
- * without the track for one without subtitles; this one is for hosts that warn of it.
+ * Whether the file of a handle has the track that was passed to SetSubtitleFile(). That function accepts a container
+ * without the track, and then shows no subtitles; hosts can warn of it with this one.
  *
  * @param handle  from CreateVideoSubtitle().
- * @return 1; 0 when the file has no such track, when a container was missing or could not be opened, and while no file is
- *         open; -1 for a null handle. Files with the extension "srt", "ass" or "ssa" have every track, missing ones too.
+ * @return 1; 0 if the file has no such track, if a container is missing or could not be opened, and while no file is
+ *         open; -1 for a null handle. Always 1 for files with the extension "srt", "ass" or "ssa", even if missing.
  *
  * Threads: waits, as SetSubtitleFile().
  */
 int HasSubtitleTrack(void *handle);
 
 /**
- * Makes a burner.
+ * Creates a burner.
  *
- * @param handle  from CreateVideoSubtitle(), which must outlive the burner; the burner does not own it.
- * @return the burner, which the host owns until DestroySubtitleBurner(); null for a null handle and without memory.
+ * @param handle  from CreateVideoSubtitle(); must outlive the burner, which does not own it.
+ * @return the burner, owned by the host until DestroySubtitleBurner(); null for a null handle and without memory.
  */
 void *CreateSubtitleBurner(void *handle);
 
 /**
- * Frees a burner; its handle stays.
+ * Destroys a burner, but not its handle.
  *
  * @param burner  null does nothing.
  */
 void DestroySubtitleBurner(void *burner);
 
 /**
- * Sets the level of white subtitles on PQ and HLG frames. Without it that is 203 cd/m2, the reference white of
- * ITU-R BT.2408. HLG frames take levels above 1,000 cd/m2 as 1,000.
+ * Sets the level of white subtitles on PQ and HLG frames. The default is 203 cd/m2, the reference white of
+ * ITU-R BT.2408. On HLG frames levels above 1,000 cd/m2 count as 1,000.
  *
  * @param burner  the burner.
  * @param level  cd/m2, 1 to 10,000.
@@ -170,7 +176,7 @@ void DestroySubtitleBurner(void *burner);
 int SetSubtitleBurnerWhite(void *burner, double level);
 
 /**
- * Chooses how subtitles look. A new burner has SUBTITLE_LOOK_EXACT. See "The natural look" above.
+ * Selects the look of subtitles; see "The natural look" above. The default is SUBTITLE_LOOK_EXACT.
  *
  * @param burner  the burner.
  * @param look  SUBTITLE_LOOK_EXACT or SUBTITLE_LOOK_NATURAL.
@@ -179,17 +185,16 @@ int SetSubtitleBurnerWhite(void *burner, double level);
 int SetSubtitleBurnerLook(void *burner, int look);
 
 /**
- * Sets how wide the outline of text is in the natural look: 2 without it.
+ * Sets the width of the outline of text in the natural look. The default is 2.
  *
  * @param burner  the burner.
- * @param width  pixels in a picture of 720 rows, 0 to 20; in others it is wider or narrower as they are higher or lower.
- *               0 draws no outline.
+ * @param width  pixels in a picture of 720 rows, 0 to 20; proportional to the height in others. 0 draws no outline.
  * @return 0; -1, with nothing changed, for a width out of range and for a null burner.
  */
 int SetSubtitleBurnerOutline(void *burner, double width);
 
 /**
- * Sets what text keeps clear of at the picture's edges in the natural look: 2.5 without it.
+ * Sets the margin between text and the picture's edges in the natural look. The default is 2.5.
  *
  * @param burner  the burner.
  * @param percent  of the picture's width at the left and at the right, and of its height at the top and at the bottom;
@@ -199,53 +204,81 @@ int SetSubtitleBurnerOutline(void *burner, double width);
 int SetSubtitleBurnerSafeArea(void *burner, double percent);
 
 /**
- * Sets the shape of the pixels of the picture as it is shown: 1 to 1 without it. Text of the natural look is laid out in
- * the shape that viewers see and drawn narrower or wider, so that its letters are not stretched. Pictures, which are made
- * for the pixels of their film, and the exact look do not follow it.
+ * Sets the aspect of the pixels of the picture as shown. The default is 1:1. Text of the natural look is laid out for
+ * the displayed shape and drawn narrower or wider, so that viewers do not see stretched letters. It does not affect
+ * pictures, which are made for the pixels of their film, and the exact look.
  *
  * @param burner  the burner.
  * @param width   of a pixel, as the numerator of FFmpeg's sample_aspect_ratio; at least 1.
- * @param height  of a pixel, as the denominator; at least 1. A picture that is shown turned by a quarter has both exchanged.
- * @return 0; -1, with nothing changed, for a number below 1, where one is more than ten times the other, and for a null
+ * @param height  of a pixel, as the denominator; at least 1. Swap both for a picture that is turned by a quarter.
+ * @return 0; -1, with nothing changed, for a number below 1, if one is more than ten times the other, and for a null
  *         burner.
  */
 int SetSubtitleBurnerPixelAspect(void *burner, int width, int height);
 
 /**
- * Whether a subtitle is due. A host whose frames are shared or out of reach copies, maps or fetches a frame only when
- * this returns 1.
+ * Sets rows of the picture as shown that are in use by something else: a host's own display, or other subtitles, see
+ * FindSubtitleRows(). In the natural look, a subtitle that would overlap them is moved: up as far as needed, or down if
+ * there is no room above. Text that is too high for any free part gets the smaller font that it would have in a picture
+ * as high as the tallest free part. If that part is less than a tenth of the rows, and for pictures that are too high,
+ * nothing is moved. It does not affect the exact look.
  *
  * @param burner  the burner.
- * @return 1 when BurnSubtitle() would draw, 0 when it would leave any frame as it is; -1 for a null burner and where
+ * @param rows  array of @p count elements in any order, which may overlap, be empty and lie beyond the picture; it is
+ *              copied. Null for none.
+ * @param count  0 or more; the default is 0.
+ * @return 0; -1, with nothing changed, for a negative number anywhere, for null rows with a count above 0, for a null
+ *         burner, and without memory.
+ */
+int SetSubtitleBurnerTakenRows(void *burner, const SubtitleRows *rows, int count);
+
+/**
+ * The rows of the due subtitle: all that BurnSubtitle() would draw to and, for text in the natural look, its lines in
+ * the full height of the font. With it a host can show several files at once, one above the other. Each file has a
+ * handle and a burner. For each frame the host sets the time of all handles, then for each burner calls
+ * SetSubtitleBurnerTakenRows() with the rows of the burners before it, and this function; then it calls BurnSubtitle()
+ * with each burner.
+ *
+ * @param burner  the burner.
+ * @param rows  set if the result is 0 or 1; the count is 0 if nothing is due.
+ * @return as IsSubtitleDue(); -1 also for null rows.
+ */
+int FindSubtitleRows(void *burner, SubtitleRows *rows);
+
+/**
+ * Whether a subtitle is due. A host whose frames are shared or in another memory needs to copy, map or download only
+ * those for which this returns 1.
+ *
+ * @param burner  the burner.
+ * @return 1 if BurnSubtitle() would draw, 0 if it would change no frame; -1 for a null burner and whenever
  *         ProcessSubtitleFrame() returns -1.
  */
 int IsSubtitleDue(void *burner);
 
 /**
- * Draws the due subtitle into a frame; without one the frame is not touched.
+ * Draws the due subtitle into a frame. Without one the frame is not touched.
  *
  * @param burner  the burner.
- * @param frame  the frame, which the host keeps; no pointer to it is kept. Its size is that of the handle, with
- *               width and height exchanged for a transposed orientation.
- * @return 0; -1, with the frame untouched: for null arguments and planes, for a format or orientation that is not
- *         known, for a line size less than a row, for a frame of another size, and where ProcessSubtitleFrame() returns
- *         -1. Numbers of colour members that are not known are refused as well: a range and a chroma location in any
- *         format, a colorspace in YUV and grey, primaries in PQ and HLG. A frame is refused, or not, whether or not a
- *         subtitle is due.
+ * @param frame  owned by the host; no pointer to it is kept. It has the size of the handle, with width and height
+ *               swapped for a transposed orientation.
+ * @return 0; -1, with the frame untouched, for null arguments and planes, for an unsupported format or orientation, for
+ *         a line size less than a row, for a frame of another size, and whenever ProcessSubtitleFrame() returns -1.
+ *         Also for unsupported values of a range or chroma location in any format, of a colorspace in YUV and grey, and
+ *         of primaries in PQ and HLG. Whether a frame is refused does not depend on whether a subtitle is due.
  */
 int BurnSubtitle(void *burner, const SubtitleFrame *frame);
 
 /**
- * The same with a frame of FFmpeg's, from which everything is read: planes, size, format, colour members, whether it is
- * interlaced, and the orientation from its display matrix (AV_FRAME_DATA_DISPLAYMATRIX); its cropping is not looked at.
- * The library must be built with the major version of libavutil that the host uses.
+ * The same with an AVFrame, which describes itself: planes, size, format, colour members, whether it is interlaced, and
+ * the orientation in its display matrix (AV_FRAME_DATA_DISPLAYMATRIX). Its cropping is ignored. The library must be
+ * built with the same major version of libavutil as the host.
  *
- * A frame whose buffers are shared (av_frame_is_writable()), as decoders hand them out that still predict from them, is
- * made writable when a subtitle is drawn into it: its planes are then in new buffers, with the old ones' contents.
- * Frames without a subtitle, and frames without buffers of FFmpeg's, stay where they are.
+ * A frame whose buffers are shared (see av_frame_is_writable()), as with decoders that still predict from it, is made
+ * writable when a subtitle is drawn into it: its planes are then in new buffers with the same contents. Frames without
+ * a subtitle, and frames without AVBufferRefs, keep their memory.
  *
  * @param burner  the burner.
- * @param frame  the frame, in memory: frames of hardware are refused.
+ * @param frame  the frame, in memory: hardware frames are refused.
  * @return as BurnSubtitle(); -1 also for a display matrix that is none of the eight orientations, and without
  *         memory for new buffers.
  */

@@ -18,7 +18,7 @@ double NonNegative(double value)
     return value >= 0.0 ? value : 0.0;
 }
 
-/** From the numbering of SSA, where 4 stands for the top and 8 for the middle, to that of a keypad. */
+/** Converts an SSA alignment, the column plus 4 for the top or 8 for the middle, to that of a numeric keypad. */
 int KeypadAlignment(int alignment)
 {
     const int column = alignment & 3;
@@ -28,8 +28,8 @@ int KeypadAlignment(int alignment)
 }
 
 /**
- * Removes the blocks from @p position on, which counts from the end where it is negative. Leaves it at an opening
- * character that is never closed, else at -1.
+ * Removes the blocks between @p open and @p close, both included, from @p position on. A negative position counts from
+ * the end. It is set to where the result has an opening character that is never closed, else to -1.
  */
 QString RemoveBlocks(const QString &text, char open, char close, int &position)
 {
@@ -51,7 +51,7 @@ QString RemoveBlocks(const QString &text, char open, char close, int &position)
     }
 }
 
-/** Turns "\N" into line feeds. QString::replace() would move the rest of the text once for every thousand of them. */
+/** Turns "\N" into line feeds in one pass; QString::replace() moves the rest of the text once per thousand matches. */
 QString WithLineFeeds(QString text)
 {
     int kept = text.indexOf(QLatin1String("\\N"));
@@ -76,7 +76,7 @@ int ScriptVersion(QStringView value, int otherwise)
     return value.endsWith(QLatin1String("4.00+")) ? 5 : otherwise;
 }
 
-/** Reads a field of a line, and takes what was consumed off it. */
+/** Reads a field and removes what was consumed from the line. */
 template <typename Read>
 auto TakeField(QString &line, const Read &read)
 {
@@ -125,11 +125,11 @@ void AssParser::ParseLine(const QString &line, Versions &versions)
 {
     if (line.isEmpty() || line[0] == QLatin1Char(';'))
         return;
-    // Sections are not tracked, and the layout of events follows the script type alone: both are meant.
+    // Intentional: sections are not tracked, and the layout of events depends on the script type alone.
     FieldReader fields(line);
     const QStringView name = fields.Str(':');
-    if (name == QLatin1String("Dialogue")) { // as nearly all lines are
-        ParseDialogue(fields, versions.nEvent);
+    if (name == QLatin1String("Dialogue")) { // nearly all lines, so without the copy below
+        ParseDialogue(fields, versions.nEventVersion);
         return;
     }
     const QString key = name.toString().toLower();
@@ -138,20 +138,20 @@ void AssParser::ParseLine(const QString &line, Versions &versions)
     } else if (key == QLatin1String("playresy")) {
         m_nPlayResY = fields.Int(',');
     } else if (key == QLatin1String("scripttype")) {
-        versions.nEvent = ScriptVersion(fields.Rest(), versions.nEvent);
-        versions.nStyle = ScriptVersion(fields.Rest(), versions.nStyle);
+        versions.nEventVersion = ScriptVersion(fields.Rest(), versions.nEventVersion);
+        versions.nStyleVersion = ScriptVersion(fields.Rest(), versions.nStyleVersion);
     } else if (key == QLatin1String("collisions")) {
-        // A control character in a string, and no number: this is meant.
+        // Intentional: a string of one control character, not a number.
         const bool reversed = fields.Str(',').toString().toLower().contains(QLatin1String("reverse"));
         m_strCollisions = QString(QChar(reversed ? 1 : 0));
     } else if (key == QLatin1String("[v4 styles]")) {
-        versions.nStyle = 4;
+        versions.nStyleVersion = 4;
     } else if (key == QLatin1String("[v4+ styles]")) {
-        versions.nStyle = 5;
+        versions.nStyleVersion = 5;
     } else if (key == QLatin1String("style")) {
-        ParseStyle(fields, versions.nStyle);
+        ParseStyle(fields, versions.nStyleVersion);
     } else if (key == QLatin1String("dialogue")) {
-        ParseDialogue(fields, versions.nEvent);
+        ParseDialogue(fields, versions.nEventVersion);
     }
 }
 
@@ -182,7 +182,7 @@ void AssParser::ParseStyle(FieldReader &fields, int version)
 
 int AssParser::ReadStyleFields(FieldReader &fields, int version)
 {
-    fields.Str(','); // the style's name, which nothing asks for
+    fields.Str(','); // the style's name is not used
     m_strFontName = fields.Str(',').toString();
     m_dFontSize = fields.Float(',');
     for (int &color : m_nColors)
@@ -215,7 +215,7 @@ void AssParser::ParseDialogue(FieldReader &fields, int version)
 {
     AssSubtitleItem item;
     if (version <= 4) {
-        // "Marked=0", which nothing asks for
+        // "Marked=0" is not used
         fields.Str('=');
         fields.Int(',');
     } else {
@@ -229,7 +229,7 @@ void AssParser::ParseDialogue(FieldReader &fields, int version)
         fields.Int(',');
     const QStringView effect = fields.Str(',');
     const QStringView text = fields.Rest();
-    // An effect that is also the text was read where no comma was left. Prefixes are caught too: this is meant.
+    // If no comma was left, the effect is the text again; drop it. Intentional: also if one is a prefix of the other.
     const auto common = std::min(effect.size(), text.size());
     if (effect.left(common) != text.left(common))
         item.strEffect = effect.toString();
@@ -239,7 +239,7 @@ void AssParser::ParseDialogue(FieldReader &fields, int version)
 
 QString AssParser::StyleName(QStringView name) const
 {
-    // Neighbours mostly share one, and then its memory.
+    // Most events have the style of the one before; share its string.
     if (!m_listItems.isEmpty() && m_listItems.constLast().strStyle == name)
         return m_listItems.constLast().strStyle;
     QString style = TrimLeft(name.toString(), QLatin1Char('*'));
@@ -267,7 +267,7 @@ QString AssParser::RemoveSSATags(QString text)
 {
     int position = 0;
     text = RemoveBlocks(text, '{', '}', position);
-    // The position is not set back: angle blocks go only behind a brace that is never closed. This is meant.
+    // Intentional: the position is not reset, so <...> is removed only after a '{' that is never closed.
     text = RemoveBlocks(text, '<', '>', position);
     return WithLineFeeds(std::move(text));
 }

@@ -22,56 +22,54 @@ struct AssSubtitleItem {
 };
 
 /**
- * SSA and ASS scripts. Only the events' text leaves the parser; the script's resolution and the style read last are kept
- * in it all the same.
+ * SSA and ASS scripts. Only the text of events is returned; the script's resolution and the last style read are stored
+ * but not used.
  *
- * Fields are read by position, whatever format lines say, and keys are recognised in every section. Numbers that are
- * none read as -1, missing fields repeat the last one.
+ * Fields are read by position, Format lines are ignored, and keys are recognised in every section. A field that is not
+ * a number reads as -1; missing fields repeat the last one.
  */
 class AssParser : public IParser
 {
 public:
-    /** Never fails: a file that cannot be read has no events. Style and resolution stay where the file has none. */
+    /** Never fails: a file that cannot be read has no events. Style and resolution stay if the file sets none. */
     int Open(const QString &path, int track) override;
     QString GetSubtitle(long ms) override;
     QStringList AllDueTexts(long ms) override;
 
     /**
-     * Cuts the next field off a line, without the spaces before it. Where the separator is missing, the field is the
-     * rest of the line, which is not consumed.
+     * Takes the next field off a line, skipping leading spaces. Without a separator the field is the rest of the line,
+     * which is not consumed.
      */
     QString GetStr(QString &line, char separator);
-    /** The next field as a number, hexadecimal behind "&h"; -1 where it is none. */
+    /** The next field as a number, hexadecimal after "&h"; -1 if it is not a number. */
     int GetInt(QString &line, char separator);
-    /** The next field as a number; -1.0 where it is none. */
+    /** The next field as a number; -1.0 if it is not a number. */
     double GetFloat(QString &line, char separator);
     /** Removes override blocks and turns "\N" into line feeds. */
     QString RemoveSSATags(QString text);
-    /** Does nothing. */
+    /** Does nothing; returns 1. */
     int ParseLinesToSubtitleItem();
 
 private:
-    friend class AssParserPeer; // through which tests look inside
+    friend class AssParserPeer; // gives tests access to the members
 
-    /** Which layout lines have: 3, 4 or 5. */
+    /** Layout of event and style lines: 4 for v4.00 (SSA), 5 for v4.00+ (ASS), 3 until the script names one. */
     struct Versions {
-        int nEvent = 3;
-        int nStyle = 3;
+        int nEventVersion = 3;
+        int nStyleVersion = 3;
     };
 
     void ParseLine(const QString &line, Versions &versions);
     void ParseStyle(FieldReader &fields, int version);
-    /** Returns the alpha level, which only older layouts have. */
+    /** @return the alpha level, which only layouts 3 and 4 have; 0 for layout 5. */
     int ReadStyleFields(FieldReader &fields, int version);
     void ParseDialogue(FieldReader &fields, int version);
-    /** An event's, without the stars before it. */
+    /** The style name of an event, without leading '*'; any spelling of "default" becomes "Default". */
     QString StyleName(QStringView name) const;
 
     QList<AssSubtitleItem> m_listItems; ///< in file order
-    CueIndex m_index;
-    DueTexts m_dueTexts;
-    QString m_strReserved;
-    QString m_strCollisions; ///< one character, 1 for reversed collisions and 0 for normal ones
+    QString m_strReserved;              ///< unused, always empty
+    QString m_strCollisions;            ///< one character, 1 for reversed collisions and 0 for normal ones
     int m_nPlayResX = 0;
     int m_nPlayResY = 0;
     QRect m_rcMargin;                     ///< top and bottom are both the vertical margin
@@ -94,7 +92,9 @@ private:
     int m_bItalic = 0;
     int m_bUnderline = 0;
     int m_bStrikeOut = 0;
+    CueIndex m_index;
+    DueTexts m_dueTexts;
 };
 
-/** The text without its leading run of a character. */
+/** The text without the occurrences of @p character at its start. */
 QString TrimLeft(const QString &text, QChar character);

@@ -7,36 +7,37 @@
 #include <optional>
 #include <vector>
 
-/** Cues of a file that show at once, at most. */
+/** Most texts shown at once. */
 constexpr int MaxDueCues = 64;
-/** Cues that are looked at for that: empty ones, and parts of others, do not count. */
+/** Most due cues examined to find them: empty and repeated ones, and continuations of others, add no text. */
 constexpr std::size_t MaxDueItems = 256;
 
-/** All texts of a list of cues that are due at a time. Looks for them only where someone asks. */
+/** Finds all texts of a list of cues that are due at a time. The index is built at the first call of At(). */
 class DueTexts
 {
 public:
     /**
-     * The texts due at @p ms in the order of the list, each once, without empty ones; none at 0 and before.
-     * @param items       the cues, of which nothing changes between two calls but by Clear().
-     * @param continues   whether an item belongs to the one before it in the list: it is added to that one's text.
+     * The texts due at @p ms in list order, each once, without empty ones; none for times up to 0.
+     * @param items      the cues; after any change to them call Clear() first.
+     * @param continues  called with two neighbours in the list; true if the second continues the first, so that its
+     *                   text is appended to the first one's.
      */
     template <typename List, typename Continues>
     QStringList At(const List &items, long ms, Continues continues);
 
-    /** The list is another one. */
+    /** Call this when the list of cues has changed. */
     void Clear()
     {
         m_index.reset();
-        m_listPlaces.clear();
+        m_same = {0, -1};
         m_texts.clear();
     }
 
 private:
     std::optional<OverlapIndex> m_index;
     std::vector<int> m_listFound;
-    // Of the last time, so that nothing is allocated while the same cues are due.
-    std::vector<int> m_listPlaces;
+    // When the last result stays the same, so that nothing is searched or allocated until it changes.
+    CueIndex::Span m_same = {0, -1};
     QStringList m_texts;
 };
 
@@ -52,11 +53,11 @@ QStringList DueTexts::At(const List &items, long ms, Continues continues)
             spans.push_back({item.nStart, item.nEnd});
         m_index.emplace(std::move(spans));
     }
-    m_index->Find(ms, MaxDueItems, m_listFound);
-    if (m_listFound == m_listPlaces)
+    if (m_same.nFirst <= ms && ms <= m_same.nLast)
         return m_texts;
-    m_listPlaces.clear();
+    m_same = {0, -1};
     m_texts.clear();
+    const CueIndex::Span same = m_index->Find(ms, MaxDueItems, m_listFound);
     int last = -1;
     for (const int place : m_listFound) {
         const QString &text = items[place].strText;
@@ -68,6 +69,6 @@ QStringList DueTexts::At(const List &items, long ms, Continues continues)
             last = place;
         }
     }
-    m_listPlaces = m_listFound;
+    m_same = same;
     return m_texts;
 }

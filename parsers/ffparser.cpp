@@ -23,11 +23,11 @@ struct CloseInput {
 };
 using InputPointer = std::unique_ptr<AVFormatContext, CloseInput>;
 
-/** A file of its own, or, when the name is an address of another protocol, one that FFmpeg opens. */
+/** An open FFmpeg input. Local files are opened by us (see LocalFile), URLs of other protocols by FFmpeg. */
 class Input
 {
 public:
-    /** @return false when it cannot be opened. */
+    /** @return false if it cannot be opened. */
     bool Open(const QByteArray &name)
     {
         if (LocalFile::IsNamedBy(name.constData()))
@@ -36,19 +36,19 @@ public:
         AVFormatContext *input = avformat_alloc_context();
         AVDictionary *options = nullptr;
         bool isOpen = input && av_dict_set(&options, "format_whitelist", formats.c_str(), 0) >= 0;
-        // A file is open already, and its demuxer is to open no other.
+        // Our file is already open, and its demuxer must not open others.
         if (m_file)
             isOpen = isOpen && av_dict_set(&options, "protocol_whitelist", "", 0) >= 0 && m_file->Attach(*input);
         if (!isOpen)
             avformat_free_context(input);
-        else // which frees the context when it fails
+        else // frees the context if it fails
             isOpen = avformat_open_input(&input, name.constData(), nullptr, &options) >= 0;
         av_dict_free(&options);
         m_pInput.reset(isOpen ? input : nullptr);
         return isOpen;
     }
 
-    /** @return false when nothing is known about any stream. */
+    /** @return false if FFmpeg finds no information about the streams. */
     bool FindStreams()
     {
         if (m_file)
@@ -57,9 +57,9 @@ public:
     }
 
     /**
-     * From now on the whole file is read. It is opened anew where the search for streams came to its limit, which demuxers
-     * remember as the end of the file.
-     * @return false when it cannot be opened any more.
+     * Lifts the read limits of a local file. If the search for streams hit one, the file is reopened, because demuxers
+     * remember the limit as the end of the file.
+     * @return false if it cannot be reopened.
      */
     bool BeginPackets(const QByteArray &name, int chosen)
     {
@@ -79,7 +79,7 @@ public:
     AVFormatContext &Context() { return *m_pInput; }
 
 private:
-    std::optional<LocalFile> m_file; ///< freed after its user
+    std::optional<LocalFile> m_file; ///< declared first: m_pInput reads it and must be destroyed before it
     InputPointer m_pInput;
 };
 
@@ -88,7 +88,7 @@ struct FreePacket {
 };
 using PacketPointer = std::unique_ptr<AVPacket, FreePacket>;
 
-/** The index of the n-th subtitle stream, -1 where there is none; all others are discarded. */
+/** The index of subtitle stream number @p track, -1 if there is none. Makes FFmpeg discard all other streams. */
 int ChooseStream(const AVFormatContext &input, int track)
 {
     int chosen = -1;
@@ -108,7 +108,7 @@ FFSubtitleItem ReadCue(const AVPacket &packet, const AVRational &timeBase)
     FFSubtitleItem item;
     const double unit = static_cast<double>(timeBase.num) / static_cast<double>(timeBase.den);
     item.nStart = TruncateToInt(unit * static_cast<double>(packet.pts) * 1000.0);
-    // The duration is not converted: it is right only where the time base is a millisecond. This is meant.
+    // Intentional: the duration is not converted, so it is right only if the time base is a millisecond.
     item.nEnd = WrapAdd(item.nStart, static_cast<int>(static_cast<quint64>(packet.duration) & 0xFFFFFFFF));
     item.strText = QString::fromUtf8(reinterpret_cast<const char *>(packet.data), packet.size);
     return item;
@@ -121,6 +121,7 @@ int FFParser::Open(const QString &path, int track)
     m_listItems.clear();
     m_index = {};
     m_dueTexts.Clear();
+    m_pictures = {};
     m_bTrack = false;
     const QByteArray name = path.toUtf8();
     Input input;
@@ -134,7 +135,10 @@ int FFParser::Open(const QString &path, int track)
     }
     const int chosen = ChooseStream(input.Context(), track);
     m_bTrack = chosen >= 0;
-    // Without a track, what is left of the file changes nothing, and the end comes where the search for streams ends.
+    // Before the packets, for which the file is opened anew without knowledge of its streams.
+    if (m_bTrack)
+        m_pictures.Begin(input.Context(), chosen);
+    // Without the track no packet matters. The read limits stay, so the loop below ends where the stream search had to.
     if (chosen >= 0 && !input.BeginPackets(name, chosen)) {
         av_log(nullptr, AV_LOG_ERROR, "(%d): av_open_input_file x\n", 105);
         return 1;
@@ -145,12 +149,14 @@ int FFParser::Open(const QString &path, int track)
     while (packet && m_listItems.size() < MaxCues && held < MaxTextSize && av_read_frame(&context, packet.get()) == 0) {
         if (packet->stream_index == chosen) {
             m_listItems.append(ReadCue(*packet, context.streams[chosen]->time_base));
+            m_pictures.Add(*packet, context.streams[chosen]->time_base);
             held += packet->size;
         }
         av_packet_unref(packet.get());
     }
     m_index = IndexTimes(m_listItems);
-    // The end of the file is reported like a failure: this is meant.
+    m_pictures.End();
+    // Intentional: the end of the file is logged like a failure.
     av_log(nullptr, AV_LOG_ERROR, "(%d): av_read_frame x\n", 90);
     return 1;
 }
@@ -162,5 +168,17 @@ QString FFParser::GetSubtitle(long ms)
 
 QStringList FFParser::AllDueTexts(long ms)
 {
+    if (m_pictures.HasTrack())
+        return {};
     return m_dueTexts.At(m_listItems, ms, [](const auto &, const auto &) { return false; });
+}
+
+QString FFParser::AllDuePictures(long ms)
+{
+    return m_pictures.DueAt(ms);
+}
+
+ColorPicture FFParser::ToColorPicture(const QString &key)
+{
+    return m_pictures.Picture(key);
 }

@@ -3,6 +3,7 @@
 #include "parsers/cueindex.h"
 #include "parsers/duetexts.h"
 #include "parsers/iparser.h"
+#include "parsers/packetpictures.h"
 
 #include <QList>
 
@@ -14,8 +15,8 @@ struct FFSubtitleItem {
 };
 
 /**
- * A subtitle stream of any file that FFmpeg's demuxers open. The packets' payload is the text, whatever codec it belongs
- * to: markup, event fields and length prefixes show as they are stored.
+ * A subtitle stream of any file that FFmpeg's demuxers open. The payload of a packet is shown as text whatever the
+ * codec, including markup, event fields and length prefixes. The pictures of a stream are there as well.
  */
 class FFParser : public IParser
 {
@@ -27,11 +28,15 @@ public:
     int Open(const QString &path, int track) override;
     bool HasTrack() override { return m_bTrack; }
     QString GetSubtitle(long ms) override;
+    /** None of a track of pictures, whose payload is no text. */
     QStringList AllDueTexts(long ms) override;
+    QString AllDuePictures(long ms) override;
+    ColorPicture ToColorPicture(const QString &key) override;
 
 private:
-    bool m_bTrack = false;
     QList<FFSubtitleItem> m_listItems; ///< in the order of the packets
     CueIndex m_index;
     DueTexts m_dueTexts;
+    PacketPictures m_pictures;
+    bool m_bTrack = false;
 };

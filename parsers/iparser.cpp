@@ -33,3 +33,8 @@ ColorPicture IParser::ToColorPicture(const QString & /*key*/)
 {
     return {};
 }
+
+QString IParser::AllDuePictures(long /*ms*/)
+{
+    return {};
+}

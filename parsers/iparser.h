@@ -9,8 +9,8 @@
 #include <QStringList>
 
 /**
- * A subtitle file in some format: read whole by Open(), then asked what is due at a time and, where the subtitles are
- * pictures, what they look like. Used by one thread at a time.
+ * Reader of one subtitle format. Open() reads the file; the other functions return what is due at a time and, if the
+ * subtitles are pictures, the picture. Use it from one thread at a time.
  */
 class IParser
 {
@@ -21,29 +21,29 @@ public:
     virtual bool IsTextSub();
 
     /**
-     * Reads the whole file. Called once, right after construction.
+     * Reads the file. Called once, right after construction.
      * @param track  number of the subtitle track, from 0; text formats ignore it.
      * @return non-zero on success.
      */
     virtual int Open(const QString &path, int track) = 0;
 
-    /** Whether the file that was opened has the track that was asked for. */
+    /** Whether the opened file has the requested track. */
     virtual bool HasTrack();
 
     /**
      * @param ms  presentation time in milliseconds.
-     * @return what is due: text with lines separated by "\n", or a key; empty when nothing is due. Equal strings mean
-     *         the same subtitle.
+     * @return the text due, with lines separated by "\n", or a key; empty if nothing is due. Equal strings mean the
+     *         same subtitle.
      */
     virtual QString GetSubtitle(long ms) = 0;
 
-    /** Tells the size of the frames in pixels, once after a successful Open(). */
+    /** Sets the size of the frames in pixels. Called once, after a successful Open(). */
     virtual void SetVideoSize(int width, int height);
 
     /**
      * The picture for a key, as wide as a frame, 4 bytes a pixel in memory order blue, green, red, alpha.
-     * @param rect  set to the rows that hold the subtitle; left alone when there is no picture.
-     * @return a null image when there is no picture.
+     * @param rect  set to the rows that hold the subtitle; unchanged if there is no picture.
+     * @return a null image if there is no picture.
      */
     virtual QImage TextToImage(const QString &key, QRect &rect);
 
@@ -51,11 +51,18 @@ public:
     virtual RowRange VisibleRows();
 
     /**
-     * All texts that are due at a time, in file order, where GetSubtitle() has one; none where subtitles are pictures.
+     * All texts that are due at a time, in file order; GetSubtitle() returns only one. Empty if subtitles are pictures.
      * @param ms  presentation time in milliseconds.
      */
     virtual QStringList AllDueTexts(long ms);
 
-    /** The picture for a key in its own size and colours; without pixels when there is none. */
+    /** The picture for a key in its original size and colours; it has no pixels if there is none. */
     virtual ColorPicture ToColorPicture(const QString &key);
+
+    /**
+     * The key to ToColorPicture() for all pictures that are due at a time, where the subtitles are pictures that
+     * GetSubtitle() has as text; empty when none is due, and of all other subtitles.
+     * @param ms  presentation time in milliseconds.
+     */
+    virtual QString AllDuePictures(long ms);
 };

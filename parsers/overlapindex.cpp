@@ -7,13 +7,8 @@
 namespace
 {
 
-/** Children of a node. */
+/** Most children of a node. */
 constexpr std::size_t Neighbours = 16;
-
-bool IsWithin(const CueIndex::Span &span, std::int64_t ms)
-{
-    return span.nFirst <= ms && ms <= span.nLast;
-}
 
 } // namespace
 
@@ -38,24 +33,36 @@ OverlapIndex::OverlapIndex(std::vector<CueIndex::Span> spans)
     }
 }
 
-void OverlapIndex::Find(std::int64_t ms, std::size_t limit, std::vector<int> &found) const
+CueIndex::Span OverlapIndex::Find(std::int64_t ms, std::size_t limit, std::vector<int> &found) const
 {
     found.clear();
+    CueIndex::Span same = {std::numeric_limits<std::int64_t>::min(), std::numeric_limits<std::int64_t>::max()};
     if (!m_listLevels.empty() && !m_listLevels.back().empty())
-        Collect(m_listLevels.size() - 1, 0, ms, limit, found);
+        Collect(m_listLevels.size() - 1, 0, ms, limit, found, same);
+    return same;
 }
 
-// NOLINTNEXTLINE(misc-no-recursion): at most as deep as the levels, of which there are few
+// NOLINTNEXTLINE(misc-no-recursion): once per level; MaxCues cues make 7 levels
 void OverlapIndex::Collect(std::size_t level, std::size_t at, std::int64_t ms, std::size_t limit,
-                           std::vector<int> &found) const
+                           std::vector<int> &found, CueIndex::Span &same) const
 {
-    if (found.size() >= limit || !IsWithin(m_listLevels[level][at], ms))
+    if (found.size() >= limit)
         return;
+    const CueIndex::Span &span = m_listLevels[level][at];
+    if (ms < span.nFirst) {
+        same.nLast = std::min(same.nLast, span.nFirst - 1);
+        return;
+    }
+    if (ms > span.nLast) {
+        same.nFirst = std::max(same.nFirst, span.nLast + 1);
+        return;
+    }
     if (level == 0) {
+        same = {std::max(same.nFirst, span.nFirst), std::min(same.nLast, span.nLast)};
         found.push_back(static_cast<int>(at));
         return;
     }
     const std::size_t end = std::min((at + 1) * Neighbours, m_listLevels[level - 1].size());
     for (std::size_t child = at * Neighbours; child < end; ++child)
-        Collect(level - 1, child, ms, limit, found);
+        Collect(level - 1, child, ms, limit, found, same);
 }

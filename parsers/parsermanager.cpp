@@ -8,14 +8,14 @@
 namespace
 {
 
-/** What follows the last '.' of the whole path, folder names included, unless that is its first character. */
+/** What follows the path's last '.', folder names included, in lower case; empty if the path starts with it. */
 QString Extension(const QString &path)
 {
     const int dot = path.lastIndexOf(QLatin1Char('.'));
     return dot > 0 ? path.mid(dot + 1).toLower() : QString();
 }
 
-/** A parser for files of that extension. */
+/** A new parser for files with this extension. The caller deletes it. */
 IParser *CreateParser(const QString &extension)
 {
     if (extension == QLatin1String("srt"))
@@ -85,4 +85,9 @@ QStringList ParserManager::AllDueTexts(long ms)
 ColorPicture ParserManager::ToColorPicture(const QString &key)
 {
     return m_pParser ? m_pParser->ToColorPicture(key) : ColorPicture();
+}
+
+QString ParserManager::AllDuePictures(long ms)
+{
+    return m_pParser ? m_pParser->AllDuePictures(ms) : QString();
 }

@@ -14,17 +14,16 @@ public:
     ParserManager &operator=(const ParserManager &) = delete;
 
     /**
-     * Drops the current parser, makes one for the file's extension and lets it read the file.
+     * Deletes the current parser, creates one for the file's extension and has it read the file.
      * @param track  number of the subtitle track, from 0.
-     * @return non-zero on success; 0 when @p path is empty, when no parser reads such files, and when the parser fails.
-     *         A parser that failed stays.
+     * @return non-zero on success; 0 if @p path is empty or the parser fails. A parser that failed is kept.
      */
     int Open(const QString &path, int track);
 
-    /** Whether the file has the track that was asked for; false without a parser. */
+    /** Whether the file has the requested track; false without a parser. */
     Q_DECL_HIDDEN bool HasTrack();
 
-    /** What is due at @p ms milliseconds; empty without a parser. */
+    /** The text or key due at @p ms milliseconds; empty without a parser. */
     QString GetSubtitle(long ms);
 
     /** True without a parser. */
@@ -33,16 +32,19 @@ public:
     /** Does nothing without a parser. */
     void SetVideoSize(int w, int h);
 
-    /** A null image, and @p rect untouched, without a parser. */
+    /** Returns a null image and leaves @p rect unchanged without a parser. */
     QImage TextToImage(const QString &key, QRect &rect);
 
     /** Rows of the last picture; all others are transparent. All rows without a parser. */
     RowRange VisibleRows();
 
-    /** All texts that are due at @p ms milliseconds, in file order; none without a parser and of pictures. */
+    /** All texts that are due at @p ms milliseconds, in file order; empty for pictures and without a parser. */
     Q_DECL_HIDDEN QStringList AllDueTexts(long ms);
 
-    /** The picture for a key in its own size and colours; without pixels when there is none. */
+    /** The key for all pictures that are due at @p ms milliseconds; see IParser. Empty without a parser. */
+    Q_DECL_HIDDEN QString AllDuePictures(long ms);
+
+    /** The picture for a key in its original size and colours; it has no pixels if there is none. */
     Q_DECL_HIDDEN ColorPicture ToColorPicture(const QString &key);
 
 private:

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <vector>
 
-/** A byte for each pixel: how much of it is covered, 255 for the whole. */
+/** Coverage mask: a byte a pixel, from 0 (not covered) to 255 (covered entirely). */
 struct ByteMask {
-    int nLeft = 0; ///< of column 0, in the coordinates of whoever uses it
+    int nLeft = 0; ///< of column 0, in the user's coordinates
     int nTop = 0;
     int nColumns = 0;
     int nRows = 0;
@@ -15,7 +15,7 @@ struct ByteMask {
     const std::uint8_t *Row(int row) const { return listBytes.data() + static_cast<std::size_t>(row) * nColumns; }
     std::uint8_t *Row(int row) { return listBytes.data() + static_cast<std::size_t>(row) * nColumns; }
 
-    /** Nothing covered, in the memory that it has. */
+    /** Clears the mask and gives it another place and size. Reuses its memory. */
     void Reset(int left, int top, int columns, int rows)
     {
         nLeft = left;
@@ -26,14 +26,16 @@ struct ByteMask {
     }
 };
 
-/** So many columns or a few more: rows of whole vectors are worked on several times as fast as those with a rest. */
-constexpr int WholeVectors(int columns)
+/**
+ * @p columns rounded up to whole vectors: loops over such rows run several times as fast as over rows with a remainder.
+ */
+constexpr int PaddedColumns(int columns)
 {
     constexpr int VectorBytes = 16;
     return (columns + VectorBytes - 1) / VectorBytes * VectorBytes;
 }
 
-/** Nothing covered. */
+/** A mask in which nothing is covered. */
 inline ByteMask MakeByteMask(int left, int top, int columns, int rows)
 {
     ByteMask mask;

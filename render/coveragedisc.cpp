@@ -19,10 +19,10 @@ void RaiseToCovered(std::uint8_t *to, const std::uint8_t *from, int count)
         to[i] = from[i] > 0 ? 255 : to[i];
 }
 
-/** Of covered pixels. @param more  -254 to 254 */
+/** Raises @p to to from + more, clamped to 0 to 255, where @p from is covered. @param more  -254 to 254 */
 void RaiseToSum(std::uint8_t *to, const std::uint8_t *from, int count, int more)
 {
-    // Bytes alone, so that vectors hold more.
+    // Bytes only, so that vectors hold more pixels.
     const auto change = static_cast<std::uint8_t>(std::abs(more));
     if (more < 0) {
         for (int i = 0; i < count; ++i) {
@@ -63,16 +63,17 @@ ByteMask CoverageDisc::Spread(const ByteMask &text) const
 {
     if (m_listRows.empty() || text.nRows == 0 || text.nColumns == 0)
         return {};
-    const int width = WholeVectors(text.nColumns + 2 * m_nReachAcross);
+    const int width = PaddedColumns(text.nColumns + 2 * m_nReachAcross);
     ByteMask outline =
         MakeByteMask(text.nLeft - m_nReachAcross, text.nTop - m_nReach, width, text.nRows + 2 * m_nReach);
     const auto padding = static_cast<std::ptrdiff_t>(m_nReachAcross);
-    std::vector<std::uint8_t> padded(width + 2 * padding); // a row with nothing round it
-    std::vector<std::uint8_t> line(width);                 // what the row makes of those at one distance
+    std::vector<std::uint8_t> padded(width + 2 * padding); // a row of the text between columns of zeros
+    std::vector<std::uint8_t> line(width);                 // what that row adds to the outline dy rows away
     using Line = std::vector<std::uint8_t>;
-    std::vector<Line> pairs(m_nReachAcross + 1,
-                            line); // the greater of the pixels at a distance to the left and the right
-    std::vector<Line> near(m_listRows.front().nWhole + 1, line); // 255 where a pixel up to a distance is covered
+    // Of each pixel: the greater of the two pixels dx columns to its left and right.
+    std::vector<Line> pairs(m_nReachAcross + 1, line);
+    // Of each pixel: 255 if any pixel is covered from dx columns to its left to dx columns to its right.
+    std::vector<Line> near(m_listRows.front().nWhole + 1, line);
     for (int y = 0; y < text.nRows; ++y) {
         std::copy_n(text.Row(y), text.nColumns, padded.begin() + 2 * padding);
         const std::uint8_t *middle = padded.data() + padding;

@@ -7,10 +7,10 @@ namespace
 
 constexpr std::size_t MaxBytes = std::size_t{24} * 1024 * 1024;
 
-/** With columns added that nothing covers. */
+/** The mask with empty columns added at its right; see PaddedColumns(). */
 ByteMask Padded(const ByteMask &mask)
 {
-    ByteMask padded = MakeByteMask(mask.nLeft, mask.nTop, WholeVectors(mask.nColumns), mask.nRows);
+    ByteMask padded = MakeByteMask(mask.nLeft, mask.nTop, PaddedColumns(mask.nColumns), mask.nRows);
     for (int row = 0; row < mask.nRows; ++row)
         std::copy_n(mask.Row(row), mask.nColumns, padded.Row(row));
     return padded;
@@ -48,7 +48,7 @@ CoverageGlyphs::Font &CoverageGlyphs::FindFont(const GlyphRun &run)
 const CoveredGlyph &CoverageGlyphs::Find(const GlyphRun &run, std::uint32_t glyph, FixedPoint place)
 {
     Font &font = FindFont(run);
-    // Qt has four places for images; more would not be seen of larger glyphs either.
+    // Qt has four subpixel positions for glyph images; more would not be visible in larger glyphs either.
     const bool isImage = run.Source() == GlyphSource::Image && m_dPixelAspect == 1;
     const int fraction = isImage ? run.SubPixelOf(place) : place.nX & 0x30;
     const std::uint64_t key = std::uint64_t{glyph} << 8 | static_cast<unsigned>(fraction);

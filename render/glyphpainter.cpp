@@ -9,10 +9,10 @@ namespace
 constexpr std::size_t MaxKilobytes = 8192;
 
 /**
- * Whether Qt fills a path there as it does in a frame without edges. Beyond the sides it changes edges; of paths whose
- * first row is about the frame's last it drops single pixels.
+ * Whether the pixels that Qt fills at this position can be reproduced. Qt changes edges beyond the frame's left and
+ * right side, and drops single pixels of paths whose first row is close to the frame's last row.
  */
-bool IsInFrame(const BitMask &mask, int x, int y, const QSize &frame)
+bool IsReproducible(const BitMask &mask, int x, int y, const QSize &frame)
 {
     const int left = x + mask.nLeft;
     const int belowBottom = y + mask.nTop - frame.height();
@@ -20,7 +20,7 @@ bool IsInFrame(const BitMask &mask, int x, int y, const QSize &frame)
            (belowBottom < -2 * OutlineRadius || belowBottom > OutlineRadius);
 }
 
-/** Whether a glyph that reaches that far from its origin may show in a frame. */
+/** Whether a glyph that reaches at most @p reach pixels from its origin may be visible in a frame. */
 bool IsNear(FixedPoint place, int reach, const QSize &frame)
 {
     const int x = place.nX >> 6;
@@ -81,7 +81,7 @@ bool GlyphPainter::PlaceRun(const GlyphRun &run, const QSize &frame, std::vector
             if (direction == 0)
                 direction = shape->Direction();
             if (direction == 0 || shape->Direction() != direction ||
-                !IsInFrame(shape->Mask(), glyph.nX, glyph.nY, frame))
+                !IsReproducible(shape->Mask(), glyph.nX, glyph.nY, frame))
                 return false;
         }
         glyphs.push_back(glyph);
@@ -117,7 +117,7 @@ TextInk GlyphPainter::Compose(const std::vector<PlacedGlyph> &glyphs, const QSiz
     int left = frame.width();
     int right = 0;
     int top = frame.height();
-    int bottom = 0; // after the last
+    int bottom = 0; // row after the last
     for (const PlacedGlyph &glyph : glyphs) {
         const BitMask &mask = glyph.pShape->Mask();
         left = std::min(left, glyph.nX + mask.nLeft - OutlineReach);
@@ -125,46 +125,46 @@ TextInk GlyphPainter::Compose(const std::vector<PlacedGlyph> &glyphs, const QSiz
         top = std::min(top, glyph.nY + mask.nTop - OutlineReach);
         bottom = std::max(bottom, glyph.nY + mask.nTop + mask.nRows + OutlineReach);
     }
-    // Text just outside the frame has outline inside.
+    // Text just above or below the frame may have outline inside it.
     top = std::max(top, -OutlineRadius);
     bottom = std::min(bottom, frame.height() + OutlineRadius);
     TextInk ink;
     if (left >= right || top >= bottom)
         return ink;
-    left &= ~63; // where a word of the frame's row begins
+    left &= ~63; // begin at a word of the frame's rows
     ink.text = ink.outline = MakeMask(left, top, right - left, bottom - top);
 
-    std::vector<std::pair<PlacedGlyph, GlyphFit>> listOdd;
+    std::vector<std::pair<PlacedGlyph, GlyphFit>> listUncacheable;
     for (const PlacedGlyph &glyph : glyphs) {
         const BitMask &mask = glyph.pShape->Mask();
         const int first = glyph.nY + mask.nTop;
         if (first - OutlineReach >= frame.height() || first + mask.nRows + OutlineReach <= 0)
             continue;
         const GlyphFit fit = glyph.pShape->FindFit(glyph.nX, glyph.nY, frame.height());
-        if (fit.odd.any())
-            listOdd.emplace_back(glyph, fit);
-        else if (fit.bMask)
+        if (fit.uncacheable.any())
+            listUncacheable.emplace_back(glyph, fit);
+        else if (fit.bMaskFits)
             AddMask(ink.text, mask, glyph.nX, glyph.nY);
         else
             AddMask(ink.text, glyph.pShape->FillAt(glyph.nX, glyph.nY, m_filler), 0, 0);
     }
     AddDisc(ink.outline, ink.text);
-    for (const auto &[glyph, fit] : listOdd)
-        AddOddGlyph(ink, glyph, fit, frame.height());
+    for (const auto &[glyph, fit] : listUncacheable)
+        AddUncacheableGlyph(ink, glyph, fit, frame.height());
     return ink;
 }
 
-void GlyphPainter::AddOddGlyph(TextInk &ink, const PlacedGlyph &glyph, const GlyphFit &fit, int frameHeight)
+void GlyphPainter::AddUncacheableGlyph(TextInk &ink, const PlacedGlyph &glyph, const GlyphFit &fit, int frameHeight)
 {
     const GlyphShape &shape = *glyph.pShape;
     const BitMask usual = shape.FillAt(glyph.nX, glyph.nY, m_filler);
-    const auto add = [&](BitMask &to, Offset offset, bool isOdd) {
-        if (isOdd)
+    const auto add = [&](BitMask &to, Offset offset, bool isUncacheable) {
+        if (isUncacheable)
             AddMask(to, shape.FillAt(glyph.nX + offset.nX, glyph.nY + offset.nY, frameHeight, m_filler), 0, 0);
         else
             AddMask(to, usual, offset.nX, offset.nY);
     };
     for (std::size_t i = 0; i < OutlineOffsets.size(); ++i)
-        add(ink.outline, OutlineOffsets[i], fit.odd[i]);
-    add(ink.text, {0, 0}, fit.odd[OutlineOffsets.size()]);
+        add(ink.outline, OutlineOffsets[i], fit.uncacheable[i]);
+    add(ink.text, {0, 0}, fit.uncacheable[OutlineOffsets.size()]);
 }

@@ -13,13 +13,13 @@
 #include <vector>
 
 /**
- * Composes text from cached bit masks of its glyphs, one for each font, glyph and subpixel position. Gives the pixels
- * that drawing the text once for its colour and once for each place of the outline gives.
+ * Composes text from cached bit masks of its glyphs, one for each font, glyph and subpixel position. The pixels are
+ * those of the reference path: 20 draws by QPainter for the outline and one for the text.
  */
 class GlyphPainter
 {
 public:
-    /** @return nullopt if this text needs the separate draws: colour glyphs, clipped text, negative coordinates. */
+    /** @return nullopt if this text needs the reference path: colour glyphs, clipped text, negative coordinates. */
     std::optional<TextInk> Paint(const RecordedText &text, const QSize &frame);
 
 private:
@@ -32,20 +32,21 @@ private:
 
     struct PlacedGlyph {
         const GlyphShape *pShape;
-        int nX; ///< whole pixel of the frame
+        int nX; ///< position in whole pixels of the frame
         int nY;
     };
 
     Font &FindFont(const GlyphRun &run);
-    /** Adds a run's glyphs; false if the text needs the separate draws. */
+    /** Appends a run's glyphs; false if the text needs the reference path. */
     bool PlaceRun(const GlyphRun &run, const QSize &frame, std::vector<PlacedGlyph> &glyphs);
-    /** Null if the font's images cannot be had as masks. */
+    /** Null if the glyph's image cannot be converted to a bit mask. */
     const GlyphShape *Shape(const GlyphRun &run, Font &font, std::uint32_t glyph, FixedPoint part);
     GlyphShape FillShape(const GlyphRun &run, Font &font, std::uint32_t glyph, FixedPoint part);
     TextInk Compose(const std::vector<PlacedGlyph> &glyphs, const QSize &frame);
-    void AddOddGlyph(TextInk &ink, const PlacedGlyph &glyph, const GlyphFit &fit, int frameHeight);
+    /** Adds a glyph whose outline cannot be made by moving its pixels. */
+    void AddUncacheableGlyph(TextInk &ink, const PlacedGlyph &glyph, const GlyphFit &fit, int frameHeight);
 
     std::list<Font> m_listFonts;
-    std::size_t m_nKilobytes = 0; ///< of all shapes, about
+    std::size_t m_nKilobytes = 0; ///< of all shapes, estimated
     PolygonFiller m_filler;
 };

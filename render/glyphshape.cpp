@@ -17,14 +17,14 @@ FixedPoint Moved(FixedPoint point, FixedPoint by)
     return {point.nX + by.nX, point.nY + by.nY};
 }
 
-/** One of the four points that a corner may be rounded to. */
-FixedPoint Rounding(const Corner &corner, unsigned choice, FixedPoint moved)
+/** One of the four points that a corner may be rounded to. @param choice  bit 0: the other x, bit 1: the other y */
+FixedPoint RoundingCandidate(const Corner &corner, unsigned choice, FixedPoint moved)
 {
     return Moved({choice & 1 ? corner.other.nX : corner.point.nX, choice & 2 ? corner.other.nY : corner.point.nY},
                  moved);
 }
 
-/** Rows of a frame, relative to a glyph's place. */
+/** Rows of a frame, both included, relative to a glyph's position. */
 struct Rows {
     int nFirst;
     int nLast;
@@ -37,7 +37,7 @@ Rows RowsOfFrame(int height, int y)
     return {-y, height - 1 - y};
 }
 
-/** Whether a side that is cut off at the ends of some rows crosses these in the same columns as another one, uncut. */
+/** Whether edge a, clipped to @p rows, crosses each of these rows in the same column as edge b, unclipped. */
 bool CrossesSameColumns(FixedPoint a1, FixedPoint a2, const Rows &rows, FixedPoint b1, FixedPoint b2)
 {
     const auto [top1, bottom1] = std::minmax({a1.nY >> 6, a2.nY >> 6});
@@ -60,19 +60,19 @@ bool CrossesSameColumns(FixedPoint a1, FixedPoint a2, const Rows &rows, FixedPoi
     return true;
 }
 
-/** Which coordinates of a corner may be rounded otherwise, as Rounding() counts them. */
-unsigned Doubts(const Corner &corner)
+/** Which coordinates of a corner may be rounded in two ways, as bits like the choice of RoundingCandidate(). */
+unsigned UncertainCoordinates(const Corner &corner)
 {
     return (corner.point.nX != corner.other.nX ? 1U : 0U) | (corner.point.nY != corner.other.nY ? 2U : 0U);
 }
 
-/** Whether the edge's columns depend on how its ends are rounded. */
-bool IsDelicate(const Corner &from, const Corner &to, FixedPoint moved)
+/** Whether the columns that an edge crosses depend on how its ends are rounded. */
+bool IsRoundingSensitive(const Corner &from, const Corner &to, FixedPoint moved)
 {
-    const unsigned doubts = Doubts(from) | Doubts(to) << 2;
-    for (unsigned choice = doubts; choice != 0; choice = (choice - 1) & doubts) {
-        if (!CrossesSameColumns(Rounding(from, choice, moved), Rounding(to, choice >> 2, moved), AllRows,
-                                Rounding(from, 0, moved), Rounding(to, 0, moved)))
+    const unsigned uncertain = UncertainCoordinates(from) | UncertainCoordinates(to) << 2;
+    for (unsigned choice = uncertain; choice != 0; choice = (choice - 1) & uncertain) {
+        if (!CrossesSameColumns(RoundingCandidate(from, choice, moved), RoundingCandidate(to, choice >> 2, moved),
+                                AllRows, RoundingCandidate(from, 0, moved), RoundingCandidate(to, 0, moved)))
             return true;
     }
     return false;
@@ -88,14 +88,15 @@ void AddEdges(const std::vector<Corner> &corners, FixedPoint moved, const Rows &
     }
 }
 
-/** Corners at a glyph's place and at those round it, all relative to their place. */
+/** A glyph's corners at its position and at the outline's offsets from there, each relative to its position. */
 class CornersAround
 {
 public:
     /**
-     * @param flatten   gives the corners for an offset.
-     * @param isUnsure  they may be others, or as many others, from place to place. Otherwise a corner's column does not
-     *                  depend on its row, nor the row on the column.
+     * @param flatten   returns the corners for an offset.
+     * @param isUnsure  number and places of the corners may change with the offset (see GlyphOutline::UnsureCurves()).
+     *                  If false, a corner's column depends on the offset's column alone and its row on the offset's
+     *                  row, so that the offsets (n, n) are enough.
      */
     template <typename Flatten>
     CornersAround(Flatten flatten, bool isUnsure) : m_bUnsure(isUnsure)
@@ -108,7 +109,7 @@ public:
         }
     }
 
-    /** The corners at the place itself. */
+    /** The corners at offset (0, 0). */
     const std::vector<Corner> &Here() const { return Corners({0, 0}); }
 
     FixedPoint At(std::size_t i, Offset offset) const
@@ -118,7 +119,7 @@ public:
         return {Corners({offset.nX, offset.nX})[i].point.nX, Corners({offset.nY, offset.nY})[i].point.nY};
     }
 
-    /** Whether the pixels at an offset are those at the place itself, as far as they lie in some rows. */
+    /** Whether the glyph has the same pixels at @p offset as at (0, 0), within @p rows. */
     bool IsSameAt(Offset offset, const Rows &rows) const
     {
         const std::vector<Corner> &here = Here();
@@ -169,19 +170,19 @@ GlyphShape::GlyphShape(const GlyphOutline &outline, FixedPoint fraction, Polygon
     AddEdges(m_pOutline->Corners(), m_fraction, AllRows, filler);
     m_mask = filler.Fill();
     m_nDirection = !filler.IsOneSided() ? 0 : filler.IsPositive() ? 1 : -1;
-    FindDelicateCurves();
+    FindRoundingSensitiveCurves();
 }
 
-void GlyphShape::FindDelicateCurves()
+void GlyphShape::FindRoundingSensitiveCurves()
 {
     const std::vector<Corner> &corners = m_pOutline->Corners();
-    std::set<int> delicate = m_pOutline->UnsureCurves();
+    std::set<int> sensitive = m_pOutline->UnsureCurves();
     for (std::size_t i = 1; i < corners.size(); ++i) {
-        if (!corners[i - 1].bLast && IsDelicate(corners[i - 1], corners[i], m_fraction))
-            delicate.insert(std::max(corners[i - 1].nCurve, corners[i].nCurve));
+        if (!corners[i - 1].bLast && IsRoundingSensitive(corners[i - 1], corners[i], m_fraction))
+            sensitive.insert(std::max(corners[i - 1].nCurve, corners[i].nCurve));
     }
-    for (const int curve : delicate)
-        m_listDelicate.push_back({curve, Moved(m_pOutline->FlattenCurve(curve, {0, 0}), m_fraction)});
+    for (const int curve : sensitive)
+        m_listRoundingSensitive.push_back({curve, Moved(m_pOutline->FlattenCurve(curve, {0, 0}), m_fraction)});
 }
 
 QPointF GlyphShape::Origin(int x, int y) const
@@ -195,10 +196,10 @@ GlyphFit GlyphShape::FindFit(int x, int y, int frameHeight) const
     if (!m_pOutline)
         return fit;
     const auto compare = [&](const CornersAround &corners) {
-        for (std::size_t i = 0; i < fit.odd.size(); ++i) {
+        for (std::size_t i = 0; i < fit.uncacheable.size(); ++i) {
             const Offset offset = i < OutlineOffsets.size() ? OutlineOffsets[i] : Offset{0, 0};
-            if (!fit.odd[i])
-                fit.odd[i] = !corners.IsSameAt(offset, RowsOfFrame(frameHeight, y + offset.nY));
+            if (!fit.uncacheable[i])
+                fit.uncacheable[i] = !corners.IsSameAt(offset, RowsOfFrame(frameHeight, y + offset.nY));
         }
     };
     const auto around = [&](auto flatten, bool isUnsure) {
@@ -209,14 +210,14 @@ GlyphFit GlyphShape::FindFit(int x, int y, int frameHeight) const
             isUnsure);
     };
     const std::set<int> &unsure = m_pOutline->UnsureCurves();
-    for (const DelicateCurve &curve : m_listDelicate) {
+    for (const RoundingSensitiveCurve &curve : m_listRoundingSensitive) {
         const CornersAround corners =
             around([&](QPointF origin) { return m_pOutline->FlattenCurve(curve.nCurve, origin); },
                    unsure.count(curve.nCurve) > 0);
-        fit.bMask = fit.bMask && IsSameShape(corners.Here(), curve.listCorners);
+        fit.bMaskFits = fit.bMaskFits && IsSameShape(corners.Here(), curve.listCorners);
         compare(corners);
     }
-    // QPainter cuts the sides at the frame's first and last row before it rounds.
+    // QPainter clips edges to the frame's first and last row before it rounds.
     const int first = y + m_mask.nTop;
     if (first < OutlineReach || first + m_mask.nRows + OutlineReach > frameHeight)
         compare(around([&](QPointF origin) { return m_pOutline->Flatten(origin); }, !unsure.empty()));

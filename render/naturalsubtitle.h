@@ -1,19 +1,22 @@
 #pragma once
 
 #include "render/blendkernel.h"
+#include "render/takenrows.h"
 
 #include <cstddef>
 #include <cstdint>
 
-/** What a host may set about the natural look. */
+/** Settings of the natural look. */
 struct NaturalSettings {
     double dOutline = 2;     ///< width of the outline in pixels of a frame with 720 rows
-    double dSafeArea = 2.5;  ///< percent of the frame's sides at each edge that text keeps clear of
-    double dPixelAspect = 1; ///< width of a pixel as it is shown, by its height
+    double dSafeArea = 2.5;  ///< margin around text, in percent of the frame's width and height
+    double dPixelAspect = 1; ///< pixel width divided by pixel height, as shown
+    TakenRows taken = {};    ///< rows that the subtitle is moved clear of
 
     bool operator==(const NaturalSettings &other) const
     {
-        return dOutline == other.dOutline && dSafeArea == other.dSafeArea && dPixelAspect == other.dPixelAspect;
+        return dOutline == other.dOutline && dSafeArea == other.dSafeArea && dPixelAspect == other.dPixelAspect &&
+               taken == other.taken;
     }
 };
 
@@ -25,26 +28,27 @@ struct FrameArea {
 };
 
 /**
- * A subtitle as viewers are to see it. The outline lies lowest, then the text, then the picture: colour glyphs or what a
- * DVD has. All areas lie in the frame; a row follows the one above it without padding.
+ * A subtitle in the natural look, in three layers: the outline at the bottom, the text, and on top the picture (colour
+ * glyphs, or a DVD subtitle). All areas lie in the frame; their rows have no padding between them.
  */
 struct NaturalSubtitle {
     FrameArea text;
     const std::uint8_t *pText;    ///< coverage, 255 for the whole pixel
-    const std::uint8_t *pOutline; ///< the same; also below the text
-    InkColors colors;             ///< of both, red first
+    const std::uint8_t *pOutline; ///< the same for the outline, which also covers the pixels of the text
+    InkColors colors;             ///< of text and outline, red first
     FrameArea picture;
     const std::uint32_t *pPicture; ///< 0xAARRGGBB, straight alpha
-    int nOpacity;                  ///< of all, 0 to 255
+    int nOpacity;                  ///< of all layers, 0 to 255
+    RowSpan rows;                  ///< rows that it takes up: whole lines of text, and all that is covered
     int nFrameWidth, nFrameHeight; ///< 0 on a renderer that is not configured
-    std::uint64_t nVersion;        ///< another one whenever anything above is another; 0 while nothing shows
+    std::uint64_t nVersion;        ///< changes whenever anything above changes; 0 while nothing is visible
 };
 
-/** Receives what shows. */
+/** Receives the visible subtitle. */
 class NaturalVisitor
 {
 public:
-    /** @param shown  with all that it points to, valid until the call returns. */
+    /** @param shown  valid until the call returns, with everything that it points to. */
     virtual void Visit(const NaturalSubtitle &shown) = 0;
 
 protected:

@@ -14,7 +14,7 @@
 namespace
 {
 
-/** Smooth edges, whatever the system's settings are. */
+/** The font with antialiasing, whatever the system's settings are. */
 QFont SmoothFont(const QFont &font)
 {
     QFont smooth = font;
@@ -27,23 +27,23 @@ int CountLines(const QString &text, const TextLayout &layout)
     std::set<int> lines;
     for (const GlyphRun &run : layout.text.Runs())
         lines.insert(static_cast<int>(run.Position().y()));
-    // Empty lines have no glyphs.
+    // Empty lines have no glyphs: count them in the text.
     const QStringList parts = text.split(QLatin1Char('\n'));
     return static_cast<int>(lines.size()) +
            static_cast<int>(
                std::count_if(parts.begin(), parts.end(), [](const QString &part) { return part.isEmpty(); }));
 }
 
-/** The row of a frame at which the lower edge of a text of so many lines lies. */
+/** The frame row of the lower edge of a text of @p lines lines. */
 int LowerEdge(const TextLayout &layout, int lines, const QSize &frame, int position)
 {
     const auto middle = static_cast<int>(std::int64_t{frame.height()} * position / 100);
     const int height = layout.rcBox.height() - 1;
-    // Of more than two lines as much hangs below the middle as of two.
+    // Three or more lines reach as far below the middle as two do: by the height of one line.
     return middle + (lines <= 2 ? height - height / 2 : height / lines);
 }
 
-/** The texts that are painted, of which no more than of a single one. */
+/** The texts that are painted: no more UTF-16 units in all than of a single text. */
 QStringList PaintedParts(const QStringList &texts)
 {
     QStringList parts;
@@ -60,7 +60,7 @@ QStringList PaintedParts(const QStringList &texts)
 void AddSaturated(std::uint8_t *to, const std::uint8_t *from, int count)
 {
     for (int i = 0; i < count; ++i) {
-        const auto room = static_cast<std::uint8_t>(255 - to[i]); // a byte, so that vectors hold more
+        const auto room = static_cast<std::uint8_t>(255 - to[i]); // a byte, so that vectors hold more pixels
         to[i] = static_cast<std::uint8_t>(to[i] + std::min(room, from[i]));
     }
 }
@@ -71,7 +71,7 @@ void AddGreatest(std::uint8_t *to, const std::uint8_t *from, int count)
         to[i] = std::max(to[i], from[i]);
 }
 
-/** Calls @p add(to, from, count) for the rows of a mask, moved, that lie in another. */
+/** Moves a mask and calls @p add(to, from, count) for each of its rows that lie in @p to, clipped to its columns. */
 template <typename Add>
 void AddTo(ByteMask &to, const ByteMask &mask, int dx, int dy, Add add)
 {
@@ -104,13 +104,14 @@ void NaturalText::Paint(const TextStyle &style, const QSize &frame, const QStrin
     m_glyphs.SetShape(area.dOutline, pixelAspect);
     m_glyphs.Limit();
     const QStringList parts = PaintedParts(texts);
-    std::vector<TextLayout> layouts = FitTexts(SmoothFont(style.font), shown, area, parts);
+    std::vector<TextLayout> layouts = FitTexts(SmoothFont(style.font), shown, area.Beside(settings.taken), parts);
     int rows = 0;
     for (const TextLayout &layout : layouts)
         rows += layout.rcBox.height() - 1;
     const int lines = CountLines(parts.front(), layouts.front());
     int bottom = std::max(LowerEdge(layouts.front(), lines, frame, position), area.nTop + rows);
     bottom = std::min(bottom, area.nBottom);
+    ink.lines = {bottom - rows, bottom};
     std::vector<Block> blocks;
     blocks.reserve(layouts.size());
     for (TextLayout &layout : layouts) {
@@ -130,7 +131,7 @@ void NaturalText::Compose(const std::vector<Block> &blocks, const QSize &frame, 
     int left = frame.width();
     int right = 0;
     int top = frame.height();
-    int bottom = 0; // after the last
+    int bottom = 0; // row after the last
     bool isColored = false;
     for (const Block &block : blocks) {
         for (const GlyphRun &run : block.layout.text.Runs()) {

@@ -12,40 +12,42 @@
 
 #include <vector>
 
-/** Text painted for viewers, in pixels of the frame. */
+/** Text painted in the natural look, in pixels of the frame. */
 struct TextCoverage {
     ByteMask text;
-    ByteMask outline; ///< of the same place and size
-    QImage colored;   ///< glyphs that bring colours of their own, QImage::Format_ARGB32; null when there are none
-    QPoint ptColored; ///< where it lies
+    ByteMask outline; ///< has the place and size of text
+    QImage colored;   ///< colour glyphs, QImage::Format_ARGB32; null if there are none
+    QPoint ptColored; ///< top left corner of colored
+    RowSpan lines;    ///< rows of the lines
 
     void Clear()
     {
         for (ByteMask *mask : {&text, &outline})
             mask->Reset(0, 0, 0, 0);
         colored = QImage();
+        lines = {};
     }
 };
 
 /**
- * Paints texts antialiased, with an outline of a width that follows the frame's, one above the other. Where they fit, lines
- * are where TextPainter has them.
+ * Paints texts antialiased, one above the other, with an outline whose width follows the frame's height. Lines of texts
+ * that fit are where TextPainter puts them.
  */
 class NaturalText
 {
 public:
     /**
-     * @param frame     as it is stored. Text is laid out in the shape that it has when it is shown.
-     * @param texts     the first one lowest.
-     * @param position  percent of the frame's height at which the middle of one line or two lies; the lower edge of more
-     *                  lines is that of two.
-     * @param ink       is painted anew in the memory that it has; nothing is covered without texts.
+     * @param frame     size as stored. Text is laid out for the frame as shown; see NaturalSettings::dPixelAspect.
+     * @param texts     the first one is the lowest.
+     * @param position  percent of the frame's height at which the middle of one or two lines lies. More lines have
+     *                  their lower edge where two lines have it.
+     * @param ink       receives the result and reuses its memory; empty without texts.
      */
     void Paint(const TextStyle &style, const QSize &frame, const QStringList &texts, int position,
                const NaturalSettings &settings, TextCoverage &ink);
 
 private:
-    /** A text laid out, and what is to be added to its rows. */
+    /** A text that is laid out, and the rows that it is to be moved down by. */
     struct Block {
         TextLayout layout;
         int nOffset;

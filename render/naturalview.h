@@ -1,5 +1,6 @@
 #pragma once
 
+#include "parsers/parsermanager.h"
 #include "render/naturalpicture.h"
 #include "render/naturalsubtitle.h"
 #include "render/naturaltext.h"
@@ -11,13 +12,13 @@
 #include <cstdint>
 #include <functional>
 
-/** What was due, and how it was to look, when the natural look was painted. */
+/** Everything that the natural look of a subtitle depends on. */
 struct NaturalKey {
     QStringList listTexts; ///< in file order; empty with a picture
-    QString strPicture;    ///< a parser's key; empty with text
+    QString strPicture;    ///< the parser's key of the picture; empty with text
     QSize frame;
     int nPosition = 0;     ///< percent
-    unsigned nChanges = 0; ///< of what is not here
+    unsigned nChanges = 0; ///< counts the changes of everything else, such as the font
     NaturalSettings settings;
 
     bool operator==(const NaturalKey &other) const
@@ -27,23 +28,39 @@ struct NaturalKey {
     }
 };
 
-/** The natural look of a renderer's subtitle, kept until another is due. */
+/** What the natural look of a renderer's subtitle is painted from. */
+struct NaturalSource {
+    ParserManager &parsers;
+    const QString &strDue;            ///< what is due, as ParserManager::GetSubtitle() returned it
+    long nTime;                       ///< at which it is due, in milliseconds
+    int nPictureOffset;               ///< frame rows that pictures are moved down by
+    std::function<TextStyle()> style; ///< called only if text is painted
+};
+
+/** Caches the natural look of a renderer's subtitle. */
 class NaturalView
 {
 public:
-    /** Whether what is kept is of that key. */
-    bool IsOf(const NaturalKey &key) const { return m_bPainted && key == m_key; }
+    /**
+     * Paints what is due unless it is cached.
+     * @param key  without listTexts and strPicture, which are taken from @p source.
+     * @return false if the process is ending.
+     */
+    bool Update(NaturalKey key, const NaturalSource &source);
 
-    /** Paints text. What was kept is dropped first; without memory nothing is kept. */
-    void PaintText(const NaturalKey &key, const TextStyle &style);
-    /** @param offset  frame rows that the picture is moved down by. */
-    void PaintPicture(const NaturalKey &key, const ColorPicture &picture, int offset);
-
-    /** What is kept; valid until anything is painted. Allocates nothing. */
+    /** The cached look, without the frame's size; valid until anything is painted. Allocates nothing. */
     NaturalSubtitle Shown(int opacity);
 
 private:
+    /** Whether the cached look has that key. */
+    bool IsOf(const NaturalKey &key) const { return m_bPainted && key == m_key; }
+    /** Paints text. The earlier look is dropped first, so none is cached if this throws std::bad_alloc. */
+    void PaintText(const NaturalKey &key, const TextStyle &style);
+    /** The same for a picture. @param offset  frame rows that it is moved down by. */
+    void PaintPicture(const NaturalKey &key, const ColorPicture &picture, int offset);
     void Clear();
+    /** Moves the painted subtitle clear of taken rows. @param area  rows that it may be moved to. */
+    void Evade(const TakenRows &taken, const RowSpan &area);
 
     bool m_bPainted = false;
     NaturalKey m_key;
@@ -51,6 +68,7 @@ private:
     TextCoverage m_ink;
     InkColors m_colors = {};
     ScaledPicture m_picture;
-    int m_nOpacity = -1; ///< that m_nVersion is for
+    RowSpan m_rows;      ///< rows that all this takes up
+    int m_nOpacity = -1; ///< opacity that m_nVersion is for
     std::uint64_t m_nVersion = 0;
 };

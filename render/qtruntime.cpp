@@ -29,8 +29,8 @@ namespace
 {
 
 /**
- * A platform integration whose only service is the font database: no plugin file, no display, no screen. It lets text
- * be painted into images in a process that has no QGuiApplication.
+ * A platform integration that provides fonts only: no plugin file, no display, no screen. With it, text can be painted
+ * into images in a process without a QGuiApplication.
  */
 class FontIntegration : public QPlatformIntegration
 {
@@ -40,7 +40,7 @@ public:
     QPlatformBackingStore *createPlatformBackingStore(QWindow * /*window*/) const override { return nullptr; }
     QAbstractEventDispatcher *createEventDispatcher() const override { return nullptr; }
 #if QT_VERSION_MAJOR >= 6
-    // Which the font database of Qt 6 asks for without looking whether there is one.
+    // The font database of Qt 6 uses this without checking for null.
     QPlatformNativeInterface *nativeInterface() const override
     {
         return &m_nativeInterface;
@@ -54,45 +54,45 @@ private:
     QScopedPointer<QPlatformFontDatabase> m_pFontDatabase{new QFontconfigDatabase};
 };
 
-// Qt keeps referring to the arguments.
+// Qt keeps references to these.
 int argumentCount = 1;
 char applicationName[] = "dummy.exe";
 char *arguments[] = {applicationName, nullptr};
 
-QGuiApplicationPrivate *CreateRecord()
+QGuiApplicationPrivate *CreateApplicationPrivate()
 {
-    // The record owns the integration.
+    // It owns the integration.
     QGuiApplicationPrivate::platform_integration = new FontIntegration;
 #if QT_VERSION_MAJOR < 6
-    auto *record = new QGuiApplicationPrivate(argumentCount, arguments, QCoreApplication::ApplicationFlags);
+    auto *appPrivate = new QGuiApplicationPrivate(argumentCount, arguments, QCoreApplication::ApplicationFlags);
 #else
-    auto *record = new QGuiApplicationPrivate(argumentCount, arguments);
+    auto *appPrivate = new QGuiApplicationPrivate(argumentCount, arguments);
 #endif
-    // The thread belongs to the host: its pending events and its thread-local data are not this object's to clear.
-    record->threadData_clean = true;
-    return record;
+    // The thread belongs to the host: the destructor must not clear its pending events and thread-local data.
+    appPrivate->threadData_clean = true;
+    return appPrivate;
 }
 
 /**
- * Stands in for a QGuiApplication where Qt looks for one while it paints text, without being an application object, and
- * gives it fonts. While it lives, no QGuiApplication can be made. Its end drops all fonts and font caches, and marks any
- * application object as closing.
+ * Provides what Qt looks for in a QGuiApplication while it paints text, above all fonts, without being an application
+ * object. While it lives, no QGuiApplication can be created. Its destructor drops all fonts and font caches, and marks
+ * any application object as closing.
  */
 class FontHost : public QObject
 {
 public:
-    /** Takes the places of QGuiApplicationPrivate::instance() and of its platform integration, which must be free. */
-    FontHost() : QObject(*CreateRecord(), nullptr) {}
+    /** Becomes QGuiApplicationPrivate::instance() and sets the platform integration; there must be neither before. */
+    FontHost() : QObject(*CreateApplicationPrivate(), nullptr) {}
 };
 
-/** Null where the host's own QGuiApplication does its work. */
+/** Null while the host's own QGuiApplication provides the fonts. */
 FontHost *fontHost = nullptr;
 
 /**
- * Gives the process its locale back. An application object takes over the whole locale of the environment; a host must
- * not find a decimal comma in its printf().
+ * Restores the process's locale when it is destroyed. Creating an application object sets the whole locale of the
+ * environment, and a host must not suddenly find decimal commas in the output of its printf().
  *
- * setlocale() is not thread-safe, and neither is making the first renderer.
+ * setlocale() is not thread-safe, and neither is creating the first renderer.
  */
 // NOLINTBEGIN(concurrency-mt-unsafe)
 class LocaleKeeper
@@ -124,10 +124,12 @@ private:
 };
 // NOLINTEND(concurrency-mt-unsafe)
 
-/** Never started: where our application object lives. */
+/** Never started; our application object lives on it. */
 QThread *idleThread = nullptr;
 
-/** Gives the application object that is to be made on this thread a dispatcher, so that Qt makes none. */
+/**
+ * Sets a dispatcher on this thread before an application object is created there, so that Qt does not create its own.
+ */
 void AvoidMainLoop()
 {
     if (!QAbstractEventDispatcher::instance())
@@ -135,14 +137,14 @@ void AvoidMainLoop()
 }
 
 /**
- * Parts our application object from the host's thread, which may end before it does: from its event dispatcher, which
- * would hook itself into that thread though no event loop is ever run here, and from its queue and timers.
+ * Detaches our application object from the host's thread, which may end before it does: from its event dispatcher,
+ * which would hook itself into that thread though no event loop ever runs here, and from its queue and timers.
  */
 void LeaveHostThread(QCoreApplication &application)
 {
-    const auto *record = static_cast<QCoreApplicationPrivate *>(QObjectPrivate::get(&application));
+    const auto *appPrivate = static_cast<QCoreApplicationPrivate *>(QObjectPrivate::get(&application));
     QAbstractEventDispatcher *dispatcher =
-        record->threadData.loadRelaxed()->eventDispatcher.fetchAndStoreRelaxed(nullptr);
+        appPrivate->threadData.loadRelaxed()->eventDispatcher.fetchAndStoreRelaxed(nullptr);
     QCoreApplicationPrivate::eventDispatcher = nullptr;
     if (dispatcher)
         dispatcher->closingDown();
@@ -162,12 +164,12 @@ QCoreApplication *CreateApplication()
 }
 
 /**
- * Throws where there are not enough free file descriptors to look for fonts: fontconfig would find none, for the rest of
- * the process's life.
+ * Throws if there are too few free file descriptors to look for fonts: fontconfig would find none until the process
+ * ends.
  */
 void RequireDescriptors()
 {
-    std::array<int, 16> descriptors; // configuration files within each other, folders, caches
+    std::array<int, 16> descriptors; // for nested configuration files, folders and caches
     descriptors.fill(-1);
     for (int &descriptor : descriptors)
         descriptor = open("/", O_PATH | O_CLOEXEC);
@@ -182,7 +184,7 @@ void RequireDescriptors()
 
 void RemoveFonts()
 {
-    // With the marks that this leaves behind, a QCoreApplication of the host's would deliver no event any more.
+    // Deleting the font host sets both flags. With them, a host's QCoreApplication would deliver no more events.
     const bool closing = QCoreApplicationPrivate::is_app_closing;
     const bool running = QCoreApplicationPrivate::is_app_running;
     delete fontHost;
@@ -201,7 +203,7 @@ void EnsureFonts()
         return;
     RequireDescriptors();
 #if QT_VERSION_MAJOR >= 6
-    // Without one the font database of Qt 6 ends the process.
+    // The font database of Qt 6 ends the process if there is no application object.
     if (!QCoreApplication::instance())
         qtApp = CreateApplication();
 #endif
@@ -216,7 +218,7 @@ void InitQt()
         LocaleCodec::UseQt();
     } else {
         LocaleCodec::UseEnvironment();
-        (void)LocaleCodec::Current(); // loaded now, where a failure refuses the renderer
+        (void)LocaleCodec::Current(); // load it now, where a failure refuses the renderer
         qtApp = CreateApplication();
     }
     EnsureFonts();
@@ -228,9 +230,9 @@ void UnInitQt()
     if (idleThread) {
         delete idleThread;
         idleThread = nullptr;
-        // From no thread at all to this one, whose data of Qt's it then frees.
+        // Move the application back to this thread, so that deleting it frees this thread's Qt data.
         if (qtApp)
             qtApp->moveToThread(QThread::currentThread());
     }
-    delete qtApp; // and not reset: this is meant
+    delete qtApp; // Intentional: not reset, InitQt() sets it anew
 }

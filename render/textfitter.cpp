@@ -26,7 +26,7 @@ bool Fits(const std::vector<TextLayout> &layouts, const SafeArea &area)
     return rows <= area.nBottom - area.nTop;
 }
 
-/** Pixels, at the resolution of text images. */
+/** A font's size in pixels, at the resolution of text images. */
 int PixelSize(const QFont &font)
 {
     constexpr double PointsPerInch = 72;
@@ -37,13 +37,22 @@ int PixelSize(const QFont &font)
 } // namespace
 
 SafeArea::SafeArea(const QSize &frame, const NaturalSettings &settings) :
-    dOutline(settings.dOutline * frame.height() / 720.0)
+    dOutline(settings.dOutline * frame.height() / 720.0), nReach(static_cast<int>(std::ceil(dOutline)))
 {
-    const int reach = static_cast<int>(std::ceil(dOutline));
     const auto margin = [&](int side) { return static_cast<int>(std::lround(side * settings.dSafeArea / 100)); };
-    nColumns = std::max(1, frame.width() - 2 * (margin(frame.width()) + reach));
-    nTop = std::min(margin(frame.height()) + reach, (frame.height() - 1) / 2);
+    nColumns = std::max(1, frame.width() - 2 * (margin(frame.width()) + nReach));
+    nTop = std::min(margin(frame.height()) + nReach, (frame.height() - 1) / 2);
     nBottom = frame.height() - nTop;
+}
+
+SafeArea SafeArea::Beside(const TakenRows &taken) const
+{
+    constexpr int LeastPart = 10; // of the area's height
+    SafeArea beside = *this;
+    const int rows = taken.TallestGap(Rows()).Count() - 2 * nReach;
+    if (rows >= (nBottom - nTop) / LeastPart)
+        beside.nTop = std::max(nTop, nBottom - rows);
+    return beside;
 }
 
 std::vector<TextLayout> FitTexts(const QFont &font, const QSize &frame, const SafeArea &area, const QStringList &texts)
@@ -54,7 +63,7 @@ std::vector<TextLayout> FitTexts(const QFont &font, const QSize &frame, const Sa
     layouts = LayOut(font, frame, area.nColumns, texts);
     if (Fits(layouts, area))
         return layouts;
-    // The largest size between one that fits, or is the smallest that there is, and one that does not.
+    // Search for the largest size that fits, between one that does (or 1, if none does) and one that does not.
     QFont smaller = font;
     int fitting = 1;
     int tooLarge = std::max(2, PixelSize(font));

@@ -6,6 +6,7 @@
 #include "render/qtuse.h"
 #include "render/scopedlock.h"
 #include "render/textbitmap.h"
+#include "render/textfont.h"
 #include "render/textpainter.h"
 #include "textio/localecodec.h"
 #include "vobsub/hostsymbol.h"
@@ -29,57 +30,16 @@ int FrameOffset(int height, int percent, int anchorOffset)
     return PercentOf(height, percent) - anchorOffset;
 }
 
-/** UTF-16 units of the longest name of a font, or list of names; fontconfig takes a minute for a megabyte. */
-constexpr int MaxFamilySize = 1024;
-
-/** Above that a letter is larger than any frame, and takes seconds to paint. */
-constexpr int MaxPointSize = 4096;
-
-QString FromLocale(const char *text)
-{
-    return LocaleCodec::Current()->Decode(text, qstrlen(text));
-}
-
-#if QT_VERSION_MAJOR < 6
-void SetName(QFont &font, const QString &family)
-{
-    font.setFamily(family);
-}
-
-/** Sets a name of its own, so that threads share nothing outside of the lock; the one that Qt resolves is to stay as it is. */
-void OwnName(QFont &font, const QString &family)
-{
-    const uint resolved = font.resolve();
-    font.setFamily(QString()); // since an equal name is not taken over
-    font.setFamily(family);
-    font.resolve(resolved);
-}
-#else
-/** Unlike Qt's own function, which crashes there, throws without memory. */
-void SetName(QFont &font, const QString &family)
-{
-    QStringList families;
-    families.append(family);
-    font.setFamilies(families);
-}
-
-/** As with Qt 5. */
-void OwnName(QFont &font, const QString &family)
-{
-    const uint resolved = font.resolveMask();
-    font.setFamilies({});
-    SetName(font, family);
-    font.setResolveMask(resolved);
-}
-#endif
-
 int instanceCount = 0;
 
-// Found when the library is loaded, since the dynamic linker's lock is taken for it.
-int &shownInstanceCount =
+// Looked up when the library is loaded, since the lookup takes the dynamic linker's lock.
+int &exportedInstanceCount =
     *static_cast<int *>(HostObject("_ZN13VideoSubtitle17ms_nInstanceCountE", &VideoSubtitle::ms_nInstanceCount));
 
-/** What renderers leave behind that are destroyed while the process ends: held, so that nobody takes it for a leak. */
+/**
+ * The Qt objects of renderers that are destroyed while the process ends, when Qt must not be used. They stay reachable,
+ * so that they do not count as leaks.
+ */
 struct Remains {
     QFont *pFont;
     QImage *pImage;
@@ -105,13 +65,13 @@ VideoSubtitle::VideoSubtitle() : m_pTextPainter(std::make_unique<TextPainter>())
             throw;
         }
     }
-    shownInstanceCount = ++instanceCount;
+    exportedInstanceCount = ++instanceCount;
 }
 
 VideoSubtitle::~VideoSubtitle()
 {
     const QtUse use;
-    shownInstanceCount = --instanceCount;
+    exportedInstanceCount = --instanceCount;
     if (!use) {
         remains = new (std::nothrow) Remains{m_pFont, m_pImage, m_pTextPainter.release(), remains};
         return;
@@ -131,7 +91,7 @@ void VideoSubtitle::CreateVideoSubtitle(int width, int height)
     EnsureFonts();
     auto font = std::make_unique<QFont>();
     auto image = std::make_unique<QImage>();
-    // Qt refuses a size of 0 with a warning and keeps the font's own.
+    // Qt refuses a size of 0 with a warning and keeps the font's own size.
     if (const int pixelSize = height / 14; pixelSize > 0)
         font->setPixelSize(pixelSize);
     delete m_pFont;
@@ -155,16 +115,9 @@ int VideoSubtitle::SetFontParam(const char *family, int pointSize, int style)
     if (!m_pFont || !use)
         return -1;
     EnsureFonts();
-    QFont font = Font();
-    // Qt resolves an empty family to any font at all.
-    if (family)
-        SetName(font, *family ? FromLocale(family).left(MaxFamilySize) : QFont().family());
-    if (pointSize > 0)
-        font.setPointSize(std::min(pointSize, MaxPointSize));
-    font.setWeight((style & SUBTITLE_STYLE_BOLD) != 0 ? QFont::Bold : QFont::Normal);
-    font.setStyle((style & SUBTITLE_STYLE_ITALIC) != 0 ? QFont::StyleItalic : QFont::StyleNormal);
+    const QFont font = ChangedFont(Font(), family, pointSize, style);
     if (font != Font()) {
-        TextPainter().Load(font); // not the one that frames are painted with meanwhile
+        TextPainter().Load(font); // not m_pTextPainter, which another thread may paint a frame with
         const std::lock_guard<std::mutex> lock(m_fontMutex);
         *m_pFont = font;
     }
@@ -175,7 +128,7 @@ int VideoSubtitle::SetFontParam(const char *family, int pointSize, int style)
 int VideoSubtitle::SetSubFontColor(uchar r, uchar g, uchar b)
 {
     const ScopedLock lock(m_mutex);
-    // Opaque black marks pixels that are not drawn, so no text is ever black: this is meant.
+    // Intentional: no text is ever black, as opaque black marks pixels that are not drawn.
     if (r == 0 && g == 0 && b == 0)
         b = 1;
     const quint32 color = qRgb(r, g, b);
@@ -219,9 +172,9 @@ int VideoSubtitle::SetSubtitleFile(const char *path, int track)
     if (!path || !*path || !use)
         return -1;
     try {
-        return OpenFile(FromLocale(path), track);
+        return OpenFile(LocaleCodec::Current()->Decode(path, qstrlen(path)), track);
     } catch (...) {
-        // No parser is left with half a file, and no picture's key with a parser of text.
+        // Leave no parser with half a file, and no picture's key to a text parser.
         m_parserManager.Open(QString(), 0);
         m_strSubtitle.clear();
         throw;
@@ -236,7 +189,7 @@ bool VideoSubtitle::HasTrack()
 
 int VideoSubtitle::OpenFile(const QString &path, int track)
 {
-    const MessageSilencer silencer; // Qt reports a seek that fails
+    const MessageSilencer silencer; // Qt warns of a seek that fails
     if (!m_parserManager.Open(path, track))
         return -1;
     m_parserManager.SetVideoSize(m_nVideoWidth, m_nVideoHeight);
@@ -261,7 +214,7 @@ int VideoSubtitle::SetTimeStamp(long ms)
             m_bDirty = 1;
         }
     } catch (...) {
-        m_strSubtitle.clear(); // rather none than one of another time
+        m_strSubtitle.clear(); // rather no subtitle than one of another time
         m_nTime = 0;
         throw;
     }
@@ -281,7 +234,7 @@ int VideoSubtitle::VisitShown(ShownVisitor &visitor)
     if (!m_strSubtitle.isEmpty() && m_pImage) {
         if (!EnsureBuilt())
             return -1;
-        LookUpImage();
+        UpdateCompositor();
         shown = m_compositor.Shown(CurrentPlacement());
     }
     shown.nFrameWidth = m_nVideoWidth;
@@ -295,7 +248,13 @@ int VideoSubtitle::VisitNatural(const NaturalSettings &settings, NaturalVisitor 
     const ScopedLock lock(m_mutex);
     NaturalSubtitle shown = {};
     if (m_pFont) {
-        if (!EnsureNatural(settings))
+        if (!m_pNaturalView)
+            m_pNaturalView = std::make_unique<NaturalView>();
+        // m_nChanges is read before the style: if another thread sets the font meanwhile, the next call paints again.
+        const NaturalKey key = {{}, {}, QSize(m_nVideoWidth, m_nVideoHeight), m_nLogoPos, m_nChanges, settings};
+        const int pictureOffset = FrameOffset(m_nVideoHeight, m_nLogoPos, PercentOf(m_nVideoHeight, 85));
+        if (!m_pNaturalView->Update(
+                key, {m_parserManager, m_strSubtitle, m_nTime, pictureOffset, [this] { return Style(); }}))
             return -1;
         shown = m_pNaturalView->Shown(m_nAlpha);
     }
@@ -309,39 +268,6 @@ void VideoSubtitle::MarkChanged()
 {
     m_bDirty = 1;
     ++m_nChanges;
-}
-
-bool VideoSubtitle::EnsureNatural(const NaturalSettings &settings)
-{
-    const bool isText = m_parserManager.IsTextSub();
-    // In this order, so that a font that is set meanwhile is not forgotten.
-    NaturalKey key;
-    key.nChanges = m_nChanges;
-    key.frame = QSize(m_nVideoWidth, m_nVideoHeight);
-    key.nPosition = m_nLogoPos;
-    key.settings = settings;
-    if (isText)
-        key.listTexts = m_parserManager.AllDueTexts(m_nTime);
-    else
-        key.strPicture = m_strSubtitle;
-    if (m_pNaturalView && m_pNaturalView->IsOf(key))
-        return true;
-    const QtUse use(QtUse::Work::Painting);
-    if (!use)
-        return false;
-    if (!m_pNaturalView)
-        m_pNaturalView = std::make_unique<NaturalView>();
-    if (isText) {
-        EnsureFonts();
-        m_pNaturalView->PaintText(key, Style());
-        return true;
-    }
-    const MessageSilencer silencer; // as in OpenFile()
-    ColorPicture picture;
-    if (!key.strPicture.isEmpty())
-        picture = m_parserManager.ToColorPicture(key.strPicture);
-    m_pNaturalView->PaintPicture(key, picture, FrameOffset(m_nVideoHeight, m_nLogoPos, PercentOf(m_nVideoHeight, 85)));
-    return true;
 }
 
 int VideoSubtitle::DrawSubSurface(AVPicture *frame)
@@ -359,7 +285,7 @@ bool VideoSubtitle::EnsureBuilt()
     const QtUse use;
     if (!use)
         return false;
-    // In this order, so that a font that is set meanwhile is not forgotten.
+    // Clear the flag first: if another thread sets the font meanwhile, it is set again.
     m_bDirty = 0;
     try {
         Rebuild();
@@ -378,7 +304,7 @@ void VideoSubtitle::Rebuild()
     }
     const MessageSilencer silencer; // as in OpenFile()
     QRect rect;
-    *m_pImage = QImage(); // so that the parser may use its memory again
+    *m_pImage = QImage(); // so that the parser can reuse its memory
     *m_pImage = m_parserManager.TextToImage(m_strSubtitle, rect);
     m_bInk = false;
     m_nSubX = 0;
@@ -392,11 +318,11 @@ void VideoSubtitle::ProcessWatermarkFrame(AVPicture *frame)
 {
     if (!frame->data[0])
         return;
-    LookUpImage();
+    UpdateCompositor();
     m_compositor.Blend(frame->data[0], frame->linesize[0], CurrentPlacement());
 }
 
-void VideoSubtitle::LookUpImage()
+void VideoSubtitle::UpdateCompositor()
 {
     if (!m_bInk)
         m_compositor.SetImage(*m_pImage,
@@ -413,10 +339,7 @@ Placement VideoSubtitle::CurrentPlacement() const
 QFont VideoSubtitle::Font() const
 {
     const std::lock_guard<std::mutex> lock(m_fontMutex);
-    QFont font = *m_pFont;
-    const QString family = font.family();
-    OwnName(font, QString(family.constData(), family.size()));
-    return font;
+    return DeepCopy(*m_pFont);
 }
 
 TextStyle VideoSubtitle::Style() const
@@ -437,7 +360,8 @@ void VideoSubtitle::TextToBmp(const QString &text)
     m_nSubWidth = m_painted.rcText.width();
     m_nSubHeight = m_painted.rcText.height();
     m_rowsVisible = RowRange::All();
-    // An image of the frame's size costs more than the text in it, so there is one only where someone reads it.
+    // An image of the frame's size costs more than the text in it: with ink it is null, and MakeImage() makes one if
+    // needed.
     *m_pImage = m_painted.image;
     m_bInk = m_painted.ink.has_value();
     if (m_bInk)

@@ -21,24 +21,23 @@ class NaturalView;
  * The renderer behind a handle; libsubtitle.h says what each operation means to a host.
  *
  * SetSubFontColor(), SetAlpah(), SetLogoPos(), SetSubtitleFile(), HasTrack(), SetTimeStamp(), ProcessFrame(),
- * VisitShown() and VisitNatural() wait for each other. SetFontParam() and SetSubOutlineColor() may be called meanwhile and do not wait.
- * Nothing else may overlap.
+ * VisitShown() and VisitNatural() wait for each other. SetFontParam() and SetSubOutlineColor() do not wait and may be
+ * called at the same time. No other calls may overlap.
  *
- * While the process ends, everything that would paint, read or set a font returns -1, and there are no new renderers.
+ * While the process ends, everything that would paint, read or set a font returns -1, and no renderer can be created.
  *
- * Operations may throw std::bad_alloc. The renderer is then as usable as before: SetSubtitleFile() leaves it without a
- * file, SetTimeStamp() without a due subtitle, ProcessFrame() with the frame untouched, SetFontParam() with the earlier
- * font.
+ * Operations may throw std::bad_alloc. The renderer remains usable: SetSubtitleFile() leaves it without a file,
+ * SetTimeStamp() without a due subtitle, ProcessFrame() with the frame untouched, SetFontParam() with the earlier font.
  */
 class VideoSubtitle
 {
 public:
     /**
-     * Makes the Qt application object available when this is the first instance. Not thread-safe. Throws what is no
-     * std::bad_alloc as well: without file descriptors, and while the process ends.
+     * Calls InitQt() for the first instance. Not thread-safe. Throws other exceptions than std::bad_alloc too: without
+     * file descriptors, and while the process ends.
      */
     VideoSubtitle();
-    /** Takes the Qt application object away when this is the last instance. Not thread-safe. */
+    /** Calls UnInitQt() for the last instance. Not thread-safe. */
     virtual ~VideoSubtitle();
     VideoSubtitle(const VideoSubtitle &) = delete;
     VideoSubtitle &operator=(const VideoSubtitle &) = delete;
@@ -46,26 +45,27 @@ public:
     /** Sets all defaults for frames of that size; does nothing unless both are positive. */
     void CreateVideoSubtitle(int width, int height);
 
-    /** Does not wait: frames that another thread draws meanwhile have the old font or the new one. */
+    /** Does not wait: frames that another thread draws meanwhile have the old or the new font. */
     int SetFontParam(const char *family, int pointSize, int style);
     int SetSubFontColor(uchar r, uchar g, uchar b);
-    /** Does not wait: see SetFontParam(). @p enable is accepted and ignored: the outline cannot be switched off. This is meant. */
+    /** Does not wait: see SetFontParam(). Intentional: @p enable is ignored, as the outline cannot be switched off. */
     int SetSubOutlineColor(int enable, uchar r, uchar g, uchar b);
     int SetAlpah(uchar alpha);
     int SetLogoPos(int percent);
     int SetSubtitleFile(const char *path, int track);
-    /** Whether the file that is open has the track that was asked for; false without one. Waits as SetSubtitleFile(). */
+    /** Whether the open file has the requested track; false if no file is open. Waits as SetSubtitleFile(). */
     bool HasTrack();
     int SetTimeStamp(long ms);
 
     int ProcessFrame(AVPicture *frame);
     /**
-     * Calls @p visitor once with the pixels that ProcessFrame() would draw now, holding the lock; what it throws comes
-     * out. When the image cannot be built, -1 or an exception as from ProcessFrame(), and it is not called.
+     * Calls @p visitor once with the pixels that ProcessFrame() would draw now. Holds the lock meanwhile; exceptions of
+     * the visitor are passed on. If the image cannot be built, returns -1 or throws as ProcessFrame() does, and does
+     * not call it.
      */
     int VisitShown(ShownVisitor &visitor);
     /**
-     * The same with the natural look. It is kept for one kind of settings: those who ask in turn with different ones wait
+     * The same with the natural look. Only one look is cached: callers that alternate between different settings wait
      * for it to be painted each time.
      */
     int VisitNatural(const NaturalSettings &settings, NaturalVisitor &visitor);
@@ -82,21 +82,19 @@ public:
 
 private:
     Q_DECL_HIDDEN TextStyle Style() const;
-    /** A copy that shares nothing with the font that is set. */
+    /** A deep copy of the font that is set. */
     Q_DECL_HIDDEN QFont Font() const;
     Q_DECL_HIDDEN int OpenFile(const QString &path, int track);
-    /** Makes the image of the current subtitle. */
+    /** Builds the image of the current subtitle. */
     Q_DECL_HIDDEN void Rebuild();
-    /** The same if anything changed. False where the process ends. */
+    /** Calls Rebuild() if anything changed. False if the process is ending. */
     Q_DECL_HIDDEN bool EnsureBuilt();
-    /** Marks what is painted as out of date, in either look. */
+    /** Marks both looks as out of date. */
     Q_DECL_HIDDEN void MarkChanged();
-    /** Paints the natural look if anything changed. False where the process ends. */
-    Q_DECL_HIDDEN bool EnsureNatural(const NaturalSettings &settings);
-    /** Gives the compositor the current image, unless it has the text's ink. */
-    Q_DECL_HIDDEN void LookUpImage();
+    /** Passes the current image to the compositor, unless that has the text's ink. */
+    Q_DECL_HIDDEN void UpdateCompositor();
     Q_DECL_HIDDEN Placement CurrentPlacement() const;
-    /** False without memory. */
+    /** False if there is no memory. */
     Q_DECL_HIDDEN bool MakeBitmap(const char *utf8, AVPicture &out);
 
     friend class VideoSubtitlePeer; // through which tests look inside
@@ -117,15 +115,15 @@ private:
     int m_nSubY = 0;
     int m_nSubWidth = 0;
     int m_nSubHeight = 0;
-    QFont *m_pFont = nullptr; ///< not to be painted with: see Font()
+    QFont *m_pFont = nullptr; ///< paint with Font() instead
     QImage *m_pImage = nullptr;
-    mutable std::mutex m_fontMutex; ///< for *m_pFont, held to copy it only
+    mutable std::mutex m_fontMutex; ///< for *m_pFont; held only to copy or replace it
     std::unique_ptr<TextPainter> m_pTextPainter;
     PaintedText m_painted;
-    RowRange m_rowsVisible = RowRange::All(); ///< in all others the image has no visible pixel
+    RowRange m_rowsVisible = RowRange::All(); ///< no pixel of the image is visible in other rows
     bool m_bInk = false;                      ///< the compositor has the text's ink, and m_pImage is null
     Compositor m_compositor;
-    std::atomic<unsigned> m_nChanges = 0;        ///< of style and file
-    long m_nTime = 0;                            ///< set last
-    std::unique_ptr<NaturalView> m_pNaturalView; ///< null until someone asks
+    std::atomic<unsigned> m_nChanges = 0;        ///< counts the changes of style and file
+    long m_nTime = 0;                            ///< set last, in milliseconds
+    std::unique_ptr<NaturalView> m_pNaturalView; ///< null until it is asked for
 };

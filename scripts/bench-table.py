@@ -2,8 +2,8 @@
 """Makes the table of ratios from the benchmarks' output.
 
 usage: bench-table.py TIMES.json FIRSTTEXT [DOCUMENT PROFILE]
-DOCUMENT gets the table, and what the file PROFILE holds unless that is empty, each between its two markers. A peer that
-was not built has no entry.
+The table replaces what is between its markers in DOCUMENT, and so does the content of the file PROFILE unless that is
+empty. Peers that were not built have no entries.
 """
 import json
 import os
@@ -12,7 +12,7 @@ import sys
 
 
 class Times:
-    """Medians, in microseconds (memory: bytes), by the name of what was measured; None for what was not."""
+    """Medians by name of the measurement, in microseconds (memory: bytes). None for what was not measured."""
 
     def __init__(self, times_file, first_text_file):
         samples = {}
@@ -40,7 +40,7 @@ class Times:
 
 
 class Row:
-    """A line of the table: the library's figure, its peers', and what has to hold between them."""
+    """A line of the table: the library's figure, those of its peers, and the limits for the library's."""
 
     def __init__(self, work, own, peers, goal, limits, show=None):
         self.work = work
@@ -223,7 +223,7 @@ def table(t):
 
 
 def replace_part(document, name, text):
-    """Puts a text between the markers of that name."""
+    """Replaces the text between the markers of that name."""
     begin = f"<!-- {name}: written by scripts/bench.sh --document -->\n"
     end = f"<!-- end of {name} -->"
     before, rest = document.split(begin)

@@ -2,7 +2,7 @@
 """Burns a subtitle into one raw frame of yuv420p10le from standard input, and writes it to standard output.
 
 usage: burn-frame.py LIBRARY SUBTITLES MILLISECONDS WIDTH HEIGHT TRANSFER
-LIBRARY is libsubtitleframe's file; TRANSFER is what the frame says of itself, 16 for PQ and 0 for nothing.
+LIBRARY is the file of libsubtitleframe. TRANSFER is the frame's color_trc, 16 for PQ or 0 for unspecified.
 """
 import ctypes
 import sys
@@ -18,7 +18,7 @@ class SubtitleFrame(ctypes.Structure):
 
 
 def load(name):
-    """The library, which brings libsubtitle's functions with it."""
+    """Loads libsubtitleframe and with it libsubtitle, which it depends on."""
     library = ctypes.CDLL(name)
     for function in (library.CreateVideoSubtitle, library.CreateSubtitleBurner):
         function.restype = ctypes.c_void_p

@@ -2,7 +2,7 @@
 """Burns a subtitle into one raw frame of rgb24 from standard input, and writes it to standard output.
 
 usage: burn-look.py LIBRARY SUBTITLES MILLISECONDS WIDTH HEIGHT LOOK
-LIBRARY is libsubtitleframe's file; LOOK is "exact" or "natural".
+LIBRARY is the file of libsubtitleframe. LOOK is "exact" or "natural".
 """
 import ctypes
 import sys

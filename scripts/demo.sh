@@ -1,9 +1,9 @@
 #!/bin/sh
-# Installs what is missing, builds, makes a short clip and burns subtitles into it: see demo/ afterwards.
+# Installs missing packages, builds, makes a short clip and burns subtitles into it. The results are in demo/.
 set -eu
 cd "$(dirname "$0")/.."
 
-scripts/install-packages.sh
+scripts/install-packages.sh --demo
 cmake -S . -B build -G Ninja -DSUBTITLE_TESTS=OFF -DSUBTITLE_BENCH=OFF >/dev/null
 cmake --build build --target subtitle subburn
 

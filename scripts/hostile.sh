@@ -1,10 +1,9 @@
 #!/bin/bash
-# Builds a copy of the tree and runs its tests where everything is different that they must not depend on: the folder's
-# name, the user, fonts, locale, time zone, umask, the user's configuration, and the variables that Qt, GStreamer, GLib,
-# FFmpeg and fontconfig read. Installs more fonts.
-# usage: hostile.sh [TEST-PATTERN]
-#   TEST-PATTERN: a regular expression; only tests whose names match are run
-# Objects that ccache has in build-ccache are not compiled again.
+# Builds a copy of the tree and runs its tests with unusual values of everything that they must not depend on: the
+# folder's name, the user, fonts, locale, time zone, umask, the user's configuration, and the variables that Qt,
+# GStreamer, GLib, FFmpeg and fontconfig read. Installs more fonts.
+# usage: hostile.sh [CONFIGURATION [TEST-PATTERN]]
+#   CONFIGURATION, TEST-PATTERN: as those of test.sh
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -18,9 +17,8 @@ mkdir -p "$tree" "$folder/locales" "$folder/temporary" "$home/.config/fontconfig
 
 git ls-files -z | xargs -0 cp --parents -t "$tree"
 localedef -i tr_TR -f UTF-8 "$folder/locales/tr_TR.UTF-8"
-[ ! -d build-ccache ] || cp -r build-ccache "$folder/ccache"
 
-# Another font than the one that is asked for, whichever that is.
+# Returns this font for every font that is requested.
 cat >"$home/.config/fontconfig/fonts.conf" <<'XML'
 <?xml version="1.0"?>
 <fontconfig>
@@ -33,14 +31,12 @@ printf '[Rules]\n*=true\n' >"$home/.config/QtProject/qtlogging.ini"
 
 as_nobody=
 if [ "$(id -u)" = 0 ]; then
-    # A number that no user has.
+    # A user id that does not exist.
     chown -R 64321:64321 "$folder"
     as_nobody='setpriv --reuid 64321 --regid 64321 --clear-groups'
 fi
-# shellcheck disable=SC2086 # several words
+# shellcheck disable=SC2086 # $as_nobody is several words
 env HOME="$home" TMPDIR="$folder/temporary" \
-    CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache \
-    CCACHE_DIR="$folder/ccache" CCACHE_BASEDIR="$tree" CCACHE_NOHASHDIR=1 CCACHE_SLOPPINESS=locale \
     LOCPATH="$folder/locales" LC_ALL=tr_TR.UTF-8 LANG=tr_TR.UTF-8 LANGUAGE=tr TZ=Pacific/Chatham \
     DISPLAY=:4711 WAYLAND_DISPLAY=none XDG_RUNTIME_DIR=/nonexistent XDG_DATA_DIRS=/nonexistent USER=root LOGNAME=root \
     QT_QPA_PLATFORM=rubbish QT_PLUGIN_PATH=/nonexistent QT_SCALE_FACTOR=3 QT_FONT_DPI=200 QT_DEBUG_PLUGINS=1 \
@@ -49,4 +45,4 @@ env HOME="$home" TMPDIR="$folder/temporary" \
     GST_VAAPI_ALL_DRIVERS=1 G_DEBUG=fatal-warnings G_MESSAGES_DEBUG=all \
     FC_DEBUG=1 FC_LANG=ja FREETYPE_PROPERTIES=truetype:interpreter-version=35 \
     FFREPORT=level=56 AV_LOG_FORCE_COLOR=1 PYTHONUTF8=0 PYTHONIOENCODING=ascii \
-    $as_nobody "$tree/scripts/test.sh" gcc "$@"
+    $as_nobody "$tree/scripts/test.sh" "$@"

@@ -13,12 +13,12 @@
 namespace
 {
 
-/** Starts every UTF-16 line; QString::fromUtf16() takes it for a byte-order mark in host order and drops it. */
+/** Put before every UTF-16 line: QString::fromUtf16() takes it for a byte-order mark in host order and drops it. */
 constexpr char16_t StrayUnit = 0xFEFF;
 
 constexpr char LineFeed = '\n';
 
-/** Appends bytes without their CRs. A CR never ends a line, not even in a file that has no LF: this is meant. */
+/** Appends bytes without their CRs. Intentional: a CR never ends a line, not even in a file without LF. */
 void AppendLine(QByteArray &to, const char *bytes, int count)
 {
     const char *const end = bytes + count;
@@ -45,7 +45,7 @@ struct Utf16Line {
 
 Utf16Line ReadUtf16Line(QIODevice &device, bool littleEndian)
 {
-    // Decided once and kept for the life of the process, whatever byte order a later file has: this is meant.
+    // Intentional: decided once per process, whatever byte order a later file has.
     static const bool swapByte = (Q_BYTE_ORDER == Q_LITTLE_ENDIAN) != littleEndian;
 
     QByteArray units(reinterpret_cast<const char *>(&StrayUnit), sizeof(StrayUnit));
@@ -64,7 +64,7 @@ Utf16Line ReadUtf16Line(QIODevice &device, bool littleEndian)
     return {QString::fromUtf16(text, units.size() / 2), terminated};
 }
 
-/** Makes the lines that ReadLineA() reads. */
+/** Splits bytes into the lines that ReadLineA() would read. */
 void SplitBytes(const QByteArray &bytes, TextLines &text)
 {
     text.bytes.reserve(bytes.size());
@@ -80,7 +80,7 @@ void SplitBytes(const QByteArray &bytes, TextLines &text)
     }
 }
 
-/** ReadLineW() never reports the end, which would fill the memory here; stops where the readers of bytes do. */
+/** Splits bytes into the lines that ReadLineW() would read, but stops at the end, which ReadLineW() never reports. */
 void SplitUtf16(QByteArray &bytes, TextLines &text)
 {
     QBuffer device(&bytes);
@@ -99,8 +99,8 @@ void SplitUtf16(QByteArray &bytes, TextLines &text)
 }
 
 /**
- * Reads what is left of the file, up to its end or the first error.
- * @return nothing of a file that is too large, also where that only shows by reading it.
+ * Reads the rest of the file, up to its end or the first error.
+ * @return nothing if the file is larger than MaxFileSize, even if that shows only while reading.
  */
 QByteArray ReadRest(QFile &file)
 {
@@ -108,7 +108,7 @@ QByteArray ReadRest(QFile &file)
     if (size > TextReader::MaxFileSize)
         return {};
     std::array<char, 16384> part;
-    // Without a size, a part beyond the limit shows whether the file ends there.
+    // If the size is unknown, read one part past the limit to see whether the file ends there.
     const qint64 end = ReadableSize(size, TextReader::MaxFileSize + qint64{part.size()});
     QByteArray bytes;
     bytes.reserve(static_cast<int>(size));
@@ -181,7 +181,7 @@ void TextReader::Open(const QString &path)
     if (!OpenRegularFile(path, file))
         return;
     TextLines text = {DetectEncode(file), LocaleCodec::Current(), {}, {0}};
-    // The encoding is unknown, and nothing was read before the error.
+    // After an error the encoding is unknown, and no text has been read yet.
     if (file.error() != QFileDevice::NoError)
         return;
     QByteArray bytes = ReadRest(file);
@@ -189,20 +189,20 @@ void TextReader::Open(const QString &path)
         SplitUtf16(bytes, text);
     else
         SplitBytes(bytes, text);
-    m_listTexts.push_back(std::move(text));
+    m_listLines.push_back(std::move(text));
 }
 
 int TextReader::GetLineCount() const
 {
     int count = 0;
-    for (const TextLines &text : m_listTexts)
+    for (const TextLines &text : m_listLines)
         count += static_cast<int>(text.listStarts.size()) - 1;
     return count;
 }
 
 QString TextReader::GetLine(int index) const
 {
-    auto text = m_listTexts.begin();
+    auto text = m_listLines.begin();
     for (; index >= static_cast<int>(text->listStarts.size()) - 1; ++text)
         index -= static_cast<int>(text->listStarts.size()) - 1;
     const char *line = text->bytes.constData() + text->listStarts[index];
@@ -222,7 +222,7 @@ QString TextReader::GetLine(int index) const
 
 int TextReader::DetectEncode(QFile &file)
 {
-    // Zero where the file is shorter, so that such a file counts as one without a mark.
+    // Stays zero if the file is shorter, so that such a file counts as one without a mark.
     std::array<unsigned char, 3> probe = {};
     file.read(reinterpret_cast<char *>(probe.data()), 2);
     if (probe[0] == 0xFF && probe[1] == 0xFE)

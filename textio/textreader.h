@@ -17,10 +17,10 @@ enum TextEncode {
 
 class LocaleCodec;
 
-/** One file's text without line ends, and where its lines begin in it; the last entry is the end. */
+/** The text of one file without line ends, and the offsets of its lines; the last offset is the end. */
 struct TextLines {
     int nEncode;
-    std::shared_ptr<const LocaleCodec> pCodec; ///< of lines without a mark
+    std::shared_ptr<const LocaleCodec> pCodec; ///< for files without a mark
     QByteArray bytes;
     std::vector<int> listStarts;
 };
@@ -28,8 +28,8 @@ struct TextLines {
 /**
  * The lines of a text file, without their line ends, decoded by the byte-order mark at its start.
  *
- * The whole file is held in memory as it is stored; a line is decoded when it is asked for. No real subtitle file comes
- * near the limits, and a file made to exhaust the memory gets no further. One object serves one thread at a time.
+ * The file is held in memory without conversion; GetLine() decodes a line. The limits are far above any real subtitle
+ * file and stop files that are made to exhaust the memory. Use an object from one thread at a time.
  */
 class TextReader
 {
@@ -39,16 +39,16 @@ public:
     TextReader(const TextReader &) = delete;
     TextReader &operator=(const TextReader &) = delete;
 
-    /** Bytes of the largest file that is read. */
+    /** Size of the largest file that is read, in bytes. */
     static constexpr qint64 MaxFileSize = qint64{128} * 1024 * 1024;
-    /** Lines read of a file; what follows them is not. */
+    /** Most lines read of one file; the rest is ignored. */
     static constexpr std::size_t MaxLines = std::size_t{16} * 1024 * 1024;
 
     /**
-     * Reads a file's lines and appends them to those held already. A read error ends the lines as the end of the file
-     * does, and a file that grows meanwhile has those that were there when it was opened.
-     * @param path  a file that is missing, cannot be opened or is larger than MaxFileSize has no lines, and neither has
-     *              anything but a regular file. Opening and reading never wait.
+     * Reads a file's lines and appends them to those already held. A read error counts as the end of the file; bytes
+     * that are added after the file was opened are not read. Never blocks.
+     * @param path  adds no lines if the file is missing, cannot be opened, is larger than MaxFileSize or is not a
+     *              regular file.
      */
     void Open(const QString &path);
 
@@ -65,29 +65,29 @@ public:
     static int DetectEncode(QFile &file);
 
 private:
-    std::vector<TextLines> m_listTexts; ///< in the order of Open()
+    std::vector<TextLines> m_listLines; ///< in the order of Open()
 };
 
 /**
  * Reads one line as raw bytes. LF ends a line; CR is dropped wherever it stands and ends none.
  * @param bytes  the line, without its LF; cleared first.
- * @return false when nothing was left to read.
+ * @return false if nothing is left to read.
  */
 bool ReadLineA(QFile &file, QByteArray &bytes);
 
-/** As ReadLineA(), decoded by the locale's 8-bit codec; @p line is left as it was when there is none. */
+/** As ReadLineA(), decoded by the locale's 8-bit codec; @p line is unchanged if nothing is left. */
 bool ReadLineLocal(QFile &file, QString &line);
 
-/** As ReadLineA(), decoded as UTF-8; @p line is left as it was when there is none. */
+/** As ReadLineA(), decoded as UTF-8; @p line is unchanged if nothing is left. */
 bool ReadLineU8(QFile &file, QString &line);
 
 /**
  * Reads one line of UTF-16. U+000A ends a line, U+000D is dropped.
  *
- * The first call in a process decides for good whether byte pairs are exchanged, from the host's byte order and
+ * The first call in a process decides for all later ones whether byte pairs are swapped, from the host's byte order and
  * @p littleEndian; a later file of the other byte order is decoded like the first. Hosts depend on that.
  *
- * @return always true: at the end of the input every call delivers an empty line.
+ * @return always true: at the end of the input every call reads an empty line.
  */
 bool ReadLineW(QFile &file, QString &line, bool littleEndian);
 

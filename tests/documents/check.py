@@ -16,7 +16,7 @@ import tempfile
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 DOCUMENTS = sorted([*ROOT.glob("*.md"), *ROOT.glob("docs/*.md")])
 
-# Commands that change the machine, or that a test of their own runs.
+# Commands not run here, since they change the machine or have a test of their own.
 ELSEWHERE = {
     "sudo apt install ./packages/*.deb",
     "cmake -S . -B build -DCMAKE_BUILD_TYPE=Release -DSUBTITLE_TESTS=OFF -DSUBTITLE_BENCH=OFF",
@@ -33,7 +33,7 @@ def without_fences(text):
 
 
 def anchors(document):
-    """As the usual hosts of repositories make them of headings."""
+    """The anchors that the usual repository hosts derive from headings."""
     headings = re.findall(r"^#+ (.*)", without_fences(document.read_text()), re.M)
     return {re.sub(r"[^\w\- ]", "", heading).strip().lower().replace(" ", "-") for heading in headings}
 
@@ -59,7 +59,7 @@ def missing_files(document):
 
 
 def commands(document):
-    """The lines of indented blocks that begin with a command; a line that ends in a pipe goes on."""
+    """The commands in indented blocks, one per line; a line that ends in a pipe continues."""
     lines = re.findall(r"^\n((?:    .*\n)+)", without_fences(document.read_text()), re.M)
     for block in lines:
         for command in re.sub(r"\|\n +", "| ", block).splitlines():
@@ -92,7 +92,7 @@ def must(command, folder):
 
 
 def make_films(folder):
-    """Files by the names that the commands use."""
+    """Makes the files that the commands in the documents name."""
     data = ROOT / "tests" / "data"
     index = (data / "sintel.idx").read_text()
     header, language = index[: index.index("id: en")], index[index.index("id: en") :]
@@ -117,7 +117,7 @@ def check_commands(build):
                 if command in ELSEWHERE or command.startswith(("scripts/", ".ci/")):
                     continue
                 command = re.sub(r"\bffmpeg ", "ffmpeg -v error -y ", command)
-                # Several commands write one file.
+                # Several commands write the same file.
                 if not re.search("--list|--pipe", command):
                     command = command.replace("bin/subburn ", "bin/subburn --overwrite ")
                 result = run(command.replace("build/bin/", shlex.quote(build) + "/bin/"), folder)

@@ -26,7 +26,7 @@ void Check(int result)
         throw std::runtime_error("cannot write the file");
 }
 
-void AddStream(AVFormatContext &output, const std::string &codec, int timeBaseDenominator)
+void AddStream(AVFormatContext &output, const std::string &codec, int timeBaseDenominator, const std::string &header)
 {
     const AVCodecDescriptor *descriptor = avcodec_descriptor_get_by_name(codec.c_str());
     AVStream *stream = avformat_new_stream(&output, nullptr);
@@ -35,6 +35,14 @@ void AddStream(AVFormatContext &output, const std::string &codec, int timeBaseDe
     stream->time_base = {1, timeBaseDenominator};
     stream->codecpar->codec_type = descriptor->type;
     stream->codecpar->codec_id = descriptor->id;
+    if (!header.empty()) {
+        stream->codecpar->extradata =
+            static_cast<std::uint8_t *>(av_mallocz(header.size() + AV_INPUT_BUFFER_PADDING_SIZE));
+        if (!stream->codecpar->extradata)
+            throw std::bad_alloc();
+        stream->codecpar->extradata_size = static_cast<int>(header.size());
+        std::copy(header.begin(), header.end(), stream->codecpar->extradata);
+    }
     if (descriptor->type == AVMEDIA_TYPE_VIDEO) {
         stream->codecpar->width = 16;
         stream->codecpar->height = 16;
@@ -44,13 +52,13 @@ void AddStream(AVFormatContext &output, const std::string &codec, int timeBaseDe
 } // namespace
 
 void MuxSubtitles(const std::string &path, const std::vector<std::string> &streams,
-                  const std::vector<MuxedPacket> &packets, int timeBaseDenominator)
+                  const std::vector<MuxedPacket> &packets, int timeBaseDenominator, const std::string &header)
 {
     AVFormatContext *created = nullptr;
     Check(avformat_alloc_output_context2(&created, nullptr, nullptr, path.c_str()));
     const std::unique_ptr<AVFormatContext, FreeOutput> output(created);
     for (const std::string &codec : streams)
-        AddStream(*output, codec, timeBaseDenominator);
+        AddStream(*output, codec, timeBaseDenominator, header);
     Check(avio_open(&output->pb, path.c_str(), AVIO_FLAG_WRITE));
     Check(avformat_write_header(output.get(), nullptr));
     for (const MuxedPacket &packet : packets) {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-/** A packet to be written, its times in the stream's time base. */
+/** A packet to write. Times are in units of 1 / timeBaseDenominator seconds. */
 struct MuxedPacket {
     int nStream;
     std::int64_t nTime;
@@ -13,11 +13,13 @@ struct MuxedPacket {
 };
 
 /**
- * Writes a file with FFmpeg's muxers whose packets hold what a test wants them to.
+ * Writes a file with given packets by FFmpeg's muxers.
  *
- * @param path     the extension tells the container.
- * @param streams  FFmpeg's short names of their codecs, such as "subrip".
- * @param timeBaseDenominator  the time base that is asked for, 1 / this; not every container takes it.
+ * @param path     its extension selects the container.
+ * @param streams  FFmpeg's name of each stream's codec, such as "subrip".
+ * @param timeBaseDenominator  requests the time base 1 / this; some containers use another one.
+ * @param header   codec data of each stream, such as a palette.
  */
 void MuxSubtitles(const std::string &path, const std::vector<std::string> &streams,
-                  const std::vector<MuxedPacket> &packets, int timeBaseDenominator = 1000);
+                  const std::vector<MuxedPacket> &packets, int timeBaseDenominator = 1000,
+                  const std::string &header = {});
