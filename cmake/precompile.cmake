@@ -9,7 +9,8 @@ function(subtitle_precompile_tests)
 
   # One set for -fPIE, and one for -fPIC, which Qt asks for: neither can use that of the other. Tests that are compiled
   # with -pthread because of GStreamer would need a third.
-  add_executable(precompiledheaders ${PROJECT_SOURCE_DIR}/cmake/precompile.cpp)
+  file(CONFIGURE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/precompile.cpp CONTENT "int main() {}\n")
+  add_executable(precompiledheaders ${CMAKE_CURRENT_BINARY_DIR}/precompile.cpp)
   target_precompile_headers(precompiledheaders PRIVATE ${headers})
   target_link_libraries(precompiledheaders PRIVATE GTest::gtest)
   target_precompile_headers(subtitle_test_main PRIVATE ${headers} <QImage> <QPainter> <QString>)
