@@ -8,7 +8,7 @@
 namespace
 {
 
-/** Groups without a covered pixel between two runs that are not worth a span of their own. */
+/** Two runs of covered groups become one span if at most this many groups lie between them. */
 constexpr int MaxGap = 1;
 
 float CodeOf(const FrameColor &color, int component)
@@ -17,19 +17,21 @@ float CodeOf(const FrameColor &color, int component)
 }
 
 /**
- * What a sample's part of a list becomes: @p code is added, @p rest of it stays. What the rounding of the rest takes or
- * adds is made up for as for a byte of middle size.
+ * Stores the blend of one byte as integers: new = (base + rounded * old) / 255.
+ * @param code  value to add
+ * @param rest  weight of the old value, 0 to 1
+ * Rounding the weight causes an error that is proportional to the old value; base compensates it for a medium value.
  */
 void PutPart(float code, float rest, std::uint16_t &base, std::uint8_t &rounded)
 {
-    constexpr float Middle = 127.5F; // of a byte; also half of what the sum is divided by
-    constexpr float Half = 0.5F;     // rounds numbers that are not negative
+    constexpr float Middle = 127.5F; // the medium value; also half of the divisor, for rounding
+    constexpr float Half = 0.5F;     // for rounding numbers that are not negative
     const float whole = 255 * rest;
     rounded = static_cast<std::uint8_t>(whole + Half);
     base = static_cast<std::uint16_t>(255 * code + (whole - static_cast<float>(rounded)) * Middle + Middle);
 }
 
-/** Adds @p share of each number of a row, moved by @p from places, at every second place. */
+/** to[i] += share * row[2 * i + from] */
 void AddSeconds(std::vector<float> &to, const std::vector<float> &row, std::size_t from, float share)
 {
     for (std::size_t i = 0; i < to.size(); ++i)
@@ -50,7 +52,6 @@ void NaturalInk::Build(const NaturalMap &map, const FrameLayout &layout, const F
     std::array<PlaneGroup, 4> groups = {};
     for (int plane = 0; plane < m_layout.format.nPlanes; ++plane) {
         const PlaneGroup of = KindOf(plane);
-        // Alike planes together, so that shares are found once.
         auto *group = std::find_if(groups.begin(), groups.end(),
                                    [&](const PlaneGroup &other) { return other.nPlanes == 0 || other.IsAlike(of); });
         const int count = group->nPlanes;
@@ -114,7 +115,7 @@ void NaturalInk::BuildRun(const NaturalMap &map, const PlaneGroup &group, int ro
         m_layout.columns.ToSamples(firstSample, lastSample);
         const int count = lastSample - firstSample + 1;
         LoadMeans(map, RowsOf(group, row), firstSample, count);
-        // So that both kinds begin in one place.
+        // Both kinds of samples cover the same pixels.
         first = 2 * firstSample;
         end = std::min(2 * (lastSample + 1), m_layout.nWidth);
     }
@@ -187,7 +188,7 @@ void NaturalInk::LoadMeans(const NaturalMap &map, const Taps &rows, int first, i
     }
 }
 
-/** Calls @p put(sample, code, rest): what is added to it, and how much of it stays. */
+/** Calls @p put(sample, code, rest) with the value to add and the weight of the old value. */
 template <typename Put>
 void NaturalInk::ForParts(int component, const Shares &shares, Put put) const
 {

@@ -9,7 +9,10 @@
 #include <cstdint>
 #include <vector>
 
-/** A picture of the natural look, with text, in the format of a frame: what stays of each sample, and what is added. */
+/**
+ * Pictures in the natural look, with or without text, in the format of a frame: for each sample the weight of the old
+ * value, and the value to add. CoverInk is the faster way for text alone.
+ */
 class NaturalInk
 {
 public:
@@ -18,17 +21,17 @@ public:
     void Draw(const FramePlanes &planes) const;
 
 private:
-    /** Shares of neighbours in a row of samples, and what the picture adds to each component. */
+    /** Weights (0 to 1) of adjacent samples of a row, and what the picture adds to each component. */
     struct Shares {
-        int nFirst, nCount; ///< samples
+        int nFirst, nCount; ///< first sample, and number of samples
         std::vector<float> text, outline, picture;
         std::array<std::vector<float>, 4> pictureCodes;
     };
-    /** Planes with the same kinds of samples. */
+    /** Planes with the same subsampling, for which weights are computed once. */
     struct PlaneGroup {
-        bool bSingles;     ///< samples that belong to one pixel
-        bool bMeans;       ///< samples that belong to several
-        bool bMeansOfRows; ///< these in more than one row
+        bool bSingles;     ///< has components that are not subsampled
+        bool bMeans;       ///< has components that are subsampled horizontally
+        bool bMeansOfRows; ///< has components that are subsampled vertically as well
         int nPlanes;
         std::array<int, 4> listPlanes;
 
@@ -38,7 +41,7 @@ private:
         }
     };
     PlaneGroup KindOf(int plane) const;
-    /** The rows of pixels that a row of samples belongs to. */
+    /** The rows of pixels that a row of samples is computed from. */
     Taps RowsOf(const PlaneGroup &group, int row) const;
     void BuildPlanes(const NaturalMap &map, const PlaneGroup &group);
     void BuildRun(const NaturalMap &map, const PlaneGroup &group, int row, int first, int end);
@@ -51,15 +54,15 @@ private:
     void ForParts(int component, const Shares &shares, Put put) const;
     void DrawSamples(const FramePlanes &planes, int component) const;
 
-    const BlendBytesKernel *m_pKernel = &BestBlendBytes(); ///< chosen ahead: asking the processor takes a while
+    const BlendBytesKernel *m_pKernel = &BestBlendBytes(); ///< chosen once: detecting the processor is slow
     FrameLayout m_layout = {};
     InkFrameColors m_colors = {};
-    std::array<ByteBlend, 4> m_bytes;     ///< of the planes, where elements are bytes
-    std::array<SampleBlend, 4> m_samples; ///< of the components, where they are not
-    // While something is built.
+    std::array<ByteBlend, 4> m_bytes;     ///< one for each plane, if elements are bytes
+    std::array<SampleBlend, 4> m_samples; ///< one for each component, if elements are wider
+    // Scratch space of Build().
     NaturalMap::Weights m_weights;
-    Shares m_single = {}; ///< of samples that belong to one pixel
-    Shares m_means = {};  ///< of chroma samples that belong to several
-    Shares m_row = {};    ///< of the pixels that such samples are of
+    Shares m_single = {}; ///< of components that are not subsampled
+    Shares m_means = {};  ///< of subsampled chroma
+    Shares m_row = {};    ///< of one of the rows of pixels that m_means is computed from
     std::vector<std::uint8_t> m_listGroups;
 };

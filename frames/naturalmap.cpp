@@ -7,7 +7,7 @@
 namespace
 {
 
-/** Where an area of the picture as shown lies in the frame. */
+/** Converts an area of the displayed picture to the stored frame. */
 FrameArea InFrame(const FrameArea &area, const Orientation &orientation)
 {
     if (area.IsEmpty())
@@ -31,7 +31,7 @@ FrameArea Union(const FrameArea &a, const FrameArea &b)
             std::max(a.nTop + a.nRows, b.nTop + b.nRows) - top};
 }
 
-/** Calls @p call(from, to) for each pixel of an area: its place in the area's list, and in that of @p whole. */
+/** Calls @p call(from, to) for each pixel of an area with its index in that area and in the area @p whole of the frame. */
 template <typename Call>
 void ForPixels(const FrameArea &area, const FrameArea &whole, const Orientation &orientation, Call call)
 {
@@ -103,7 +103,7 @@ void NaturalMap::TakePicture(const NaturalSubtitle &shown, const Orientation &or
         const std::uint32_t pixel = shown.pPicture[from];
         if (pixel >> 24 == 0)
             return;
-        // Neighbours have the same colour most often.
+        // Most pixels have the colour of the one before.
         if ((pixel & 0xFFFFFF) != lastColor) {
             lastColor = pixel & 0xFFFFFF;
             lastNumber = NumberOf(lastColor, colors);

@@ -8,40 +8,43 @@
 #include <unordered_map>
 #include <vector>
 
-/** What a subtitle of the natural look puts into the pixels of a frame as it is stored. */
+/** A subtitle in the natural look as an area of pixels of a stored frame, which may be turned or mirrored. */
 class NaturalMap
 {
 public:
-    /** Pixels that are looked at together for whether any is covered. */
+    /** Number of pixels that share one flag in Groups(). */
     static constexpr int GroupPixels = 8;
 
-    /** Shares of a row's pixels: what is left of 1 stays. */
+    /** Weights of a row's pixels, 0 to 1. The remainder up to 1 is the weight of the old pixel. */
     struct Weights {
         std::vector<float> text, outline, picture;
-        std::vector<std::uint32_t> colors; ///< the picture's, numbers in Colors()
+        std::vector<std::uint32_t> colors; ///< colours of the picture, as indices into Colors()
     };
 
-    /** @param shown  what it points to must stay where it is while the map is used, or Renew() be called. */
+    /** @param shown  its coverage must stay in place while the map is used; call Renew() when it was moved. */
     void Build(const NaturalSubtitle &shown, const Orientation &orientation, const FrameColors &colors);
 
-    /** In the frame; all else stays as it is. */
+    /** The area of the frame that the subtitle changes. */
     const FrameArea &Area() const { return m_area; }
     bool HasPicture() const { return m_bPicture; }
-    /** Of the picture. */
+    /** Colours of the picture. */
     const std::vector<FrameColor> &Colors() const { return m_listColors; }
 
-    /** For each group of pixels of a row in the area, whether any is covered; null outside. Only with a picture. */
+    /**
+     * Flags of a row: whether any of the GroupPixels pixels of a group is covered. Null outside the area.
+     * Precondition: HasPicture().
+     */
     const std::uint8_t *Groups(int row) const;
     int GroupCount() const { return m_nGroups; }
 
-    /** 0 to 255. */
+    /** @return 0 to 255. */
     int Opacity() const { return m_nOpacity; }
-    /** Takes the bytes from where they are now; nothing else may have become another. */
+    /** Updates the pointers to the coverage of the same subtitle after it was moved in memory. */
     void Renew(const NaturalSubtitle &shown);
-    /** How much text and outline cover of the pixels of the area, one row after the other. */
+    /** How much text and outline cover of each pixel of the area (0 to 255), row by row. */
     const std::uint8_t *Text() const { return m_pText; }
     const std::uint8_t *Outline() const { return m_pOutline; }
-    /** Where a row of the area begins there. */
+    /** Index of the first pixel of a row in Text() and Outline(). */
     std::size_t At(int row) const { return static_cast<std::size_t>(row - m_area.nTop) * m_area.nColumns; }
     const std::uint8_t *Text(int row) const { return m_pText + At(row); }
     const std::uint8_t *Outline(int row) const { return m_pOutline + At(row); }
@@ -58,14 +61,13 @@ private:
     FrameArea m_area = {0, 0, 0, 0};
     int m_nOpacity = 0;
     bool m_bPicture = false;
-    // Of the area; the text's are those of the subtitle itself where these lie as they are to.
-    bool m_bTaken = false;
+    bool m_bTaken = false; ///< m_pText and m_pOutline point to the subtitle's own lists, which need no turning
     const std::uint8_t *m_pText = nullptr;
     const std::uint8_t *m_pOutline = nullptr;
     std::vector<std::uint8_t> m_listText, m_listOutline, m_listAlphas;
     std::vector<std::uint32_t> m_listNumbers;
     std::vector<FrameColor> m_listColors;
-    std::unordered_map<std::uint32_t, std::uint32_t> m_numbers; ///< of the colours
+    std::unordered_map<std::uint32_t, std::uint32_t> m_numbers; ///< from a colour (RGB) to its index
     int m_nGroups = 0;
     std::vector<std::uint8_t> m_listGroups;
 };
