@@ -16,7 +16,7 @@ extern "C" {
 namespace
 {
 
-/** False for a location that is not known. */
+/** @return false if the location is unknown. */
 bool FindSites(int location, bool isJpeg, ChromaAxis::Site &column, ChromaAxis::Site &row)
 {
     using Site = ChromaAxis::Site;
@@ -74,7 +74,7 @@ bool IsSizeOf(const SubtitleFrame &frame, int width, int height)
     return frame.width == (isTransposed ? height : width) && frame.height == (isTransposed ? width : height);
 }
 
-/** Those that are drawn to. */
+/** The rows that drawing changes. */
 RowSpan RowsOf(const ShownSubtitle &shown)
 {
     RowSpan rows = {shown.ink.nTop, shown.ink.nTop + shown.ink.nRows};
@@ -85,7 +85,7 @@ RowSpan RowsOf(const ShownSubtitle &shown)
 
 } // namespace
 
-/** Receives what shows in either look. */
+/** Visitor for both looks. */
 class FrameBurner::LookVisitor : public ShownVisitor, public NaturalVisitor
 {
 };
@@ -153,6 +153,12 @@ int FrameBurner::SetTakenRows(const SubtitleRows *rows, int count)
 {
     if (count < 0 || (count > 0 && !rows))
         return -1;
+    const std::lock_guard<std::mutex> lock(m_takenMutex);
+    const auto isSame = [](const SubtitleRows &a, const SubtitleRows &b) {
+        return a.top == b.top && a.count == b.count;
+    };
+    if (std::equal(rows, rows + count, m_listGivenRows.begin(), m_listGivenRows.end(), isSame))
+        return 0;
     std::vector<RowSpan> spans;
     spans.reserve(count);
     for (const SubtitleRows *span = rows; span < rows + count; ++span) {
@@ -161,11 +167,9 @@ int FrameBurner::SetTakenRows(const SubtitleRows *rows, int count)
         const int top = std::min(span->top, MaxFrameSide);
         spans.push_back({top, top + std::min(span->count, MaxFrameSide)});
     }
-    TakenRows taken(std::move(spans));
-    const std::lock_guard<std::mutex> lock(m_takenMutex);
-    // Equal ones are kept, so that comparing them stays cheap.
-    if (!(taken == m_taken))
-        m_taken = std::move(taken);
+    std::vector<SubtitleRows> given(rows, rows + count);
+    m_taken = TakenRows(std::move(spans));
+    m_listGivenRows = std::move(given);
     return 0;
 }
 
@@ -326,7 +330,8 @@ void FrameBurner::RebuildPicture(const ShownSubtitle &shown, const Orientation &
     m_listColors.clear();
     for (const auto &rgb : m_map.Colors()) {
         m_listColors.push_back(m_colors.Convert(rgb));
-        // Text that is cut off at the frame's edge comes as a picture. Means of opaque text are those of code values.
+        // Text that the frame's edge cuts off arrives as a picture. Where all pixels are opaque, chroma is the mean of
+        // rounded code values, as it is for other opaque text.
         if (m_map.IsOpaque())
             m_listColors.back().Round();
     }

@@ -20,20 +20,21 @@
 
 class VideoSubtitle;
 
-/** Level of white on PQ and HLG frames in cd/m2: ITU-R BT.2408, reference white. */
+/** Luminance of the subtitle's white on PQ and HLG frames in cd/m2: reference white of ITU-R BT.2408. */
 constexpr double ReferenceWhite = 203;
 
 /**
- * The burner of libsubtitleframe.h. It keeps the subtitle in the format of the last frame. Operations may throw
- * std::bad_alloc, with the frame untouched.
+ * A burner of libsubtitleframe.h. Caches the subtitle in the last frame's format. Calls may throw std::bad_alloc, which
+ * leaves the frame unchanged.
  */
 class FrameBurner
 {
 public:
-    /** Gives a frame planes that may be written; false, with the frame as it was, when there are none to be had. */
+    /** Makes a frame's planes writable just before something is drawn. */
     class Preparer
     {
     public:
+        /** @return false if that failed; the frame is unchanged then. */
         virtual bool Prepare(SubtitleFrame &frame) = 0;
 
     protected:
@@ -42,7 +43,7 @@ public:
 
     explicit FrameBurner(VideoSubtitle &renderer) : m_renderer(renderer) {}
 
-    /** @param preparer  called before anything is drawn; may be null. */
+    /** @param preparer  may be null if the planes are writable. */
     int Burn(const SubtitleFrame &frame, Preparer *preparer);
     int SetWhite(double level);
     int SetLook(int look);
@@ -50,19 +51,19 @@ public:
     int SetSafeArea(double percent);
     int SetPixelAspect(int width, int height);
     int SetTakenRows(const SubtitleRows *rows, int count);
-    /** 1 when Burn() would draw, 0 when not, -1 when the image cannot be built. */
+    /** @return 1 if Burn() would draw, 0 if not, -1 if the subtitle's image cannot be built. */
     int IsDue();
-    /** The same, with the rows that it would draw to, of the picture as it is shown; 0 of them when not. */
+    /** As IsDue(). @param rows  rows of the displayed picture that Burn() would change; none if it would not draw. */
     int FindRows(SubtitleRows &rows);
 
 private:
     class Visitor;
     class LookVisitor;
-    /** What is due, with nVersion and the frame's size as in ShownSubtitle. */
+    /** @param shown  a ShownSubtitle or a NaturalSubtitle. */
     template <typename Shown>
     int BurnShown(const Shown &shown, SubtitleFrame frame, Preparer *preparer);
     NaturalSettings Settings() const;
-    /** Has a visitor called with what shows in the look that is set. */
+    /** Calls a visitor with the subtitle that is due, in the look that is set. */
     int Visit(LookVisitor &visitor);
     void Draw(const FramePlanes &planes) const;
     bool Describe(const SubtitleFrame &frame);
@@ -78,18 +79,19 @@ private:
     std::atomic<double> m_dOutline = NaturalSettings().dOutline;
     std::atomic<double> m_dSafeArea = NaturalSettings().dSafeArea;
     std::atomic<double> m_dPixelAspect = NaturalSettings().dPixelAspect;
-    mutable std::mutex m_takenMutex; ///< for m_taken, held to copy it only
+    mutable std::mutex m_takenMutex; ///< guards the next two members
     TakenRows m_taken;
+    std::vector<SubtitleRows> m_listGivenRows; ///< what m_taken was made of, so that the same rows cost nothing again
 
-    // Only touched with the renderer's lock held.
-    SubtitleFrame m_description = {}; ///< that the rest is for; without planes
+    // Guarded by the renderer's lock.
+    SubtitleFrame m_description = {}; ///< format that the members below are for; its planes are not used
     double m_dDescribedWhite = 0;
     bool m_bDescribed = false;
     FrameLayout m_layout = {};
     FrameColors m_colors;
-    std::uint64_t m_nVersion = 0; ///< of what is kept; 0 when nothing is
-    bool m_bNatural = false;      ///< what is kept is in the natural look
-    bool m_bCover = false;        ///< in the natural look: text alone
+    std::uint64_t m_nVersion = 0; ///< of the cached subtitle; 0 if none is cached
+    bool m_bNatural = false;      ///< the cached subtitle is in the natural look
+    bool m_bCover = false;        ///< in the natural look: text only, drawn by m_coverInk
     bool m_bOpaque = false;
     PixelMap m_map;
     std::vector<FrameColor> m_listColors;

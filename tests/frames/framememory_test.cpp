@@ -43,20 +43,35 @@ TEST_P(FrameMemoryTest, ASteadyFrameAllocatesNothing)
 
 TEST_P(FrameMemoryTest, ASteadyFrameBesideTakenRowsAllocatesNothing)
 {
-    SubtitleRows rows = {40, 10};
-    EXPECT_EQ(SetSubtitleBurnerTakenRows(m_pBurner, &rows, 1), 0);
+    const SubtitleRows taken[] = {{40, 10}, {0, 5}};
+    EXPECT_EQ(SetSubtitleBurnerTakenRows(m_pBurner, taken, 2), 0);
     ExpectSteady("yuv420p");
     faultymemory::Choose({});
     faultymemory::Go();
+    SubtitleRows rows = {};
+    const int isSet = SetSubtitleBurnerTakenRows(m_pBurner, taken, 2);
     const int isDue = FindSubtitleRows(m_pBurner, &rows);
     faultymemory::Pause();
+    EXPECT_EQ(isSet, 0);
     EXPECT_EQ(isDue, 1);
     EXPECT_EQ(faultymemory::Count(), 0);
-    faultymemory::Choose({}, 0);
-    faultymemory::Go();
-    const int result = SetSubtitleBurnerTakenRows(m_pBurner, &rows, 1);
-    faultymemory::Pause();
-    EXPECT_EQ(result, -1);
+}
+
+TEST_P(FrameMemoryTest, WithoutMemoryTheTakenRowsStay)
+{
+    const SubtitleRows taken = {40, 10};
+    const SubtitleRows others[] = {{40, 10}, {0, 5}};
+    EXPECT_EQ(SetSubtitleBurnerTakenRows(m_pBurner, &taken, 1), 0);
+    const PlaneFrame expected = Burnt(NewFrame("yuv420p"));
+    for (int failures = 0; failures < 3; ++failures) {
+        faultymemory::Choose({}, failures);
+        faultymemory::Go();
+        const int result = SetSubtitleBurnerTakenRows(m_pBurner, others, 2);
+        faultymemory::Pause();
+        EXPECT_EQ(result, -1);
+        EXPECT_TRUE(Burnt(NewFrame("yuv420p")).Bytes() == expected.Bytes());
+    }
+    EXPECT_EQ(SetSubtitleBurnerTakenRows(m_pBurner, others, 2), 0);
 }
 
 TEST_P(FrameMemoryTest, WithoutMemoryAFrameIsUntouchedAndTheNextOneIsDrawn)
