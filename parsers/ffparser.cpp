@@ -3,6 +3,7 @@
 #include "parsers/exportedlist.h"
 #include "parsers/inputformats.h"
 #include "parsers/localfile.h"
+#include "parsers/packetpointer.h"
 #include "parsers/wrapint.h"
 
 #include <memory>
@@ -82,11 +83,6 @@ private:
     std::optional<LocalFile> m_file; ///< declared first: m_pInput reads it and must be destroyed before it
     InputPointer m_pInput;
 };
-
-struct FreePacket {
-    void operator()(AVPacket *packet) const { av_packet_free(&packet); }
-};
-using PacketPointer = std::unique_ptr<AVPacket, FreePacket>;
 
 /** The index of subtitle stream number @p track, -1 if there is none. Makes FFmpeg discard all other streams. */
 int ChooseStream(const AVFormatContext &input, int track)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "parsers/colorpicture.h"
+#include "parsers/packetpointer.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -56,14 +57,11 @@ private:
     struct FreeContext {
         void operator()(AVCodecContext *context) const { avcodec_free_context(&context); }
     };
-    struct FreePacket {
-        void operator()(AVPacket *packet) const { av_packet_free(&packet); }
-    };
     DecodedPicture Take(const AVSubtitle &subtitle) const;
 
     std::unique_ptr<AVCodecParameters, FreeParameters> m_pTrack;
     std::unique_ptr<AVCodecContext, FreeContext> m_pContext; ///< null until a packet is decoded
-    std::unique_ptr<AVPacket, FreePacket> m_pPacket;
+    PacketPointer m_pPacket;
     int m_nWidth;
     int m_nHeight;
 };
