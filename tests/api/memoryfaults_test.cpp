@@ -237,7 +237,7 @@ TEST_F(MemoryFaultsTest, HandleIsNotMadeWithoutTheLocalesCodec)
               0);
 }
 
-TEST_F(MemoryFaultsTest, LastHandleGoesWithoutMemory)
+TEST_F(MemoryFaultsTest, LastHandleIsDestroyedWithoutMemory)
 {
     EXPECT_EQ(RunForked([&] {
                   faultymemory::Choose({0, nullptr, true}, 0);

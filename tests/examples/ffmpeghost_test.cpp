@@ -129,7 +129,7 @@ TEST_F(FfmpegHostTest, FormatThatTheLibraryDoesNotKnowIsAnError)
     EXPECT_EQ(outcome.strOut, "");
 }
 
-TEST_F(FfmpegHostTest, TellsWhatIsWrong)
+TEST_F(FfmpegHostTest, SaysWhatIsWrong)
 {
     ExpectFails({}, "usage: ffmpeghost VIDEO SUBTITLES SECONDS...\n");
     ExpectFails({File("none.mkv"), m_strSubtitles, "1"}, "none.mkv: No such file or directory\n");

@@ -126,7 +126,7 @@ TEST_F(PyavHostTest, ReadsColoursOfVersionsThatHaveThem)
               std::to_string(AV_PIX_FMT_NV12) + " 9 2 1\n");
 }
 
-TEST_F(PyavHostTest, TellsWhatIsWrong)
+TEST_F(PyavHostTest, SaysWhatIsWrong)
 {
     EXPECT_EQ(Run({}).nExit, 2);
     const std::string strVideo = Video("in.nut", {"-c:v", "ffv1"});

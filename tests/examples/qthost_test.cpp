@@ -98,7 +98,7 @@ TEST_F(QtHostTest, DumpsFramesAndEnds)
     }
 }
 
-TEST_F(QtHostTest, TellsWhatIsWrong)
+TEST_F(QtHostTest, SaysWhatIsWrong)
 {
     EXPECT_EQ(Run({}).nExit, 1);
     const Outcome missing = Run({File("none.srt")});

@@ -50,7 +50,7 @@ TEST_F(RawHostTest, BurnsFrames)
     ExpectBurns("16", 16, 1);
 }
 
-TEST_F(RawHostTest, TellsWhatIsWrong)
+TEST_F(RawHostTest, SaysWhatIsWrong)
 {
     const std::string strUsage = "rawhost: usage: rawhost WIDTHxHEIGHT FRAMES-PER-SECOND SUBTITLES\n";
     ExpectFails({}, "", strUsage, 1);
@@ -63,7 +63,7 @@ TEST_F(RawHostTest, TellsWhatIsWrong)
     ExpectFails({"322x180", "25", m_strSubtitles}, "part", "rawhost: standard input ends within a frame\n", 1);
 }
 
-TEST_F(RawHostTest, TellsThatOutputCannotBeWritten)
+TEST_F(RawHostTest, SaysThatOutputCannotBeWritten)
 {
     const Outcome outcome = ChildProcess::Run(
         {"sh", "-c", "exec \"$0\" \"$@\" >/dev/full", RAWHOST, "322x180", "25", m_strSubtitles}, m_film.Bytes());
@@ -79,7 +79,7 @@ TEST_F(CtypesHostTest, BurnsFrames)
     ExpectBurns("16", 16, 1);
 }
 
-TEST_F(CtypesHostTest, TellsWhatIsWrong)
+TEST_F(CtypesHostTest, SaysWhatIsWrong)
 {
     for (const char *pSize : {"322", "0x180", "axb"})
         EXPECT_EQ(Run({pSize, "25", m_strSubtitles}, "").nExit, 2) << pSize;

@@ -145,7 +145,7 @@ TEST_F(FrameApiTest, AnUnknownMatrixFollowsTheSize)
     }
 }
 
-TEST_F(FrameApiTest, Rgb24IsAsTheOtherLibraryDrawsIt)
+TEST_F(FrameApiTest, Rgb24EqualsProcessSubtitleFrame)
 {
     for (int opacity = 0; opacity < 256; ++opacity) {
         SetSubtitleAlpah(m_pHandle, opacity);

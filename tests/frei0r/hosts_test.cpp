@@ -131,7 +131,7 @@ TEST_F(HostsOfFrei0rTest, FfmpegTakesAnyName)
     ExpectFilm(Ffmpeg(Escaped(m_strSubtitles) + "|y"), false, AtTwentyFive);
 }
 
-TEST_F(HostsOfFrei0rTest, FfmpegGoesOnWithoutAFile)
+TEST_F(HostsOfFrei0rTest, FfmpegContinuesWithoutAFile)
 {
     EXPECT_TRUE(Ffmpeg(File("none.srt") + "|y") == Film(false));
 }

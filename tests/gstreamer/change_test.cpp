@@ -63,7 +63,7 @@ TEST_F(ChangeTest, SeveralPropertiesAtOnce)
     EXPECT_TRUE(element.Push(m_strFrame, Due) == strExpected);
 }
 
-TEST_F(ChangeTest, PropertiesTellWhatTheyWereSetTo)
+TEST_F(ChangeTest, PropertiesReturnWhatTheyWereSetTo)
 {
     const Element element("location=" + m_strSubtitles + " pos=30 bold=true font-color=0x123456");
     gchar *pFile = nullptr;
@@ -106,7 +106,7 @@ TEST_F(ChangeTest, AnotherFileTakesThePlaceOfTheFirst)
     EXPECT_EQ(element.Message(), "");
 }
 
-TEST_F(ChangeTest, SettingTheFileReadsItAnew)
+TEST_F(ChangeTest, SettingTheFileReadsItAgain)
 {
     const std::string strBurnt = Burnt(m_strFrame, 1500);
     const Element element("location=" + m_strSubtitles);

@@ -35,7 +35,7 @@ protected:
 
 } // namespace
 
-TEST_F(FailureTest, MissingFileIsAWarningAndTheFilmGoesOn)
+TEST_F(FailureTest, MissingFileIsAWarningAndTheFilmContinues)
 {
     ExpectWarning(File("none.srt"));
     ExpectWarning(File("none"));
@@ -44,7 +44,7 @@ TEST_F(FailureTest, MissingFileIsAWarningAndTheFilmGoesOn)
     ExpectWarning("http://localhost:1/none.srt");
 }
 
-TEST_F(FailureTest, RefusedFileIsAWarningAndTheFilmGoesOn)
+TEST_F(FailureTest, RefusedFileIsAWarningAndTheFilmContinues)
 {
     ExpectWarning(m_strRefused);
 }
@@ -68,7 +68,7 @@ TEST_F(FailureTest, MissingTrackIsAWarning)
     EXPECT_EQ(element.Message(), "");
 }
 
-TEST_F(FailureTest, EachStartWarnsAnew)
+TEST_F(FailureTest, EachStartWarnsAgain)
 {
     for (const std::string &strFile : {m_strRefused, File("none.srt")}) {
         const Element element("location=" + strFile);
@@ -91,7 +91,7 @@ TEST_F(FailureTest, WarningIsAboutReading)
     g_error_free(pError);
 }
 
-TEST_F(FailureTest, LaterItIsAWarningAndTheFilmGoesOn)
+TEST_F(FailureTest, LaterItIsAWarningAndTheFilmContinues)
 {
     const std::string strBurnt = Burnt(m_strFrame, 1500);
     const Element element("location=" + m_strSubtitles);

@@ -82,7 +82,7 @@ TEST(Hosts, RenderersOnOneThreadAfterTheOther)
         ExpectWorks(Environments[0], kind, "threads");
 }
 
-TEST(Hosts, ThreadOfTheFirstRendererThatGoesBeforeTheLast)
+TEST(Hosts, ThreadOfTheFirstRendererThatEndsBeforeTheLast)
 {
     for (const char *kind : {"none", "core", "gui"})
         ExpectWorks(Environments[0], kind, "threadgoes");
@@ -127,7 +127,7 @@ TEST(Hosts, UnmarkedTextAndNamesAreInTheLocalesEncoding)
     }
 }
 
-TEST(Hosts, ApplicationObjectThatGoesBeforeTheRenderer)
+TEST(Hosts, ApplicationObjectThatIsDestroyedBeforeTheRenderer)
 {
     ExpectWorks(Environments[0], "gui", "appgoes");
 }

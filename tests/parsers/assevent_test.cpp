@@ -181,7 +181,7 @@ TEST_F(AssEventTest, StyleNamesAreNormalisedWhateverTheLastOneWas)
         EXPECT_EQ(m_peer.Items()[i].strStyle.toStdString(), styles[i].second) << i;
 }
 
-TEST_F(AssEventTest, FieldsKeepSpacesBehindAndTextKeepsThemInFront)
+TEST_F(AssEventTest, FieldsKeepTrailingSpacesAndTextKeepsLeadingOnes)
 {
     EXPECT_EQ(Fields(" S ,  Bob  , 1 , 2 , 3 , Fx ,  two  spaces"), (Texts{"S ", "Bob  ", "Fx ", "  two  spaces"}));
     EXPECT_EQ(Fields("S,\tBob,0,0,0,Fx,\ttab"), (Texts{"S", "\tBob", "Fx", "\ttab"}));

@@ -347,7 +347,7 @@ TEST_F(FFParserTest, PipeIsNotWaitedFor)
     EXPECT_EQ(Open(File("pipe.mkv")), OpenFailed);
 }
 
-TEST_F(FFParserTest, ReadsNoFurtherThanTheTextOfHonestFilesGoes)
+TEST_F(FFParserTest, ReadsNoMoreThanTheTextOfRealFiles)
 {
     // The fourth packet exceeds the limit of 128 MiB.
     std::vector<MuxedPacket> packets;

@@ -99,7 +99,7 @@ TEST(DueTexts, AreNoneAtTheStart)
     EXPECT_EQ(TextsAt<SrtParser>("a.srt", "00:00:00,000 --> 00:00:05,000\ntext\n", 1), Texts({"text"}));
 }
 
-TEST(DueTexts, AreWholeWhereABlankLinePartsThem)
+TEST(DueTexts, AreWholeWhereABlankLineSplitsThem)
 {
     const std::string file =
         "1\n00:00:01,000 --> 00:00:05,000\nfirst\n\nsecond\n\n\n2\n00:00:07,000 --> 00:00:09,000\nnext\n";

@@ -38,7 +38,7 @@ TEST_F(SrtParserTest, ReadsTheUsualLayout)
     EXPECT_TRUE(m_parser.IsTextSub());
 }
 
-TEST_F(SrtParserTest, EveryBlankLineAddsAnEmptyCueBehindItsOwn)
+TEST_F(SrtParserTest, EveryBlankLineAddsAnEmptyCueAfterItsOwn)
 {
     Open("1\n00:00:01,000 --> 00:00:02,000\nHello\nWorld\n\n2\n00:00:03,000 --> 00:00:04,000\nBye");
     const SrtParserPeer peer(m_parser);

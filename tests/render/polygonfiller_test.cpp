@@ -116,7 +116,7 @@ TEST(PolygonFiller, EdgesAreCutToTheRowsGiven)
     EXPECT_FALSE(MakeEdge({0, 33}, {640, 95}, 0, 200, edge));
 }
 
-TEST(PolygonFiller, TellsWhetherWindingsHaveOneSign)
+TEST(PolygonFiller, SaysWhetherWindingsHaveOneSign)
 {
     PolygonFiller filler;
     const Polygon clockwise = Square(10, 10, 20);

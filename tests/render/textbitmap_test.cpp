@@ -41,7 +41,7 @@ constexpr BitmapColors White = {0xFFFFFFFF, 0xFF0A0A0A, 255};
 
 } // namespace
 
-TEST_F(TextBitmapTest, IndexesTellTextFromAllElseAndOpaqueBlackIsTransparent)
+TEST_F(TextBitmapTest, IndexesMarkTextAndOpaqueBlackIsTransparent)
 {
     QImage image(3, 2, QImage::Format_ARGB32);
     image.setPixel(0, 0, 0xFFFFFFFF);

@@ -64,7 +64,7 @@ TEST_F(VideoSubtitleTest, CountsInstancesAndMakesOneApplicationObject)
     EXPECT_EQ(QCoreApplication::instance(), application);
 }
 
-TEST_F(VideoSubtitleTest, ApplicationObjectsAddressStaysWhenItIsGone)
+TEST_F(VideoSubtitleTest, ApplicationObjectsAddressStaysAfterItIsDestroyed)
 {
     EXPECT_EQ(RunForked([] {
                   const QCoreApplication *application = qtApp;
@@ -113,7 +113,7 @@ TEST_F(VideoSubtitleTest, FontParamKeepsFamilyOrSizeWhereNoneIsGiven)
     EXPECT_EQ(m_peer.Font()->weight(), QFont::Bold);
 }
 
-TEST_F(VideoSubtitleTest, FontColorTellsWhetherItChangedAndIsNeverBlack)
+TEST_F(VideoSubtitleTest, FontColorReturnsWhetherItChangedAndIsNeverBlack)
 {
     EXPECT_EQ(m_renderer.SetSubFontColor(255, 255, 255), -1);
     EXPECT_EQ(m_peer.Dirty(), 0);

@@ -134,7 +134,7 @@ TEST_F(FileAccessTest, FileThatGrowsKeepsWhatWasThere)
     }
 }
 
-TEST_F(FileAccessTest, FileWithoutATrackIsReadNoFurtherThanTheSearchForStreamsGoes)
+TEST_F(FileAccessTest, FileWithoutATrackIsReadOnlyAsFarAsTheSearchForStreams)
 {
     constexpr std::uintmax_t Size = std::uintmax_t{256} << 20;
     for (const char *pName : {"a.m4v", "a.h264", "a.hevc", "a.mp3", "a.ac3", "a.bit", "a.ifv", "a.bin", "a"}) {

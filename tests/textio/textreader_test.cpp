@@ -68,7 +68,7 @@ TEST(TextReader, SplitsAtLineFeedsAndDropsCarriageReturns)
     EXPECT_EQ(ReadLines("a\rb\r\nc"), Strings({u"ab", u"c"}));
 }
 
-TEST(TextReader, KeepsBlankLinesButNotTheStretchBehindTheLastLineFeed)
+TEST(TextReader, KeepsBlankLinesButNotWhatFollowsTheLastLineFeed)
 {
     EXPECT_EQ(ReadLines("a\n\n"), Strings({u"a", u""}));
     EXPECT_EQ(ReadLines("a\r\n\r\nb\r\n"), Strings({u"a", u"", u"b"}));
@@ -106,7 +106,7 @@ TEST(TextReader, SecondOpenAppends)
     EXPECT_EQ(Lines(reader), Strings({u"1", u"2", u"3"}));
 }
 
-TEST(TextReader, DecodesUtf8BehindItsMark)
+TEST(TextReader, DecodesUtf8AfterItsMark)
 {
     EXPECT_EQ(ReadLines(Utf8Mark + "a\n"s), Strings({u"a"}));
     EXPECT_EQ(ReadLines(Utf8Mark + "\xC3\xA4\xE2\x82\xAC\n\xF0\x9F\x98\x80"s), Strings({u"ä€", u"😀"}));
@@ -136,7 +136,7 @@ TEST(TextReader, UnmarkedFileIsReadInTheLocalesEncoding)
     LocaleCodec::UseEnvironment();
 }
 
-TEST(TextReader, DetectsMarksAndStandsBehindThem)
+TEST(TextReader, DetectsMarksAndSkipsThem)
 {
     qint64 position = -1;
     EXPECT_EQ(Detect("\xFF\xFE\x61\x00"s, &position), EncodeU16Le);

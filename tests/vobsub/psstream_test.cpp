@@ -73,7 +73,7 @@ private:
 
 } // namespace
 
-TEST_F(PsStreamTest, UnitBehindAPackHeaderIsDecoded)
+TEST_F(PsStreamTest, UnitAfterAPackHeaderIsDecoded)
 {
     Walk(ProgramStream().PackHeader(3).Private(0x21, PictureUnit::Filled(1, 0, 5, 4).Encode()));
     EXPECT_EQ(Row(3), ".11111..");

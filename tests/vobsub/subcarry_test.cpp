@@ -55,7 +55,7 @@ constexpr std::ptrdiff_t InPixels = 4; // the bytes here are 0C A0: read as a he
 
 } // namespace
 
-TEST_F(SubCarryTest, BytesBehindAUnitStandBeforeThoseOfTheNextEntry)
+TEST_F(SubCarryTest, BytesAfterAUnitPrecedeThoseOfTheNextEntry)
 {
     for (std::ptrdiff_t nCount = 1; nCount <= 4; ++nCount) {
         const VobSubPair pair = WithBytesBehind(nCount);
@@ -66,7 +66,7 @@ TEST_F(SubCarryTest, BytesBehindAUnitStandBeforeThoseOfTheNextEntry)
     }
 }
 
-TEST_F(SubCarryTest, BytesBehindAUnitAreDroppedAfterAJump)
+TEST_F(SubCarryTest, BytesAfterAUnitAreDroppedAfterAJump)
 {
     for (std::ptrdiff_t nCount = 1; nCount <= 4; ++nCount) {
         const VobSubPair pair = WithBytesBehind(nCount);
@@ -89,7 +89,7 @@ TEST_F(SubCarryTest, UnitWhoseStartWasDroppedIsNotShown)
     EXPECT_TRUE(Picture(1) == Shown(pair, {m_a, m_c}));
 }
 
-TEST_F(SubCarryTest, BytesBehindAUnitThatBeginNoneSpoilTheNextEntryUnlessItIsJumpedTo)
+TEST_F(SubCarryTest, BytesAfterAUnitThatStartNoneSpoilTheNextEntryUnlessItIsJumpedTo)
 {
     Bytes first = m_bytesA;
     first.insert(first.end(), 4, 0xEE); // carried over as the gap's four zeros: a unit of size 0
@@ -126,7 +126,7 @@ TEST_F(SubCarryTest, EndOfASplitUnitOpenedFirstIsTransparent)
 }
 
 // Intentional: the second part is taken for the start of a unit, to which the next entry's bytes are added.
-TEST_F(SubCarryTest, EntryBehindTheEndOfASplitUnitIsShownOnlyWhenItIsJumpedTo)
+TEST_F(SubCarryTest, EntryAfterTheEndOfASplitUnitIsShownOnlyWhenItIsJumpedTo)
 {
     const VobSubPair pair = Split(InPixels);
     Open(pair);
@@ -136,7 +136,7 @@ TEST_F(SubCarryTest, EntryBehindTheEndOfASplitUnitIsShownOnlyWhenItIsJumpedTo)
     EXPECT_TRUE(Picture(3) == Shown(pair, {m_a, m_c}));
 }
 
-TEST_F(SubCarryTest, ReturningToAnEndThatTellsNoPossibleSizeShowsNothing)
+TEST_F(SubCarryTest, ReturningToAnEndWithAnImpossibleSizeShowsNothing)
 {
     Bytes bytes = m_bytesB;
     const VobSubPair pair = Split(Gap(bytes) - bytes.begin()); // the gap's four zeros are read as a header

@@ -112,7 +112,7 @@ TEST_F(SubFetchTest, OtherEntriesBringAllUpToTheNext)
     EXPECT_TRUE(Picture(0) == Shown(pair, {m_a}));
 }
 
-TEST_F(SubFetchTest, EntryBehindAnIncompleteLastOneIsWhole)
+TEST_F(SubFetchTest, EntryAfterAnIncompleteLastOneIsComplete)
 {
     const VobSubPair pair(96, 64, {{1000, m_bytesA, {}}, {2000, m_bytesB, {}}, {3000, Padded(m_c, 9000), {}}});
     Open(pair);
@@ -266,7 +266,7 @@ TEST_F(SubFetchTest, ReplacedFileDoesNotGoOnWithTheUnitOfTheOldOne)
     EXPECT_TRUE(Picture(1) == Shown(pair, {m_b}));
 }
 
-TEST_F(SubFetchTest, LanguagesBehindOneAnotherShowTheirOwnUnits)
+TEST_F(SubFetchTest, LanguagesOneAfterAnotherShowTheirOwnUnits)
 {
     VobSubPair pair = m_pair;
     pair.listLanguages.push_back({{1500, m_bytesC, {}}, {2500, m_bytesA, {}}});

@@ -121,7 +121,7 @@ TEST_F(SubIndexHeaderTest, KeysStandAtTheStartOfTheirLineInLowerCase)
     EXPECT_EQ(Starts(), std::vector<int>{2000});
 }
 
-TEST_F(SubIndexHeaderTest, HeaderBehindTheFirstLanguageIsIgnored)
+TEST_F(SubIndexHeaderTest, HeaderAfterTheFirstLanguageIsIgnored)
 {
     const std::string late = "size: 20x30\npalette: 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0\n";
     const std::string header = "size: 8x9\npalette: " + Palette + "\n";

@@ -53,7 +53,7 @@ TEST_F(SubtitleDecoderTest, LastOfTwoCommandsCounts)
     ExpectSame();
 }
 
-TEST_F(SubtitleDecoderTest, TimesComeFromTheWordBehindEachDelay)
+TEST_F(SubtitleDecoderTest, TimesComeFromTheWordAfterEachDelay)
 {
     Init(8, 2);
     RawUnit unit = Unit8x2();

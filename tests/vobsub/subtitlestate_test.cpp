@@ -240,7 +240,7 @@ TEST_F(SubtitleDecoderTest, ReadersReadOnInAnIncompleteUnit)
     EXPECT_EQ(Get_Short(), 0x5678);
 }
 
-TEST_F(SubtitleDecoderTest, ReadersReadNothingBehindTheBuffer)
+TEST_F(SubtitleDecoderTest, ReadersReadNothingPastTheBuffer)
 {
     Init(4, 4);
     Bytes bytes = FromHex("FFFF0010");
@@ -351,7 +351,7 @@ TEST_F(SubtitleDecoderTest, LongestRunThatCanBeSaid)
         EXPECT_EQ(Row(nRow), "..........");
 }
 
-TEST_F(SubtitleDecoderTest, ReadersReadOnBehindAHeaderOfAnyKind)
+TEST_F(SubtitleDecoderTest, ReadersContinueAfterAHeaderOfAnyKind)
 {
     Init(8, 2);
     for (const Bytes &header : {Bytes{0xFF, 0xFF, 0, 0}, Bytes{0xFF, 0xFF, 0xFF, 0xFF}, Bytes{1, 0, 2, 0}}) {
@@ -367,7 +367,7 @@ TEST_F(SubtitleDecoderTest, ReadersReadOnBehindAHeaderOfAnyKind)
     }
 }
 
-TEST_F(SubtitleDecoderTest, AreaOfAnEarlierCanvasIsGone)
+TEST_F(SubtitleDecoderTest, AreaOfAnEarlierCanvasIsCleared)
 {
     Init(300, 300);
     Init_RleOutput(0, 0, 300, 300, 0xFFFF, 0);

@@ -183,7 +183,7 @@ TEST_F(VobSubCApiTest, IndexThatIsRefusedShowsNothing)
     EXPECT_TRUE(FrameAt(1500) == Shown(m_pair, {m_a}));
 }
 
-TEST_F(VobSubCApiTest, OneHandleGoesFromTextToBitmapsAndBack)
+TEST_F(VobSubCApiTest, OneHandleSwitchesFromTextToBitmapsAndBack)
 {
     const std::string strText = m_folder.Write("a.srt", "00:00:01,000 --> 00:00:02,000\nHello\n");
     const std::string strIndex = m_pair.Write(m_folder);
