@@ -4,6 +4,8 @@
 
 #include <climits>
 #include <gtest/gtest.h>
+#include <ostream>
+#include <vector>
 
 namespace
 {
@@ -53,110 +55,77 @@ TEST_F(SrtParserTest, EveryBlankLineAddsAnEmptyCueAfterItsOwn)
     }
 }
 
-TEST_F(SrtParserTest, NothingIsDueAtTimeZero)
+/** A file, and the text that is due at some times. */
+struct SrtCase {
+    const char *pName;
+    const char *pFile;
+    struct Due {
+        long nTime;
+        const char *pText; ///< null for a null string
+    };
+    std::vector<Due> listDue;
+};
+
+void PrintTo(const SrtCase &file, std::ostream *out)
 {
-    Open("00:00:00,000 --> 00:00:02,000\nHello\n");
-    EXPECT_TRUE(m_parser.GetSubtitle(0).isNull());
-    EXPECT_TRUE(m_parser.GetSubtitle(-5).isNull());
-    EXPECT_EQ(At(1), "Hello");
+    *out << file.pName;
 }
 
-TEST_F(SrtParserTest, BlankLineMakesACueThatHidesALaterOne)
+class SrtFileTest : public SrtParserTest, public testing::WithParamInterface<SrtCase>
 {
+};
+
+const SrtCase SrtCases[] = {
+    {"NothingIsDueAtTimeZero", "00:00:00,000 --> 00:00:02,000\nHello\n", {{0, nullptr}, {-5, nullptr}, {1, "Hello"}}},
     // The cue that the blank line makes has the times of the time line, as "Late" has. It comes first, so it wins.
-    Open("00:00:01,000 --> 00:00:02,000\n\n1\nLate\n");
-    EXPECT_FALSE(m_parser.GetSubtitle(1500).isNull());
-    EXPECT_EQ(At(1500), "");
-}
+    {"BlankLineMakesACueThatHidesALaterOne", "00:00:01,000 --> 00:00:02,000\n\n1\nLate\n", {{1500, ""}}},
+    {"EndOfTextTrailingSpacesAreKept",
+     "00:00:01,000 --> 00:00:02,000\n  first  \n  second  \n   \nthird\n",
+     {{1500, "first\n  second  \n   \nthird"}}},
+    {"IndentedFirstLineIsTrimmedLaterOnesAreNot",
+     "00:00:01,000 --> 00:00:02,000\n   indented\n   indented\n",
+     {{1500, "indented\n   indented"}}},
+    {"WhiteSpaceLineOpensABlock", "00:00:01,000 --> 00:00:02,000\n   \nfoo\n", {{1500, "\nfoo"}}},
+    {"NumberIsTakenForAnIndex", "00:00:01,000 --> 00:00:02,000\n42\ntext\n7\nmore\n", {{1500, "text"}}},
+    {"NumberWithMoreIsText", "00:00:01,000 --> 00:00:02,000\n1999!\n", {{1500, "1999!"}}},
+    {"NumberBeyond32BitsIsText", "00:00:01,000 --> 00:00:02,000\n99999999999\n", {{1500, "99999999999"}}},
+    {"TimeLineEndsABlockAndStartsAnother",
+     "00:00:01,000 --> 00:00:02,000\nfirst\n00:00:03,000 --> 00:00:04,000\nsecond\n",
+     {{1500, "first"}, {3500, "second"}}},
+    {"ArrowAtTheStartIsText", "00:00:01,000 --> 00:00:02,000\n--> here\n--> there\n", {{1500, "--> here\n--> there"}}},
+    {"IndentedArrowEndsABlockAndOpensAnother", "00:00:01,000 --> 00:00:02,000\nhere\n --> there\n", {{1500, "here"}}},
+    {"TimeLineWithoutTextAddsNoCue",
+     "1\n00:00:01,000 --> 00:00:02,000\n2\n00:00:03,000 --> 00:00:04,000\ntext\n",
+     {{1500, nullptr}, {3500, "text"}}},
+    {"CoordinatesSpoilTheEndTime",
+     "00:00:01,000 --> 00:00:02,000 X1:100 X2:200\ntext\n",
+     {{1000, nullptr}, {1500, nullptr}}},
+    {"TextBeforeAnyTimeLineNeverShows",
+     "lost\n00:00:01,000 --> 00:00:02,000\nfound\n",
+     {{1, nullptr}, {1000, "found"}}},
+    {"FirstInTheFileWinsAnOverlap",
+     "00:00:01,000 --> 00:00:05,000\nlong\n\n00:00:02,000 --> 00:00:03,000\nshort\n",
+     {{2500, "long"}}},
+    {"FirstInTheFileWinsThoughItStartsLater",
+     "00:00:02,000 --> 00:00:03,000\nshort\n\n00:00:01,000 --> 00:00:05,000\nlong\n",
+     {{2500, "short"}, {3001, "long"}}},
+    {"CueThatEndsBeforeItsStartNeverShows",
+     "00:00:03,000 --> 00:00:02,000\ntext\n",
+     {{2500, nullptr}, {3000, nullptr}}},
+    {"MarkupIsKept", "00:00:01,000 --> 00:00:02,000\n<i>x</i> {\\an8}\n", {{1500, "<i>x</i> {\\an8}"}}},
+};
 
-TEST_F(SrtParserTest, EndOfTextTrailingSpacesAreKept)
-{
-    Open("00:00:01,000 --> 00:00:02,000\n  first  \n  second  \n   \nthird\n");
-    EXPECT_EQ(At(1500), "first\n  second  \n   \nthird");
-}
+INSTANTIATE_TEST_SUITE_P(Files, SrtFileTest, testing::ValuesIn(SrtCases),
+                         [](const auto &info) { return info.param.pName; });
 
-TEST_F(SrtParserTest, IndentedFirstLineIsTrimmedLaterOnesAreNot)
+TEST_P(SrtFileTest, ShowsTheText)
 {
-    Open("00:00:01,000 --> 00:00:02,000\n   indented\n   indented\n");
-    EXPECT_EQ(At(1500), "indented\n   indented");
-}
-
-TEST_F(SrtParserTest, WhiteSpaceLineOpensABlock)
-{
-    Open("00:00:01,000 --> 00:00:02,000\n   \nfoo\n");
-    EXPECT_EQ(At(1500), "\nfoo");
-}
-
-TEST_F(SrtParserTest, NumberIsTakenForAnIndex)
-{
-    Open("00:00:01,000 --> 00:00:02,000\n42\ntext\n7\nmore\n");
-    EXPECT_EQ(At(1500), "text");
-    Open("00:00:01,000 --> 00:00:02,000\n1999!\n");
-    EXPECT_EQ(At(1500), "1999!");
-    Open("00:00:01,000 --> 00:00:02,000\n99999999999\n");
-    EXPECT_EQ(At(1500), "99999999999");
-}
-
-TEST_F(SrtParserTest, TimeLineEndsABlockAndTakesOver)
-{
-    Open("00:00:01,000 --> 00:00:02,000\nfirst\n00:00:03,000 --> 00:00:04,000\nsecond\n");
-    EXPECT_EQ(At(1500), "first");
-    EXPECT_EQ(At(3500), "second");
-}
-
-TEST_F(SrtParserTest, ArrowAtTheStartIsText)
-{
-    Open("00:00:01,000 --> 00:00:02,000\n--> here\n--> there\n");
-    EXPECT_EQ(At(1500), "--> here\n--> there");
-}
-
-TEST_F(SrtParserTest, IndentedArrowEndsABlockAndOpensAnother)
-{
-    Open("00:00:01,000 --> 00:00:02,000\nhere\n --> there\n");
-    EXPECT_EQ(At(1500), "here");
-}
-
-TEST_F(SrtParserTest, TimeLineWithoutTextAddsNoCue)
-{
-    Open("1\n00:00:01,000 --> 00:00:02,000\n2\n00:00:03,000 --> 00:00:04,000\ntext\n");
-    EXPECT_TRUE(m_parser.GetSubtitle(1500).isNull());
-    EXPECT_EQ(At(3500), "text");
-}
-
-TEST_F(SrtParserTest, CoordinatesSpoilTheEndTime)
-{
-    Open("00:00:01,000 --> 00:00:02,000 X1:100 X2:200\ntext\n");
-    EXPECT_TRUE(m_parser.GetSubtitle(1000).isNull());
-    EXPECT_TRUE(m_parser.GetSubtitle(1500).isNull());
-}
-
-TEST_F(SrtParserTest, TextBeforeAnyTimeLineNeverShows)
-{
-    Open("lost\n00:00:01,000 --> 00:00:02,000\nfound\n");
-    EXPECT_TRUE(m_parser.GetSubtitle(1).isNull());
-    EXPECT_EQ(At(1000), "found");
-}
-
-TEST_F(SrtParserTest, FirstInTheFileWinsAnOverlap)
-{
-    Open("00:00:01,000 --> 00:00:05,000\nlong\n\n00:00:02,000 --> 00:00:03,000\nshort\n");
-    EXPECT_EQ(At(2500), "long");
-    Open("00:00:02,000 --> 00:00:03,000\nshort\n\n00:00:01,000 --> 00:00:05,000\nlong\n");
-    EXPECT_EQ(At(2500), "short");
-    EXPECT_EQ(At(3001), "long");
-}
-
-TEST_F(SrtParserTest, CueThatEndsBeforeItsStartNeverShows)
-{
-    Open("00:00:03,000 --> 00:00:02,000\ntext\n");
-    EXPECT_TRUE(m_parser.GetSubtitle(2500).isNull());
-    EXPECT_TRUE(m_parser.GetSubtitle(3000).isNull());
-}
-
-TEST_F(SrtParserTest, MarkupIsKept)
-{
-    Open("00:00:01,000 --> 00:00:02,000\n<i>x</i> {\\an8}\n");
-    EXPECT_EQ(At(1500), "<i>x</i> {\\an8}");
+    Open(GetParam().pFile);
+    for (const SrtCase::Due &due : GetParam().listDue) {
+        const QString text = m_parser.GetSubtitle(due.nTime);
+        EXPECT_EQ(text.isNull(), !due.pText) << due.nTime;
+        EXPECT_EQ(text.toStdString(), due.pText ? due.pText : "") << due.nTime;
+    }
 }
 
 TEST_F(SrtParserTest, SecondOpenReplacesTheCues)
