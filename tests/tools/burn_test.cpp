@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
 #include <ostream>
 #include <utility>
 
@@ -207,6 +208,38 @@ TEST_F(UprightTest, FramesMayBeAloneToSayHowTheyAreTurned)
                                                  "h264_metadata=display_orientation=insert:rotate=90"});
     EXPECT_EQ(Probe(strInput, "stream_side_data=displaymatrix"), "");
     ExpectUpright(Burn(strInput, "out.mp4", m_listLossless), 180, 320);
+}
+
+TEST_F(UprightTest, KeyFramesMayBeAloneToSayHowAllAreTurned)
+{
+    const std::string strInput = Clip("in.ts", {"-i", GrayClip("stored.mp4", 320, 180), "-c", "copy", "-bsf:v",
+                                                "h264_metadata=display_orientation=insert:rotate=90"});
+    const std::string strOutput = Burn(strInput, "out.mkv", {"--start", "0.4", "--codec", "ffv1"});
+    EXPECT_EQ(Probe(strOutput, "stream=width,height:stream_side_data=displaymatrix"), "width=180\nheight=320\n");
+    const auto listShown = Frames(strOutput, "yuv420p");
+    const auto listWhole = Frames(Burn(strInput, "whole.mkv", {"--codec", "ffv1"}), "yuv420p");
+    ASSERT_EQ(listWhole.size(), 50U);
+    ASSERT_EQ(listShown.size(), 40U);
+    for (size_t n = 0; n < listShown.size(); ++n)
+        EXPECT_TRUE(listShown[n] == listWhole[n + 10]) << n;
+    for (const char *pTime : {"0", "0.5", "1.9"}) {
+        EXPECT_EQ(Subburn({"--overwrite", "--snapshot", pTime, strInput, File("a.png")}).nExit, 0);
+        EXPECT_EQ(Probe(File("a.png"), "stream=width,height"), "width=180\nheight=320\n") << pTime;
+    }
+}
+
+TEST_F(UprightTest, AKeyFrameWithoutAMatrixIsNotTurned)
+{
+    const std::string strTurned =
+        Clip("turned.h264", {"-i", GrayClip("stored.mp4", 320, 180), "-c", "copy", "-bsf:v",
+                             "h264_mp4toannexb,h264_metadata=display_orientation=insert:rotate=90"});
+    const std::string strFlat = Clip("flat.h264", {"-i", File("stored.mp4"), "-c", "copy"});
+    std::ofstream(strTurned, std::ios::binary | std::ios::app) << std::ifstream(strFlat, std::ios::binary).rdbuf();
+    for (const auto &[pTime, pSize] :
+         {std::pair("1.9", "width=180\nheight=320\n"), {"2.5", "width=320\nheight=180\n"}}) {
+        EXPECT_EQ(Subburn({"--overwrite", "--snapshot", pTime, strTurned, File("a.png")}).nExit, 0);
+        EXPECT_EQ(Probe(File("a.png"), "stream=width,height"), pSize);
+    }
 }
 
 TEST_F(UprightTest, ATurnByNoQuartersIsKeptOrNamedAsLost)

@@ -75,6 +75,19 @@ TEST_F(SnapshotTest, SeveralGetNumbers)
                                   ": the picture at 0:00:00.000, without a subtitle\n");
 }
 
+TEST_F(SnapshotTest, BareBitStreamsHaveAPictureAtAnyTime)
+{
+    const std::string strInput = Clip("in.h264", {"-f", "lavfi", "-i", "testsrc2=s=320x180:r=25:d=2", "-pix_fmt",
+                                                  "yuv444p", "-crf", "0", "-g", "12"});
+    const auto listFrames = Frames(strInput, "rgb24");
+    ASSERT_EQ(listFrames.size(), 50U);
+    // The second one needs a way back.
+    const Outcome outcome = Subburn({"--snapshot", "1.6", "--snapshot", "0.4", strInput, File("a.png")});
+    EXPECT_EQ(outcome.nExit, 0) << outcome.strError;
+    EXPECT_TRUE(SameTop(Picture(File("a-1.png")), listFrames[40]));
+    EXPECT_TRUE(SameTop(Picture(File("a-2.png")), listFrames[10]));
+}
+
 TEST_F(SnapshotTest, StandsUpright)
 {
     const std::string strInput = Clip(

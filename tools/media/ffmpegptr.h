@@ -32,6 +32,7 @@ using FramePtr = std::unique_ptr<AVFrame, FreeByAddress<av_frame_free>>;
 using PacketPtr = std::unique_ptr<AVPacket, FreeByAddress<av_packet_free>>;
 using CodecPtr = std::unique_ptr<AVCodecContext, FreeByAddress<avcodec_free_context>>;
 using DemuxerPtr = std::unique_ptr<AVFormatContext, FreeByAddress<avformat_close_input>>;
+using BufferPtr = std::unique_ptr<AVBufferRef, FreeByAddress<av_buffer_unref>>;
 using BufferPoolPtr = std::unique_ptr<AVBufferPool, FreeByAddress<av_buffer_pool_uninit>>;
 using ScalerPtr = std::unique_ptr<SwsContext, FreeScaler>;
 
@@ -65,6 +66,15 @@ inline int64_t FrameDuration(const AVFrame &frame)
     return frame.duration;
 #else
     return frame.pkt_duration;
+#endif
+}
+
+inline bool IsKeyFrame(const AVFrame &frame)
+{
+#if LIBAVUTIL_VERSION_INT >= AV_VERSION_INT(58, 7, 100)
+    return (frame.flags & AV_FRAME_FLAG_KEY) != 0;
+#else
+    return frame.key_frame != 0;
 #endif
 }
 

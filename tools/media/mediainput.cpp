@@ -14,6 +14,12 @@ extern "C" {
 namespace
 {
 
+/** Whether the packets of a stream have times, which those of bare bit streams do not. */
+bool HasTimes(const AVStream &stream)
+{
+    return stream.start_time != AV_NOPTS_VALUE;
+}
+
 bool IsVideo(const AVStream &stream)
 {
     return stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO && (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) == 0;
@@ -129,6 +135,7 @@ bool MediaInput::Receive(MediaItem &item)
     if ((pFrame->flags & AV_FRAME_FLAG_CORRUPT) != 0 || pFrame->decode_error_flags != 0)
         ++m_nDamaged;
     SetTimeStamp(*pFrame);
+    KeepMatrix(*pFrame);
     item.pFrame = std::move(pFrame);
     return true;
 }
@@ -153,6 +160,23 @@ bool MediaInput::Feed(MediaItem &item)
     if (nResult < 0)
         ++m_nDamaged;
     return false;
+}
+
+/**
+ * Copies the display matrix of the last key frame to a frame without one. In a bit stream it is often with key frames
+ * only, and holds up to the next one.
+ */
+void MediaInput::KeepMatrix(AVFrame &frame)
+{
+    if (const AVFrameSideData *pOwn = av_frame_get_side_data(&frame, AV_FRAME_DATA_DISPLAYMATRIX)) {
+        m_pMatrix = Checked(BufferPtr(av_buffer_ref(pOwn->buf)));
+    } else if (IsKeyFrame(frame)) {
+        m_pMatrix.reset();
+    } else if (m_pMatrix) {
+        BufferPtr pCopy = Checked(BufferPtr(av_buffer_ref(m_pMatrix.get())));
+        Checked(av_frame_new_side_data_from_buf(&frame, AV_FRAME_DATA_DISPLAYMATRIX, pCopy.get()));
+        (void)pCopy.release(); // the frame owns it now
+    }
 }
 
 void MediaInput::SetTimeStamp(AVFrame &frame)
@@ -193,7 +217,7 @@ int64_t MediaInput::MissingTime() const
 int64_t MediaInput::PromisedEnd() const
 {
     const AVDictionaryEntry *pTag = av_dict_get(m_pVideo->metadata, "DURATION", nullptr, 0);
-    const int64_t nBegin = m_pVideo->start_time != AV_NOPTS_VALUE ? m_pVideo->start_time - Origin() : 0;
+    const int64_t nBegin = HasTimes(*m_pVideo) ? m_pVideo->start_time - Origin() : 0;
     int64_t nEnd = 0;
     if (!m_bDraining || m_pFormat->duration_estimation_method != AVFMT_DURATION_FROM_STREAM)
         return 0;
@@ -220,13 +244,13 @@ bool MediaInput::TrySeek(int64_t nTarget, int nFlags)
 
 /**
  * Seeks to the first picture; by bytes in transport and program streams, where a seek by time may miss it, since the
- * first group of pictures can have later times.
+ * first group of pictures can have later times, and in bare bit streams.
  */
 void MediaInput::Rewind(int64_t nBegin)
 {
     if (!m_bRead)
         return;
-    const bool bByBytes = (m_pFormat->iformat->flags & AVFMT_TS_DISCONT) != 0;
+    const bool bByBytes = (m_pFormat->iformat->flags & AVFMT_TS_DISCONT) != 0 || !HasTimes(*m_pVideo);
     if (!(bByBytes && TrySeek(0, AVSEEK_FLAG_BYTE)) && !TrySeek(nBegin))
         throw Failure(ExitCode::Input, m_strFile, "cannot be read again from its beginning");
 }
@@ -245,14 +269,14 @@ bool MediaInput::LeadsUpTo(int64_t nTimeStamp)
 
 void MediaInput::SeekBefore(int64_t nTimeStamp)
 {
-    const int64_t nBegin = m_pVideo->start_time != AV_NOPTS_VALUE ? m_pVideo->start_time : Origin();
+    const int64_t nBegin = HasTimes(*m_pVideo) ? m_pVideo->start_time : Origin();
     const int64_t nDamaged = m_nDamaged;
     if (m_pFormat->pb && (m_pFormat->pb->seekable & AVIO_SEEKABLE_NORMAL) == 0 && !m_bRead)
         return;
     // Some formats have no index of key frames: try seeking further and further back.
     for (int nSeconds : {0, 2, 10, 60, 300}) {
         const int64_t nTarget = nTimeStamp - av_rescale_q(nSeconds, {1, 1}, m_pVideo->time_base);
-        if (nTarget <= nBegin)
+        if (nTarget <= nBegin || !HasTimes(*m_pVideo))
             break;
         if (TrySeek(nTarget) && LeadsUpTo(nTimeStamp)) {
             m_nDamaged = nDamaged;

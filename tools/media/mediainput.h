@@ -60,11 +60,13 @@ private:
     void Rewind(int64_t nBegin);
     bool LeadsUpTo(int64_t nTimeStamp);
     void SetTimeStamp(AVFrame &frame);
+    void KeepMatrix(AVFrame &frame);
 
     std::string m_strFile;
     DemuxerPtr m_pFormat;
     CodecPtr m_pDecoder;
     AVStream *m_pVideo = nullptr;
+    BufferPtr m_pMatrix;            ///< display matrix of the last key frame; null if it has none
     PacketPtr m_pPacket = NewPacket();
     std::deque<MediaItem> m_listPending;
     int64_t m_nNextTimeStamp = AV_NOPTS_VALUE;
