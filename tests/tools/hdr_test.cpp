@@ -141,6 +141,23 @@ TEST_F(HdrTest, H264InATransportStream)
     ExpectValue("max_pic_average_light_level", "400");
 }
 
+TEST_F(HdrTest, H264ThatHasItInTheBitStreamAlone)
+{
+    const std::string strH264 = Burn(ClipWithBoth(), "h264.ts", {"--codec", "libx264", "--preset", "ultrafast"});
+    // Units follow start codes in transport streams and AVI, and lengths in FLV.
+    const std::string strAvi = Clip("h264.avi", {"-i", strH264, "-c", "copy"});
+    const std::string strFlv =
+        Clip("h264.flv", {"-i", Burn(strAvi, "low.ts", {"--codec", "libx264", "--pix-fmt", "yuv420p"}), "-c", "copy"});
+    for (const std::string &strInput : {strH264, strAvi, strFlv}) {
+        EXPECT_EQ(Fields(strInput).find("max_content"), std::string::npos);
+        const std::string strFields = Fields(Burn(strInput, "out.mp4", {"--start", "0.4", "--codec", "libx264"}));
+        ExpectLines(strFields, DisplayLines);
+        ExpectLines(strFields, LightLines);
+        EXPECT_NE(Values(Burn(strInput, "out.ts", {"--codec", "libx264"})).find("max_content_light_level"),
+                  std::string::npos);
+    }
+}
+
 TEST_F(HdrTest, Av1WithoutAContainerOfFields)
 {
     const std::string strFrame = FirstFrame(Burn(ClipWithBoth(), "out.ivf", {"--codec", "libsvtav1"}));

@@ -42,6 +42,7 @@ void MediaInput::Open()
     }
     if (!m_pVideo)
         throw Failure(ExitCode::Input, m_strFile, "there is no video in it");
+    m_sei.emplace(*m_pVideo->codecpar);
 }
 
 void MediaInput::OpenDecoder()
@@ -136,6 +137,7 @@ bool MediaInput::Receive(MediaItem &item)
         ++m_nDamaged;
     SetTimeStamp(*pFrame);
     KeepMatrix(*pFrame);
+    m_sei->AddTo(*pFrame);
     item.pFrame = std::move(pFrame);
     return true;
 }
@@ -154,6 +156,7 @@ bool MediaInput::Feed(MediaItem &item)
         m_pPacket = NewPacket();
         return true;
     }
+    m_sei->Read(m_pPacket->data, static_cast<size_t>(m_pPacket->size));
     const int nResult = avcodec_send_packet(m_pDecoder.get(), m_pPacket.get());
     if (nResult == AVERROR(ENOMEM))
         throw std::bad_alloc();

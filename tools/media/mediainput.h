@@ -2,8 +2,10 @@
 
 #include "commandline/options.h"
 #include "media/mediaitem.h"
+#include "media/seireader.h"
 
 #include <deque>
+#include <optional>
 
 /** Reads a media file: decodes its first video stream and passes on the packets of all other streams. */
 class MediaInput
@@ -66,6 +68,7 @@ private:
     DemuxerPtr m_pFormat;
     CodecPtr m_pDecoder;
     AVStream *m_pVideo = nullptr;
+    std::optional<SeiReader> m_sei; ///< set once m_pVideo is
     BufferPtr m_pMatrix;            ///< display matrix of the last key frame; null if it has none
     PacketPtr m_pPacket = NewPacket();
     std::deque<MediaItem> m_listPending;

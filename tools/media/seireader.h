@@ -1,0 +1,43 @@
+#pragma once
+
+#include "media/ffmpegptr.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+/**
+ * Reads the HDR metadata in the SEI messages of H.264 (ITU-T H.264, annex D: mastering display colour volume and content
+ * light level information), which FFmpeg's decoder does not export before version 7.
+ */
+class SeiReader
+{
+public:
+    /** @param stream  of any codec; nothing is read if it is another one than H.264. */
+    explicit SeiReader(const AVCodecParameters &stream);
+
+    /** Reads the messages before the picture in a packet. Malformed ones are ignored. */
+    void Read(const uint8_t *pPacket, size_t nSize);
+
+    /** Adds what was read last to a frame, unless it has such metadata. */
+    void AddTo(AVFrame &frame) const;
+
+private:
+    struct Display {
+        uint16_t listPrimaries[3][2]; ///< x and y of red, green and blue, in 1/50000
+        uint16_t listWhite[2];        ///< the same of the white point
+        uint32_t nBrightest;          ///< in 1/10000 cd/m2
+        uint32_t nDarkest;            ///< the same
+    };
+    struct Light {
+        uint16_t nMost;        ///< in cd/m2
+        uint16_t nMostAverage; ///< the same
+    };
+    void ReadMessages(const uint8_t *pUnit, size_t nSize);
+    void ReadMessage(size_t nType, const uint8_t *pPayload, size_t nSize);
+
+    bool m_bH264;
+    size_t m_nLengthBytes = 0; ///< of the length before each unit; 0 if units begin with start codes
+    std::optional<Display> m_display;
+    std::optional<Light> m_light;
+};
