@@ -88,6 +88,20 @@ TEST_F(SnapshotTest, BareBitStreamsHaveAPictureAtAnyTime)
     EXPECT_TRUE(SameTop(Picture(File("a-2.png")), listFrames[10]));
 }
 
+TEST_F(SnapshotTest, AFileThatCannotBeWrittenIsNamed)
+{
+    const std::string strInput = Clip("in.mkv", {"-f", "lavfi", "-i", "color=s=320x180:r=25:d=1", "-f", "lavfi", "-i",
+                                                 "nullsrc=s=320x180:r=25:d=1,format=yuv420p,noise=alls=100:allf=t",
+                                                 "-filter_complex", "[0:v][1:v]concat", "-c:v", "ffv1"});
+    // The black picture fits into the 16 blocks of 512 bytes, the noise does not.
+    const Outcome outcome =
+        ChildProcess::Run({"sh", "-c", "ulimit -f 16; exec \"$0\" \"$@\"", SUBBURN_PROGRAM, "--subtitles",
+                           m_strSubtitles, "--snapshot", "0.2", "--snapshot", "1.6", strInput, File("a.png")});
+    EXPECT_EQ(outcome.nExit, 3);
+    EXPECT_EQ(outcome.strError, "subburn: " + File("a-2.png") + ": File too large\n");
+    EXPECT_EQ(Names(), (Arguments{"in.mkv", "text.srt"}));
+}
+
 TEST_F(SnapshotTest, StandsUpright)
 {
     const std::string strInput = Clip(

@@ -88,7 +88,7 @@ void Snapshot::Run()
         const int64_t nTime = pFrame->pts - m_input.Origin();
         pBurner->Burn(pFrame, av_rescale_q(nTime, m_input.Video().time_base, Milliseconds));
         counts.Add(pBurner->Dues());
-        Save(*pFrame, *listFiles[n]);
+        Save(*pFrame, *listFiles[n], FileName(n));
         listNotes.push_back(FileName(n) + ": the picture at " +
                             TimeText(av_rescale_q(nTime, m_input.Video().time_base, Microseconds)) + ", " +
                             counts.TextOf(pBurner->Dues()));
@@ -125,12 +125,12 @@ FramePtr Snapshot::FrameAt(int64_t nTime)
     return pShown;
 }
 
-void Snapshot::Save(const AVFrame &picture, const PendingFile &file) const
+void Snapshot::Save(const AVFrame &picture, const PendingFile &file, const std::string &strName)
 {
     const PacketPtr pPacket = EncodePng(picture);
     std::ofstream stream(file.Path(), std::ios::binary);
     stream.write(reinterpret_cast<const char *>(pPacket->data), pPacket->size);
     stream.close();
     if (!stream)
-        throw Failure(ExitCode::Output, m_options.strOutput, std::generic_category().message(errno));
+        throw Failure(ExitCode::Output, strName, std::generic_category().message(errno));
 }

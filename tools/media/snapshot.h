@@ -16,7 +16,8 @@ public:
 
 private:
     FramePtr FrameAt(int64_t nTime);
-    void Save(const AVFrame &picture, const PendingFile &file) const;
+    /** @param strName  the file's final name, for errors. */
+    static void Save(const AVFrame &picture, const PendingFile &file, const std::string &strName);
     std::string FileName(size_t nIndex) const;
 
     const Options &m_options;
