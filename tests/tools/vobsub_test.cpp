@@ -69,6 +69,25 @@ protected:
                       "e"}});
     }
 
+    /** Tracks 0 and 1, whose pictures lie in turn. @param strBefore  a language before them in the index. */
+    std::string TracksInTurn(const std::string &strBefore = "") const
+    {
+        const PictureUnit first = PictureUnit::Filled(20, 120, 80, 20);
+        const PictureUnit second = PictureUnit::Filled(240, 20, 80, 20);
+        std::string strPictures;
+        std::array<std::string, 2> listTracks;
+        for (const auto &[nTrack, nMilliseconds] : {std::pair(0, 400), {1, 400}, {0, 1200}, {1, 1200}}) {
+            std::array<char, 64> listLine{};
+            (void)std::snprintf(listLine.data(), listLine.size(), "timestamp: 00:00:%02d:%03d, filepos: %09zx\n",
+                                nMilliseconds / 1000, nMilliseconds % 1000, strPictures.size());
+            listTracks[nTrack] += listLine.data();
+            strPictures += Packet(nTrack, nMilliseconds, nTrack == 0 ? first : second);
+        }
+        m_folder.Write("turns.sub", strPictures);
+        return m_folder.Write("turns.idx", std::string("size: 320x180\n") + Palette + strBefore + "id: en, index: 0\n" +
+                                               listTracks[0] + "id: de, index: 1\n" + listTracks[1]);
+    }
+
     std::string GreyClip(const std::string &strName = "in.mkv") const
     {
         return Clip(strName, {"-f", "lavfi", "-i", "color=c=0x505050:s=320x180:r=25:d=2", "-c:v", "ffv1"});
@@ -270,21 +289,7 @@ TEST_F(VobSubTest, TracksAreNumberedAsInTheIndex)
 
 TEST_F(VobSubTest, PicturesOfOtherTracksBetweenAreLeftOut)
 {
-    const PictureUnit first = PictureUnit::Filled(20, 120, 80, 20);
-    const PictureUnit second = PictureUnit::Filled(240, 20, 80, 20);
-    std::string strPictures;
-    std::array<std::string, 2> listTracks;
-    for (const auto &[nTrack, nMilliseconds] : {std::pair(0, 400), {1, 400}, {0, 1200}, {1, 1200}}) {
-        std::array<char, 64> listLine{};
-        (void)std::snprintf(listLine.data(), listLine.size(), "timestamp: 00:00:%02d:%03d, filepos: %09zx\n",
-                            nMilliseconds / 1000, nMilliseconds % 1000, strPictures.size());
-        listTracks[nTrack] += listLine.data();
-        strPictures += Packet(nTrack, nMilliseconds, nTrack == 0 ? first : second);
-    }
-    m_folder.Write("turns.sub", strPictures);
-    const std::string strIndex =
-        m_folder.Write("turns.idx", std::string("size: 320x180\n") + Palette + "id: en, index: 0\n" + listTracks[0] +
-                                        "id: de, index: 1\n" + listTracks[1]);
+    const std::string strIndex = TracksInTurn();
     for (const size_t nFrame : {15U, 40U}) {
         ExpectBounds(Changed(Piped(strIndex, 0)[nFrame]), 20, 120, 80, 20, "track 0");
         ExpectBounds(Changed(Piped(strIndex, 1)[nFrame]), 240, 20, 80, 20, "track 1");
@@ -294,6 +299,16 @@ TEST_F(VobSubTest, PicturesOfOtherTracksBetweenAreLeftOut)
     EXPECT_EQ(Subburn({"--snapshot", "0.5", GreyClip(), File("a.png")}).strOut,
               strIndex + ": pictures of other tracks between those of track 0 are left out\n" + File("a.png") +
                   ": the picture at 0:00:00.480, with a subtitle\n");
+}
+
+TEST_F(VobSubTest, LanguagesWithoutAWholeNumberArePassedOver)
+{
+    const std::string strIndex = TracksInTurn("id: fr, index: 0x\ntimestamp: 00:00:00:800, filepos: 000000000\n"
+                                              "id: it, index: 1 2\ntimestamp: 00:00:00:800, filepos: 000000000\n");
+    ExpectList(strIndex, Columns + "    0  dvd_subtitle  en        -         2  0:00:00.400  0:00:04.200\n"
+                                   "    1  dvd_subtitle  de        -         2  0:00:00.400  0:00:04.200\n");
+    ExpectBounds(Changed(Piped(strIndex, 0)[15]), 20, 120, 80, 20, "track 0");
+    ExpectBounds(Changed(Piped(strIndex, 1)[15]), 240, 20, 80, 20, "track 1");
 }
 
 TEST_F(VobSubTest, ListLeavesOutWhatCannotBeSelected)

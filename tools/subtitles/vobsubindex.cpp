@@ -9,7 +9,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <optional>
 #include <sstream>
 #include <string_view>
 
@@ -102,6 +101,20 @@ std::string VobSubIndex::PicturesOf(const std::string &strFile)
     return strFile.substr(0, strFile.size() - 3) + "sub";
 }
 
+bool VobSubIndex::IsLanguageLine(const std::string &strLine)
+{
+    return StartsWith(strLine, IdKey);
+}
+
+std::optional<int> VobSubIndex::TrackOf(const std::string &strLine)
+{
+    const size_t nKey = strLine.find(IndexKey);
+    const std::optional<int> track =
+        nKey == std::string::npos ? std::nullopt : Number(Trimmed(strLine.substr(nKey + IndexKey.size())));
+    // --track is never negative.
+    return track && *track >= 0 ? track : std::nullopt;
+}
+
 VobSubIndex::VobSubIndex(const std::string &strFile)
 {
     CheckReadable(strFile);
@@ -115,7 +128,7 @@ VobSubIndex::VobSubIndex(const std::string &strFile)
 
 void VobSubIndex::ReadLine(const std::string &strLine)
 {
-    if (StartsWith(strLine, IdKey))
+    if (IsLanguageLine(strLine))
         BeginLanguage(strLine);
     else if (m_bHeader && StartsWith(strLine, SizeKey))
         m_strSize = Trimmed(strLine.substr(SizeKey.size()));
@@ -128,13 +141,10 @@ void VobSubIndex::ReadLine(const std::string &strLine)
 void VobSubIndex::BeginLanguage(const std::string &strLine)
 {
     m_bHeader = false;
-    const size_t nKey = strLine.find(IndexKey);
-    const std::optional<int> track =
-        nKey == std::string::npos ? std::nullopt : Number(Trimmed(strLine.substr(nKey + IndexKey.size())));
+    const std::optional<int> track = TrackOf(strLine);
     // If two languages have the same number, the library finds the first.
-    m_bSelectable = track && *track >= 0 &&
-                    std::none_of(m_listLanguages.begin(), m_listLanguages.end(),
-                                 [&](const Language &other) { return other.nTrack == *track; });
+    m_bSelectable = track && std::none_of(m_listLanguages.begin(), m_listLanguages.end(),
+                                          [&](const Language &other) { return other.nTrack == *track; });
     if (!m_bSelectable)
         return;
     Language language;

@@ -2,6 +2,8 @@
 
 #include "subtitles/subtitletrack.h"
 
+#include <optional>
+
 /** The .idx file of a VobSub pair, read by the same rules as the library's. */
 class VobSubIndex
 {
@@ -18,6 +20,12 @@ public:
 
     /** The name of the .sub file, derived from the index's as the library does. */
     static std::string PicturesOf(const std::string &strFile);
+
+    /** Whether a line begins a language. */
+    static bool IsLanguageLine(const std::string &strLine);
+
+    /** The number of the language that a line begins; none if the library cannot select the language. */
+    static std::optional<int> TrackOf(const std::string &strLine);
 
     /** Throws a Failure if the file cannot be read. */
     explicit VobSubIndex(const std::string &strFile);

@@ -98,11 +98,9 @@ TrackIndex ReadTrack(const std::string &strIndex, int nTrack)
     bool bWanted = false;
     bool bFound = false;
     for (std::string strLine; std::getline(stream, strLine);) {
-        if (StartsWith(strLine, "id:")) {
-            const size_t nNumber = strLine.find("index:");
+        if (VobSubIndex::IsLanguageLine(strLine)) {
             bHeader = false;
-            bWanted = !bFound && nNumber != std::string::npos &&
-                      std::strtol(strLine.c_str() + nNumber + 6, nullptr, 10) == nTrack;
+            bWanted = !bFound && VobSubIndex::TrackOf(strLine) == nTrack;
             bFound = bFound || bWanted;
         }
         if (bWanted && StartsWith(strLine, "timestamp:") && strLine.size() > PositionColumn)
