@@ -26,13 +26,6 @@ protected:
         EXPECT_EQ(outcome.strError, "subburn: " + strLine + "\n");
     }
 
-    std::string Content(const std::string &strFile) const
-    {
-        std::ostringstream content;
-        content << std::ifstream(strFile, std::ios::binary).rdbuf();
-        return content.str();
-    }
-
     const Arguments m_listFast = {"--preset", "ultrafast"};
 };
 

@@ -109,6 +109,13 @@ std::vector<std::string> SubburnTest::Decode(const std::string &strFile, const s
     return listFrames;
 }
 
+std::string SubburnTest::Content(const std::string &strFile)
+{
+    std::ostringstream content;
+    content << std::ifstream(strFile, std::ios::binary).rdbuf();
+    return content.str();
+}
+
 std::vector<std::string> SubburnTest::Frames(const std::string &strFile, const std::string &strFormat) const
 {
     return Decode(strFile, strFormat, {"-noautorotate"});

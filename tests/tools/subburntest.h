@@ -56,6 +56,9 @@ protected:
     /** Presentation times of the video frames in seconds, one per line. */
     std::string Times(const std::string &strFile) const;
 
+    /** A file's bytes. */
+    static std::string Content(const std::string &strFile);
+
     /** Names in the test's folder, hidden ones too. */
     std::vector<std::string> Names() const;
 

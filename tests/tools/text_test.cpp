@@ -102,6 +102,52 @@ TEST_F(TextTest, OtherEncodingsAreReadByName)
                   2, File("a.srt") + ": its encoding cannot be guessed; --encoding NAME reads it");
 }
 
+TEST_F(TextTest, FormatsThatFfmpegReadsMayBeInOtherEncodings)
+{
+    const std::string strRussian = "\xd0\x9f\xd1\x80\xd0\xb8\xd0\xb2\xd0\xb5\xd1\x82, "
+                                   "\xd0\xba\xd0\xb0\xd0\xba \xd0\xb4\xd0\xb5\xd0\xbb\xd0\xb0?";
+    const std::string str1251 = "\xcf\xf0\xe8\xe2\xe5\xf2, \xea\xe0\xea \xe4\xe5\xeb\xe0?";
+    const std::string strShown = Shown("utf8.srt", Cue(strRussian)).first;
+    const auto ExpectRefusal = [&](const Outcome &outcome) {
+        EXPECT_EQ(outcome.nExit, 2);
+        EXPECT_EQ(outcome.strOut, "");
+        EXPECT_EQ(outcome.strError, "subburn: " + m_strSubtitles +
+                                        ": is not valid UTF-8; --encoding NAME reads it, such as windows-1252, and "
+                                        "--encoding auto guesses\n");
+    };
+    // FFmpeg recognizes MicroDVD and MPL2 only by several lines.
+    const std::string strMoreMpl2 = "[30][40]2\n[50][60]3\n[70][80]4\n";
+    const struct {
+        std::string strName;
+        std::string strHead;
+        std::string strTail;
+    } listFormats[] = {{"a.vtt", "WEBVTT\n\n00:00.400 --> 00:00.800\n", ""},
+                       {"mpl2.txt", "[4][8]", strMoreMpl2},
+                       {"microdvd.sub", "{0}{0}10\n{4}{8}", "{30}{40}2\n{50}{60}3\n"},
+                       {"subviewer.sub", "00:00:00.40,00:00:00.80\n", ""}};
+    for (const auto &[strName, strHead, strTail] : listFormats) {
+        EXPECT_TRUE(Shown(strName, strHead + strRussian + "\n" + strTail) == std::pair(strShown, std::string()))
+            << strName;
+        const std::string strFile = strHead + str1251 + "\n" + strTail;
+        EXPECT_TRUE(Shown(strName, strFile, {"--encoding", "windows-1251"}) == std::pair(strShown, std::string()))
+            << strName;
+        const std::string strNote = File(strName) + ": the encoding is taken for WINDOWS-1251\n";
+        EXPECT_TRUE(Shown(strName, strFile, {"--encoding", "auto"}) == std::pair(strShown, strNote)) << strName;
+        ExpectRefusal(Run(strName, strFile));
+        EXPECT_EQ(Run(strName, strFile, {"--raw"}).nExit, 0) << strName;
+    }
+    // The same of a track, whose bytes FFmpeg copies.
+    Clip("film.mkv", {"-i", m_folder.Write("a.srt", Cue(str1251)), "-c", "copy"});
+    const std::string strFilm = Content(File("film.mkv"));
+    ExpectRefusal(Run("film.mkv", strFilm));
+    EXPECT_TRUE(Shown("film.mkv", strFilm, {"--encoding", "windows-1251"}).first == strShown);
+    // The second byte of the first character is '|', which ends a line of MPL2; that of the second is a bracket.
+    const std::string strJapanese = Shown("utf8.srt", Cue("\xe3\x83\x9d\xe3\x83\xbc\xe3\x83\x88")).first;
+    EXPECT_TRUE(
+        Shown("mpl2.txt", "[4][8]\x83\x7c\x81\x5b\x83\x67\n" + strMoreMpl2, {"--encoding", "shift-jis"}).first ==
+        strJapanese);
+}
+
 TEST_F(TextTest, AFontThatIsMissingIsNamed)
 {
     m_strSubtitles = m_folder.Write("a.srt", Cue("Hello"));

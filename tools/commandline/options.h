@@ -28,7 +28,7 @@ struct Style {
 struct SubtitleSource {
     std::string strFile;
     int nTrack = 0;
-    // The encoding of text without a byte-order mark; "auto" to guess, empty for the locale's.
+    // The encoding of text without a byte-order mark; "auto" to guess, empty for the usual one.
     std::string strEncoding;
     // Pass the text to the library with its markup.
     bool bRaw = false;

@@ -7,6 +7,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <fstream>
+#include <sstream>
 #include <system_error>
 #include <vector>
 
@@ -75,4 +77,14 @@ void CheckDescriptors(const std::string &strFile)
         if (listDescriptors.back().Number() < 0)
             Refuse(strFile, errno);
     }
+}
+
+std::string ContentOf(const std::string &strFile)
+{
+    std::ifstream stream(strFile, std::ios::binary);
+    std::ostringstream content;
+    content << stream.rdbuf();
+    if (!stream)
+        Refuse(strFile, errno);
+    return content.str();
 }

@@ -14,3 +14,6 @@ void CheckReadable(const std::string &strFile);
  * @param strFile  named in the error.
  */
 void CheckDescriptors(const std::string &strFile);
+
+/** A file's bytes; throws a Failure if they cannot be read. */
+std::string ContentOf(const std::string &strFile);

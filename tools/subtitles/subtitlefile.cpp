@@ -53,6 +53,35 @@ void CheckPicturesReadable(const std::string &strIndex)
     }
 }
 
+/** Whether a file is text, not a container: it is marked as UTF-16 or has no NUL byte. */
+bool IsWrittenText(const std::string &strFile)
+{
+    std::error_code error;
+    if (std::filesystem::file_size(strFile, error) > MaxFileBytes || error)
+        return false;
+    std::ifstream stream(strFile, std::ios::binary);
+    std::string strPart(4096, '\0');
+    stream.read(strPart.data(), static_cast<std::streamsize>(strPart.size()));
+    strPart.resize(stream.gcount());
+    if (strPart.rfind("\xff\xfe", 0) == 0 || strPart.rfind("\xfe\xff", 0) == 0)
+        return true;
+    while (stream && strPart.find('\0') == std::string::npos)
+        stream.read(strPart.data(), static_cast<std::streamsize>(strPart.size()));
+    return strPart.find('\0') == std::string::npos;
+}
+
+/** Converts all texts at once, since single ones are too short for guessing the encoding. */
+void ConvertEach(std::vector<Cue> &listCues, TextEncoding &encoding, const std::string &strFile)
+{
+    const char cBetween = '\f';
+    std::string strAll;
+    for (const Cue &cue : listCues)
+        strAll += cue.strText + cBetween;
+    std::istringstream texts(encoding.ToUtf8(strAll, strFile));
+    for (Cue &cue : listCues)
+        std::getline(texts, cue.strText, cBetween);
+}
+
 } // namespace
 
 SubtitleFile::SubtitleFile(const SubtitleSource &source, Console &console) : m_strPath(source.strFile)
@@ -150,24 +179,27 @@ std::string SubtitleFile::ReasonAgainst(int nTrack) const
 
 void SubtitleFile::Extract(const SubtitleSource &source, Console &console)
 {
-    SubtitleTracks tracks(source.strFile);
-    std::vector<Cue> listCues = tracks.ReadOnly(source.nTrack).Cues();
-    if (!source.strEncoding.empty())
+    std::vector<Cue> listCues = SubtitleTracks(source.strFile).ReadOnly(source.nTrack).Cues();
+    if (!source.bRaw || !source.strEncoding.empty())
         Convert(listCues, source, console);
     WritePrivate("track.srt", SrtOf(std::move(listCues)));
 }
 
-/** Converts all texts at once, since single ones are too short for guessing the encoding. */
+/** Converts the texts of cues to UTF-8, which also is what they are in without --encoding, whatever the locale. */
 void SubtitleFile::Convert(std::vector<Cue> &listCues, const SubtitleSource &source, Console &console)
 {
-    const char cBetween = '\f';
-    std::string strAll;
-    for (const Cue &cue : listCues)
-        strAll += cue.strText + cBetween;
-    TextEncoding encoding(source.strEncoding);
-    std::istringstream texts(encoding.ToUtf8(strAll, source.strFile));
-    for (Cue &cue : listCues)
-        std::getline(texts, cue.strText, cBetween);
+    TextEncoding encoding(source.strEncoding.empty() ? "UTF-8" : source.strEncoding);
+    if (IsWrittenText(source.strFile)) {
+        // Before FFmpeg reads it: a byte of a character may equal one with a meaning in the format, such as '|'.
+        const std::string strBytes = ContentOf(source.strFile);
+        const std::string strText = encoding.ToUtf8(strBytes, source.strFile);
+        if (strText != strBytes) {
+            WritePrivate("text" + std::filesystem::path(source.strFile).extension().string(), strText);
+            listCues = SubtitleTracks(m_strPath).ReadOnly(source.nTrack).Cues();
+        }
+    } else {
+        ConvertEach(listCues, encoding, source.strFile);
+    }
     if (!encoding.Guess().empty())
         console.Note(source.strFile + ": the encoding is taken for " + encoding.Guess());
 }

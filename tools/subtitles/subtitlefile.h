@@ -33,7 +33,7 @@ public:
 
 private:
     void Extract(const SubtitleSource &source, Console &console);
-    static void Convert(std::vector<Cue> &listCues, const SubtitleSource &source, Console &console);
+    void Convert(std::vector<Cue> &listCues, const SubtitleSource &source, Console &console);
     void PreparePictures(const SubtitleSource &source, Console &console);
     void Prepare(const SubtitleSource &source, Console &console);
     void WritePrivate(const std::string &strName, const std::string &strContent);

@@ -1,6 +1,6 @@
 #include "subtitles/subtitletext.h"
 
-#include "commandline/failure.h"
+#include "commandline/readable.h"
 #include "subtitles/cuetext.h"
 #include "subtitles/srtwriter.h"
 #include "subtitles/textencoding.h"
@@ -8,13 +8,10 @@
 #include <strings.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
 #include <cstdio>
-#include <fstream>
 #include <sstream>
 #include <string_view>
-#include <system_error>
 
 namespace
 {
@@ -25,16 +22,6 @@ constexpr std::string_view Arrow = "-->";
 constexpr std::string_view EventKey = "dialogue:";
 // Layer,Start,End,Style,Name,MarginL,MarginR,MarginV,Effect come before the text.
 const int ScriptFieldsBeforeText = 9;
-
-std::string ContentOf(const std::string &strFile)
-{
-    std::ifstream stream(strFile, std::ios::binary);
-    std::ostringstream content;
-    content << stream.rdbuf();
-    if (!stream)
-        throw Failure(ExitCode::Input, strFile, std::generic_category().message(errno));
-    return content.str();
-}
 
 std::vector<std::string> Split(const std::string &strText, char cEnd)
 {
