@@ -142,6 +142,26 @@ TEST_F(ListTest, OfTextFilesWhatTheLibraryShows)
            "track  codec  language  title  cues        first         last\n"
            "    0  ass    -         -         1  0:00:01.000  0:00:02.000\n",
            Warning(strScript, "1 of 2 cues do not show: the times cannot be read"));
+    // Hours may be missing, seconds have any number of digits, and what follows a third colon is not read.
+    const std::string strLoose = m_folder.Write(
+        "loose.srt", ":00:06,224-->00:00:09,312\nOne\n\n0:0:10.5 --> 00:00:11\nTwo\n\n"
+                     "00:00:12,000 --> 00:00:13,000:99\n\nAfter a blank line\n\n+00:-1:75 --> 00:00:16,00000\nFour\n");
+    Expect(strLoose, strHead + "    0  subrip  -         -         4  0:00:06.224  0:00:16.000\n", "");
+    // The text after the end time takes its seconds with it, not its minutes.
+    const std::string strMinute =
+        m_folder.Write("minute.srt", "00:01:59,000 --> 00:02:07,120 X1:40 X2:600\nOne\n\n"
+                                     "00:02:08,000 --> 00:02:09,000 X1:40 X2:600\n- Two\n-\n");
+    Expect(strMinute, strHead + "    0  subrip  -         -         1  0:01:59.000  0:02:00.000\n",
+           Warning(strMinute, "1 of 2 cues do not show: text follows the end time"));
+    // The digits after the point are hundredths, however many they are, and what is no number is -1.
+    const std::string strHundredths =
+        m_folder.Write("hundredths.ass", "[Script Info]\nScriptType: v4.00+\n[Events]\n"
+                                         "Dialogue: 0,0:00:01.5,0:00:02.00,Default,,0,0,0,,One\n"
+                                         "Dialogue: 0,:00:03.00,0:00:08.123,Default,,0,0,0,,Two\n");
+    Expect(strHundredths,
+           "track  codec  language  title  cues        first         last\n"
+           "    0  ass    -         -         2  0:00:00.000  0:00:09.230\n",
+           "");
     const std::string strLocal = m_folder.Write("local.srt", "1\n00:00:01,000 --> 00:00:02,000\n\xe4\xf6\xfc\n");
     ExpectFailure(strLocal,
                   "is not valid UTF-8; --encoding NAME reads it, such as windows-1252, and --encoding auto guesses");

@@ -101,10 +101,9 @@ std::vector<Row> RowsOfText(const Options &options, Console &console)
     std::vector<Cue> listShown;
     for (const SubtitleText::TextCue &text : listAll) {
         Cue cue;
-        cue.nStart = text.nStart;
+        cue.nStart = std::max<int64_t>(text.nStart, 0);
         cue.nEnd = text.nEnd;
-        const bool bMayShow = text.nStart >= 0 && text.nStart <= text.nEnd;
-        if (bMayShow && renderer.Seek((text.nStart + text.nEnd + 1) / 2) == Due::Shown)
+        if (cue.nStart <= cue.nEnd && renderer.Seek((cue.nStart + cue.nEnd + 1) / 2) == Due::Shown)
             listShown.push_back(cue);
         else
             ++mapTroubles[text.pTrouble ? text.pTrouble : "the library reads other times, or no text"];

@@ -2,14 +2,15 @@
 
 #include "commandline/readable.h"
 #include "subtitles/cuetext.h"
+#include "subtitles/cuetimes.h"
+#include "subtitles/number.h"
 #include "subtitles/srtwriter.h"
 #include "subtitles/textencoding.h"
 
 #include <strings.h>
 
 #include <algorithm>
-#include <cmath>
-#include <cstdio>
+#include <optional>
 #include <sstream>
 #include <string_view>
 
@@ -32,25 +33,15 @@ std::vector<std::string> Split(const std::string &strText, char cEnd)
     return listLines;
 }
 
-bool IsBlank(const std::string &strLine)
-{
-    return strLine.find_first_not_of(Blanks) == std::string::npos;
-}
-
-bool IsTimeLine(const std::string &strLine)
+bool IsTimeLine(std::string_view strLine)
 {
     const size_t nArrow = strLine.find(Arrow);
     return nArrow != std::string::npos && nArrow > 0;
 }
 
-bool IsNumber(const std::string &strLine)
-{
-    return !IsBlank(strLine) && strLine.find_first_not_of(std::string("0123456789+-") + Blanks) == std::string::npos;
-}
-
 bool EndsText(const std::string &strLine)
 {
-    return strLine.empty() || IsTimeLine(strLine) || IsNumber(strLine);
+    return strLine.empty() || IsTimeLine(strLine) || Number<int>(strLine).has_value();
 }
 
 bool IsEvent(const std::string &strLine)
@@ -70,37 +61,31 @@ size_t FieldOf(const std::string &strLine, int nField)
     return nAt;
 }
 
-/** Parses a time such as 1:02:03,5. @return milliseconds, or -1 if there is none. @param strRest  what follows it. */
-int64_t TimeAt(const std::string &strText, std::string &strRest)
+/** Why the library does not show a cue with these times, if it does not; null if there is no reason. */
+const char *TroubleOf(const CueTime &start, const CueTime &end, bool bTextFollows)
 {
-    int nHours = 0;
-    int nMinutes = 0;
-    double dSeconds = 0;
-    int nRead = 0;
-    std::string strPoint = strText;
-    std::replace(strPoint.begin(), strPoint.end(), ',', '.');
-    // NOLINTNEXTLINE(cert-err34-c): the digits always fit
-    if (std::sscanf(strPoint.c_str(), " %6d:%6d:%12lf%n", &nHours, &nMinutes, &dSeconds, &nRead) != 3)
-        return -1;
-    strRest = strText.substr(nRead);
-    return (int64_t(nHours) * 60 + nMinutes) * 60000 + std::llround(dSeconds * 1000);
+    if (!start.bWhole || (!end.bWhole && !bTextFollows))
+        return "the times cannot be read";
+    if (!end.bWhole)
+        return "text follows the end time";
+    return end.nMilliseconds < start.nMilliseconds ? "the end comes before the start" : nullptr;
 }
 
-/** @param bField  whether the end time must fill a field, as in ASS; else what follows it may be meant as text. */
-SubtitleText::TextCue CueOf(const std::string &strStart, const std::string &strEnd, bool bField)
+SubtitleText::TextCue ScriptCue(const std::string &strStart, const std::string &strEnd)
 {
-    SubtitleText::TextCue cue;
-    std::string strRestOfStart;
-    std::string strRest;
-    cue.nStart = TimeAt(strStart, strRestOfStart);
-    cue.nEnd = TimeAt(strEnd, strRest);
-    if (cue.nStart < 0 || cue.nEnd < 0 || !IsBlank(strRestOfStart) || (bField && !IsBlank(strRest)))
-        cue.pTrouble = "the times cannot be read";
-    else if (!IsBlank(strRest))
-        cue.pTrouble = "text follows the end time";
-    else if (cue.nEnd < cue.nStart)
-        cue.pTrouble = "the end comes before the start";
-    return cue;
+    const CueTime start = ScriptTime(strStart);
+    const CueTime end = ScriptTime(strEnd);
+    return {start.nMilliseconds, end.nMilliseconds, TroubleOf(start, end, false)};
+}
+
+SubtitleText::TextCue SubRipCue(const std::string &strTimeLine)
+{
+    const size_t nArrow = strTimeLine.find(Arrow);
+    const std::string strEnd(Trimmed(std::string_view(strTimeLine).substr(nArrow + Arrow.size())));
+    const CueTime start = SubRipTime(strTimeLine.substr(0, nArrow));
+    const CueTime end = SubRipTime(strEnd);
+    const bool bTextFollows = SubRipTime(strEnd.substr(0, strEnd.find_first_of(Blanks))).bWhole;
+    return {start.nMilliseconds, end.nMilliseconds, TroubleOf(start, end, bTextFollows)};
 }
 
 /** Whether most lines end in a carriage return alone, as on classic Mac OS; the library reads them as a single line. */
@@ -192,21 +177,40 @@ void SubtitleText::CleanScript()
 
 std::vector<SubtitleText::TextCue> SubtitleText::Cues() const
 {
+    std::vector<TextCue> listCues = m_bScript ? ScriptCues() : SubRipCues();
+    if (m_bReturnsOnly) {
+        for (TextCue &cue : listCues)
+            cue.pTrouble = "lines end in carriage returns alone";
+    }
+    return listCues;
+}
+
+std::vector<SubtitleText::TextCue> SubtitleText::ScriptCues() const
+{
     std::vector<TextCue> listCues;
-    for (size_t n = 0; n < m_listLines.size(); ++n) {
-        const std::string &strLine = m_listLines[n];
-        const size_t nArrow = strLine.find(Arrow);
-        const size_t nStart = m_bScript && IsEvent(strLine) ? FieldOf(strLine, 1) : std::string::npos;
+    for (const std::string &strLine : m_listLines) {
+        const size_t nStart = IsEvent(strLine) ? FieldOf(strLine, 1) : std::string::npos;
         const size_t nEnd = nStart != std::string::npos ? FieldOf(strLine, 2) : std::string::npos;
         if (nEnd != std::string::npos)
-            listCues.push_back(CueOf(strLine.substr(nStart, nEnd - 1 - nStart),
-                                     strLine.substr(nEnd, strLine.find(',', nEnd) - nEnd), true));
-        else if (!m_bScript && IsTimeLine(strLine) && n + 1 < m_listLines.size() && !EndsText(m_listLines[n + 1]))
-            listCues.push_back(CueOf(strLine.substr(0, nArrow), strLine.substr(nArrow + Arrow.size()), false));
-        else
-            continue;
-        if (m_bReturnsOnly)
-            listCues.back().pTrouble = "lines end in carriage returns alone";
+            listCues.push_back(ScriptCue(strLine.substr(nStart, nEnd - 1 - nStart),
+                                         strLine.substr(nEnd, strLine.find(',', nEnd) - nEnd)));
+    }
+    return listCues;
+}
+
+/** Takes all texts up to the next time line for one cue: the library shows them at the same times. */
+std::vector<SubtitleText::TextCue> SubtitleText::SubRipCues() const
+{
+    std::vector<TextCue> listCues;
+    std::optional<TextCue> cueWithoutText;
+    for (const std::string &strLine : m_listLines) {
+        const std::string strTrimmed(Trimmed(strLine));
+        if (IsTimeLine(strTrimmed)) {
+            cueWithoutText = SubRipCue(strTrimmed);
+        } else if (cueWithoutText && !strTrimmed.empty() && !Number<int>(strTrimmed)) {
+            listCues.push_back(*cueWithoutText);
+            cueWithoutText.reset();
+        }
     }
     return listCues;
 }

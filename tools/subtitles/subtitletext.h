@@ -11,7 +11,7 @@ public:
     struct TextCue {
         int64_t nStart = 0; ///< milliseconds
         int64_t nEnd = 0;
-        // Why the library will not show it; null if no reason is known. A string literal.
+        // Why the library may not show it; null if no reason is known. A string literal.
         const char *pTrouble = nullptr;
     };
 
@@ -30,12 +30,14 @@ public:
     /** The encoding if it was guessed, else empty. */
     const std::string &Guess() const { return m_strGuess; }
 
-    /** All cues, found by less strict rules than the library's reader uses. */
+    /** All cues with a text, at the times that the library reads. */
     std::vector<TextCue> Cues() const;
 
 private:
     void CleanSubRip();
     void CleanScript();
+    std::vector<TextCue> ScriptCues() const;
+    std::vector<TextCue> SubRipCues() const;
 
     bool m_bScript;
     bool m_bReturnsOnly = false;

@@ -1,16 +1,15 @@
 #include "subtitles/vobsubindex.h"
 
 #include "commandline/readable.h"
+#include "subtitles/number.h"
 
 #include <strings.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
-#include <string_view>
 
 extern "C" {
 #include <libavutil/common.h>
@@ -31,21 +30,6 @@ const int64_t LastMilliseconds = 3000;
 bool StartsWith(const std::string &strLine, std::string_view strKey)
 {
     return strLine.compare(0, strKey.size(), strKey) == 0;
-}
-
-std::string Trimmed(const std::string &strText)
-{
-    const char *const pBlanks = " \t\v\f\r";
-    const size_t nFirst = strText.find_first_not_of(pBlanks);
-    return nFirst == std::string::npos ? "" : strText.substr(nFirst, strText.find_last_not_of(pBlanks) - nFirst + 1);
-}
-
-std::optional<int> Number(const std::string &strText)
-{
-    int nNumber = 0;
-    const char *const pEnd = strText.data() + strText.size();
-    const auto result = std::from_chars(strText.data(), pEnd, nNumber);
-    return result.ec == std::errc() && result.ptr == pEnd ? std::optional(nNumber) : std::nullopt;
 }
 
 std::string Utf8OfUtf16(const std::string &strBytes, bool bBigEndian)
@@ -109,8 +93,9 @@ bool VobSubIndex::IsLanguageLine(const std::string &strLine)
 std::optional<int> VobSubIndex::TrackOf(const std::string &strLine)
 {
     const size_t nKey = strLine.find(IndexKey);
-    const std::optional<int> track =
-        nKey == std::string::npos ? std::nullopt : Number(Trimmed(strLine.substr(nKey + IndexKey.size())));
+    const std::optional<int> track = nKey == std::string::npos
+                                         ? std::nullopt
+                                         : Number<int>(std::string_view(strLine).substr(nKey + IndexKey.size()));
     // --track is never negative.
     return track && *track >= 0 ? track : std::nullopt;
 }
@@ -131,9 +116,9 @@ void VobSubIndex::ReadLine(const std::string &strLine)
     if (IsLanguageLine(strLine))
         BeginLanguage(strLine);
     else if (m_bHeader && StartsWith(strLine, SizeKey))
-        m_strSize = Trimmed(strLine.substr(SizeKey.size()));
+        m_strSize = Trimmed(std::string_view(strLine).substr(SizeKey.size()));
     else if (m_bSelectable && StartsWith(strLine, TitleKey))
-        m_listLanguages.back().strTitle = Trimmed(strLine.substr(TitleKey.size()));
+        m_listLanguages.back().strTitle = Trimmed(std::string_view(strLine).substr(TitleKey.size()));
     else if (m_bSelectable && StartsWith(strLine, TimeKey))
         AddCue(strLine);
 }
@@ -149,7 +134,7 @@ void VobSubIndex::BeginLanguage(const std::string &strLine)
         return;
     Language language;
     language.nTrack = *track;
-    language.strLanguage = Trimmed(strLine.substr(IdKey.size(), strLine.find(',') - IdKey.size()));
+    language.strLanguage = Trimmed(std::string_view(strLine).substr(IdKey.size(), strLine.find(',') - IdKey.size()));
     if (language.strLanguage == "--")
         language.strLanguage.clear();
     m_listLanguages.push_back(language);
