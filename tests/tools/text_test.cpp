@@ -198,8 +198,9 @@ namespace
 struct RealFile {
     const char *pName;
     const char *pEncoding;
-    // How many of the 80 frames in 20 seconds show a cue; -1 takes the count from the times of FFmpeg's demuxer.
+    // How many of four frames per second show a cue; -1 takes the count from the times of FFmpeg's demuxer.
     int nFrames;
+    int nSeconds = 20;
 
     friend std::ostream &operator<<(std::ostream &stream, const RealFile &file) { return stream << file.pName; }
 };
@@ -207,8 +208,8 @@ struct RealFile {
 class RealFileTest : public SubburnTest, public testing::WithParamInterface<RealFile>
 {
 protected:
-    /** Counts frames, four per second, within the times of FFmpeg's packets. The library shows nothing at time 0. */
-    int CountOfDemuxer(const std::string &strFile) const
+    /** Counts frames within the times of FFmpeg's packets. The library shows nothing at time 0. */
+    int CountOfDemuxer(const std::string &strFile, int nAll) const
     {
         std::vector<std::pair<double, double>> listCues;
         std::istringstream lines(Probe(strFile, "packet=pts_time,duration_time", "s", "csv=p=0"));
@@ -217,7 +218,7 @@ protected:
             listCues.emplace_back(dStart, dStart + std::stod(strLine.substr(strLine.find(',') + 1)));
         }
         int nFrames = 0;
-        for (int n = 1; n < 80; ++n) {
+        for (int n = 1; n < nAll; ++n) {
             nFrames += std::any_of(listCues.begin(), listCues.end(), [&](const auto &cue) {
                 return cue.first <= n / 4.0 + 1e-6 && n / 4.0 <= cue.second + 1e-6;
             });
@@ -232,16 +233,21 @@ TEST_P(RealFileTest, ShowsOnAsManyFramesAsAnIndependentCount)
 {
     const RealFile &file = GetParam();
     m_strSubtitles = std::string(DATA_FOLDER "/") + file.pName;
+    const int nAll = file.nSeconds * 4;
     const std::string strInput =
-        Clip("in.mkv", {"-f", "lavfi", "-i", "color=s=64x36:r=4:d=20", "-c:v", "mpeg4", "-g", "80"});
+        Clip("in.mkv", {"-f", "lavfi", "-i", "color=s=64x36:r=4:d=" + std::to_string(file.nSeconds), "-c:v", "mpeg4",
+                        "-g", "80"});
     Arguments listArguments = {"--codec", "mpeg4", strInput, File("out.mkv")};
     if (*file.pEncoding != '\0')
         listArguments.insert(listArguments.end(), {"--encoding", file.pEncoding});
     const Outcome outcome = Subburn(listArguments);
-    EXPECT_EQ(outcome.nExit, 0) << outcome.strError;
-    const int nExpected = file.nFrames >= 0 ? file.nFrames : CountOfDemuxer(m_strSubtitles);
-    EXPECT_GT(nExpected, 0);
-    const std::string strNote = File("out.mkv") + ": 80 frames, " + std::to_string(nExpected) + " with a subtitle\n";
+    EXPECT_EQ(outcome.nExit, 0);
+    EXPECT_EQ(outcome.strError,
+              file.nFrames != 0 ? "" : "subburn: warning: " + m_strSubtitles + ": no subtitle was due at any frame\n");
+    const int nExpected = file.nFrames >= 0 ? file.nFrames : CountOfDemuxer(m_strSubtitles, nAll);
+    EXPECT_EQ(nExpected > 0, file.nFrames != 0);
+    const std::string strNote =
+        File("out.mkv") + ": " + std::to_string(nAll) + " frames, " + std::to_string(nExpected) + " with a subtitle\n";
     EXPECT_EQ(outcome.strOut.substr(outcome.strOut.find(File("out.mkv"))), strNote);
 }
 
@@ -263,3 +269,42 @@ INSTANTIATE_TEST_SUITE_P(
                     RealFile{"noindex.srt", "", 56}, RealFile{"oddindex.srt", "", -1}, RealFile{"overlap.srt", "", -1},
                     RealFile{"sametime.srt", "", -1}, RealFile{"unsorted.srt", "", -1},
                     RealFile{"wisdom.en.utf8bom-crlf.srt", "", -1}));
+
+// Counted from the texts of the files. What differs from the times of FFmpeg's packets has a reason.
+INSTANTIATE_TEST_SUITE_P(
+    LongFiles, RealFileTest,
+    testing::Values(RealFile{"ass_different_format2.ass", "", 12, 200}, RealFile{"captions.ar.vtt", "", 253, 200},
+                    RealFile{"captions.ja.vtt", "", 210, 200}, RealFile{"captions.ru.vtt", "", 214, 200},
+                    RealFile{"example-in.ssa", "", 62, 200}, RealFile{"extended-tags.srt", "", 11, 200},
+                    RealFile{"sub_viewer.sub", "", 12, 200}, RealFile{"sample_MKV_SRT.mkv", "", 17, 200},
+                    // Packets without a text end the cues.
+                    RealFile{"sample_MP4_stz2_compact.mp4", "", 41, 200},
+                    // FFmpeg finds three of six cues and shows each until the next. The library reads all, but
+                    // coordinates take the seconds from the end of the second one, which so ends before it begins.
+                    RealFile{"missing-sequence-in.srt", "", 50, 200},
+                    // FFmpeg reads "03,4560" as 3 seconds and 4560 milliseconds, the library as 3.456 seconds.
+                    RealFile{"typical_bad_timestamps.srt", "", 8, 200},
+                    // FFmpeg ends lines at carriage returns. The library drops them: what they end is one line with
+                    // what follows, which has other times or none, and twelve of the 24 cues do not show. That
+                    // includes one whose own time line ends in a line feed, but whose text is joined to an arrow.
+                    RealFile{"mixedeol.srt", "", 138, 200},
+                    // The same for all lines.
+                    RealFile{"example-in-carriage-return.srt", "", 0, 200},
+                    RealFile{"example-in-carriage-return.ssa", "", 0, 200},
+                    // FFmpeg takes the first of three cues, 15 frames, for a part of the header.
+                    RealFile{"example-in-carriage-return.vtt", "", 41, 200},
+                    // The events have three fields, of which the library takes other ones for the times.
+                    RealFile{"overlapping_timecodes.ssa", "", 0, 200},
+                    // No cue ends after it begins. FFmpeg shows such a cue until the next one.
+                    RealFile{"timings-negative.vtt", "", 799, 200}));
+
+TEST_F(SubburnTest, ARealIndexWithoutTheSizeOfItsVideoIsRefused)
+{
+    m_strSubtitles = DATA_FOLDER "/sintel.idx";
+    const Outcome outcome = Subburn({"--pipe", "320x180@25"});
+    EXPECT_EQ(outcome.nExit, 2);
+    EXPECT_EQ(outcome.strOut, "");
+    EXPECT_EQ(outcome.strError, "subburn: " + m_strSubtitles +
+                                    ": it has no line that tells the size of the video it is made for, such as "
+                                    "\"size: 720x576\"\n");
+}
