@@ -66,7 +66,7 @@ void BurnSettingsInstall(GObjectClass *pClass)
     listSpecs[PropFile] = g_param_spec_string(
         "location", "Location", "Subtitle file; setting it reads it anew, none shows no subtitles", NULL, flags);
     listSpecs[PropTrack] = g_param_spec_int(
-        "track", "Track", "Subtitle track: of a container counted from 0, of an .idx file the number behind \"index:\"",
+        "track", "Track", "Subtitle track: of a container counted from 0, of an .idx file the number after \"index:\"",
         0, G_MAXINT, 0, flags);
     listSpecs[PropAlpha] =
         g_param_spec_int("alpha", "Alpha", "Opacity; counts twice, so that 128 covers a frame by a quarter", 0, 255,

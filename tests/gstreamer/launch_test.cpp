@@ -51,7 +51,7 @@ TEST_F(LaunchTest, InspectShowsElementAndProperties)
               strFlags + "Unsigned Integer. Range: 0 - 16777215 Default: 657930 \n",
           "  pos                 : Centre line of the subtitle, in percent of the frame's height from the top" +
               strFlags + "Integer. Range: 0 - 100 Default: 85 \n",
-          "  track               : Subtitle track: of a container counted from 0, of an .idx file the number behind "
+          "  track               : Subtitle track: of a container counted from 0, of an .idx file the number after "
           "\"index:\"" +
               strFlags + "Integer. Range: 0 - 2147483647 Default: 0 \n",
           "  orientation         : How the picture is turned when it is shown; auto is as tags say" + strFlags +

@@ -151,7 +151,7 @@ TEST_F(FailureTest, Outputs)
     const std::string strInput = UsualClip();
     ExpectFailure({strInput, File("none/out.mp4")}, 3, File("none/out.mp4") + ": No such file or directory");
     ExpectFailure({strInput, File("out.unknown")}, 3,
-                  File("out.unknown") + ": no container format goes by this file name");
+                  File("out.unknown") + ": its extension does not select a container format");
     ExpectFailure({strInput, File("out.png")}, 3, File("out.png") + ": this is not the name of a video file");
     ExpectFailure({"--codec", "prores_ks", strInput, File("out.webm")}, 3,
                   File("out.webm") + ": the container cannot hold prores video");

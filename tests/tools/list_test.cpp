@@ -190,7 +190,8 @@ TEST_F(ListTest, StandsAlone)
                                         Arguments{"--subtitles", "a.srt"}, Arguments{"--pipe", "320x180@25"}}) {
         const Outcome outcome = Subburn(Joined({{"--list", "in.mkv"}, listOthers}));
         EXPECT_EQ(outcome.nExit, 1);
-        EXPECT_EQ(outcome.strError, "subburn: --list takes no INPUT, no OUTPUT and of options --encoding and --raw\n");
+        EXPECT_EQ(outcome.strError,
+                  "subburn: --list takes no INPUT, no OUTPUT and no options other than --encoding and --raw\n");
     }
 }
 

@@ -305,6 +305,6 @@ TEST_F(SubburnTest, ARealIndexWithoutTheSizeOfItsVideoIsRefused)
     EXPECT_EQ(outcome.nExit, 2);
     EXPECT_EQ(outcome.strOut, "");
     EXPECT_EQ(outcome.strError, "subburn: " + m_strSubtitles +
-                                    ": it has no line that tells the size of the video it is made for, such as "
+                                    ": it has no line with the size of the video that it is made for, such as "
                                     "\"size: 720x576\"\n");
 }

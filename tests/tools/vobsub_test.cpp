@@ -347,13 +347,11 @@ TEST_F(VobSubTest, WhatIsMissingIsNamed)
     ExpectFailure(strIndex, File("a.sub") + ": No such file or directory (it holds the pictures of " + strIndex + ")");
     ExpectList(strIndex, Columns + "    0  dvd_subtitle  en        -         2  0:00:00.400  0:00:04.200\n");
     const std::string strSizeless = UsualPair("b", "");
-    ExpectFailure(strSizeless, strSizeless +
-                                   ": it has no line that tells the size of the video it is made for, such as "
-                                   "\"size: 720x576\"");
+    ExpectFailure(strSizeless, strSizeless + ": it has no line with the size of the video that it is made for, such as "
+                                             "\"size: 720x576\"");
     for (const char *pSize : {"0x0", "720", "4097x10", "720,576"}) {
         const std::string strSized = UsualPair("c", std::string("size: ") + pSize + "\n");
-        ExpectFailure(strSized,
-                      strSized + ": the size that it tells, \"" + pSize + "\", is not one from 1x1 to 4096x4096");
+        ExpectFailure(strSized, strSized + ": its size, \"" + pSize + "\", is not between 1x1 and 4096x4096");
     }
     const std::string strEmpty = Pair("d", {});
     ExpectFailure(strEmpty, strEmpty + ": there are no subtitles in it");

@@ -96,13 +96,13 @@ void CommandLine::AddFiles()
         ->type_name("");
     m_app
         .add_option("OUTPUT", m_options.strOutput,
-                    "File to write; its extension tells the container. - is standard output")
+                    "File to write; its extension selects the container. - is standard output")
         ->type_name("");
-    m_app.add_option("-i,--input", m_strInput, "INPUT, for those used to it")->option_text("FILE");
+    m_app.add_option("-i,--input", m_strInput, "Another way to name INPUT")->option_text("FILE");
     m_subtitles.AddSource(m_app);
     m_app
         .add_flag("--keep-track", m_options.bKeepTrack,
-                  "Keep the track that is burnt, too, but not as one that players show by themselves")
+                  "Keep the burnt track too, but not as one that players show by default")
         ->group("Subtitles");
     m_app.add_option("--list", m_strList, "Print the subtitle tracks of FILE and when their cues begin and end")
         ->option_text("FILE")
@@ -137,12 +137,12 @@ void CommandLine::AddEncoding()
         ->group(Group);
     m_app
         .add_flag("--compatible", choice.bCompatible,
-                  "For players that know little: 8-bit 4:2:0, and hvc1 for HEVC in MP4")
+                  "For players with few formats: 8-bit 4:2:0, and hvc1 for HEVC in MP4")
         ->group(Group);
     m_app
         .add_option("--hwaccel", choice.strHardware,
-                    "Encode on a device, such as vaapi, nvenc or qsv, which is uploaded the\n"
-                    "pictures; with the encoder h264_NAME unless --codec names another")
+                    "Encode on a device, such as vaapi, nvenc or qsv; the pictures are uploaded\n"
+                    "to it. The encoder is h264_NAME unless --codec names another")
         ->option_text("NAME")
         ->group(Group);
 }
@@ -167,7 +167,8 @@ void CommandLine::AddOutput()
     m_app.add_option("--format", m_options.strFormat, "FFmpeg's name of the container; OUTPUT - needs it")
         ->option_text("NAME")
         ->group(Group);
-    m_app.add_flag("-y,--overwrite", m_bOverwrite, "Replace OUTPUT where it exists; else a terminal is asked")
+    m_app
+        .add_flag("-y,--overwrite", m_bOverwrite, "Replace OUTPUT if it exists; without this option, ask on a terminal")
         ->group(Group);
     m_app.add_flag("-n,--no-overwrite", m_bNoOverwrite, "Never replace OUTPUT")->group(Group);
 }
@@ -265,7 +266,8 @@ void CommandLine::FinishList()
     for (const CLI::Option *pOption : m_app.get_options()) {
         const bool bOfText = pOption->check_lname("encoding") || pOption->check_lname("raw");
         if (pOption->count() > 0 && !pOption->check_lname("list") && !bOfText)
-            throw Failure(ExitCode::Usage, "--list takes no INPUT, no OUTPUT and of options --encoding and --raw");
+            throw Failure(ExitCode::Usage,
+                          "--list takes no INPUT, no OUTPUT and no options other than --encoding and --raw");
     }
     m_options.mode = Mode::List;
     m_options.listSubtitles = m_subtitles.Finish();
@@ -300,7 +302,7 @@ void CommandLine::CheckModes() const
     const bool bRange = m_options.range.nStart || m_options.range.nDuration;
     if (m_options.mode != Mode::Transcode && (bEncoding || bRange))
         throw Failure(ExitCode::Usage, std::string(m_options.mode == Mode::Pipe ? "--pipe" : "--snapshot") +
-                                           " goes with no option of encoding, no --start and no --duration");
+                                           " excludes encoding options, --start and --duration");
     if (m_options.mode == Mode::Pipe && (!m_options.strInput.empty() || !m_listSnapshots.empty()))
         throw Failure(ExitCode::Usage, "--pipe takes no INPUT, no OUTPUT and no --snapshot");
     if (m_options.mode == Mode::Pipe && LacksFile())

@@ -57,14 +57,14 @@ void SubtitleArguments::AddSource(CLI::App &app)
     Group group(*this, app, "Subtitles");
     group.Add(FileOption, "FILE",
               "Subtitle file, .idx of a VobSub pair, or any file with subtitle tracks;\n"
-              "INPUT without this option. Given several times, options that follow\n"
-              "one, of this group and of the look, are for it alone, and those before\n"
-              "the first for all; what is due at once shows one above the other");
+              "INPUT without this option. May be given several times: an option of this\n"
+              "group or of Look then applies to the file before it, or to all if it comes\n"
+              "before the first; what is due at once shows one above the other");
     group.Add("--track", "N", "Subtitle track of that file as --list numbers it, 0 without this option");
     group.Add("--encoding", "NAME",
               "Encoding of text without a byte-order mark as iconv names it, or auto to\n"
               "guess; the locale's, which is UTF-8 nearly everywhere, without this option");
-    group.AddFlag("--raw", "Hand text over with its tags and drawings");
+    group.AddFlag("--raw", "Keep tags and drawings in the text");
     group.Add("--delay", "SECONDS", "Show subtitles so many seconds later; earlier with a minus");
     group.Add("--stretch", "FACTOR", "Multiply their times, by 1.001 or by 25/23.976");
 }

@@ -20,7 +20,7 @@ const AVOutputFormat *ContainerFor(const Options &options)
     if (!pContainer && bNamed)
         throw Failure(ExitCode::Usage, "--format: there is no container format named \"" + options.strFormat + "\"");
     if (!pContainer)
-        throw Failure(ExitCode::Output, strFile, "no container format goes by this file name");
+        throw Failure(ExitCode::Output, strFile, "its extension does not select a container format");
     if ((pContainer->flags & AVFMT_NOFILE) != 0 || pContainer->video_codec == AV_CODEC_ID_NONE)
         throw Failure(ExitCode::Output, strFile,
                       bNamed ? options.strFormat + " is not a format of video files"

@@ -15,6 +15,6 @@ CueTime SubRipTime(const std::string &strText);
 
 /**
  * Reads a time of ASS such as 0:01:02.34. A field that is not a number counts as -1. So does the whole time if a
- * separator is missing: the library then reads on behind it, and shows the event at no time that is meant.
+ * separator is missing: the library then reads the fields that follow as parts of the time.
  */
 CueTime ScriptTime(const std::string &strText);

@@ -168,6 +168,6 @@ std::string VobSubIndex::ReasonAgainst(int nTrack) const
     if (language->listCues.empty())
         return "there are no subtitles in track " + std::to_string(nTrack);
     if (m_strSize.empty())
-        return "it has no line that tells the size of the video it is made for, such as \"size: 720x576\"";
-    return "the size that it tells, \"" + m_strSize + "\", is not one from 1x1 to 4096x4096";
+        return "it has no line with the size of the video that it is made for, such as \"size: 720x576\"";
+    return "its size, \"" + m_strSize + "\", is not between 1x1 and 4096x4096";
 }
