@@ -218,10 +218,10 @@ TEST_F(OwnStreamTest, WhatCannotBeBurntIsNamed)
     ExpectFailure({"--snapshot", "1", strClip, File("no.png")}, strClip + ": there are no subtitles in it");
     const std::string strInput =
         ClipWith("in.mkv", {m_folder.Write("in.sup", PictureSubtitles())}, {"-c:v", "mpeg4", "-c:s", "copy"});
-    const std::string strReason = ": subtitle track 0 is hdmv_pgs_subtitle, which cannot be burnt";
-    ExpectFailure({strInput, File("no.mkv")}, strInput + strReason);
+    const std::string strReason = ": subtitle track 0 is hdmv_pgs_subtitle, which --exact cannot burn";
+    ExpectFailure({"--exact", strInput, File("no.mkv")}, strInput + strReason);
     m_strSubtitles = strInput;
-    ExpectFailure({strClip, File("no.mkv")}, strInput + strReason);
+    ExpectFailure({"--exact", strClip, File("no.mkv")}, strInput + strReason);
     m_strSubtitles = strClip;
     ExpectFailure({strInput, File("no.mkv")}, strClip + ": there are no subtitles in it");
     m_strSubtitles = m_folder.Path().string();

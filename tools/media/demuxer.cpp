@@ -24,8 +24,8 @@ std::string UrlOf(const std::string &strFile)
         // Without the prefix FFmpeg takes the part of a name before a colon for a protocol.
         return std::string(FileScheme) + strFile;
     }
-    if (strFile.compare(0, FileScheme.size(), FileScheme) == 0)
-        CheckReadable(strFile.substr(FileScheme.size()));
+    if (PathOf(strFile) != strFile)
+        CheckReadable(PathOf(strFile));
     const char *pProtocol = avio_find_protocol_name(strFile.c_str());
     if (pProtocol && std::strcmp(pProtocol, "pipe") == 0)
         throw Failure(ExitCode::Input, strFile, "is a pipe and not a regular file");
@@ -65,6 +65,13 @@ bool ReadPacket(AVFormatContext &format, const std::string &strFile, AVPacket &p
         return false;
     CheckRead(nResult, strFile);
     return true;
+}
+
+std::string PathOf(const std::string &strFile)
+{
+    std::error_code error;
+    const bool bScheme = strFile.compare(0, FileScheme.size(), FileScheme) == 0;
+    return bScheme && !std::filesystem::exists(strFile, error) ? strFile.substr(FileScheme.size()) : strFile;
 }
 
 int64_t OriginOf(const AVFormatContext &format)

@@ -11,5 +11,8 @@ DemuxerPtr OpenDemuxer(const std::string &strFile);
  */
 bool ReadPacket(AVFormatContext &format, const std::string &strFile, AVPacket &packet);
 
+/** The name of a local file without the prefix "file:" that FFmpeg's URLs of files have. */
+std::string PathOf(const std::string &strFile);
+
 /** The time stamp, in microseconds, that counts as time 0 of the file. */
 int64_t OriginOf(const AVFormatContext &format);

@@ -3,6 +3,7 @@
 #include "commandline/failure.h"
 #include "commandline/processlocale.h"
 #include "commandline/readable.h"
+#include "media/demuxer.h"
 #include "subtitles/srtwriter.h"
 #include "subtitles/subtitletext.h"
 #include "subtitles/subtitletracks.h"
@@ -84,23 +85,26 @@ void ConvertEach(std::vector<Cue> &listCues, TextEncoding &encoding, const std::
 
 } // namespace
 
-SubtitleFile::SubtitleFile(const SubtitleSource &source, Console &console) : m_strPath(source.strFile)
+SubtitleFile::SubtitleFile(const Subtitle &subtitle, Console &console) : m_strPath(subtitle.source.strFile)
 {
+    const SubtitleSource &source = subtitle.source;
     const char *const pExtension = DirectExtension(source.strFile);
     if (!pExtension) {
-        Extract(source, console);
+        Extract(subtitle, console);
     } else {
         // The library treats a file that it cannot open as having no subtitles.
         CheckReadable(source.strFile);
         CheckSize(source.strFile, source.strFile);
-        if (HasPictures())
+        if (VobSubIndex::IsIndex(source.strFile))
             PreparePictures(source, console);
         else
             Prepare(source, console);
-        if (!m_folder && !SurvivesLocale(source.strFile))
-            Link(source.strFile, pExtension);
     }
-    CheckSize(m_strPath, source.strFile);
+    const std::string strTarget = m_strPath;
+    if (!m_folder && !SurvivesLocale(strTarget))
+        Link(strTarget, pExtension ? pExtension : ".media");
+    if (!m_bTrackOfPictures)
+        CheckSize(m_strPath, source.strFile);
     // Qt takes a name that begins with a colon for a resource of the program, and drops a leading byte-order mark.
     if (std::filesystem::path(m_strPath).is_relative())
         m_strPath.insert(0, "./");
@@ -151,7 +155,7 @@ void SubtitleFile::WritePrivate(const std::string &strName, const std::string &s
 
 bool SubtitleFile::HasPictures() const
 {
-    return VobSubIndex::IsIndex(m_strPath);
+    return m_bTrackOfPictures || VobSubIndex::IsIndex(m_strPath);
 }
 
 /** Links to a file under an ASCII name, and to an index's .sub file under the name that the library derives from it. */
@@ -167,19 +171,27 @@ void SubtitleFile::Link(const std::string &strFile, const std::string &strExtens
             throw Failure(ExitCode::Output, strLink, error.message());
     };
     LinkTo(strFile, m_strPath);
-    if (HasPictures())
+    if (VobSubIndex::IsIndex(m_strPath))
         LinkTo(VobSubIndex::PicturesOf(strFile), VobSubIndex::PicturesOf(m_strPath));
 }
 
 std::string SubtitleFile::ReasonAgainst(int nTrack) const
 {
-    return HasPictures() ? VobSubIndex(m_strPath).ReasonAgainst(nTrack)
-                         : "not a kind of subtitle file the library reads";
+    return VobSubIndex::IsIndex(m_strPath) ? VobSubIndex(m_strPath).ReasonAgainst(nTrack)
+                                           : "not a kind of subtitle file the library reads";
 }
 
-void SubtitleFile::Extract(const SubtitleSource &source, Console &console)
+void SubtitleFile::Extract(const Subtitle &subtitle, Console &console)
 {
-    std::vector<Cue> listCues = SubtitleTracks(source.strFile).ReadOnly(source.nTrack).Cues();
+    const SubtitleSource &source = subtitle.source;
+    SubtitleTracks tracks(source.strFile);
+    m_bTrackOfPictures = !subtitle.style.bExact && tracks.HasPictures(source.nTrack);
+    if (m_bTrackOfPictures) {
+        m_nOrigin = tracks.Origin();
+        m_strPath = PathOf(source.strFile);
+        return;
+    }
+    std::vector<Cue> listCues = tracks.ReadOnly(source.nTrack).Cues();
     if (!source.bRaw || !source.strEncoding.empty())
         Convert(listCues, source, console);
     WritePrivate("track.srt", SrtOf(std::move(listCues)));

@@ -9,10 +9,10 @@
 namespace
 {
 
-std::unique_ptr<SubtitleFile> Prepared(const SubtitleSource &source, Console &console)
+std::unique_ptr<SubtitleFile> Prepared(const Subtitle &subtitle, Console &console)
 {
-    CheckDescriptors(source.strFile);
-    return std::make_unique<SubtitleFile>(source, console);
+    CheckDescriptors(subtitle.source.strFile);
+    return std::make_unique<SubtitleFile>(subtitle, console);
 }
 
 } // namespace
@@ -22,7 +22,8 @@ SubtitleRenderer::SubtitleRenderer(const SubtitleLibrary &library, int nWidth, i
     m_library(library),
     m_dStretch(subtitle.source.dStretch),
     m_nDelay(subtitle.source.nDelay),
-    m_pFile(Prepared(subtitle.source, console)),
+    m_pFile(Prepared(subtitle, console)),
+    m_nOrigin(m_pFile->Origin()),
     m_pHandle(Checked(library.m_pCreate(nWidth, nHeight)), library.m_pDestroy),
     m_pBurner(MakeBurner(subtitle.style.bExact ? SUBTITLE_LOOK_EXACT : SUBTITLE_LOOK_NATURAL)),
     m_pNaturalBurner(nullptr, library.m_pDestroyBurner),
@@ -92,7 +93,7 @@ SubtitleRows SubtitleRenderer::Rows() const
 Due SubtitleRenderer::Seek(long nMilliseconds) const
 {
     const long nOwn = std::lround(static_cast<double>(nMilliseconds - m_nDelay) / m_dStretch);
-    if (m_library.m_pSetTimeStamp(m_pHandle.get(), nOwn) != 0)
+    if (m_library.m_pSetTimeStamp(m_pHandle.get(), nOwn + m_nOrigin) != 0)
         return Due::Nothing;
     if (Draws(m_pBurner))
         return Due::Shown;

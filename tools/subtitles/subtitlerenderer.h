@@ -66,6 +66,7 @@ private:
     int64_t m_nDelay;
     // Null once the handle no longer needs the file.
     std::unique_ptr<SubtitleFile> m_pFile;
+    int64_t m_nOrigin;
     std::unique_ptr<void, decltype(&::DestroyVideoSubtitle)> m_pHandle;
     Burner m_pBurner;
     Burner m_pNaturalBurner; ///< for pictures in the exact look, to find Due::Unseen; else null

@@ -17,6 +17,13 @@ bool SubtitleTrack::HasText() const
     return m_pDecoder || HoldsText(Codec());
 }
 
+bool SubtitleTrack::HasPictures() const
+{
+    // Pictures of DVDs have their colours and their video's size in the header of the track. A .sub file has none.
+    return Codec() == AV_CODEC_ID_DVB_SUBTITLE || Codec() == AV_CODEC_ID_HDMV_PGS_SUBTITLE ||
+           (Codec() == AV_CODEC_ID_DVD_SUBTITLE && m_pStream->codecpar->extradata_size > 0);
+}
+
 std::string SubtitleTrack::TextOf(const AVPacket &packet)
 {
     if (m_pDecoder)

@@ -35,6 +35,9 @@ public:
     /** Whether the cues have texts. */
     bool HasText() const;
 
+    /** Whether it has pictures that the library's natural look shows. */
+    bool HasPictures() const;
+
     const std::vector<Cue> &Cues() const { return m_listCues; }
 
 private:

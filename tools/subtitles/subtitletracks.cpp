@@ -53,7 +53,17 @@ void SubtitleTracks::Read()
     }
 }
 
-/** The end of the error message: how to get a file from which the library burns a bitmap track, if there is a way. */
+bool SubtitleTracks::HasPictures(int nTrack) const
+{
+    return nTrack < static_cast<int>(m_listTracks.size()) && m_listTracks[nTrack].HasPictures();
+}
+
+int64_t SubtitleTracks::Origin() const
+{
+    return av_rescale_q(OriginOf(*m_pFormat), Microseconds, Milliseconds);
+}
+
+/** The end of the error message: how to get a file from which the track is burnt, if there is a way. */
 std::string SubtitleTracks::RemedyFor(const SubtitleTrack &track) const
 {
     if (track.Codec() != AV_CODEC_ID_DVD_SUBTITLE)
@@ -77,7 +87,8 @@ const SubtitleTrack &SubtitleTracks::ReadOnly(int nTrack)
     if (!track.HasText())
         throw Failure(ExitCode::Input, m_strFile,
                       "subtitle track " + std::to_string(nTrack) + " is " + track.CodecName() +
-                          ", which cannot be burnt" + RemedyFor(track));
+                          (track.HasPictures() ? ", which --exact cannot burn" : ", which cannot be burnt") +
+                          RemedyFor(track));
     for (unsigned n = 0; n < m_pFormat->nb_streams; ++n) {
         if (static_cast<int>(n) != track.Stream())
             m_pFormat->streams[n]->discard = AVDISCARD_ALL;

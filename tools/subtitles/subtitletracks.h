@@ -12,6 +12,12 @@ public:
     /** In the order counted by --track. */
     const std::vector<SubtitleTrack> &List() const { return m_listTracks; }
 
+    /** Whether there is such a track, with pictures that the library's natural look shows. */
+    bool HasPictures(int nTrack) const;
+
+    /** The time stamp, in milliseconds, that counts as time 0 of the file. */
+    int64_t Origin() const;
+
     /** Reads the cues of all tracks in one pass. */
     void Read();
 
