@@ -47,13 +47,6 @@ protected:
         return Frames(File("out.mkv"), "yuv420p");
     }
 
-    std::string Content(const std::string &strName) const
-    {
-        std::ostringstream content;
-        content << std::ifstream(File(strName), std::ios::binary).rdbuf();
-        return content.str();
-    }
-
     /** Snapshots at the times of the usual subtitles, as contents of PNG files. */
     std::vector<std::string> Shown(const std::string &strInput, const std::string &strSubtitles,
                                    const Arguments &listOptions = {})
@@ -66,7 +59,7 @@ protected:
         EXPECT_EQ(outcome.strError, "");
         EXPECT_NE(outcome.strOut.find("with a subtitle"), std::string::npos);
         ExpectNoTemporaries();
-        return {Content("a-1.png"), Content("a-2.png")};
+        return {Content(File("a-1.png")), Content(File("a-2.png"))};
     }
 
     void ExpectFailure(const Arguments &listArguments, const std::string &strLine)

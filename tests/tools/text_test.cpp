@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <ostream>
+#include <set>
 #include <sstream>
 
 namespace
@@ -251,52 +252,89 @@ TEST_P(RealFileTest, ShowsOnAsManyFramesAsAnIndependentCount)
     EXPECT_EQ(outcome.strOut.substr(outcome.strOut.find(File("out.mkv"))), strNote);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Files, RealFileTest,
-    testing::Values(RealFile{"alignment.srt", "", -1}, RealFile{"big5.srt", "big5", -1},
-                    RealFile{"example-in-html-entities.srt", "", -1}, RealFile{"example-in-styled.srt", "", -1},
-                    RealFile{"typical.srt", "", -1}, RealFile{"typical_extra_blank_line.srt", "", -1},
-                    RealFile{"typical_missing_sequence.srt", "", -1}, RealFile{"typical_with_tags.srt", "", -1},
-                    RealFile{"typical_utf16le.ass", "", 8}, RealFile{"utf16.srt", "", -1}, RealFile{"utf8.srt", "", -1},
-                    RealFile{"windows-1250.srt", "cp1250", -1}, RealFile{"windows-1252.srt", "cp1252", -1},
-                    RealFile{"windows-1254.srt", "cp1254", -1}, RealFile{"windows-1256.srt", "cp1256", -1},
-                    RealFile{"windows-874.srt", "cp874", -1}, RealFile{"positioning.ass", "", 8},
-                    RealFile{"newlines.vtt", "", 4}, RealFile{"with_tags.vtt", "", -1},
-                    RealFile{"with_overlapping_timestamps.vtt", "", -1}, RealFile{"backtoback.srt", "", -1},
-                    RealFile{"countries.he.cp1255.srt", "cp1255", -1},
-                    RealFile{"countries.ja.shift-jis.srt", "shift-jis", -1},
-                    RealFile{"countries.ko.euc-kr.srt", "euc-kr", -1}, RealFile{"innerblank.srt", "", -1},
-                    RealFile{"noindex.srt", "", 56}, RealFile{"oddindex.srt", "", -1}, RealFile{"overlap.srt", "", -1},
-                    RealFile{"sametime.srt", "", -1}, RealFile{"unsorted.srt", "", -1},
-                    RealFile{"wisdom.en.utf8bom-crlf.srt", "", -1}));
+namespace
+{
+
+const RealFile Files[] = {{"alignment.srt", "", -1},
+                          {"big5.srt", "big5", -1},
+                          {"example-in-html-entities.srt", "", -1},
+                          {"example-in-styled.srt", "", -1},
+                          {"typical.srt", "", -1},
+                          {"typical_extra_blank_line.srt", "", -1},
+                          {"typical_missing_sequence.srt", "", -1},
+                          {"typical_with_tags.srt", "", -1},
+                          {"typical_utf16le.ass", "", 8},
+                          {"utf16.srt", "", -1},
+                          {"utf8.srt", "", -1},
+                          {"windows-1250.srt", "cp1250", -1},
+                          {"windows-1252.srt", "cp1252", -1},
+                          {"windows-1254.srt", "cp1254", -1},
+                          {"windows-1256.srt", "cp1256", -1},
+                          {"windows-874.srt", "cp874", -1},
+                          {"positioning.ass", "", 8},
+                          {"newlines.vtt", "", 4},
+                          {"with_tags.vtt", "", -1},
+                          {"with_overlapping_timestamps.vtt", "", -1},
+                          {"backtoback.srt", "", -1},
+                          {"countries.he.cp1255.srt", "cp1255", -1},
+                          {"countries.ja.shift-jis.srt", "shift-jis", -1},
+                          {"countries.ko.euc-kr.srt", "euc-kr", -1},
+                          {"innerblank.srt", "", -1},
+                          {"noindex.srt", "", 56},
+                          {"oddindex.srt", "", -1},
+                          {"overlap.srt", "", -1},
+                          {"sametime.srt", "", -1},
+                          {"unsorted.srt", "", -1},
+                          {"wisdom.en.utf8bom-crlf.srt", "", -1}};
 
 // Counted from the texts of the files. What differs from the times of FFmpeg's packets has a reason.
-INSTANTIATE_TEST_SUITE_P(
-    LongFiles, RealFileTest,
-    testing::Values(RealFile{"ass_different_format2.ass", "", 12, 200}, RealFile{"captions.ar.vtt", "", 253, 200},
-                    RealFile{"captions.ja.vtt", "", 210, 200}, RealFile{"captions.ru.vtt", "", 214, 200},
-                    RealFile{"example-in.ssa", "", 62, 200}, RealFile{"extended-tags.srt", "", 11, 200},
-                    RealFile{"sub_viewer.sub", "", 12, 200}, RealFile{"sample_MKV_SRT.mkv", "", 17, 200},
-                    // Packets without a text end the cues.
-                    RealFile{"sample_MP4_stz2_compact.mp4", "", 41, 200},
-                    // FFmpeg finds three of six cues and shows each until the next. The library reads all, but
-                    // coordinates take the seconds from the end of the second one, which so ends before it begins.
-                    RealFile{"missing-sequence-in.srt", "", 50, 200},
-                    // FFmpeg reads "03,4560" as 3 seconds and 4560 milliseconds, the library as 3.456 seconds.
-                    RealFile{"typical_bad_timestamps.srt", "", 8, 200},
-                    // FFmpeg ends lines at carriage returns. The library drops them: what they end is one line with
-                    // what follows, which has other times or none, and twelve of the 24 cues do not show. That
-                    // includes one whose own time line ends in a line feed, but whose text is joined to an arrow.
-                    RealFile{"mixedeol.srt", "", 138, 200},
-                    // The same for all lines.
-                    RealFile{"example-in-carriage-return.srt", "", 0, 200},
-                    RealFile{"example-in-carriage-return.ssa", "", 0, 200},
-                    // FFmpeg takes the first of three cues, 15 frames, for a part of the header.
-                    RealFile{"example-in-carriage-return.vtt", "", 41, 200},
-                    // The events have three fields, of which the library takes other ones for the times.
-                    RealFile{"overlapping_timecodes.ssa", "", 0, 200},
-                    // No cue ends after it begins. FFmpeg shows such a cue until the next one.
-                    RealFile{"timings-negative.vtt", "", 799, 200}));
+const RealFile LongFiles[] = {
+    {"ass_different_format2.ass", "", 12, 200},
+    {"captions.ar.vtt", "", 253, 200},
+    {"captions.ja.vtt", "", 210, 200},
+    {"captions.ru.vtt", "", 214, 200},
+    {"example-in.ssa", "", 62, 200},
+    {"extended-tags.srt", "", 11, 200},
+    {"sub_viewer.sub", "", 12, 200},
+    {"sample_MKV_SRT.mkv", "", 17, 200},
+    // Packets without a text end the cues.
+    {"sample_MP4_stz2_compact.mp4", "", 41, 200},
+    // FFmpeg finds three of six cues and shows each until the next. The library reads all, but
+    // coordinates take the seconds from the end of the second one, which so ends before it begins.
+    {"missing-sequence-in.srt", "", 50, 200},
+    // FFmpeg reads "03,4560" as 3 seconds and 4560 milliseconds, the library as 3.456 seconds.
+    {"typical_bad_timestamps.srt", "", 8, 200},
+    // FFmpeg ends lines at carriage returns. The library drops them: what they end is one line with
+    // what follows, which has other times or none, and twelve of the 24 cues do not show. That
+    // includes one whose own time line ends in a line feed, but whose text is joined to an arrow.
+    {"mixedeol.srt", "", 138, 200},
+    // The same for all lines.
+    {"example-in-carriage-return.srt", "", 0, 200},
+    {"example-in-carriage-return.ssa", "", 0, 200},
+    // FFmpeg takes the first of three cues, 15 frames, for a part of the header.
+    {"example-in-carriage-return.vtt", "", 41, 200},
+    // The events have three fields, of which the library takes other ones for the times.
+    {"overlapping_timecodes.ssa", "", 0, 200},
+    // No cue ends after it begins. FFmpeg shows such a cue until the next one.
+    {"timings-negative.vtt", "", 799, 200}};
+
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(Files, RealFileTest, testing::ValuesIn(Files));
+INSTANTIATE_TEST_SUITE_P(LongFiles, RealFileTest, testing::ValuesIn(LongFiles));
+
+TEST(RealFiles, AreAllBurnt)
+{
+    std::set<std::string> setNames = {"SOURCES.md", "sintel.idx", "sintel.sub"};
+    for (const RealFile &file : Files)
+        setNames.insert(file.pName);
+    for (const RealFile &file : LongFiles)
+        setNames.insert(file.pName);
+    std::set<std::string> setFound;
+    for (const auto &entry : std::filesystem::directory_iterator(DATA_FOLDER))
+        setFound.insert(entry.path().filename().string());
+    EXPECT_EQ(setNames, setFound);
+}
 
 TEST_F(SubburnTest, ARealIndexWithoutTheSizeOfItsVideoIsRefused)
 {
