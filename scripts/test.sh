@@ -1,10 +1,11 @@
 #!/bin/sh
 # Installs missing packages, builds everything and runs the tests.
-# usage: test.sh [CONFIGURATION [TEST-PATTERN]]
+# usage: test.sh [CONFIGURATION [TEST-PATTERN [TARGET...]]]
 #   CONFIGURATION: gcc (the default) or clang, Release builds; qt6, gcc with Qt 6; clang-asan, with AddressSanitizer and
 #                  UndefinedBehaviorSanitizer; clang-tsan, with ThreadSanitizer and only the tests that start threads,
 #                  where SUBTITLE_SOAK_SECONDS is 60 by default; coverage, for coverage.sh
 #   TEST-PATTERN:  a regular expression; only tests whose names match are run
+#   TARGET:        only these targets are built, which have to include the tests that match
 set -eu
 cd "$(dirname "$0")/.."
 
@@ -31,8 +32,11 @@ coverage) preset=coverage ;;
     ;;
 esac
 
+[ $# -lt 2 ] || shift
+[ $# = 0 ] || shift
+
 # shellcheck disable=SC2086 # one word per package
 scripts/install-packages.sh $packages
 cmake --preset $preset >/dev/null
-cmake --build --preset $preset
+cmake --build --preset $preset ${1:+--target "$@"}
 ctest --preset $preset -j "$(nproc)" -R "$pattern"
