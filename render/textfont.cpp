@@ -3,6 +3,8 @@
 #include "api/libsubtitle.h"
 #include "textio/localecodec.h"
 
+#include <QStringList>
+
 #include <algorithm>
 
 namespace
