@@ -7,9 +7,8 @@ set -eu
 cd "$(dirname "$0")/.."
 
 scripts/install-packages.sh abigail-tools
-cmake -S . -B build-abi -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=gcc -DCMAKE_CXX_COMPILER=g++ \
-    -DCMAKE_CXX_FLAGS="-ffile-prefix-map=$PWD=." -DSUBTITLE_TESTS=OFF -DSUBTITLE_BENCH=OFF >/dev/null
-cmake --build build-abi --target subtitle subtitleframe
+cmake --preset abi >/dev/null
+cmake --build --preset abi --target subtitle subtitleframe
 
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT

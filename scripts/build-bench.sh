@@ -4,6 +4,5 @@
 set -eu
 cd "$(dirname "$0")/.."
 scripts/install-packages.sh
-cmake -S . -B build-gcc -G Ninja -DCMAKE_BUILD_TYPE=Release -DSUBTITLE_BENCH=ON \
-    -DCMAKE_C_COMPILER=gcc -DCMAKE_CXX_COMPILER=g++ >/dev/null
-cmake --build build-gcc --target "$@"
+cmake --preset release -DSUBTITLE_BENCH=ON >/dev/null
+cmake --build --preset release --target "$@"

@@ -4,8 +4,8 @@ set -eu
 cd "$(dirname "$0")/.."
 
 scripts/install-packages.sh --demo
-cmake -S . -B build -G Ninja -DSUBTITLE_TESTS=OFF -DSUBTITLE_BENCH=OFF >/dev/null
-cmake --build build --target subtitle subburn
+cmake --preset demo >/dev/null
+cmake --build --preset demo --target subtitle subburn
 
 subburn() {
     build/environment/run build/bin/subburn "$@"

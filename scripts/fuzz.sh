@@ -37,10 +37,8 @@ for target in "$@"; do
 done
 
 scripts/install-packages.sh
-cmake -S . -B build-fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-    -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
-    -DSUBTITLE_FUZZ=ON -DSUBTITLE_BENCH=OFF -DSUBTITLE_WERROR=ON >/dev/null
-cmake --build build-fuzz --target "$@"
+cmake --preset fuzz >/dev/null
+cmake --build --preset fuzz --target "$@"
 
 # In memory if possible, since every input is written to a file.
 folder=$(mktemp -d -p "$(if [ -w /dev/shm ]; then echo /dev/shm; else echo /tmp; fi)")

@@ -9,8 +9,7 @@ cd "$(dirname "$0")/.."
 
 build=${BUILD:-build-memcheck}
 scripts/install-packages.sh
-cmake -S . -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_C_COMPILER=gcc -DCMAKE_CXX_COMPILER=g++ \
-    -DSUBTITLE_BENCH=OFF >/dev/null
+cmake --preset memcheck -B "$build" >/dev/null
 cmake --build "$build"
 
 logs=$(mktemp -d)
