@@ -14,7 +14,11 @@ set(fonts_folder ${PROJECT_BINARY_DIR}/environment/fonts)
 string(REPLACE "&" "&amp;" fonts_folder "${fonts_folder}")
 string(REPLACE "<" "&lt;" fonts_folder "${fonts_folder}")
 configure_file(cmake/environment/fonts.conf environment/fonts.conf @ONLY)
-file(GLOB_RECURSE installed /usr/share/fonts/*.ttf /usr/share/fonts/*.ttc /usr/local/share/fonts/*.ttf /usr/local/share/fonts/*.ttc)
+set(patterns)
+foreach(prefix ${CMAKE_SYSTEM_PREFIX_PATH})
+  list(APPEND patterns ${prefix}/share/fonts/*.ttf ${prefix}/share/fonts/*.ttc)
+endforeach()
+file(GLOB_RECURSE installed ${patterns})
 foreach(font ${fonts})
   set(link ${PROJECT_BINARY_DIR}/environment/fonts/${font})
   if(NOT EXISTS ${link}) # missing, or a link to a font that was removed
@@ -31,7 +35,7 @@ foreach(font ${fonts})
 endforeach()
 if(missing AND (SUBTITLE_TESTS OR SUBTITLE_BENCH))
   list(JOIN missing " " missing)
-  message(FATAL_ERROR "Fonts that tests and benchmarks need are not below /usr/share/fonts: ${missing}\n"
+  message(FATAL_ERROR "Fonts that tests and benchmarks need are not in share/fonts of any prefix of the system: ${missing}\n"
     "Debian has them in fonts-dejavu-core, fonts-noto-cjk, fonts-noto-color-emoji and fonts-lohit-deva. "
     "Without them: -DSUBTITLE_TESTS=OFF -DSUBTITLE_BENCH=OFF")
 endif()
