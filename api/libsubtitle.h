@@ -80,6 +80,9 @@
 
 #include <stdint.h>
 
+#ifdef __GNUC__
+#pragma GCC visibility push(default) /* the library is compiled with -fvisibility=hidden */
+#endif
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -296,6 +299,9 @@ int TextToBmp(void *handle, const char *text, AVPicture *out, int *rect);
 
 #ifdef __cplusplus
 }
+#endif
+#ifdef __GNUC__
+#pragma GCC visibility pop
 #endif
 
 #endif

@@ -1,6 +1,8 @@
 # subtitle_shared_library(NAME MAP): adds the shared library NAME and the static library NAME_static, both from the
 # objects NAME_objects. MAP lists the exports of the shared one; with the static one, tests reach everything else.
 function(subtitle_shared_library name map)
+  # The sources mark what is exported. Calls of everything else are direct.
+  set_target_properties(${name}_objects PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
   add_library(${name} SHARED)
   target_link_libraries(${name} PRIVATE ${name}_objects)
   add_library(subtitle::${name} ALIAS ${name})

@@ -76,6 +76,9 @@
 
 #include <stdint.h>
 
+#ifdef __GNUC__
+#pragma GCC visibility push(default) /* the library is compiled with -fvisibility=hidden */
+#endif
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -286,6 +289,9 @@ int BurnSubtitleAVFrame(void *burner, struct AVFrame *frame);
 
 #ifdef __cplusplus
 }
+#endif
+#ifdef __GNUC__
+#pragma GCC visibility pop
 #endif
 
 #endif

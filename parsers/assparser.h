@@ -3,6 +3,7 @@
 #include "parsers/cueindex.h"
 #include "parsers/duetexts.h"
 #include "parsers/iparser.h"
+#include "textio/exported.h"
 
 #include <QList>
 #include <array>
@@ -10,7 +11,7 @@
 class FieldReader;
 
 /** One dialogue event; times in milliseconds. */
-struct AssSubtitleItem {
+struct SUBTITLE_EXPORT AssSubtitleItem {
     int nLayer = 0;
     int nStart = 0;
     int nEnd = 0;

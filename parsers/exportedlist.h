@@ -1,5 +1,7 @@
 #pragma once
 
+#include "textio/exported.h"
+
 #include <QList>
 
 /**
@@ -8,9 +10,9 @@
  */
 #if QT_VERSION_MAJOR < 6
 #define EXPORT_LIST(Item)                                                                                              \
-    template void QList<Item>::append(const Item &);                                                                   \
-    template QList<Item>::QList(const QList<Item> &);                                                                  \
-    template QList<Item>::~QList()
+    template SUBTITLE_EXPORT void QList<Item>::append(const Item &);                                                   \
+    template SUBTITLE_EXPORT QList<Item>::QList(const QList<Item> &);                                                  \
+    template SUBTITLE_EXPORT QList<Item>::~QList()
 #else
 #define EXPORT_LIST(Item) static_assert(true)
 #endif

@@ -4,11 +4,12 @@
 #include "parsers/duetexts.h"
 #include "parsers/iparser.h"
 #include "parsers/packetpictures.h"
+#include "textio/exported.h"
 
 #include <QList>
 
 /** One packet of a subtitle stream; times in milliseconds. */
-struct FFSubtitleItem {
+struct SUBTITLE_EXPORT FFSubtitleItem {
     int nStart = 0;
     int nEnd = 0;
     QString strText;

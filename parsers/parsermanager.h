@@ -1,11 +1,12 @@
 #pragma once
 
 #include "parsers/iparser.h"
+#include "textio/exported.h"
 
 /**
  * Owns the parser of the current subtitle file, at most one, and forwards to it. Has no lock of its own.
  */
-class ParserManager
+class SUBTITLE_EXPORT ParserManager
 {
 public:
     ParserManager();

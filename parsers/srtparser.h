@@ -3,11 +3,12 @@
 #include "parsers/cueindex.h"
 #include "parsers/duetexts.h"
 #include "parsers/iparser.h"
+#include "textio/exported.h"
 
 #include <QList>
 
 /** One cue; times in milliseconds. */
-struct SrtSubtitleItem {
+struct SUBTITLE_EXPORT SrtSubtitleItem {
     int nStart = 0;
     int nEnd = 0;
     QString strText; ///< lines joined by "\n"

@@ -5,6 +5,7 @@
 #include "render/compositor.h"
 #include "render/naturalsubtitle.h"
 #include "render/textpainter.h"
+#include "textio/exported.h"
 
 #include <QFont>
 #include <QImage>
@@ -29,7 +30,7 @@ class NaturalView;
  * Operations may throw std::bad_alloc. The renderer remains usable: SetSubtitleFile() leaves it without a file,
  * SetTimeStamp() without a due subtitle, ProcessFrame() with the frame untouched, SetFontParam() with the earlier font.
  */
-class VideoSubtitle
+class SUBTITLE_EXPORT VideoSubtitle
 {
 public:
     /**

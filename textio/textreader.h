@@ -1,5 +1,7 @@
 #pragma once
 
+#include "textio/exported.h"
+
 #include <QByteArray>
 #include <QFile>
 #include <QString>
@@ -31,7 +33,7 @@ struct TextLines {
  * The file is held in memory without conversion; GetLine() decodes a line. The limits are far above any real subtitle
  * file and stop files that are made to exhaust the memory. Use an object from one thread at a time.
  */
-class TextReader
+class SUBTITLE_EXPORT TextReader
 {
 public:
     TextReader();
@@ -73,13 +75,13 @@ private:
  * @param bytes  the line, without its LF; cleared first.
  * @return false if nothing is left to read.
  */
-bool ReadLineA(QFile &file, QByteArray &bytes);
+SUBTITLE_EXPORT bool ReadLineA(QFile &file, QByteArray &bytes);
 
 /** As ReadLineA(), decoded by the locale's 8-bit codec; @p line is unchanged if nothing is left. */
-bool ReadLineLocal(QFile &file, QString &line);
+SUBTITLE_EXPORT bool ReadLineLocal(QFile &file, QString &line);
 
 /** As ReadLineA(), decoded as UTF-8; @p line is unchanged if nothing is left. */
-bool ReadLineU8(QFile &file, QString &line);
+SUBTITLE_EXPORT bool ReadLineU8(QFile &file, QString &line);
 
 /**
  * Reads one line of UTF-16. U+000A ends a line, U+000D is dropped.
@@ -89,10 +91,10 @@ bool ReadLineU8(QFile &file, QString &line);
  *
  * @return always true: at the end of the input every call reads an empty line.
  */
-bool ReadLineW(QFile &file, QString &line, bool littleEndian);
+SUBTITLE_EXPORT bool ReadLineW(QFile &file, QString &line, bool littleEndian);
 
 /** ReadLineW() for little-endian input. */
-bool ReadLineU16Le(QFile &file, QString &line);
+SUBTITLE_EXPORT bool ReadLineU16Le(QFile &file, QString &line);
 
 /** ReadLineW() for big-endian input. */
-bool ReadLineU16Be(QFile &file, QString &line);
+SUBTITLE_EXPORT bool ReadLineU16Be(QFile &file, QString &line);

@@ -8,6 +8,9 @@
 #ifndef PSSTREAM_H
 #define PSSTREAM_H
 
+#ifdef __GNUC__
+#pragma GCC visibility push(default) /* the library is compiled with -fvisibility=hidden */
+#endif
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -31,6 +34,9 @@ void TestVobSub(void);
 
 #ifdef __cplusplus
 }
+#endif
+#ifdef __GNUC__
+#pragma GCC visibility pop
 #endif
 
 #endif

@@ -2,6 +2,7 @@
 
 #include "parsers/cueindex.h"
 #include "parsers/iparser.h"
+#include "textio/exported.h"
 #include "vobsub/rowscaler.h"
 #include "vobsub/subfilereader.h"
 
@@ -16,7 +17,7 @@ class saved_decoder;
 struct SwsContext;
 
 /** One entry of an index. */
-struct VobSubtitleItem {
+struct SUBTITLE_EXPORT VobSubtitleItem {
     int nStart = 0;             ///< in milliseconds
     QString strFilePos;         ///< where its packets begin in the .sub file, as written in the index
     std::uint64_t nFilePos = 0; ///< the same as a number

@@ -20,6 +20,9 @@
 
 #include <stdint.h>
 
+#ifdef __GNUC__
+#pragma GCC visibility push(default) /* the library is compiled with -fvisibility=hidden */
+#endif
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -128,6 +131,9 @@ void Rle_Output(unsigned int code);
 
 #ifdef __cplusplus
 }
+#endif
+#ifdef __GNUC__
+#pragma GCC visibility pop
 #endif
 
 #if defined(__cplusplus) && __cplusplus >= 201103L
