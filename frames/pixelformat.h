@@ -42,4 +42,4 @@ struct PixelFormat {
 };
 
 /** Returns false for a format that is not supported. @param number  AVPixelFormat */
-bool FindPixelFormat(int number, PixelFormat &format);
+[[nodiscard]] bool FindPixelFormat(int number, PixelFormat &format);

@@ -47,7 +47,7 @@ public:
     explicit CueIndex(Builder builder);
 
     /** @return the position in the list of the first cue that is due at @p ms; -1 if there is none. */
-    int Find(std::int64_t ms) const;
+    [[nodiscard]] int Find(std::int64_t ms) const;
 
 private:
     std::vector<std::int64_t> m_listTimes; ///< ascending; m_listCues[i] is due from m_listTimes[i] until the next time

@@ -110,7 +110,7 @@ void LocalFile::LeaveOutNewStreams()
     }
 }
 
-int LocalFile::Read(void *file, std::uint8_t *bytes, int count)
+int LocalFile::Read(void *file, std::uint8_t *bytes, int count) noexcept
 {
     auto &self = *static_cast<LocalFile *>(file);
     if (self.m_phase == Phase::Packets)
@@ -132,7 +132,7 @@ int LocalFile::Read(void *file, std::uint8_t *bytes, int count)
     return static_cast<int>(got);
 }
 
-std::int64_t LocalFile::Seek(void *file, std::int64_t offset, int whence)
+std::int64_t LocalFile::Seek(void *file, std::int64_t offset, int whence) noexcept
 {
     auto &self = *static_cast<LocalFile *>(file);
     if ((whence & AVSEEK_SIZE) != 0)

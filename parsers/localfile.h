@@ -27,7 +27,7 @@ public:
     std::int64_t Size() const;
 
     /** Makes @p input read this file. @return false if it could not be opened or memory runs out. */
-    bool Attach(AVFormatContext &input);
+    [[nodiscard]] bool Attach(AVFormatContext &input);
 
     /** Call this after the header was read and before FFmpeg examines the streams. */
     void BeginStreams();
@@ -44,8 +44,9 @@ public:
 private:
     enum class Phase { Header, Streams, Packets };
 
-    static int Read(void *file, std::uint8_t *bytes, int count);
-    static std::int64_t Seek(void *file, std::int64_t offset, int whence);
+    // FFmpeg, which is C, calls these.
+    static int Read(void *file, std::uint8_t *bytes, int count) noexcept;
+    static std::int64_t Seek(void *file, std::int64_t offset, int whence) noexcept;
 
     std::int64_t Allowance() const;
     void LeaveOutNewStreams();

@@ -48,7 +48,7 @@ struct PolygonEdge {
  * @param firstRow, lastRow  the rows that the edge is clipped to, both included.
  * @return false if the edge crosses none of their centres.
  */
-bool MakeEdge(FixedPoint from, FixedPoint to, int firstRow, int lastRow, PolygonEdge &edge);
+[[nodiscard]] bool MakeEdge(FixedPoint from, FixedPoint to, int firstRow, int lastRow, PolygonEdge &edge);
 
 /** Fills polygons by the nonzero winding rule. */
 class PolygonFiller

@@ -44,13 +44,13 @@ public:
     }
 
     /** The tallest free part of an area; the lowest one of several. */
-    RowSpan TallestGap(const RowSpan &area) const;
+    [[nodiscard]] RowSpan TallestGap(const RowSpan &area) const;
 
     /**
      * How far down to move rows so that they lie in free rows of an area. 0 if they are free; negative, as far up as
      * needed, if there is room above; otherwise positive, or 0 if there is no room below.
      */
-    int Evasion(const RowSpan &rows, const RowSpan &area) const;
+    [[nodiscard]] int Evasion(const RowSpan &rows, const RowSpan &area) const;
 
 private:
     const RowSpan *FirstWithin(const RowSpan &rows) const;

@@ -89,14 +89,14 @@ private:
     /** Builds the image of the current subtitle. */
     Q_DECL_HIDDEN void Rebuild();
     /** Calls Rebuild() if anything changed. False if the process is ending. */
-    Q_DECL_HIDDEN bool EnsureBuilt();
+    [[nodiscard]] Q_DECL_HIDDEN bool EnsureBuilt();
     /** Marks both looks as out of date. */
     Q_DECL_HIDDEN void MarkChanged();
     /** Passes the current image to the compositor, unless that has the text's ink. */
     Q_DECL_HIDDEN void UpdateCompositor();
     Q_DECL_HIDDEN Placement CurrentPlacement() const;
     /** False if there is no memory. */
-    Q_DECL_HIDDEN bool MakeBitmap(const char *utf8, AVPicture &out);
+    [[nodiscard]] Q_DECL_HIDDEN bool MakeBitmap(const char *utf8, AVPicture &out);
 
     friend class VideoSubtitlePeer; // through which tests look inside
 

@@ -10,17 +10,17 @@ class QString;
  * Opens a file for reading, close-on-exec and without blocking; anything but a regular file counts as missing.
  * @return the descriptor, which the caller closes; -1 with errno set.
  */
-int OpenRegularFile(const char *name);
+[[nodiscard]] int OpenRegularFile(const char *name);
 
 /**
  * The same with a QFile, which must have no name and closes the descriptor itself.
  * @param path  converted to the encoding of the locale, see LocaleCodec::Current().
  * @return false if the file cannot be opened.
  */
-bool OpenRegularFile(const QString &path, QFile &file);
+[[nodiscard]] bool OpenRegularFile(const QString &path, QFile &file);
 
 /** read(2), repeated if a signal interrupts it. Fails instead of blocking on a descriptor of OpenRegularFile(). */
-std::int64_t ReadSome(int descriptor, void *bytes, std::size_t count);
+[[nodiscard]] std::int64_t ReadSome(int descriptor, void *bytes, std::size_t count);
 
 /**
  * Most bytes to read of an open file: the size that it had when it was opened, even if it grows. Kernel pseudo files

@@ -19,7 +19,7 @@ public:
      * @param length  bytes to read; fewer are read at the end of the file, and never more than MaxLength.
      * @return false if the file cannot be opened or read.
      */
-    bool Fetch(const QString &path, std::uint32_t start, std::uint32_t length, QByteArray &bytes);
+    [[nodiscard]] bool Fetch(const QString &path, std::uint32_t start, std::uint32_t length, QByteArray &bytes);
 
     /** Whether the last fetch began where the one before it ended, in the same unchanged file. */
     bool IsContinued() const;

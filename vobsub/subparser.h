@@ -73,7 +73,7 @@ private:
     int FindStream(const TextReader &reader, int streamIndex);
     void IndexStarts();
     /** Reads the bytes of an entry; false if there is no such entry or the file cannot be read. */
-    bool FetchEntry(const QString &key, QByteArray &bytes);
+    [[nodiscard]] bool FetchEntry(const QString &key, QByteArray &bytes);
     /** The caller must hold the decoder's lock. */
     void Decode(QByteArray &bytes);
     bool DecodeAndScale(QByteArray &bytes);
