@@ -1,10 +1,16 @@
 // For LeakSanitizer, if built in: leaks of Qt's offscreen platform are not the examples'.
-extern "C" const char *__lsan_default_suppressions()
+extern "C" {
+const char *__lsan_default_suppressions();
+const char *__lsan_default_options();
+}
+
+const char *__lsan_default_suppressions()
 {
     return "leak:libqoffscreen\nleak:QScreen::QScreen\nleak:QPlatformScreen::QPlatformScreen\n"
            "leak:QWindowSystemInterface::handleScreenAdded\n";
 }
-extern "C" const char *__lsan_default_options()
+
+const char *__lsan_default_options()
 {
     return "print_suppressions=0";
 }

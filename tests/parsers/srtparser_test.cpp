@@ -64,12 +64,9 @@ struct SrtCase {
         const char *pText; ///< null for a null string
     };
     std::vector<Due> listDue;
-};
 
-void PrintTo(const SrtCase &file, std::ostream *out)
-{
-    *out << file.pName;
-}
+    friend void PrintTo(const SrtCase &file, std::ostream *out) { *out << file.pName; }
+};
 
 class SrtFileTest : public SrtParserTest, public testing::WithParamInterface<SrtCase>
 {
