@@ -1,6 +1,6 @@
 # What `cmake --install` installs, by component: runtime, the library; development, what hosts are built with; frames
 # and framesdevelopment, the same for libsubtitleframe; subburn, gstreamer and frei0r, the program, the element and the
-# plugin, if they are built; documents, of which packages have copies of their own instead.
+# plugin, if they are built; static, see staticlibrary.cmake; documents, of which packages have copies of their own instead.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS subtitle EXPORT subtitleTargets

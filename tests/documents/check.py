@@ -23,6 +23,7 @@ ELSEWHERE = {
     "cmake --build build",
     "sudo cmake --install build && sudo ldconfig",
     "cc host.c $(pkg-config --cflags --libs libsubtitle)",
+    "cc host.c $(pkg-config --static --cflags --libs libsubtitle)",
 }
 MADE = ("build", "demo", "packages")
 FOLDERS = {path.name for path in ROOT.iterdir() if path.is_dir() and not path.name.startswith(MADE)}

@@ -151,6 +151,56 @@ check_frames() {
     "$work/build/host" "$work/text.srt"
 }
 
+# install_static COMPONENT...: installs the components and the static libraries below $work/stage; prints the prefix
+install_static() {
+    local component
+    for component in static "$@"; do
+        DESTDIR=$work/stage cmake --install "$BUILD" --component "$component" >/dev/null
+    done
+    echo "$work/stage$(dirname "$BINDIR")"
+}
+
+# is_static PROGRAM: that it contains the libraries and still uses Qt and FFmpeg
+is_static() {
+    local libraries
+    libraries=$(ldd "$1")
+    [[ $libraries != *libsubtitle* ]] || fail "a shared library was taken"
+    [[ $libraries == *libQt?Core* && $libraries == *libavformat* ]] || fail "Qt or FFmpeg was not linked"
+}
+
+# Without the shared libraries, -lsubtitle means the static one.
+check_static_pkg_config() {
+    local flags
+    install_static development framesdevelopment >/dev/null
+    export PKG_CONFIG_PATH=$work/stage$LIBDIR/pkgconfig
+    eval "flags=($(pkg-config --static --cflags --libs libsubtitle) $(pkg-config --libs libavutil))"
+    cc -std=c99 "$SOURCE/tests/install/pkgconfig/host.c" -o "$work/host" "${flags[@]}"
+    is_static "$work/host"
+    "$work/host" "$work/text.srt" $text "$work/frame"
+    eval "flags=($(pkg-config --static --cflags --libs libsubtitleframe))"
+    cc -std=c99 "$SOURCE/tests/install/frames/host.c" -o "$work/frameshost" "${flags[@]}"
+    is_static "$work/frameshost"
+    "$work/frameshost" "$work/text.srt"
+}
+
+# Beside the shared libraries, which stay what a host gets that does not ask for the component.
+check_static_find_package() {
+    local host installed
+    installed=$(install_static runtime development frames framesdevelopment)
+    cmake -S "$SOURCE/tests/install/static" -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+        -DCMAKE_PREFIX_PATH="$installed" >/dev/null
+    cmake --build "$work/build" >/dev/null
+    for host in host frameshost; do
+        is_static "$work/build/$host"
+    done
+    "$work/build/host" "$work/text.srt" $text
+    "$work/build/frameshost" "$work/text.srt"
+    # An installation without the static libraries says that they are not there.
+    ! cmake -S "$SOURCE/tests/install/static" -B "$work/refused" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" \
+        >/dev/null 2>"$work/log" || fail "static libraries were found"
+    grep -qF 'It was built without SUBTITLE_STATIC' "$work/log"
+}
+
 check_subburn() {
     local subburn=$STAGE/all$BINDIR/subburn
     equal "subburn $(pkg-config --modversion libsubtitle)" "$("$subburn" --version | head -n 1)"
