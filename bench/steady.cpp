@@ -17,13 +17,18 @@ constexpr int Repeats = 100;
 
 } // namespace
 
-extern "C" __attribute__((noinline)) void CountedFrames(void *subtitle, AVPicture *frame)
+extern "C" {
+__attribute__((noinline)) void CountedFrames(void *subtitle, AVPicture *frame);
+__attribute__((noinline)) void CountedLookups(void *subtitle, RandomTimes *times);
+}
+
+void CountedFrames(void *subtitle, AVPicture *frame)
 {
     for (int n = 0; n < Repeats; ++n)
         ProcessSubtitleFrame(subtitle, frame);
 }
 
-extern "C" __attribute__((noinline)) void CountedLookups(void *subtitle, RandomTimes *times)
+void CountedLookups(void *subtitle, RandomTimes *times)
 {
     for (int n = 0; n < Repeats; ++n)
         SetSubtitleTimeStamp(subtitle, times->Next());

@@ -1,6 +1,7 @@
 #include "fuzzsupport.h"
 
 #include "api/libsubtitle.h"
+#include "tests/support/sanitizerhooks.h"
 #include "textio/textreader.h"
 
 #include <QtGlobal>
@@ -13,7 +14,7 @@ extern "C" {
 }
 
 /** fontconfig stores offsets instead of pointers to a pattern's elements, which LeakSanitizer does not recognise. */
-extern "C" const char *__lsan_default_suppressions() // NOLINT(bugprone-reserved-identifier)
+const char *__lsan_default_suppressions() // NOLINT(bugprone-reserved-identifier)
 {
     return "leak:libfontconfig.so\n";
 }

@@ -1,9 +1,10 @@
 #include "render/videosubtitle.h"
+#include "support/sanitizerhooks.h"
 
 #include <gtest/gtest.h>
 
 // Options for AddressSanitizer, if it is built in: some tests make allocations that must fail.
-extern "C" const char *__asan_default_options()
+const char *__asan_default_options()
 {
     return "allocator_may_return_null=1";
 }

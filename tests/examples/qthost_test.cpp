@@ -1,4 +1,5 @@
 // The player as a separate program, and its window when keys are pressed.
+int RunPlayer(int argc, char **argv);
 #define main RunPlayer
 #include "examples/qthost.cpp" // NOLINT(bugprone-suspicious-include)
 #undef main

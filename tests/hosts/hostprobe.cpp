@@ -2,6 +2,7 @@
 // usage: hostprobe LIBRARY KIND TASK   KIND: none, core or gui, the application object that the host has
 #include "libsubtitle.h"
 
+#include "support/sanitizerhooks.h"
 #include "support/temporaryfolder.h"
 
 #include <QGuiApplication>
@@ -24,13 +25,13 @@
 #include <vector>
 
 // Suppressions for LeakSanitizer, if it is built in: leaks of Qt's offscreen platform and others, not the library's.
-extern "C" const char *__lsan_default_suppressions()
+const char *__lsan_default_suppressions()
 {
     return "leak:libqoffscreen\nleak:QScreen::QScreen\nleak:QPlatformScreen::QPlatformScreen\n"
            "leak:QWindowSystemInterface::handleScreenAdded\n"
            "leak:argz_add_sep\n"; // glibc, if LOCPATH is set
 }
-extern "C" const char *__lsan_default_options()
+const char *__lsan_default_options()
 {
     return "print_suppressions=0";
 }

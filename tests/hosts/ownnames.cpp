@@ -37,6 +37,10 @@ long Chroma_Height = 77;
 long chroma_format = 77;
 long Subt_Color = 77;
 long Subt_Offset = 77;
+int subtitle_init();
+void Rle_Output();
+bool OwnNamesAreUntouched();
+
 int subtitle_init()
 {
     return ++calls;
