@@ -7,7 +7,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 
-rounds=5
+rounds=9
 document=
 for option in "$@"; do
     case $option in
