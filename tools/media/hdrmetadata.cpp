@@ -11,9 +11,6 @@
 namespace
 {
 
-// The units of SEI messages: coordinates in 1/50000, luminance in 1/10000 cd/m2.
-const int CoordinateUnits = 50000;
-const int LuminanceUnits = 10000;
 const int64_t Decimals = 100000;
 
 /** How the parameters of an encoder's library are named. */

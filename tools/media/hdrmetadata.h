@@ -8,6 +8,10 @@ extern "C" {
 
 #include <optional>
 
+// Units of SEI messages: coordinates in 1/50000, luminance in 1/10000 cd/m2.
+constexpr int CoordinateUnits = 50000;
+constexpr int LuminanceUnits = 10000;
+
 /** The static metadata of a high dynamic range: the display that a film was mastered on, and its light levels. */
 class HdrMetadata
 {

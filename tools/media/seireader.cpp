@@ -1,8 +1,6 @@
 #include "media/seireader.h"
 
-extern "C" {
-#include <libavutil/mastering_display_metadata.h>
-}
+#include "media/hdrmetadata.h"
 
 #include <algorithm>
 #include <array>
@@ -21,9 +19,6 @@ const size_t ContentLight = 144;
 const size_t DisplaySize = 24;
 const size_t LightSize = 4;
 
-const int CoordinateUnits = 50000;
-const int LuminanceUnits = 10000;
-
 struct Unit {
     const uint8_t *pData;
     size_t nSize;
@@ -38,11 +33,6 @@ uint32_t BigEndian(const uint8_t *pData, size_t nBytes)
     for (size_t n = 0; n < nBytes; ++n)
         nValue = nValue << 8 | pData[n];
     return nValue;
-}
-
-uint16_t Word(const uint8_t *pData)
-{
-    return static_cast<uint16_t>(BigEndian(pData, 2));
 }
 
 const std::array<uint8_t, 3> StartCode = {0, 0, 1};
@@ -88,9 +78,28 @@ std::vector<uint8_t> Unescaped(const uint8_t *pData, size_t nSize)
     return listBytes;
 }
 
-AVRational Fraction(uint32_t nValue, int nUnits)
+/** Takes a number from the front of a payload. */
+AVRational TakeFraction(const uint8_t *&pPayload, size_t nBytes, int nUnits)
 {
+    const uint32_t nValue = BigEndian(pPayload, nBytes);
+    pPayload += nBytes;
     return {static_cast<int>(std::min<uint32_t>(nValue, INT32_MAX)), nUnits};
+}
+
+AVMasteringDisplayMetadata DisplayIn(const uint8_t *pPayload)
+{
+    AVMasteringDisplayMetadata display = {};
+    // Green comes first, then blue and red.
+    for (AVRational *pPoint : {display.display_primaries[1], display.display_primaries[2], display.display_primaries[0],
+                               display.white_point}) {
+        pPoint[0] = TakeFraction(pPayload, 2, CoordinateUnits);
+        pPoint[1] = TakeFraction(pPayload, 2, CoordinateUnits);
+    }
+    display.max_luminance = TakeFraction(pPayload, 4, LuminanceUnits);
+    display.min_luminance = TakeFraction(pPayload, 4, LuminanceUnits);
+    display.has_primaries = 1;
+    display.has_luminance = 1;
+    return display;
 }
 
 } // namespace
@@ -140,46 +149,16 @@ void SeiReader::ReadMessages(const uint8_t *pUnit, size_t nSize)
 
 void SeiReader::ReadMessage(size_t nType, const uint8_t *pPayload, size_t nSize)
 {
-    if (nType == MasteringDisplay && nSize >= DisplaySize) {
-        Display display = {};
-        // Green comes first, then blue and red.
-        const std::array<size_t, 3> listOrder = {1, 2, 0};
-        for (const size_t nColor : listOrder) {
-            for (uint16_t &nCoordinate : display.listPrimaries[nColor]) {
-                nCoordinate = Word(pPayload);
-                pPayload += 2;
-            }
-        }
-        for (uint16_t &nCoordinate : display.listWhite) {
-            nCoordinate = Word(pPayload);
-            pPayload += 2;
-        }
-        display.nBrightest = BigEndian(pPayload, 4);
-        display.nDarkest = BigEndian(pPayload + 4, 4);
-        m_display = display;
-    } else if (nType == ContentLight && nSize >= LightSize) {
-        m_light = Light{Word(pPayload), Word(pPayload + 2)};
-    }
+    if (nType == MasteringDisplay && nSize >= DisplaySize)
+        m_display = DisplayIn(pPayload);
+    else if (nType == ContentLight && nSize >= LightSize)
+        m_light = AVContentLightMetadata{BigEndian(pPayload, 2), BigEndian(pPayload + 2, 2)};
 }
 
 void SeiReader::AddTo(AVFrame &frame) const
 {
-    if (m_display && !av_frame_get_side_data(&frame, AV_FRAME_DATA_MASTERING_DISPLAY_METADATA)) {
-        AVMasteringDisplayMetadata &display = *Checked(av_mastering_display_metadata_create_side_data(&frame));
-        for (size_t nColor = 0; nColor < 3; ++nColor) {
-            for (size_t n = 0; n < 2; ++n)
-                display.display_primaries[nColor][n] = Fraction(m_display->listPrimaries[nColor][n], CoordinateUnits);
-        }
-        for (size_t n = 0; n < 2; ++n)
-            display.white_point[n] = Fraction(m_display->listWhite[n], CoordinateUnits);
-        display.max_luminance = Fraction(m_display->nBrightest, LuminanceUnits);
-        display.min_luminance = Fraction(m_display->nDarkest, LuminanceUnits);
-        display.has_primaries = 1;
-        display.has_luminance = 1;
-    }
-    if (m_light && !av_frame_get_side_data(&frame, AV_FRAME_DATA_CONTENT_LIGHT_LEVEL)) {
-        AVContentLightMetadata &light = *Checked(av_content_light_metadata_create_side_data(&frame));
-        light.MaxCLL = m_light->nMost;
-        light.MaxFALL = m_light->nMostAverage;
-    }
+    if (m_display && !av_frame_get_side_data(&frame, AV_FRAME_DATA_MASTERING_DISPLAY_METADATA))
+        *Checked(av_mastering_display_metadata_create_side_data(&frame)) = *m_display;
+    if (m_light && !av_frame_get_side_data(&frame, AV_FRAME_DATA_CONTENT_LIGHT_LEVEL))
+        *Checked(av_content_light_metadata_create_side_data(&frame)) = *m_light;
 }

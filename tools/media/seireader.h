@@ -2,13 +2,17 @@
 
 #include "media/ffmpegptr.h"
 
+extern "C" {
+#include <libavutil/mastering_display_metadata.h>
+}
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 
 /**
  * Reads the HDR metadata in the SEI messages of H.264 (ITU-T H.264, annex D: mastering display colour volume and content
- * light level information), which FFmpeg's decoder does not export before version 7.
+ * light level information), which the decoder of FFmpeg 5.1 does not export.
  */
 class SeiReader
 {
@@ -23,21 +27,11 @@ public:
     void AddTo(AVFrame &frame) const;
 
 private:
-    struct Display {
-        uint16_t listPrimaries[3][2]; ///< x and y of red, green and blue, in 1/50000
-        uint16_t listWhite[2];        ///< the same of the white point
-        uint32_t nBrightest;          ///< in 1/10000 cd/m2
-        uint32_t nDarkest;            ///< the same
-    };
-    struct Light {
-        uint16_t nMost;        ///< in cd/m2
-        uint16_t nMostAverage; ///< the same
-    };
     void ReadMessages(const uint8_t *pUnit, size_t nSize);
     void ReadMessage(size_t nType, const uint8_t *pPayload, size_t nSize);
 
     bool m_bH264;
     size_t m_nLengthBytes = 0; ///< of the length before each unit; 0 if units begin with start codes
-    std::optional<Display> m_display;
-    std::optional<Light> m_light;
+    std::optional<AVMasteringDisplayMetadata> m_display;
+    std::optional<AVContentLightMetadata> m_light;
 };
