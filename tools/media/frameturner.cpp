@@ -51,6 +51,8 @@ void FrameTurner::Turn(FramePtr &pFrame)
     FramePtr pShown = m_pool.Get(nWidth, m_orientation.ShownHeight(stored.width, stored.height), format);
     if (av_frame_copy_props(pShown.get(), &stored) < 0)
         throw std::bad_alloc();
+    // An encoder that stores it would have players turn the picture again.
+    av_frame_remove_side_data(pShown.get(), AV_FRAME_DATA_DISPLAYMATRIX);
     if (nWidth != stored.width && stored.sample_aspect_ratio.num > 0)
         pShown->sample_aspect_ratio = av_inv_q(stored.sample_aspect_ratio);
     for (int nPlane = 0; nPlane < av_pix_fmt_count_planes(format); ++nPlane) {
