@@ -2,6 +2,7 @@
 
 #include "render/idledispatcher.h"
 #include "render/messagesilencer.h"
+#include "render/qtuse.h"
 #include "textio/localecodec.h"
 
 #include <QAbstractEventDispatcher>
@@ -10,11 +11,13 @@
 #include <QThread>
 #include <QtGui/private/qguiapplication_p.h>
 #include <array>
+#include <climits>
 #include <clocale>
 #include <fcntl.h>
 #include <memory>
 #include <mutex>
 #include <private/qfontconfigdatabase_p.h>
+#include <pthread.h>
 #include <qpa/qplatformbackingstore.h>
 #include <qpa/qplatformintegration.h>
 #include <qpa/qplatformnativeinterface.h>
@@ -163,6 +166,17 @@ QCoreApplication *CreateApplication()
     return application.release();
 }
 
+/** Finds the key under which Qt 5 keeps this thread's data, the pointer that all objects of the thread have as well. */
+void FindThreadDataKey()
+{
+    QObject object;
+    const QThreadData *data = QObjectPrivate::get(&object)->threadData.loadRelaxed();
+    for (pthread_key_t key = 0; key < PTHREAD_KEYS_MAX; ++key) {
+        if (pthread_getspecific(key) == data)
+            QtUse::SetThreadDataKey(key);
+    }
+}
+
 /**
  * Throws if there are too few free file descriptors to look for fonts: fontconfig would find none until the process
  * ends.
@@ -213,6 +227,7 @@ void EnsureFonts()
 
 void InitQt()
 {
+    FindThreadDataKey();
     qtApp = nullptr;
     if (QCoreApplication::instance()) {
         LocaleCodec::UseQt();

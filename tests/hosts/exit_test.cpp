@@ -46,12 +46,18 @@ TEST(Exit, WithHandlesThatRegisteredFunctionsDestroy)
     ExpectEnds("by a thread, after many handles", "destroyed\n");
 }
 
+TEST(Exit, WithThreadsThatEndLater)
+{
+    ExpectEnds("thread that a static object ends", "");
+}
+
 TEST(Exit, WithHandlesInUse)
 {
     for (int n = 0; n < 5; ++n) {
         ExpectEnds("while frames are shown", "");
         ExpectEnds("while fonts are set", "");
         ExpectEnds("while handles are made", "");
+        ExpectEnds("while threads end", "");
         ExpectEnds("by a thread while frames are shown", "");
     }
 }

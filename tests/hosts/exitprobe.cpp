@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <cstdio>
 #include <cstdlib>
+#include <future>
 #include <map>
 #include <string>
 #include <thread>
@@ -19,6 +20,8 @@ constexpr int Height = 180;
 
 std::string file;
 void *handle;
+std::promise<void> lateEnd;
+std::thread lateThread;
 
 void *Open()
 {
@@ -97,6 +100,31 @@ struct Last {
     }
 }
 
+/** Shows a frame on threads that end at once. */
+[[noreturn]] void EndThreadsForEver()
+{
+    for (long n = 0;; ++n)
+        std::thread(Frame, handle, n % 2 ? 1500 : 3500).join();
+}
+
+/** Shows a frame on a thread that lives until EndLateThread(). */
+void StartLateThread()
+{
+    std::promise<void> shown;
+    lateThread = std::thread([&shown] {
+        Frame(handle, 1500);
+        shown.set_value();
+        lateEnd.get_future().wait();
+    });
+    shown.get_future().wait();
+}
+
+void EndLateThread()
+{
+    lateEnd.set_value();
+    lateThread.join();
+}
+
 void RunBeside(void (*task)())
 {
     std::thread(task).detach();
@@ -148,6 +176,17 @@ const std::map<std::string, void (*)()> Modes = {
          static thread_local Last ofThread;
          ofThread.pTask = Destroy;
          handle = OpenAndShow();
+     }},
+    {"thread that a static object ends",
+     [] {
+         last.pTask = EndLateThread;
+         handle = Open();
+         StartLateThread();
+     }},
+    {"while threads end",
+     [] {
+         handle = Open();
+         RunBeside(EndThreadsForEver);
      }},
     {"while frames are shown",
      [] {
