@@ -10,6 +10,7 @@
 #   SUBTITLE_MIRROR:    environment variable, Debian mirror instead of this machine's
 set -eu
 cd "$(dirname "$0")/.."
+. scripts/chroots.sh
 
 cache=${SUBTITLE_PLATFORMS:-${XDG_CACHE_HOME:-$HOME/.cache}/libsubtitle-platforms}
 # shellcheck disable=SC2016 # apt-get expands it
@@ -18,33 +19,14 @@ pattern=${2:-.}
 targets=("${@:3}")
 skipped=
 
-# enter ROOT COMMAND...: runs a command in a chroot. Mounts and processes are in namespaces of their own, which
-# disappear when the command ends for any reason.
-enter() {
-    # shellcheck disable=SC2016 # expanded by the inner shell
-    unshare --mount --propagation private --pid --fork --kill-child sh -c '
-        root=$1
-        shift
-        mount -t proc proc "$root/proc"
-        mount --rbind /dev "$root/dev"
-        mount -t tmpfs tmpfs "$root/tmp"
-        exec chroot "$root" "$@"' sh "$1" /usr/bin/env -i HOME=/root LANG=C.UTF-8 PATH=/usr/sbin:/usr/bin:/sbin:/bin \
-        http_proxy="${http_proxy-}" CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache \
-        CCACHE_DIR=/var/cache/ccache "${@:2}"
-}
-
-# chroots_work: whether chroots can be made here; prints why not. Installs debootstrap if it is missing.
-chroots_work() {
-    if [ "$(id -u)" != 0 ]; then
-        echo 'it needs root'
-    elif ! unshare --mount --pid --fork true 2>/dev/null; then
-        echo 'this machine allows no mounts'
-    elif ! command -v debootstrap >/dev/null && ! scripts/install-packages.sh debootstrap >&2; then
+# platforms_work: whether chroots of other platforms can be made here; prints why not. Installs debootstrap if it is
+# missing.
+platforms_work() {
+    chroots_work || return 1
+    command -v debootstrap >/dev/null || scripts/install-packages.sh debootstrap >&2 || {
         echo 'debootstrap cannot be installed'
-    else
-        return 0
-    fi
-    return 1
+        return 1
+    }
 }
 
 # make_root SUITE: makes the chroot $cache/SUITE if it is not there; prints why it cannot be made
@@ -72,7 +54,7 @@ check_out() {
 run_suite() {
     local suite=${1%-qt6} configuration=gcc lock why
     [ "$1" = "$suite" ] || configuration=qt6
-    if ! why=$(chroots_work); then
+    if ! why=$(platforms_work); then
         skip "$1" "$why"
         return
     fi
@@ -84,7 +66,8 @@ run_suite() {
         skip "$1" "$why"
     else
         check_out "$cache/$suite"
-        enter "$cache/$suite" /root/libsubtitle/scripts/test.sh $configuration "$pattern" "${targets[@]}"
+        enter "$cache/$suite" env CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache \
+            CCACHE_DIR=/var/cache/ccache /root/libsubtitle/scripts/test.sh $configuration "$pattern" "${targets[@]}"
     fi
     exec {lock}>&-
 }

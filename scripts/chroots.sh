@@ -1,0 +1,44 @@
+# shellcheck shell=bash
+# Sourced by scripts that run commands in chroots.
+
+# chroots_work: whether chroots can be made here; prints why not
+chroots_work() {
+    if [ "$(id -u)" != 0 ]; then
+        echo 'it needs root'
+    elif ! unshare --mount --pid --fork true 2>/dev/null; then
+        echo 'this machine allows no mounts'
+    else
+        return 0
+    fi
+    return 1
+}
+
+# enter ROOT COMMAND...: runs a command in a chroot. Mounts and processes are in namespaces of their own, which
+# disappear when the command ends for any reason.
+enter() {
+    # shellcheck disable=SC2016 # expanded by the inner shell
+    unshare --mount --propagation private --pid --fork --kill-child sh -c '
+        root=$1
+        shift
+        mount -t proc proc "$root/proc"
+        mount --rbind /dev "$root/dev"
+        mount -t tmpfs tmpfs "$root/tmp"
+        exec chroot "$root" "$@"' sh "$1" /usr/bin/env -i HOME=/root LANG=C.UTF-8 PATH=/usr/sbin:/usr/bin:/sbin:/bin \
+        http_proxy="${http_proxy-}" "${@:2}"
+}
+
+# enter_copy FOLDER COMMAND...: runs a command in a copy of this machine's root that is lost with all changes when it ends.
+# FOLDER is /mnt in it, and the current folder is empty, so that nothing of the sources or of a build is found by accident.
+enter_copy() {
+    # shellcheck disable=SC2016 # expanded by the inner shell
+    unshare --mount --propagation private bash -ec '
+        . scripts/chroots.sh
+        copy=$1/copy
+        mkdir -p "$copy"
+        mount -t tmpfs tmpfs "$copy"
+        mkdir "$copy/changes" "$copy/work" "$copy/root"
+        mount -t overlay -o "lowerdir=/,upperdir=$copy/changes,workdir=$copy/work" overlay "$copy/root"
+        mount --bind "$1" "$copy/root/mnt"
+        [ ! -d "$copy/root$PWD" ] || mount -t tmpfs tmpfs "$copy/root$PWD"
+        enter "$copy/root" "${@:2}"' bash "$@"
+}
