@@ -1,6 +1,6 @@
 # What `cmake --install` installs, by component: runtime, the library; development, what hosts are built with; frames
 # and framesdevelopment, the same for libsubtitleframe; subburn, gstreamer and frei0r, the program, the element and the
-# plugin, if they are built; static, see staticlibrary.cmake; documents, of which packages have copies of their own instead.
+# plugin, if they are built; static, see staticlibrary.cmake; documents, which Debian packages have in a form of their own.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS subtitle EXPORT subtitleTargets
@@ -87,8 +87,3 @@ install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT developmen
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT development
   FILES_MATCHING PATTERN "*.md" PATTERN "*.png")
 install(FILES CHANGELOG.md LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT documents)
-
-# With any other prefix, CMAKE_INSTALL_LIBDIR is not the folder that packages use.
-if(PROJECT_IS_TOP_LEVEL AND CMAKE_INSTALL_PREFIX STREQUAL /usr)
-  include(cmake/packages.cmake)
-endif()

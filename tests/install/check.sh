@@ -21,6 +21,8 @@ equal() {
     diff -u <(printf '%s\n' "$1") <(printf '%s\n' "$2") || fail "not as expected"
 }
 
+# The version in CMakeLists.txt.
+version=$(sed -n 's/^project(libsubtitle VERSION \([0-9.]*\).*/\1/p' "$SOURCE/CMakeLists.txt")
 export PKG_CONFIG_PATH=$STAGE/all$LIBDIR/pkgconfig
 prefix=$STAGE/all$(dirname "$BINDIR")
 work=$STAGE/work/$1
@@ -49,9 +51,8 @@ files_of() {
 }
 
 check_files() {
-    local version suffix zsh=site-functions
+    local suffix zsh=site-functions
     suffix=${SOVERSION#"${SOVERSION%%-*}"}
-    version=$(sed -n 's/^project(libsubtitle VERSION \([0-9.]*\).*/\1/p' "$SOURCE/CMakeLists.txt")
     [ ! -d "$STAGE/all$DATADIR/zsh/vendor-completions" ] || zsh=vendor-completions
     equal "$LIBDIR/libsubtitle.so.$SOVERSION libsubtitle.so.$version$suffix
 $LIBDIR/libsubtitle.so.$version$suffix" "$(files_of runtime)"
@@ -117,8 +118,7 @@ burn_with_host() {
 }
 
 check_pkg_config() {
-    equal "$(sed -n 's/^project(libsubtitle VERSION \([0-9.]*\).*/\1/p' "$SOURCE/CMakeLists.txt")" \
-        "$(pkg-config --modversion libsubtitle)"
+    equal "$version" "$(pkg-config --modversion libsubtitle)"
     burn_with_host "$work/frame"
     LD_LIBRARY_PATH=$STAGE/all$LIBDIR ldd "$work/host" | grep -qF "$STAGE/all$LIBDIR/libsubtitle.so.$SOVERSION" ||
         fail "another library was taken"
@@ -231,6 +231,11 @@ check_frei0r() {
     FREI0R_PATH=$STAGE/all$FREI0RDIR LD_LIBRARY_PATH=$STAGE/all$LIBDIR "${film[@]}" \
         -vf "frei0r=filter_name=subtitleburn:filter_params=$work/text.srt|y" -f rawvideo -pix_fmt rgb24 "$work/frames"
     cmp <(cat <(head -c $((320 * 180 * 3)) "$work/plain") "$work/expected") "$work/frames"
+}
+
+# The newest entry of debian/changelog has the version, and the number of the packaging behind it.
+check_debian_version() {
+    equal "$version" "$(sed -n '1s/^libsubtitle (\(.*\)-[0-9]*) .*/\1/p' "$SOURCE/debian/changelog")"
 }
 
 # flags_of OPTION...: the flags from pkg-config for a build configured so, with its .pc file moved to another prefix
