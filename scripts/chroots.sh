@@ -27,6 +27,19 @@ enter() {
         http_proxy="${http_proxy-}" "${@:2}"
 }
 
+# copies_work: whether enter_copy works here; prints why not. A root that is itself an overlay may not serve as a layer.
+copies_work() {
+    chroots_work || return 1
+    # shellcheck disable=SC2016 # expanded by the inner shell
+    unshare --mount --propagation private sh -ec '
+        mount -t tmpfs tmpfs /mnt
+        mkdir /mnt/changes /mnt/work /mnt/root
+        mount -t overlay -o lowerdir=/,upperdir=/mnt/changes,workdir=/mnt/work overlay /mnt/root' 2>/dev/null || {
+        echo 'this machine allows no overlay over its root'
+        return 1
+    }
+}
+
 # enter_copy FOLDER COMMAND...: runs a command in a copy of this machine's root that is lost with all changes when it ends.
 # FOLDER is /mnt in it, and the current folder is empty, so that nothing of the sources or of a build is found by accident.
 enter_copy() {

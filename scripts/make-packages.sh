@@ -54,7 +54,7 @@ expect gstreamer1.0-subtitle Depends 'libgstreamer-plugins-base1.0-0 '
 expect frei0r-subtitle Depends "libsubtitle1 (= $version)"
 expect frei0r-subtitle Depends "libsubtitleframe1 (= $version)"
 
-if why=$(chroots_work); then
+if why=$(copies_work); then
     enter_copy "$PWD/build-packages" sh -c 'exec autopkgtest --no-built-binaries --summary-file=/mnt/results \
         /mnt/*.deb /mnt/libsubtitle/ -- null' >build-packages/autopkgtest.log 2>&1 || {
         cat build-packages/autopkgtest.log >&2
