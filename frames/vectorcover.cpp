@@ -39,17 +39,15 @@ std::uint16_t PartOf(int opacity)
     return static_cast<std::uint16_t>(opacity * 257);
 }
 
-struct WeightPair {
-    Weights text, outline;
-};
-
-HWY_INLINE WeightPair WeightsOf(hn::Vec<ByteTag> text, hn::Vec<ByteTag> outline, Weights part)
+/** Two results by reference, since SVE's vectors cannot be members of a struct. */
+HWY_INLINE void WeighVectors(hn::Vec<ByteTag> text, hn::Vec<ByteTag> outline, Weights part, Weights &textWeights,
+                             Weights &outlineWeights)
 {
     const WeightTag tag;
     const auto covered = hn::PromoteTo(tag, text);
     const auto product = hn::Mul(hn::Sub(hn::Set(tag, 255), covered), hn::PromoteTo(tag, outline));
-    return {hn::MulHigh(hn::Or(hn::ShiftLeft<8>(covered), covered), part),
-            hn::MulHigh(hn::Add(product, hn::ShiftRight<7>(product)), part)};
+    textWeights = hn::MulHigh(hn::Or(hn::ShiftLeft<8>(covered), covered), part);
+    outlineWeights = hn::MulHigh(hn::Add(product, hn::ShiftRight<7>(product)), part);
 }
 
 template <bool IsWhole>
@@ -68,9 +66,11 @@ HWY_INLINE void WeighPixels(const std::uint8_t *text, const std::uint8_t *outlin
     const std::size_t lanes = hn::Lanes(tag);
     std::size_t i = 0;
     for (; i + lanes <= count; i += lanes) {
-        const WeightPair weights = WeightsOf(hn::LoadU(bytes, text + i), hn::LoadU(bytes, outline + i), part);
-        add(weights.text, textWeights + i);
-        add(weights.outline, outlineWeights + i);
+        Weights ofText = hn::Zero(tag);
+        Weights ofOutline = ofText;
+        WeighVectors(hn::LoadU(bytes, text + i), hn::LoadU(bytes, outline + i), part, ofText, ofOutline);
+        add(ofText, textWeights + i);
+        add(ofOutline, outlineWeights + i);
     }
     PortableCoverKernel().Weigh(text + i, outline + i, count - i, opacity, quarters, textWeights + i,
                                 outlineWeights + i);
@@ -108,24 +108,26 @@ void Halve(const std::uint16_t *from, std::size_t count, const std::array<int, 4
 
 /**
  * Blends a block of samples of Step bytes each.
- * @param weightsAt  called with the number of a sample; returns a vector of the weights from there on
+ * @param getWeights  called with the number of a sample; sets the vectors of the weights from there on
  */
-template <int Step, typename WeightsAt>
-HWY_INLINE void BlendBlock(std::uint8_t *bytes, const CoverCodes &codes, WeightsAt weightsAt)
+template <int Step, typename GetWeights>
+HWY_INLINE void BlendBlock(std::uint8_t *bytes, const CoverCodes &codes, GetWeights getWeights)
 {
     const WeightTag tag;
     const hn::RebindToSigned<WeightTag> signedTag;
     const ByteTag narrow;
     using Bytes = hn::Vec<ByteTag>;
     for (std::size_t i = 0; i < CoverSamples; i += hn::Lanes(tag)) {
-        const WeightPair weights = weightsAt(i);
-        const auto rest = hn::Sub(hn::Sub(hn::Set(tag, WholeWeight), weights.text), weights.outline);
+        Weights text = hn::Zero(tag);
+        Weights outline = text;
+        getWeights(i, text, outline);
+        const auto rest = hn::Sub(hn::Sub(hn::Set(tag, WholeWeight), text), outline);
         const auto blend = [&](Bytes &old, int byte) HWY_ATTR {
             if (!codes.bUsed[byte])
                 return;
             const auto below = hn::ShiftLeft<8>(hn::PromoteTo(tag, old));
-            const auto colors = hn::Add(hn::MulHigh(weights.text, hn::Set(tag, codes.text[byte])),
-                                        hn::MulHigh(weights.outline, hn::Set(tag, codes.outline[byte])));
+            const auto colors = hn::Add(hn::MulHigh(text, hn::Set(tag, codes.text[byte])),
+                                        hn::MulHigh(outline, hn::Set(tag, codes.outline[byte])));
             const auto sum = hn::Add(hn::Add(colors, hn::Set(tag, 128)), hn::MulHigh(rest, below));
             old = hn::DemoteTo(narrow, hn::BitCast(signedTag, hn::ShiftRight<8>(sum)));
         };
@@ -177,16 +179,16 @@ HWY_INLINE void Prefetch(const PlaneTarget &plane, const std::vector<Span> &span
  * Blends a block, or the part of it that is in the row.
  * @param inRow  bytes from the block's first to the end of the row
  */
-template <int Step, typename WeightsAt>
-HWY_INLINE void BlendInRow(std::uint8_t *bytes, std::ptrdiff_t inRow, const CoverCodes &codes, WeightsAt weightsAt)
+template <int Step, typename GetWeights>
+HWY_INLINE void BlendInRow(std::uint8_t *bytes, std::ptrdiff_t inRow, const CoverCodes &codes, GetWeights getWeights)
 {
     constexpr std::ptrdiff_t BlockBytes = Step * CoverSamples;
     if (inRow >= BlockBytes) {
-        BlendBlock<Step>(bytes, codes, weightsAt);
+        BlendBlock<Step>(bytes, codes, getWeights);
     } else if (inRow > 0) {
         std::array<std::uint8_t, BlockBytes> copy = {};
         std::memcpy(copy.data(), bytes, inRow);
-        BlendBlock<Step>(copy.data(), codes, weightsAt);
+        BlendBlock<Step>(copy.data(), codes, getWeights);
         std::memcpy(bytes, copy.data(), inRow);
     }
 }
@@ -211,13 +213,14 @@ template <int Step>
 HWY_INLINE void BlendSpans(const PlaneTarget &plane, const CoverList &list, const CoverCodes &codes)
 {
     const WeightTag tag;
-    ForBlocks<Step>(plane, list.Spans(),
-                    [&](std::uint8_t *bytes, std::ptrdiff_t inRow, const Span &span, int done) HWY_ATTR {
-                        const CoverBlock &block = list.Blocks(span)[done / CoverSamples];
-                        BlendInRow<Step>(bytes, inRow, codes, [&](std::size_t i) HWY_ATTR {
-                            return WeightPair{hn::LoadU(tag, block[0].data() + i), hn::LoadU(tag, block[1].data() + i)};
-                        });
-                    });
+    ForBlocks<Step>(
+        plane, list.Spans(), [&](std::uint8_t *bytes, std::ptrdiff_t inRow, const Span &span, int done) HWY_ATTR {
+            const CoverBlock &block = list.Blocks(span)[done / CoverSamples];
+            BlendInRow<Step>(bytes, inRow, codes, [&](std::size_t i, Weights &text, Weights &outline) HWY_ATTR {
+                text = hn::LoadU(tag, block[0].data() + i);
+                outline = hn::LoadU(tag, block[1].data() + i);
+            });
+        });
 }
 
 template <int Step>
@@ -225,21 +228,22 @@ HWY_INLINE void BlendPixelSpans(const PlaneTarget &plane, const CoveredPixels &p
 {
     const ByteTag bytesTag;
     const auto part = hn::Set(WeightTag(), PartOf(pixels.nOpacity));
-    ForBlocks<Step>(plane, pixels.listSpans,
-                    [&](std::uint8_t *bytes, std::ptrdiff_t inRow, const Span &span, int done) HWY_ATTR {
-                        const std::uint8_t *text = pixels.pText + span.nAt + done;
-                        const std::uint8_t *outline = pixels.pOutline + span.nAt + done;
-                        std::array<std::array<std::uint8_t, CoverSamples>, 2> copies;
-                        const int count = span.nCount - done;
-                        if (count < static_cast<int>(CoverSamples)) {
-                            copies = {};
-                            text = std::copy_n(text, count, copies[0].begin()) - count;
-                            outline = std::copy_n(outline, count, copies[1].begin()) - count;
-                        }
-                        BlendInRow<Step>(bytes, inRow, codes, [&](std::size_t i) HWY_ATTR {
-                            return WeightsOf(hn::LoadU(bytesTag, text + i), hn::LoadU(bytesTag, outline + i), part);
-                        });
-                    });
+    ForBlocks<Step>(
+        plane, pixels.listSpans, [&](std::uint8_t *bytes, std::ptrdiff_t inRow, const Span &span, int done) HWY_ATTR {
+            const std::uint8_t *text = pixels.pText + span.nAt + done;
+            const std::uint8_t *outline = pixels.pOutline + span.nAt + done;
+            std::array<std::array<std::uint8_t, CoverSamples>, 2> copies;
+            const int count = span.nCount - done;
+            if (count < static_cast<int>(CoverSamples)) {
+                copies = {};
+                text = std::copy_n(text, count, copies[0].begin()) - count;
+                outline = std::copy_n(outline, count, copies[1].begin()) - count;
+            }
+            const auto getWeights = [&](std::size_t i, Weights &ofText, Weights &ofOutline) HWY_ATTR {
+                WeighVectors(hn::LoadU(bytesTag, text + i), hn::LoadU(bytesTag, outline + i), part, ofText, ofOutline);
+            };
+            BlendInRow<Step>(bytes, inRow, codes, getWeights);
+        });
 }
 
 /** Calls @p call with the step as a compile-time constant. */

@@ -257,26 +257,27 @@ class Scale
 {
 public:
     explicit HWY_INLINE Scale(const MixSettings &settings) :
-        m_nUp(settings.nUp),
-        m_mask(hn::Set(Tag(), settings.nMask)),
-        m_half(hn::Set(Tag(), static_cast<std::uint16_t>(settings.Half()))),
-        m_top(hn::Set(Tag(), 0x8000))
+        m_nUp(settings.nUp), m_nMask(settings.nMask), m_nHalf(static_cast<std::uint16_t>(settings.Half()))
     {
     }
 
     HWY_INLINE Numbers NumberOf(Vector element) const
     {
-        return hn::BitCast(NumberTag(), hn::Xor(hn::And(hn::ShiftLeftSame(element, m_nUp), m_mask), m_top));
+        return hn::BitCast(NumberTag(), hn::Xor(hn::And(hn::ShiftLeftSame(element, m_nUp), Mask()), Top()));
     }
     HWY_INLINE Vector ElementOf(Numbers number) const
     {
-        const auto rounded = hn::SaturatedAdd(hn::Xor(hn::BitCast(Tag(), number), m_top), m_half);
-        return hn::ShiftRightSame(hn::And(rounded, m_mask), m_nUp);
+        const auto rounded = hn::SaturatedAdd(hn::Xor(hn::BitCast(Tag(), number), Top()), hn::Set(Tag(), m_nHalf));
+        return hn::ShiftRightSame(hn::And(rounded, Mask()), m_nUp);
     }
 
 private:
+    HWY_INLINE Vector Mask() const { return hn::Set(Tag(), m_nMask); }
+    HWY_INLINE Vector Top() const { return hn::Set(Tag(), 0x8000); }
+
+    // Numbers, since SVE's vectors cannot be members.
     int m_nUp;
-    Vector m_mask, m_half, m_top;
+    std::uint16_t m_nMask, m_nHalf;
 };
 
 HWY_INLINE Numbers NumbersAt(const std::uint16_t *list, std::size_t i)

@@ -55,3 +55,13 @@ enter_copy() {
         [ ! -d "$copy/root$PWD" ] || mount -t tmpfs tmpfs "$copy/root$PWD"
         enter "$copy/root" "${@:2}"' bash "$@"
 }
+
+# run_arm64_programs: has the kernel run programs for arm64 in QEMU until this shell ends
+run_arm64_programs() {
+    local formats=/proc/sys/fs/binfmt_misc
+    [ -e $formats/register ] || mount -t binfmt_misc none $formats
+    if [ ! -e $formats/qemu-aarch64 ]; then
+        cat /usr/lib/binfmt.d/qemu-aarch64.conf >$formats/register
+        trap "echo -1 >$formats/qemu-aarch64" EXIT
+    fi
+}

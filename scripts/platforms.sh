@@ -3,7 +3,8 @@
 # need root. A platform is skipped if its chroot cannot be made; the exit status is 77 if it is the only one asked for.
 # usage: platforms.sh [PLATFORM [TEST-PATTERN [TARGET...]]]
 #   PLATFORM:     qt6, this machine with Qt 6; trixie or forky, Debian 13 or the release after it; trixie-qt6 or
-#                 forky-qt6, the same with Qt 6. All of them by default.
+#                 forky-qt6, the same with Qt 6; arm64, cross-compiled on Debian 12 and tested in QEMU. All of them by
+#                 default.
 #   TEST-PATTERN: a regular expression; only tests whose names match are run
 #   TARGET:       only these targets are built; all by default
 #   SUBTITLE_PLATFORMS: environment variable, folder for the chroots instead of ~/.cache/libsubtitle-platforms
@@ -51,9 +52,24 @@ check_out() {
     git -C "$tree" checkout -q --detach FETCH_HEAD
 }
 
+# test_in ROOT CONFIGURATION: builds and tests in a chroot
+test_in() {
+    # shellcheck disable=SC2016 # expanded by the inner shell
+    enter "$1" env CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache CCACHE_DIR=/var/cache/ccache \
+        bash -ec '
+            cd /root/libsubtitle
+            if [ "$1" = arm64 ]; then
+                dpkg --add-architecture arm64
+                scripts/install-packages.sh --arm64
+                . scripts/chroots.sh
+                run_arm64_programs
+            fi
+            scripts/test.sh "$@"' bash "$2" "$pattern" "${targets[@]}"
+}
+
+# run_suite PLATFORM SUITE CONFIGURATION: platforms of one suite share a chroot
 run_suite() {
-    local suite=${1%-qt6} configuration=gcc lock why
-    [ "$1" = "$suite" ] || configuration=qt6
+    local suite=$2 lock why
     if ! why=$(platforms_work); then
         skip "$1" "$why"
         return
@@ -66,8 +82,7 @@ run_suite() {
         skip "$1" "$why"
     else
         check_out "$cache/$suite"
-        enter "$cache/$suite" env CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache \
-            CCACHE_DIR=/var/cache/ccache /root/libsubtitle/scripts/test.sh $configuration "$pattern" "${targets[@]}"
+        test_in "$cache/$suite" "$3"
     fi
     exec {lock}>&-
 }
@@ -80,7 +95,9 @@ skip() {
 run() {
     case $1 in
     qt6) scripts/test.sh qt6 "$pattern" "${targets[@]}" ;;
-    trixie | forky | trixie-qt6 | forky-qt6) run_suite "$1" ;;
+    trixie | forky) run_suite "$1" "$1" gcc ;;
+    trixie-qt6 | forky-qt6) run_suite "$1" "${1%-qt6}" qt6 ;;
+    arm64) run_suite arm64 bookworm arm64 ;;
     *)
         echo "platforms.sh: $1: no such platform" >&2
         exit 2
@@ -92,7 +109,7 @@ if [ $# -gt 0 ]; then
     run "$1"
     [ -z "$skipped" ] || exit 77
 else
-    for platform in qt6 trixie trixie-qt6 forky forky-qt6; do
+    for platform in qt6 trixie trixie-qt6 forky forky-qt6 arm64; do
         echo "== $platform"
         run $platform
     done

@@ -1,7 +1,8 @@
 #!/bin/sh
 # Installs missing packages, builds everything and runs the tests.
 # usage: test.sh [CONFIGURATION [TEST-PATTERN [TARGET...]]]
-#   CONFIGURATION: gcc (the default) or clang, Release builds; qt6, gcc with Qt 6; clang-asan, with AddressSanitizer and
+#   CONFIGURATION: gcc (the default) or clang, Release builds; qt6, gcc with Qt 6; arm64, gcc for arm64, tested in QEMU,
+#                  for which platforms.sh prepares a chroot; clang-asan, with AddressSanitizer and
 #                  UndefinedBehaviorSanitizer; clang-tsan, with ThreadSanitizer and only the tests that start threads,
 #                  where SUBTITLE_SOAK_SECONDS is 60 by default; coverage, for coverage.sh
 #   TEST-PATTERN:  a regular expression; only tests whose names match are run
@@ -17,6 +18,10 @@ gcc) preset=release ;;
 qt6)
     preset=qt6
     packages="qt6-base-dev qt6-base-private-dev"
+    ;;
+arm64)
+    preset=arm64
+    packages=--arm64
     ;;
 clang) preset=clang ;;
 clang-asan) preset=asan ;;
