@@ -7,40 +7,65 @@ extern "C" {
 }
 
 #include <array>
-#include <cstring>
+#include <new>
 #include <string>
 
 namespace
 {
 
-TEST(FrameTurnerTest, FramesAreUprightAndCarryNoMatrixOnceTurned)
+Orientation Clockwise()
 {
     std::array<int32_t, 9> listMatrix;
-    av_display_rotation_set(listMatrix.data(), 90); // clockwise
+    av_display_rotation_set(listMatrix.data(), 90);
+    return Orientation(listMatrix.data());
+}
+
+/** Two rows of grey pixels, which are 4:3. */
+FramePtr NewPicture(const std::string &strFirst, const std::string &strSecond)
+{
     FramePtr pFrame = NewFrame();
-    pFrame->width = 3;
+    pFrame->width = static_cast<int>(strFirst.size());
     pFrame->height = 2;
     pFrame->format = AV_PIX_FMT_GRAY8;
     pFrame->sample_aspect_ratio = {4, 3};
+    if (av_frame_get_buffer(pFrame.get(), 0) < 0)
+        throw std::bad_alloc();
+    strFirst.copy(reinterpret_cast<char *>(pFrame->data[0]), strFirst.size());
+    strSecond.copy(reinterpret_cast<char *>(pFrame->data[0] + pFrame->linesize[0]), strSecond.size());
+    return pFrame;
+}
+
+std::string Pixels(const AVFrame &frame)
+{
+    std::string strPixels;
+    for (int y = 0; y < frame.height; ++y) {
+        const uint8_t *pRow = frame.data[0] + static_cast<ptrdiff_t>(y) * frame.linesize[0];
+        strPixels.append(pRow, pRow + frame.width);
+    }
+    return strPixels;
+}
+
+TEST(FrameTurnerTest, FramesAreUprightAndCarryNoMatrixOnceTurned)
+{
+    FramePtr pFrame = NewPicture("abc", "def");
     pFrame->pts = 7;
-    ASSERT_EQ(av_frame_get_buffer(pFrame.get(), 0), 0);
-    std::memcpy(pFrame->data[0], "abc", 3);
-    std::memcpy(pFrame->data[0] + pFrame->linesize[0], "def", 3);
-    const Orientation orientation(listMatrix.data());
-    orientation.SetOn(*pFrame);
+    Clockwise().SetOn(*pFrame);
     ASSERT_NE(av_frame_get_side_data(pFrame.get(), AV_FRAME_DATA_DISPLAYMATRIX), nullptr);
-
-    FrameTurner(orientation).Turn(pFrame);
-
-    ASSERT_EQ(pFrame->width, 2);
-    ASSERT_EQ(pFrame->height, 3);
-    const auto Row = [&](int y) {
-        return std::string(reinterpret_cast<const char *>(pFrame->data[0] + ptrdiff_t(y) * pFrame->linesize[0]), 2);
-    };
-    EXPECT_EQ(Row(0) + Row(1) + Row(2), "daebfc");
+    FrameTurner(Clockwise()).Turn(pFrame);
+    EXPECT_EQ(pFrame->width, 2);
+    EXPECT_EQ(pFrame->height, 3);
+    EXPECT_EQ(Pixels(*pFrame), "daebfc");
     EXPECT_EQ(av_cmp_q(pFrame->sample_aspect_ratio, {3, 4}), 0);
     EXPECT_EQ(pFrame->pts, 7);
     EXPECT_EQ(av_frame_get_side_data(pFrame.get(), AV_FRAME_DATA_DISPLAYMATRIX), nullptr);
+}
+
+TEST(FrameTurnerTest, PixelsOfSquareFramesAreTurnedAsWell)
+{
+    FramePtr pFrame = NewPicture("ab", "cd");
+    FrameTurner(Clockwise()).Turn(pFrame);
+    EXPECT_EQ(Pixels(*pFrame), "cadb");
+    EXPECT_EQ(av_cmp_q(pFrame->sample_aspect_ratio, {3, 4}), 0);
 }
 
 } // namespace

@@ -47,14 +47,13 @@ void FrameTurner::Turn(FramePtr &pFrame)
     const AVFrame &stored = *pFrame;
     const auto format = static_cast<AVPixelFormat>(stored.format);
     const AVPixFmtDescriptor &descriptor = *av_pix_fmt_desc_get(format);
-    const int nWidth = m_orientation.ShownWidth(stored.width, stored.height);
-    FramePtr pShown = m_pool.Get(nWidth, m_orientation.ShownHeight(stored.width, stored.height), format);
+    FramePtr pShown = m_pool.Get(m_orientation.ShownWidth(stored.width, stored.height),
+                                 m_orientation.ShownHeight(stored.width, stored.height), format);
     if (av_frame_copy_props(pShown.get(), &stored) < 0)
         throw std::bad_alloc();
     // An encoder that stores it would have players turn the picture again.
     av_frame_remove_side_data(pShown.get(), AV_FRAME_DATA_DISPLAYMATRIX);
-    if (nWidth != stored.width && stored.sample_aspect_ratio.num > 0)
-        pShown->sample_aspect_ratio = av_inv_q(stored.sample_aspect_ratio);
+    pShown->sample_aspect_ratio = m_orientation.ShownAspect(stored.sample_aspect_ratio);
     for (int nPlane = 0; nPlane < av_pix_fmt_count_planes(format); ++nPlane) {
         const bool bChroma = nPlane == 1 || nPlane == 2;
         const int nPlaneWidth = AV_CEIL_RSHIFT(stored.width, bChroma ? descriptor.log2_chroma_w : 0);

@@ -33,6 +33,15 @@ public:
     /** The angle of such a matrix in words; empty if it has none. */
     std::string OtherAngle() const;
 
+    /** The pixel aspect of the shown picture; 0 or an unknown one stays as it is. */
+    AVRational ShownAspect(AVRational storedAspect) const
+    {
+        return m_bTranspose && storedAspect.num > 0 ? av_inv_q(storedAspect) : storedAspect;
+    }
+
+    /** Whether the rows of the stored picture are columns of the shown one. */
+    bool IsTransposed() const { return m_bTranspose; }
+
     int ShownWidth(int nStoredWidth, int nStoredHeight) const { return m_bTranspose ? nStoredHeight : nStoredWidth; }
     int ShownHeight(int nStoredWidth, int nStoredHeight) const { return m_bTranspose ? nStoredWidth : nStoredHeight; }
 

@@ -33,19 +33,15 @@ VideoTraits Transcoder::TraitsOf(AVFrame &first, const Orientation &turn) const
     VideoTraits traits;
     traits.timeBase = m_input.Video().time_base;
     traits.frameRate = m_input.FrameRate();
-    traits.sampleAspectRatio = m_input.SampleAspectRatio(&first);
+    traits.sampleAspectRatio = turn.ShownAspect(m_input.SampleAspectRatio(&first));
     traits.fieldOrder = m_input.Video().codecpar->field_order;
     // Many files with fields are marked progressive; trust the frame.
     if (traits.fieldOrder <= AV_FIELD_PROGRESSIVE && FrameFieldOrder(first) != AV_FIELD_UNKNOWN)
         traits.fieldOrder = FrameFieldOrder(first);
     traits.turn = turn;
     traits.hdr = HdrMetadata::Of(m_input.Video(), first);
-    const bool bTransposed = turn.ShownWidth(1, 0) == 0;
-    if (bTransposed) {
+    if (turn.IsTransposed())
         traits.fieldOrder = AV_FIELD_PROGRESSIVE;
-        if (traits.sampleAspectRatio.num > 0)
-            traits.sampleAspectRatio = av_inv_q(traits.sampleAspectRatio);
-    }
     return traits;
 }
 
@@ -71,9 +67,7 @@ void Transcoder::Run()
     const Orientation turn = m_output.KeepsOrientation() ? Orientation(nullptr) : orientation;
     SubtitleStack subtitles(m_library, orientation.ShownWidth(frame.width, frame.height),
                             orientation.ShownHeight(frame.width, frame.height), m_options, m_console);
-    const AVRational aspect = m_input.SampleAspectRatio(&frame);
-    const bool bTransposed = orientation.ShownWidth(1, 0) == 0;
-    subtitles.SetPixelAspect(bTransposed && aspect.num > 0 ? av_inv_q(aspect) : aspect);
+    subtitles.SetPixelAspect(orientation.ShownAspect(m_input.SampleAspectRatio(&frame)));
     m_encoder.Open(frame, TraitsOf(frame, turn));
     SayWhatChanges(frame, turn);
     m_output.AddChapters(m_input.Format(), feeder.Shift(), m_options.range.nDuration.value_or(0));
