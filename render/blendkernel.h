@@ -23,6 +23,16 @@ struct InkBlock {
 struct InkColors {
     std::array<std::uint8_t, 3> text;
     std::array<std::uint8_t, 3> outline;
+
+    /** @param text, outline  0xAARRGGBB; the result has red first */
+    static InkColors Of(std::uint32_t text, std::uint32_t outline)
+    {
+        const auto bytes = [](std::uint32_t color) {
+            return std::array{static_cast<std::uint8_t>(color >> 16), static_cast<std::uint8_t>(color >> 8),
+                              static_cast<std::uint8_t>(color)};
+        };
+        return {bytes(text), bytes(outline)};
+    }
 };
 
 /** Neighbouring pixels of a row, each in a colour of its own. The first one lies in the frame, as for InkBlock. */

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -33,6 +34,13 @@ constexpr int PaddedColumns(int columns)
 {
     constexpr int VectorBytes = 16;
     return (columns + VectorBytes - 1) / VectorBytes * VectorBytes;
+}
+
+/** Raises each byte of @p to that is below the one of @p from. */
+inline void RaiseTo(std::uint8_t *to, const std::uint8_t *from, int count)
+{
+    for (int i = 0; i < count; ++i)
+        to[i] = std::max(to[i], from[i]);
 }
 
 /** A mask in which nothing is covered. */

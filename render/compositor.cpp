@@ -112,12 +112,6 @@ int SkipTransparent(const std::uint8_t *pixels, int column, int end)
     return column;
 }
 
-std::array<std::uint8_t, 3> Bytes(QRgb color)
-{
-    return {static_cast<std::uint8_t>(qRed(color)), static_cast<std::uint8_t>(qGreen(color)),
-            static_cast<std::uint8_t>(qBlue(color))};
-}
-
 /** The blocks, which are sorted by row, that lie within a frame's rows once @p offset is added. */
 template <typename Block>
 std::pair<const Block *, std::size_t> InFrame(const Block *blocks, std::size_t count, int offset, int rows)
@@ -217,7 +211,7 @@ void Compositor::SetText(const TextInk &ink, QRgb textColor, QRgb outlineColor, 
     const QRgb corner = IsSet(ink.text, 0, 0) ? textColor : IsSet(ink.outline, 0, 0) ? outlineColor : 0;
     const bool showsText = (textColor ^ corner) & 0xFFFFFF;
     const bool showsOutline = (outlineColor ^ corner) & 0xFFFFFF;
-    m_inkColors = {Bytes(textColor), Bytes(outlineColor)};
+    m_inkColors = InkColors::Of(textColor, outlineColor);
 
     // Skip the words left of the frame.
     const int skipped = std::max(0, -ink.text.nLeft / 64);

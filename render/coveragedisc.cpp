@@ -7,12 +7,6 @@
 namespace
 {
 
-void RaiseTo(std::uint8_t *to, const std::uint8_t *from, int count)
-{
-    for (int i = 0; i < count; ++i)
-        to[i] = std::max(to[i], from[i]);
-}
-
 void RaiseToCovered(std::uint8_t *to, const std::uint8_t *from, int count)
 {
     for (int i = 0; i < count; ++i)

@@ -65,12 +65,6 @@ void AddSaturated(std::uint8_t *to, const std::uint8_t *from, int count)
     }
 }
 
-void AddGreatest(std::uint8_t *to, const std::uint8_t *from, int count)
-{
-    for (int i = 0; i < count; ++i)
-        to[i] = std::max(to[i], from[i]);
-}
-
 /** Moves a mask and calls @p add(to, from, count) for each of its rows that lie in @p to, clipped to its columns. */
 template <typename Add>
 void AddTo(ByteMask &to, const ByteMask &mask, int dx, int dy, Add add)
@@ -166,7 +160,7 @@ void NaturalText::Compose(const std::vector<Block> &blocks, const QSize &frame, 
             mask->Reset(left, top, right - left, bottom - top);
         for (const Placed &placed : glyphs) {
             AddTo(ink.text, placed.pGlyph->text, placed.nX, placed.nY, AddSaturated);
-            AddTo(ink.outline, placed.pGlyph->outline, placed.nX, placed.nY, AddGreatest);
+            AddTo(ink.outline, placed.pGlyph->outline, placed.nX, placed.nY, RaiseTo);
         }
     }
     if (isColored)

@@ -10,12 +10,6 @@
 namespace
 {
 
-std::array<std::uint8_t, 3> Bytes(QRgb color)
-{
-    return {static_cast<std::uint8_t>(qRed(color)), static_cast<std::uint8_t>(qGreen(color)),
-            static_cast<std::uint8_t>(qBlue(color))};
-}
-
 /**
  * The image without the transparent rows and columns around its visible pixels. @param place  of the image in the frame
  */
@@ -121,7 +115,7 @@ void NaturalView::PaintText(const NaturalKey &key, const TextStyle &style)
 {
     Clear();
     m_painter.Paint(style, key.frame, key.listTexts, key.nPosition, key.settings, m_ink);
-    m_colors = {Bytes(style.nFontColor), Bytes(style.nOutlineColor)};
+    m_colors = InkColors::Of(style.nFontColor, style.nOutlineColor);
     if (!m_ink.colored.isNull())
         m_picture = Cropped(m_ink.colored, m_ink.ptColored);
     m_ink.colored = QImage();
