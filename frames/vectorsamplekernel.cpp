@@ -40,13 +40,14 @@ using WideTag = hn::CappedTag<std::uint16_t, MeanSamples>;
 template <std::size_t Size, std::size_t Planes, typename Block, typename Offset, typename Draw>
 inline void ForBlocks(const PlaneTarget *planes, const Block *blocks, std::size_t count, Offset offset, Draw draw)
 {
-    // Decoded frames are no longer in the caches, and rows are too far apart for the hardware prefetcher.
+    // Decoded frames are no longer in the caches, and rows are too far apart for the hardware prefetcher. Into the second
+    // cache, as the first has only a few lines under way at a time: on an AMD EPYC, that takes a quarter of the time off.
     constexpr std::size_t Ahead = 48;
     for (std::size_t n = 0; n < count; ++n) {
         std::array<std::uint8_t *, Planes> bytes;
         for (std::size_t plane = 0; plane < Planes; ++plane) {
             if (n + Ahead < count)
-                __builtin_prefetch(planes[plane].Row(blocks[n + Ahead].nRow) + offset(blocks[n + Ahead]), 1);
+                __builtin_prefetch(planes[plane].Row(blocks[n + Ahead].nRow) + offset(blocks[n + Ahead]), 1, 2);
             bytes[plane] = planes[plane].Row(blocks[n].nRow) + offset(blocks[n]);
         }
         const std::ptrdiff_t inRow = planes[0].nRowBytes - offset(blocks[n]);
