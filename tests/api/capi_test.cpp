@@ -211,12 +211,12 @@ TEST_F(CApiTest, FloatingPointEnvironmentOfTheHostMakesNoDifference)
     std::fegetenv(&before);
     std::fesetround(FE_UPWARD);
     std::feclearexcept(FE_ALL_EXCEPT);
-    feenableexcept(FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW);
+    const bool bTraps = feenableexcept(FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW) != -1; // not on all processors
     const std::vector<std::vector<uint8_t>> actual = frames();
     const int nRound = std::fegetround();
     const int nTraps = fegetexcept();
     std::fesetenv(&before);
     EXPECT_TRUE(actual == expected);
     EXPECT_EQ(nRound, FE_UPWARD);
-    EXPECT_EQ(nTraps, FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW);
+    EXPECT_EQ(nTraps, bTraps ? FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW : 0);
 }
