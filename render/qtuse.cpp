@@ -54,7 +54,7 @@ void EndEnd()
  * Called by the C library in rounds over all keys that have values, until none is left. After the first round Qt's
  * destructor has been called.
  */
-void EndAfterFirstRound(void *round)
+void EndAfterFirstRound(void *round) // cppcheck-suppress constParameter; a callback of the C library
 {
     static int second;
     if (round == &second || pthread_setspecific(endKey, &second) != 0)
