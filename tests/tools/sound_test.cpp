@@ -55,20 +55,35 @@ protected:
 
 TEST_F(SoundTest, WhatTheContainerCannotHoldIsEncoded)
 {
-    const std::string strInput = ToneClip("in.mkv", {"-c:a", "pcm_s16le"});
+    const std::string strInput = ToneClip("in.mkv", {"-c:a", "pcm_u8"});
     for (const auto &[strName, strCodec] :
          {std::pair<std::string, std::string>("out.mp4", "aac"), {"out.webm", "opus"}, {"out.ogv", "vorbis"}}) {
         const Outcome outcome = Converted(strInput, strName);
         EXPECT_EQ(outcome.nExit, 0);
         EXPECT_EQ(outcome.strError, "");
         EXPECT_EQ(outcome.strOut, File(strName) + ": stream 1 is encoded as " + strCodec +
-                                      ", as this container cannot hold pcm_s16le\n" + File(strName) +
+                                      ", as this container cannot hold pcm_u8\n" + File(strName) +
                                       ": 50 frames, 17 with a subtitle\n");
         EXPECT_EQ(Probe(File(strName), "stream=codec_name", "a", "csv=p=0").substr(0, strCodec.size()), strCodec);
         EXPECT_EQ(Probe(File(strName), "stream_tags=language", "a:0", "csv=p=0").substr(0, 3), "deu");
         ExpectTone(File(strName));
     }
     EXPECT_EQ(std::stod(Times(File("out.mp4"))), 0);
+}
+
+TEST_F(SoundTest, ChannelsWithoutNamesAreCopiedOrEncoded)
+{
+    // Whether MP4 can hold PCM depends on FFmpeg.
+    const std::string strStereo = ToneClip("stereo.mkv", {"-c:a", "pcm_s16le"});
+    const std::string strNine = Clip("nine.mkv", {"-f", "lavfi", "-i", "color=s=64x64:r=25:d=2", "-f", "lavfi", "-i",
+                                                  "aevalsrc=0|0|0|0|0|0|0|0|0:d=2", "-c:a", "pcm_s16le"});
+    for (const char *pName : {"stereo.mp4", "stereo.mov", "again.mkv"})
+        ExpectTone(Burn(strStereo, pName, {}));
+    EXPECT_EQ(Probe(Burn(strNine, "nine.mov", {}), "stream=codec_name,channels", "a", "csv=p=0"), "pcm_s16le,9\n");
+    const Outcome outcome = Converted(strNine, "nine.mp4");
+    EXPECT_EQ(outcome.nExit, 3);
+    EXPECT_EQ(outcome.strError, "subburn: " + File("nine.mp4") +
+                                    ": the encoder aac does not take the sound or these options: Invalid argument\n");
 }
 
 TEST_F(SoundTest, LosslessSoundAndSeveralChannelsAreEncoded)
@@ -125,12 +140,11 @@ TEST_F(SoundTest, TheCodecCanBeChosen)
 
 TEST_F(SoundTest, NothingIsWrittenWhereNoSoundWouldBeLeft)
 {
-    const std::string strInput = ToneClip("in.mkv", {"-c:a", "pcm_s16le"});
+    const std::string strInput = ToneClip("in.mkv", {"-c:a", "pcm_u8"});
     const Outcome outcome = Converted(strInput, "out.mp4", {"--audio-codec", "copy"});
     EXPECT_EQ(outcome.nExit, 3);
-    EXPECT_EQ(outcome.strError,
-              "subburn: warning: " + File("out.mp4") +
-                  ": left out stream 1 (audio, pcm_s16le), which this container cannot hold\nsubburn: " +
-                  File("out.mp4") + ": no sound would be left (--audio-codec none leaves it out)\n");
+    EXPECT_EQ(outcome.strError, "subburn: warning: " + File("out.mp4") +
+                                    ": left out stream 1 (audio, pcm_u8), which this container cannot hold\nsubburn: " +
+                                    File("out.mp4") + ": no sound would be left (--audio-codec none leaves it out)\n");
     EXPECT_EQ(Names(), (Arguments{"in.mkv", "text.srt"}));
 }

@@ -71,11 +71,24 @@ bool AcceptsHeader(const AVOutputFormat &container, const AVCodecParameters &par
     avformat_alloc_output_context2(&pFormat, &container, nullptr, nullptr);
     const std::unique_ptr<AVFormatContext, FreeMuxer> pTrial(Checked(pFormat));
     AVStream &copy = *Checked(avformat_new_stream(pTrial.get(), nullptr));
-    avcodec_parameters_copy(copy.codecpar, &parameters);
+    CopyParameters(parameters, *copy.codecpar);
     copy.codecpar->codec_tag = 0;
     copy.time_base = timeBase;
     av_dict_copy(&copy.metadata, pTags, 0);
     return avio_open_dyn_buf(&pTrial->pb) >= 0 && avformat_write_header(pTrial.get(), nullptr) >= 0;
+}
+
+bool IsPcm(AVCodecID id)
+{
+    return id >= AV_CODEC_ID_FIRST_AUDIO && id < AV_CODEC_ID_ADPCM_IMA_QT;
+}
+
+/** Whether channels have names, or their number alone gives them some. MP4 fails at its end if PCM has none. */
+bool HasUsualChannels(const AVChannelLayout &channels)
+{
+    AVChannelLayout usual = {};
+    av_channel_layout_default(&usual, channels.nb_channels);
+    return channels.order != AV_CHANNEL_ORDER_UNSPEC || usual.order != AV_CHANNEL_ORDER_UNSPEC;
 }
 
 } // namespace
@@ -161,6 +174,14 @@ AVChannelLayout BestChannels(const AVCodec &codec, int nSource)
     return *pBest;
 }
 
+void CopyParameters(const AVCodecParameters &source, AVCodecParameters &target)
+{
+    if (avcodec_parameters_copy(&target, &source) < 0)
+        throw std::bad_alloc();
+    if (target.ch_layout.order == AV_CHANNEL_ORDER_UNSPEC)
+        av_channel_layout_default(&target.ch_layout, target.ch_layout.nb_channels);
+}
+
 bool CanHoldVideo(const AVOutputFormat &container, AVCodecID id)
 {
     const int nAnswer = avformat_query_codec(&container, id, FF_COMPLIANCE_EXPERIMENTAL);
@@ -193,5 +214,8 @@ bool CanHold(const AVOutputFormat &container, const AVStream &stream)
         return false;
     if (nAnswer < 0 && std::strcmp(container.name, "mpegts") == 0)
         return TransportStreamKnows(parameters.codec_id);
+    if (std::strcmp(container.name, "mp4") == 0 && IsPcm(parameters.codec_id) &&
+        !HasUsualChannels(parameters.ch_layout))
+        return false;
     return AcceptsHeader(container, parameters, stream.time_base, stream.metadata);
 }

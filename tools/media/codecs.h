@@ -32,6 +32,12 @@ int BestSampleRate(const AVCodec &codec, int nSource);
  */
 AVChannelLayout BestChannels(const AVCodec &codec, int nSource);
 
+/**
+ * Copies the parameters of a stream. Channels without names, which Matroska's PCM has, get the usual ones of their
+ * number, since some containers cannot hold them otherwise. @throw std::bad_alloc
+ */
+void CopyParameters(const AVCodecParameters &source, AVCodecParameters &target);
+
 /** Whether a container takes video that is to be encoded with a codec. */
 bool CanHoldVideo(const AVOutputFormat &container, AVCodecID id);
 

@@ -209,8 +209,7 @@ void MediaOutput::AddSound(AVStream &stream, const SoundEncoder &encoder) const
 
 void MediaOutput::AddCopy(AVStream &stream, const AVStream &source) const
 {
-    if (avcodec_parameters_copy(stream.codecpar, source.codecpar) < 0)
-        throw std::bad_alloc();
+    CopyParameters(*source.codecpar, *stream.codecpar);
     stream.codecpar->codec_tag = TagFor(Container(), *source.codecpar);
     stream.time_base = source.time_base;
     stream.sample_aspect_ratio = source.sample_aspect_ratio;
