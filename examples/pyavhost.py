@@ -15,6 +15,7 @@ import sys
 
 import av
 import av.filter
+from av.video.frame import PictureType
 
 
 class SubtitleFrame(ctypes.Structure):
@@ -145,7 +146,7 @@ def transcode(library, options):
                 frames = packet.decode()
                 while frames:
                     frame = burner.burn(frames, milliseconds_of(frames[0], start))
-                    frame.pict_type = "NONE"  # the encoder chooses
+                    frame.pict_type = PictureType.NONE  # the encoder chooses
                     output.mux(encoder.encode(frame))
             output.mux(encoder.encode())
 
