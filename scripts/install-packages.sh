@@ -12,7 +12,7 @@ tools="cmake ninja-build pkg-config
 libraries="qtbase5-dev qtbase5-private-dev
     libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libswresample-dev
     libhwy-dev libuchardet-dev libfontconfig-dev"
-test_tools="ccache bash-completion mandoc zsh mkvtoolnix dvdauthor locales git"
+test_tools="ccache bash-completion mandoc manpages zsh mkvtoolnix dvdauthor locales git"
 case ${1:-} in
 --demo)
     shift

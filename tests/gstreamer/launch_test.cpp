@@ -28,39 +28,41 @@ TEST_F(LaunchTest, InspectShowsElementAndProperties)
     const std::string strFlags =
         "\n                        flags: readable, writable, changeable in NULL, READY, PAUSED or PLAYING state"
         "\n                        ";
-    for (const std::string &strText :
-         {std::string("  Klass                    Filter/Effect/Video\n"),
-          std::string("  Description              Burns the subtitles of a file into video frames\n"),
-          std::string("  License                  MIT/X11\n"),
-          std::string("  Version                  " PLUGIN_VERSION "\n"),
-          std::string("      video/x-raw\n                  width: [ 1, 2147483647 ]\n"),
-          std::string(
-              "                 format: { (string)ABGR, (string)BGRA, (string)ARGB, (string)RGBA, (string)A420, "),
-          "  alpha               : Opacity; counts twice, so that 128 covers a frame by a quarter" + strFlags +
-              "Integer. Range: 0 - 255 Default: 255 \n",
-          "  bold                : Bold text" + strFlags + "Boolean. Default: false\n",
-          "  font-color          : Colour of text, 0xRRGGBB" + strFlags +
-              "Unsigned Integer. Range: 0 - 16777215 Default: 16777215 \n",
-          "  font-family         : Font of text, none for the default font" + strFlags + "String. Default: null\n",
-          "  font-size           : Size of text in points of 4/3 pixels, 0 for a 14th of the frame's height" +
-              strFlags + "Integer. Range: 0 - 2147483647 Default: 0 \n",
-          "  italic              : Italic text" + strFlags + "Boolean. Default: false\n",
-          "  location            : Subtitle file; setting it reads it anew, none shows no subtitles" + strFlags +
-              "String. Default: null\n",
-          "  outline-color       : Colour of the outline of text, 0xRRGGBB; 0 is no outline, 0x010101 the darkest" +
-              strFlags + "Unsigned Integer. Range: 0 - 16777215 Default: 657930 \n",
-          "  pos                 : Centre line of the subtitle, in percent of the frame's height from the top" +
-              strFlags + "Integer. Range: 0 - 100 Default: 85 \n",
-          "  track               : Subtitle track: of a container counted from 0, of an .idx file the number after "
-          "\"index:\"" +
-              strFlags + "Integer. Range: 0 - 2147483647 Default: 0 \n",
-          "  orientation         : How the picture is turned when it is shown; auto is as tags say" + strFlags +
-              "Enum \"GstVideoOrientationMethod\" Default: 8, \"auto\"\n",
-          "  look                : How subtitles look" + strFlags + "Enum \"SubtitleBurnLook\" Default: 0, \"exact\"\n",
-          "  outline-width       : Width of the outline in the natural look, in pixels of a picture of 720 rows" +
-              strFlags + "Double. Range:               0 -              20 Default:               2 \n",
-          "  white-level         : Level of white text on PQ and HLG frames, in cd/m2" + strFlags +
-              "Double. Range:               1 -           10000 Default:             203 \n"})
+    const std::vector<std::string> listTexts = {
+        "  Klass                    Filter/Effect/Video\n",
+        "  Description              Burns the subtitles of a file into video frames\n",
+        "  License                  MIT/X11\n",
+        "  Version                  " PLUGIN_VERSION "\n",
+        "      video/x-raw\n                  width: [ 1, 2147483647 ]\n",
+        "(string)A420",
+        "(string)GRAY8",
+        "(string)P010_10LE",
+        "  alpha               : Opacity; counts twice, so that 128 covers a frame by a quarter" + strFlags +
+            "Integer. Range: 0 - 255 Default: 255 \n",
+        "  bold                : Bold text" + strFlags + "Boolean. Default: false\n",
+        "  font-color          : Colour of text, 0xRRGGBB" + strFlags +
+            "Unsigned Integer. Range: 0 - 16777215 Default: 16777215 \n",
+        "  font-family         : Font of text, none for the default font" + strFlags + "String. Default: null\n",
+        "  font-size           : Size of text in points of 4/3 pixels, 0 for a 14th of the frame's height" + strFlags +
+            "Integer. Range: 0 - 2147483647 Default: 0 \n",
+        "  italic              : Italic text" + strFlags + "Boolean. Default: false\n",
+        "  location            : Subtitle file; setting it reads it anew, none shows no subtitles" + strFlags +
+            "String. Default: null\n",
+        "  outline-color       : Colour of the outline of text, 0xRRGGBB; 0 is no outline, 0x010101 the darkest" +
+            strFlags + "Unsigned Integer. Range: 0 - 16777215 Default: 657930 \n",
+        "  pos                 : Centre line of the subtitle, in percent of the frame's height from the top" +
+            strFlags + "Integer. Range: 0 - 100 Default: 85 \n",
+        "  track               : Subtitle track: of a container counted from 0, of an .idx file the number after "
+        "\"index:\"" +
+            strFlags + "Integer. Range: 0 - 2147483647 Default: 0 \n",
+        "  orientation         : How the picture is turned when it is shown; auto is as tags say" + strFlags +
+            "Enum \"GstVideoOrientationMethod\" Default: 8, \"auto\"\n",
+        "  look                : How subtitles look" + strFlags + "Enum \"SubtitleBurnLook\" Default: 0, \"exact\"\n",
+        "  outline-width       : Width of the outline in the natural look, in pixels of a picture of 720 rows" +
+            strFlags + "Double. Range:               0 -              20 Default:               2 \n",
+        "  white-level         : Level of white text on PQ and HLG frames, in cd/m2" + strFlags +
+            "Double. Range:               1 -           10000 Default:             203 \n"};
+    for (const std::string &strText : listTexts)
         EXPECT_NE(outcome.strOut.find(strText), std::string::npos) << strText << "is not in\n" << outcome.strOut;
 }
 

@@ -19,6 +19,7 @@ namespace
 struct Case {
     const char *pName;
     const char *pPixels;
+    const char *pTags;    ///< the clip's tags; its frames have them, since newer FFmpegs ignore an encoder's
     Arguments listInput;  ///< how FFmpeg encodes the clip
     Arguments listOutput; ///< subburn's options
     SubtitleFrame tags;   ///< colour and field tags of its frames
@@ -77,47 +78,46 @@ SubtitleFrame Tags(
     return tags;
 }
 
-Arguments Tagged(const char *pMatrix, const char *pRange)
-{
-    return {"-c:v", "ffv1", "-colorspace", pMatrix, "-color_range", pRange};
-}
+const Arguments ToFfv1 = {"-c:v", "ffv1"};
 
 const Case Cases[] = {
-    {"Yuv420", "yuv420p", Tagged("smpte170m", "tv"), Lossless, Tags(AVCOL_SPC_SMPTE170M, AVCOL_RANGE_MPEG)},
-    {"Untagged", "yuv420p", {"-c:v", "ffv1"}, Lossless, Tags(AVCOL_SPC_UNSPECIFIED, AVCOL_RANGE_UNSPECIFIED)},
-    {"Faint", "yuv420p", Tagged("bt709", "tv"), Faint, Tags(AVCOL_SPC_BT709, AVCOL_RANGE_MPEG)},
-    {"FullRange422", "yuv422p", Tagged("bt709", "pc"), Lossless, Tags(AVCOL_SPC_BT709, AVCOL_RANGE_JPEG)},
-    {"Alpha", "yuva420p", Tagged("bt709", "tv"), Faint, Tags(AVCOL_SPC_BT709, AVCOL_RANGE_MPEG)},
-    {"Rgb", "bgra", {"-c:v", "ffv1"}, Faint, Tags(AVCOL_SPC_RGB, AVCOL_RANGE_JPEG)},
+    {"Yuv420", "yuv420p", "colorspace=smpte170m:range=tv", ToFfv1, Lossless,
+     Tags(AVCOL_SPC_SMPTE170M, AVCOL_RANGE_MPEG)},
+    {"Untagged", "yuv420p", "", ToFfv1, Lossless, Tags(AVCOL_SPC_UNSPECIFIED, AVCOL_RANGE_UNSPECIFIED)},
+    {"Faint", "yuv420p", "colorspace=bt709:range=tv", ToFfv1, Faint, Tags(AVCOL_SPC_BT709, AVCOL_RANGE_MPEG)},
+    {"FullRange422",
+     "yuv422p",
+     "colorspace=bt709:range=pc",
+     {"-c:v", "ffv1", "-color_range", "pc"},
+     Lossless,
+     Tags(AVCOL_SPC_BT709, AVCOL_RANGE_JPEG)},
+    {"Alpha", "yuva420p", "colorspace=bt709:range=tv", ToFfv1, Faint, Tags(AVCOL_SPC_BT709, AVCOL_RANGE_MPEG)},
+    {"Rgb", "bgra", "", ToFfv1, Faint, Tags(AVCOL_SPC_RGB, AVCOL_RANGE_JPEG)},
     {"TopLeft",
      "yuv420p",
-     {"-c:v", "libx264", "-preset", "ultrafast", "-chroma_sample_location", "topleft", "-colorspace", "bt709"},
+     "colorspace=bt709",
+     {"-c:v", "libx264", "-preset", "ultrafast", "-bsf:v", "h264_metadata=chroma_sample_loc_type=2"},
      LosslessX264,
      Tags(AVCOL_SPC_BT709, AVCOL_RANGE_UNSPECIFIED,
           [](SubtitleFrame &tags) { tags.chroma_location = AVCHROMA_LOC_TOPLEFT; })},
     {"Fields",
      "yuv420p",
-     {"-c:v", "libx264", "-preset", "ultrafast", "-flags", "+ildct+ilme", "-x264opts", "tff=1", "-vf", "setfield=tff",
-      "-colorspace", "bt709"},
+     "colorspace=bt709:field_mode=tff",
+     {"-c:v", "libx264", "-preset", "ultrafast", "-flags", "+ildct+ilme", "-x264opts", "tff=1"},
      LosslessX264,
      Tags(AVCOL_SPC_BT709, AVCOL_RANGE_UNSPECIFIED, [](SubtitleFrame &tags) { tags.interlaced = 1; })},
-    {"HighDynamicRange",
-     "yuv420p10le",
-     {"-c:v", "ffv1", "-colorspace", "bt2020nc", "-color_range", "tv", "-color_trc", "smpte2084", "-color_primaries",
-      "bt2020"},
-     Lossless,
+    {"HighDynamicRange", "yuv420p10le", "colorspace=bt2020nc:range=tv:color_trc=smpte2084:color_primaries=bt2020",
+     ToFfv1, Lossless,
      Tags(AVCOL_SPC_BT2020_NCL, AVCOL_RANGE_MPEG,
           [](SubtitleFrame &tags) {
               tags.color_trc = AVCOL_TRC_SMPTE2084;
               tags.color_primaries = AVCOL_PRI_BT2020;
           })},
     // Values that the library does not know count as unspecified.
-    {"UnknownMatrix", "yuv444p", Tagged("ycgco", "tv"), Lossless, Tags(AVCOL_SPC_UNSPECIFIED, AVCOL_RANGE_MPEG)},
-    {"UnknownPrimaries",
-     "yuv422p10le",
-     {"-c:v", "ffv1", "-colorspace", "bt2020nc", "-color_range", "tv", "-color_trc", "smpte2084", "-color_primaries",
-      "smpte431"},
-     Lossless,
+    {"UnknownMatrix", "yuv444p", "colorspace=ycgco:range=tv", ToFfv1, Lossless,
+     Tags(AVCOL_SPC_UNSPECIFIED, AVCOL_RANGE_MPEG)},
+    {"UnknownPrimaries", "yuv422p10le", "colorspace=bt2020nc:range=tv:color_trc=smpte2084:color_primaries=smpte431",
+     ToFfv1, Lossless,
      Tags(AVCOL_SPC_BT2020_NCL, AVCOL_RANGE_MPEG, [](SubtitleFrame &tags) { tags.color_trc = AVCOL_TRC_SMPTE2084; })},
 };
 
@@ -126,7 +126,8 @@ const Case Cases[] = {
 TEST_P(ExactTest, FramesAreThoseThatTheLibraryBurns)
 {
     const Case &c = GetParam();
-    Arguments listArguments = {"-f", "lavfi", "-i", "testsrc2=s=322x180:r=25:d=2", "-pix_fmt", c.pPixels};
+    const std::string strFilter = "format=" + std::string(c.pPixels) + ",setparams=";
+    Arguments listArguments = {"-f", "lavfi", "-i", "testsrc2=s=322x180:r=25:d=2", "-vf", strFilter + c.pTags};
     listArguments.insert(listArguments.end(), c.listInput.begin(), c.listInput.end());
     const std::string strInput = Clip("in.mkv", listArguments);
     Arguments listOptions = c.listOutput;

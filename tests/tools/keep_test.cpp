@@ -255,8 +255,9 @@ TEST_F(KeepTest, TheLastPictureOfASlideShowIsNoMissingEnd)
 {
     // Only the DURATION tag in Matroska includes the four seconds of the last picture.
     const std::string strInput =
-        Clip("in.mkv", {"-f", "lavfi", "-i", "color=s=64x64:r=1:d=4,setpts='if(eq(N,3),6,N)/TB'", "-fps_mode", "vfr",
-                        "-c:v", "mpeg4", "-bsf:v", "setts=duration='if(eq(N,3),4000,DURATION)'"});
+        Clip("in.mkv",
+             {"-f", "lavfi", "-i", "color=s=64x64:r=1:d=4,setpts='if(eq(N,3),6,N)/TB'", "-fps_mode", "vfr",
+              "-enc_time_base", "1:1000", "-c:v", "mpeg4", "-bsf:v", "setts=duration='if(eq(N,3),4000,DURATION)'"});
     m_strSubtitles = m_folder.Write("slides.srt", "1\n00:00:00,900 --> 00:00:02,500\nHello\n\n");
     EXPECT_EQ(Probe(strInput, "stream_tags=DURATION", "v", "csv=p=0").substr(0, 11), "00:00:10.00");
     Burn(strInput, "out.mkv", {"--preset", "ultrafast"});

@@ -63,8 +63,8 @@ TEST_P(TurnTest, TheSubtitleStandsUpright)
 
 TEST_F(UprightTest, ContainersThatCannotTurnGetThePicturesTurned)
 {
-    const std::string strInput =
-        Clip("in.mp4", {"-i", GrayClip("stored.mp4", 320, 180), "-c", "copy", "-metadata:s:v:0", "rotate=90"});
+    const std::string strInput = GrayClip("in.mp4", 320, 180);
+    TurnFilm(strInput, 90);
     for (const char *pName : {"out.mkv", "out.avi"}) {
         Arguments listArguments = {"--font", "DejaVu Sans", strInput, File(pName)};
         listArguments.insert(listArguments.end(), m_listLossless.begin(), m_listLossless.end());
