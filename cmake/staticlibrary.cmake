@@ -14,8 +14,9 @@ list(TRANSFORM static_qt_components PREPEND Qt${SUBTITLE_QT}:: OUTPUT_VARIABLE s
 list(TRANSFORM static_qt_components PREPEND -lQt${SUBTITLE_QT} OUTPUT_VARIABLE static_qt_flags)
 list(REVERSE static_qt_flags) # archives before what they need
 if(SUBTITLE_QT EQUAL 5)
-  list(APPEND static_qt_flags -lfontconfig -lfreetype)
+  list(APPEND static_qt_flags -lfontconfig)
 endif()
+list(APPEND static_qt_flags -lfreetype)
 list(JOIN static_qt_flags " " static_qt_flags)
 list(JOIN FFMPEG_LDFLAGS " " static_ffmpeg_flags)
 
@@ -49,6 +50,6 @@ function(subtitle_static_library name)
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/${name} COMPONENT static ${static_everywhere})
 endfunction()
 
-subtitle_static_library(subtitle ${static_qt_targets} PkgConfig::SUBTITLE_FFMPEG hwy::hwy ${CMAKE_DL_LIBS})
+subtitle_static_library(subtitle ${static_qt_targets} Freetype::Freetype PkgConfig::SUBTITLE_FFMPEG hwy::hwy ${CMAKE_DL_LIBS})
 subtitle_static_library(subtitleframe PkgConfig::SUBTITLE_FFMPEG hwy::hwy)
 target_link_libraries(subtitleframe_archive PUBLIC subtitle_archive)

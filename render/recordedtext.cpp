@@ -8,11 +8,15 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <ft2build.h>
 #include <limits>
 #include <private/qbezier_p.h>
 #include <private/qfontengine_p.h>
 #include <private/qtextengine_p.h>
 #include <tuple>
+#include <utility>
+
+#include FT_FREETYPE_H
 
 namespace
 {
@@ -27,6 +31,29 @@ int GreatestAskedFor()
 {
     static const qint64 set = std::abs(qint64{qEnvironmentVariableIntValue("QT_MAX_CACHED_GLYPH_SIZE")});
     return set > 0 ? static_cast<int>(std::min<qint64>(set, std::numeric_limits<int>::max())) : GreatestImage;
+}
+
+/**
+ * Whether text is so small that Qt must not be asked for glyph images: FreeType 2.14 cannot rasterise some glyphs of
+ * one to three pixels, and Qt then reads from a null pointer.
+ */
+bool IsTooSmallForImages(double pixelSize)
+{
+    constexpr double Safe = 8;
+    if (pixelSize >= Safe)
+        return false;
+    static const bool isFreeTypeFaulty = [] {
+        FT_Library library = nullptr;
+        if (FT_Init_FreeType(&library) != 0)
+            return true;
+        FT_Int major = 0;
+        FT_Int minor = 0;
+        FT_Int patch = 0;
+        FT_Library_Version(library, &major, &minor, &patch);
+        FT_Done_FreeType(library);
+        return std::make_pair(major, minor) >= std::make_pair(2, 14);
+    }();
+    return isFreeTypeFaulty;
 }
 
 class RecordingEngine : public QPaintEngine
@@ -215,8 +242,9 @@ GlyphSource GlyphRun::Source() const
     if (font.type() != QFontEngine::Freetype || font.glyphFormat == QFontEngine::Format_ARGB ||
         font.fontDef.pixelSize > GreatestSize)
         return GlyphSource::Unknown;
-    return font.fontDef.pixelSize > std::min(GreatestImage, GreatestAskedFor()) ? GlyphSource::Path
-                                                                                : GlyphSource::Image;
+    const bool isPath = font.fontDef.pixelSize > std::min(GreatestImage, GreatestAskedFor()) ||
+                        IsTooSmallForImages(font.fontDef.pixelSize);
+    return isPath ? GlyphSource::Path : GlyphSource::Image;
 }
 
 bool GlyphRun::IsRightToLeft() const
@@ -301,7 +329,8 @@ void GlyphRun::Draw(QPainter &painter, const QPoint &offset) const
         return;
     QFontEngine &font = *m_pItem->pFont;
     const double size = font.fontDef.pixelSize;
-    if (size <= GreatestImage || size > GreatestAskedFor() || font.glyphFormat == QFontEngine::Format_ARGB) {
+    const bool lacksImages = (size > GreatestImage && size <= GreatestAskedFor()) || IsTooSmallForImages(size);
+    if (!lacksImages || font.glyphFormat == QFontEngine::Format_ARGB) {
         QTextItemInt item;
         item.flags = m_pItem->flags;
         item.glyphs = m_pItem->layout;
@@ -309,7 +338,7 @@ void GlyphRun::Draw(QPainter &painter, const QPoint &offset) const
         painter.drawTextItem(m_position + offset, item);
         return;
     }
-    // QPainter would ask for an image, get none and draw nothing.
+    // QPainter would ask for an image, get none and draw nothing, or crash.
     QVarLengthArray<glyph_t> glyphs;
     QVarLengthArray<QFixedPoint> places;
     m_pItem->Place(m_position + offset, glyphs, places);

@@ -11,7 +11,7 @@ tools="cmake ninja-build pkg-config
     libcli11-dev ffmpeg"
 libraries="qtbase5-dev qtbase5-private-dev
     libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libswresample-dev
-    libhwy-dev libuchardet-dev libfontconfig-dev"
+    libhwy-dev libuchardet-dev libfontconfig-dev libfreetype-dev"
 test_tools="ccache bash-completion mandoc manpages zsh mkvtoolnix dvdauthor locales git"
 case ${1:-} in
 --demo)

@@ -71,6 +71,26 @@ TEST(TextPainter, PaintsAsTheSingleDrawsAboveAndBelowTheGlyphCachesLimit)
     }
 }
 
+TEST(TextPainter, PaintsTinyTextOfAnyGlyphs)
+{
+    for (const char *family : {"DejaVu Sans", "DejaVu Serif", "DejaVu Sans Mono"}) {
+        for (const int pixelSize : {1, 2, 3, 7}) {
+            QFont font(QString::fromLatin1(family));
+            font.setPixelSize(pixelSize);
+            TextStyle style = Style(font, {pixelSize == 3, false});
+            for (ushort first = 0x20; first < 0x2800; first += 0x200) {
+                QString text;
+                for (ushort n = 0; n < 0x200; ++n)
+                    text += QChar(static_cast<ushort>(first + n));
+                style.bOutline = !style.bOutline;
+                EXPECT_EQ(PaintText(style, 3000, 40, text).image.size(), QSize(3000, 40));
+            }
+        }
+    }
+    const QImage image = PaintText(Style(TestFont(2)), 100, 10, QStringLiteral("MMM")).image;
+    EXPECT_NE(image, CreateTextCanvas(100, 10));
+}
+
 // Some of these glyphs differ in a pixel when they are drawn two pixels further to the right.
 TEST(TextPainter, PaintsAsTheSingleDrawsWherePathsAreRoundedFromPlaceToPlace)
 {
