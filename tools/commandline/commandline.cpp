@@ -44,12 +44,40 @@ Exit codes:
     4  the library cannot be loaded
   130  stopped by Ctrl-C or another signal)";
 
-class HelpFormatter : public CLI::Formatter
+/** The whole layout of the help: CLI11's own differs from version to version. */
+class HelpFormatter : public CLI::FormatterBase
 {
 public:
-    HelpFormatter() { column_width(32); }
+    std::string make_help(const CLI::App *pApp, std::string /*strName*/, CLI::AppFormatMode /*mode*/) const override
+    {
+        std::string strHelp = pApp->get_description() + "\n" + UsageText + "\nPositionals:\n";
+        for (const CLI::Option *pOption : pApp->get_options(&CLI::Option::get_positional))
+            strHelp += Line(pOption->get_name(true), pOption->get_description());
+        for (const std::string &strGroup : pApp->get_groups()) {
+            strHelp += "\n" + strGroup + ":\n";
+            const auto IsListed = [&](const CLI::Option *pOption) {
+                return pOption->nonpositional() && pOption->get_group() == strGroup;
+            };
+            for (const CLI::Option *pOption : pApp->get_options(IsListed)) {
+                const std::string &strValue = pOption->get_option_text();
+                strHelp += Line(pOption->get_name(false, true) + (strValue.empty() ? "" : " " + strValue),
+                                pOption->get_description());
+            }
+        }
+        return strHelp + "\n" + Footer + "\n";
+    }
 
-    std::string make_usage(const CLI::App * /*pApp*/, std::string /*strName*/) const override { return UsageText; }
+private:
+    static std::string Line(const std::string &strName, const std::string &strDescription)
+    {
+        constexpr size_t Column = 32;
+        const std::string strIndent = "\n" + std::string(Column, ' ');
+        std::string strLine = "  " + strName;
+        strLine += strLine.size() < Column ? std::string(Column - strLine.size(), ' ') : strIndent;
+        for (const char c : strDescription)
+            strLine += c == '\n' ? strIndent : std::string(1, c);
+        return strLine + "\n";
+    }
 };
 
 std::string VersionText()
@@ -62,21 +90,12 @@ bool EndsInPng(const std::string &strFile)
     return strcasecmp(std::filesystem::path(strFile).extension().c_str(), ".png") == 0;
 }
 
-/** The formatter separates groups by two blank lines; one is enough. */
-std::string HelpText(const CLI::App &app)
-{
-    std::string strText = app.help();
-    for (size_t n = strText.find("\n\n\n"); n != std::string::npos; n = strText.find("\n\n\n", n))
-        strText.erase(n, 1);
-    return strText;
-}
-
 } // namespace
 
 CommandLine::CommandLine() : m_app("Burns subtitles into a video.", "subburn")
 {
     m_app.formatter(std::make_shared<HelpFormatter>());
-    m_app.footer(Footer);
+    m_app.option_defaults()->group("Options");
     m_app.set_help_flag("-h,--help", "Print this text and exit");
     m_app.set_version_flag("--version", VersionText(), "Print the versions of subburn and FFmpeg and exit");
     m_app.add_flag("--quiet", m_options.bQuiet, "Print nothing but warnings and errors");
@@ -319,7 +338,7 @@ std::optional<Options> CommandLine::Parse(int nArguments, const char *const *pAr
     try {
         m_app.parse(nArguments, pArguments);
     } catch (const CLI::CallForHelp &) {
-        std::cout << HelpText(m_app);
+        std::cout << m_app.help();
         return std::nullopt;
     } catch (const CLI::CallForVersion &version) {
         std::cout << version.what() << '\n';
