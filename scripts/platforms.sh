@@ -40,6 +40,8 @@ make_root() {
         echo "debootstrap failed: $(tail -n 1 "$root.log")"
         return 1
     fi
+    # A mirror may be a snapshot.
+    echo 'Acquire::Check-Valid-Until "false";' >"$root.new/etc/apt/apt.conf.d/90snapshot"
     mv "$root.new" "$root"
 }
 
