@@ -14,7 +14,7 @@ namespace
 
 constexpr std::array<f0r_param_info_t, static_cast<std::size_t>(Parameter::Count)> Infos = {{
     {"location", F0R_PARAM_STRING, "Subtitle file; none shows no subtitles"},
-    {"milliseconds", F0R_PARAM_BOOL, "The host counts time in milliseconds, as FFmpeg does, and not in seconds"},
+    {"milliseconds", F0R_PARAM_BOOL, "The host counts time in milliseconds, as FFmpeg 7 does, and not in seconds"},
     {"subtitle-track", F0R_PARAM_STRING,
      "Subtitle track: of a container counted from 0, of an .idx file the number after \"index:\""},
     {"alpha", F0R_PARAM_DOUBLE, "Opacity; counts twice, so that 0.5 covers a frame by a quarter"},

@@ -1,4 +1,8 @@
 // Hosts of frei0r plugins find this one; their output is what the library draws.
+extern "C" {
+#include <libavfilter/version.h>
+}
+
 #include "directburn.h"
 #include "frei0rtest.h"
 
@@ -11,6 +15,9 @@ namespace
 {
 
 constexpr int Frames = 40;
+
+/** The parameter for FFmpeg's unit of time. */
+const std::string TimeFlag = LIBAVFILTER_VERSION_MAJOR < 12 ? "|y" : "|n";
 
 class HostsOfFrei0rTest : public Frei0rTest
 {
@@ -119,15 +126,15 @@ void SetAll(void *p)
 
 TEST_F(HostsOfFrei0rTest, FfmpegBurnsEveryFrameAtItsTime)
 {
-    ExpectFilm(Ffmpeg(m_strSubtitles + "|y"), false, AtTwentyFive);
-    ExpectFilm(Ffmpeg(m_strSubtitles + "|y", "30000/1001"), false,
+    ExpectFilm(Ffmpeg(m_strSubtitles + TimeFlag), false, AtTwentyFive);
+    ExpectFilm(Ffmpeg(m_strSubtitles + TimeFlag, "30000/1001"), false,
                [](int n) { return (n * 2002000L + 30000) / 60000; });
 }
 
 TEST_F(HostsOfFrei0rTest, FfmpegSetsAllParameters)
 {
     ExpectFilm(
-        Ffmpeg(m_strSubtitles + "|y|0|0.8|0.3|DejaVu Serif|0.1|y|y|gold|0x102030|-0.2"), false,
+        Ffmpeg(m_strSubtitles + TimeFlag + "|0|0.8|0.3|DejaVu Serif|0.1|y|y|gold|0x102030|-0.2"), false,
         [](int n) { return std::max(0L, 40L * n - 200); }, SetAll);
 }
 
@@ -136,12 +143,12 @@ TEST_F(HostsOfFrei0rTest, FfmpegTakesAnyName)
     m_strSubtitles =
         m_folder.Write("it's: a [file], with | and \\ ; 字幕.srt", "1\n00:00:00,400 --> 00:00:00,800\nHello\n\n"
                                                                    "2\n00:00:01,200 --> 00:00:01,400\nTwo\nlines\n\n");
-    ExpectFilm(Ffmpeg(Escaped(m_strSubtitles) + "|y"), false, AtTwentyFive);
+    ExpectFilm(Ffmpeg(Escaped(m_strSubtitles) + TimeFlag), false, AtTwentyFive);
 }
 
 TEST_F(HostsOfFrei0rTest, FfmpegContinuesWithoutAFile)
 {
-    EXPECT_TRUE(Ffmpeg(File("none.srt") + "|y") == Film(false));
+    EXPECT_TRUE(Ffmpeg(File("none.srt") + TimeFlag) == Film(false));
 }
 
 TEST_F(HostsOfFrei0rTest, MeltBurnsEveryFrameAtItsTime)

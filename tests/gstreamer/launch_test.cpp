@@ -33,7 +33,7 @@ TEST_F(LaunchTest, InspectShowsElementAndProperties)
         "  Description              Burns the subtitles of a file into video frames\n",
         "  License                  MIT/X11\n",
         "  Version                  " PLUGIN_VERSION "\n",
-        "      video/x-raw\n                  width: [ 1, 2147483647 ]\n",
+        "      video/x-raw",
         "(string)A420",
         "(string)GRAY8",
         "(string)P010_10LE",

@@ -228,8 +228,10 @@ check_frei0r() {
     local film=(ffmpeg -nostdin -v error -f lavfi -i "color=0x646464:s=320x180:r=2/3,format=rgba" -frames:v 2)
     burn_with_host "$work/expected"
     "${film[@]}" -f rawvideo -pix_fmt rgb24 "$work/plain"
+    local milliseconds=y
+    [ "$(ffmpeg -version | sed -n 's/^libavfilter *\([0-9]*\)\..*/\1/p')" -lt 12 ] || milliseconds=n
     FREI0R_PATH=$STAGE/all$FREI0RDIR LD_LIBRARY_PATH=$STAGE/all$LIBDIR "${film[@]}" \
-        -vf "frei0r=filter_name=subtitleburn:filter_params=$work/text.srt|y" -f rawvideo -pix_fmt rgb24 "$work/frames"
+        -vf "frei0r=filter_name=subtitleburn:filter_params=$work/text.srt|$milliseconds" -f rawvideo -pix_fmt rgb24 "$work/frames"
     cmp <(cat <(head -c $((320 * 180 * 3)) "$work/plain") "$work/expected") "$work/frames"
 }
 
