@@ -5,11 +5,21 @@
 
 #include <QPainter>
 
+#include <ft2build.h>
+
+#include FT_FREETYPE_H
+
 struct PlainText {
     QImage image;
     QRect rcText;
     int nTextHeight;
 };
+
+/** Whether Qt paints all glyphs of a font; with FreeType 2.14 it crashes on some below eight pixels. */
+inline bool QtPaints(const QFont &font)
+{
+    return FREETYPE_MAJOR * 100 + FREETYPE_MINOR < 214 || font.pixelSize() >= 8 || font.pointSize() >= 6;
+}
 
 /** Paints text with 20 draws for the outline and one for the text: slow, but as plain as possible. */
 inline PlainText PaintTextPlainly(const TextStyle &style, int width, int height, const QString &text)

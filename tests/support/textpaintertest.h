@@ -5,10 +5,7 @@
 #include "support/fonts.h"
 #include "support/paintoracle.h"
 
-#include <ft2build.h>
 #include <gtest/gtest.h>
-
-#include FT_FREETYPE_H
 
 struct Look {
     bool bBold;
@@ -29,12 +26,6 @@ inline PlainText PaintText(const TextStyle &style, int width, int height, const 
     static TextPainter painter;
     const PaintedText painted = painter.Paint(style, width, height, text);
     return {MakeImage(painted, style, width, height), painted.rcText, painted.nTextHeight};
-}
-
-/** Whether Qt paints all glyphs of a font; with FreeType 2.14 it crashes on some below eight pixels. */
-inline bool QtPaints(const QFont &font)
-{
-    return FREETYPE_MAJOR * 100 + FREETYPE_MINOR < 214 || font.pixelSize() >= 8 || font.pointSize() >= 6;
 }
 
 inline void ExpectAsPlain(const TextStyle &style, const QSize &size, const QString &text)
