@@ -226,9 +226,8 @@ TEST_F(FailureTest, SignalsThatEndAProcessLeaveNothing)
         "in.mkv", {"-f", "lavfi", "-i", "testsrc2=s=640x360:r=25:d=20", "-c:v", "libx264", "-preset", "ultrafast"});
     for (int nSignal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGALRM, SIGVTALRM, SIGPROF, SIGUSR1, SIGUSR2, SIGXCPU, SIGIO,
                         SIGPWR, SIGSTKFLT, SIGRTMIN, SIGRTMAX}) {
-        // The tests may have been started with ignored signals, as by nohup.
-        ChildProcess process({"env", "--default-signal", SUBBURN_PROGRAM, "--subtitles", m_strSubtitles, "--preset",
-                              "veryslow", strInput, File("out.mp4")});
+        ChildProcess process(
+            {SUBBURN_PROGRAM, "--subtitles", m_strSubtitles, "--preset", "veryslow", strInput, File("out.mp4")});
         for (int n = 0; n < 500 && Names().size() < 3; ++n)
             std::this_thread::sleep_for(std::chrono::milliseconds(10));
         EXPECT_EQ(Names().size(), 3U);
