@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cmath>
+#include <sstream>
 
 using namespace std::string_literals;
 
@@ -25,11 +26,22 @@ std::array<int, 4> Alpha(const AssParserPeer &peer)
     return {alpha[0], alpha[1], alpha[2], alpha[3]};
 }
 
-QRect Coordinates(int left, int top, int right, int bottom)
+/** Members of a style that all layouts have, in words. The margin is left, top, right, bottom. */
+std::string Style(const AssParserPeer &peer)
 {
-    QRect rect;
-    rect.setCoords(left, top, right, bottom);
-    return rect;
+    std::ostringstream text;
+    text << peer.FontName().toStdString() << ' ' << peer.FontSize() << "; colors" << std::hex;
+    for (int color : peer.Colors())
+        text << ' ' << color;
+    text << std::dec << "; alpha";
+    for (int alpha : Alpha(peer))
+        text << ' ' << alpha;
+    text << "; bold " << peer.Bold() << ", italic " << peer.Italic() << "; border " << peer.BorderStyle()
+         << ", outline " << peer.Outline() << ", shadow " << peer.Shadow() << "; alignment " << peer.Alignment();
+    const QRect margin = peer.Margin();
+    text << "; margin " << margin.left() << ' ' << margin.top() << ' ' << margin.right() << ' ' << margin.bottom()
+         << "; charset " << peer.Charset();
+    return text.str();
 }
 
 /** A line of version 3 with these fields after the italic one. */
@@ -59,58 +71,24 @@ TEST_F(AssStyleTest, NewestLayout)
     Open(
         "[V4+ Styles]\nStyle: *Name, My Font ,20.5,&H01000004,&H02000005,&H7F000006,&H00ABCDEF,-1,1,0,-1,90.5,110,2.25,"
         "-45.5,3,1.5,2.5,8,11,12,13,204\n");
-    EXPECT_EQ(m_peer.FontName().toStdString(), "My Font ");
-    EXPECT_EQ(m_peer.FontSize(), 20.5);
-    EXPECT_EQ(m_peer.Colors(), (std::array<int, 4>{4, 5, 6, 0xABCDEF}));
-    EXPECT_EQ(Alpha(m_peer), (std::array<int, 4>{1, 2, 0x7F, 0}));
-    EXPECT_EQ(m_peer.Bold(), -1);
-    EXPECT_EQ(m_peer.Italic(), 1);
-    EXPECT_EQ(m_peer.Underline(), 0);
-    EXPECT_EQ(m_peer.StrikeOut(), 1);
-    EXPECT_EQ(m_peer.ScaleX(), 90.5);
-    EXPECT_EQ(m_peer.ScaleY(), 110.0);
-    EXPECT_EQ(m_peer.Spacing(), 2.25);
-    EXPECT_EQ(m_peer.AngleZ(), -45.5);
-    EXPECT_EQ(m_peer.BorderStyle(), 1);
-    EXPECT_EQ(m_peer.Outline(), 1.5);
-    EXPECT_EQ(m_peer.Shadow(), 2.5);
-    EXPECT_EQ(m_peer.Alignment(), 8);
-    EXPECT_EQ(m_peer.Margin(), Coordinates(11, 13, 12, 13));
-    EXPECT_EQ(m_peer.Charset(), 204);
+    EXPECT_EQ(Style(m_peer), "My Font  20.5; colors 4 5 6 abcdef; alpha 1 2 127 0; bold -1, italic 1; "
+                             "border 1, outline 1.5, shadow 2.5; alignment 8; margin 11 13 12 13; charset 204");
+    EXPECT_EQ(NewerMembers(m_peer), (std::vector<double>{0, 1, 90.5, 110, 2.25, -45.5}));
     EXPECT_TRUE(m_peer.Reserved().isNull());
 }
 
 TEST_F(AssStyleTest, MiddleLayout)
 {
     Open("[V4 Styles]\nStyle: Name,My Font,20.5,&H01000004,5,6,&HABCDEF,700,-1,3,1.5,2.5,6,11,12,13,100,204\n");
-    EXPECT_EQ(m_peer.FontName().toStdString(), "My Font");
-    EXPECT_EQ(m_peer.FontSize(), 20.5);
-    EXPECT_EQ(m_peer.Colors(), (std::array<int, 4>{0x1000004, 5, 0xABCDEF, 0xABCDEF}));
-    EXPECT_EQ(Alpha(m_peer), (std::array<int, 4>{100, 100, 100, 128}));
-    EXPECT_EQ(m_peer.Bold(), 700);
-    EXPECT_EQ(m_peer.Italic(), 1);
-    EXPECT_EQ(m_peer.BorderStyle(), 1);
-    EXPECT_EQ(m_peer.Outline(), 1.5);
-    EXPECT_EQ(m_peer.Shadow(), 2.5);
-    EXPECT_EQ(m_peer.Alignment(), 8);
-    EXPECT_EQ(m_peer.Margin(), Coordinates(11, 13, 12, 13));
-    EXPECT_EQ(m_peer.Charset(), 204);
+    EXPECT_EQ(Style(m_peer), "My Font 20.5; colors 1000004 5 abcdef abcdef; alpha 100 100 100 128; bold 700, italic 1; "
+                             "border 1, outline 1.5, shadow 2.5; alignment 8; margin 11 13 12 13; charset 204");
 }
 
 TEST_F(AssStyleTest, OldestLayout)
 {
     Open("Style: Name,My Font,20.5,4,5,6,7,0,0,1.5,2.5,11,21,22,23,100,204\n");
-    EXPECT_EQ(m_peer.FontSize(), 20.5);
-    EXPECT_EQ(m_peer.Colors(), (std::array<int, 4>{4, 5, 7, 7}));
-    EXPECT_EQ(Alpha(m_peer), (std::array<int, 4>{100, 100, 100, 128}));
-    EXPECT_EQ(m_peer.Bold(), 0);
-    EXPECT_EQ(m_peer.Italic(), 0);
-    EXPECT_EQ(m_peer.BorderStyle(), 0);
-    EXPECT_EQ(m_peer.Outline(), 1.5);
-    EXPECT_EQ(m_peer.Shadow(), 2.5);
-    EXPECT_EQ(m_peer.Alignment(), 6);
-    EXPECT_EQ(m_peer.Margin(), Coordinates(21, 23, 22, 23));
-    EXPECT_EQ(m_peer.Charset(), 204);
+    EXPECT_EQ(Style(m_peer), "My Font 20.5; colors 4 5 7 7; alpha 100 100 100 128; bold 0, italic 0; "
+                             "border 0, outline 1.5, shadow 2.5; alignment 6; margin 21 23 22 23; charset 204");
 }
 
 TEST_F(AssStyleTest, OldLayoutsLeaveWhatOnlyTheNewestHas)
@@ -135,36 +113,17 @@ TEST_F(AssStyleTest, LastStyleCounts)
 {
     Open("[V4+ Styles]\nStyle: A,First,1,1,1,1,1,1,1,1,1,1,1,1,1,3,1,1,1,1,1,1,1\n"
          "Style: B,Second,2,2,2,2,2,2,0,0,0,2,2,2,2,2,2,2,2,2,2,2,2\n");
-    EXPECT_EQ(m_peer.FontName().toStdString(), "Second");
-    EXPECT_EQ(m_peer.FontSize(), 2);
-    EXPECT_EQ(m_peer.Colors(), (std::array<int, 4>{2, 2, 2, 2}));
-    EXPECT_EQ(Alpha(m_peer), (std::array<int, 4>{0, 0, 0, 0}));
-    EXPECT_EQ(m_peer.Bold(), 2);
-    EXPECT_EQ(m_peer.Italic(), 0);
+    EXPECT_EQ(Style(m_peer), "Second 2; colors 2 2 2 2; alpha 0 0 0 0; bold 2, italic 0; "
+                             "border 0, outline 2, shadow 2; alignment 2; margin 2 2 2 2; charset 2");
     EXPECT_EQ(NewerMembers(m_peer), (std::vector<double>{0, 0, 2, 2, 2, 2}));
-    EXPECT_EQ(m_peer.BorderStyle(), 0);
-    EXPECT_EQ(m_peer.Outline(), 2);
-    EXPECT_EQ(m_peer.Shadow(), 2);
-    EXPECT_EQ(m_peer.Alignment(), 2);
-    EXPECT_EQ(m_peer.Margin(), Coordinates(2, 2, 2, 2));
-    EXPECT_EQ(m_peer.Charset(), 2);
 }
 
 TEST_F(AssStyleTest, FailedNumbersAreMinusOne)
 {
     Open("[V4+ Styles]\nStyle: x,x,x,x,x,x,x,x,x,x,x,x,x,x,x,x,x,x,x,x,x,x,x\n");
-    EXPECT_EQ(m_peer.FontSize(), -1.0);
-    EXPECT_EQ(m_peer.Colors(), (std::array<int, 4>{0xFFFFFF, 0xFFFFFF, 0xFFFFFF, 0xFFFFFF}));
-    EXPECT_EQ(Alpha(m_peer), (std::array<int, 4>{255, 255, 255, 255}));
-    EXPECT_EQ(m_peer.Bold(), -1);
-    EXPECT_EQ(m_peer.Italic(), 1);
+    EXPECT_EQ(Style(m_peer), "x -1; colors ffffff ffffff ffffff ffffff; alpha 255 255 255 255; bold -1, italic 1; "
+                             "border 0, outline 0, shadow 0; alignment -1; margin -1 -1 -1 -1; charset -1");
     EXPECT_EQ(NewerMembers(m_peer), (std::vector<double>{1, 1, 0, 0, 0, -1}));
-    EXPECT_EQ(m_peer.BorderStyle(), 0);
-    EXPECT_EQ(m_peer.Outline(), 0.0);
-    EXPECT_EQ(m_peer.Shadow(), 0.0);
-    EXPECT_EQ(m_peer.Alignment(), -1);
-    EXPECT_EQ(m_peer.Margin(), Coordinates(-1, -1, -1, -1));
-    EXPECT_EQ(m_peer.Charset(), -1);
 
     Open("[V4 Styles]\nStyle: x,x,x,x,x,x,x,x,x,x,x,x,x,x,x,x,x,x\n");
     EXPECT_EQ(m_peer.Colors(), (std::array<int, 4>{-1, -1, -1, -1}));
@@ -175,19 +134,9 @@ TEST_F(AssStyleTest, FailedNumbersAreMinusOne)
 TEST_F(AssStyleTest, LineThatStopsAfterTheFontSizeRepeatsIt)
 {
     Open("[V4+ Styles]\nStyle: Name,Font,20\n");
-    EXPECT_EQ(m_peer.FontName().toStdString(), "Font");
-    EXPECT_EQ(m_peer.FontSize(), 20);
-    EXPECT_EQ(m_peer.Colors(), (std::array<int, 4>{20, 20, 20, 20}));
-    EXPECT_EQ(Alpha(m_peer), (std::array<int, 4>{0, 0, 0, 0}));
-    EXPECT_EQ(m_peer.Bold(), 20);
-    EXPECT_EQ(m_peer.Italic(), 1);
+    EXPECT_EQ(Style(m_peer), "Font 20; colors 14 14 14 14; alpha 0 0 0 0; bold 20, italic 1; "
+                             "border 0, outline 20, shadow 20; alignment 20; margin 20 20 20 20; charset 20");
     EXPECT_EQ(NewerMembers(m_peer), (std::vector<double>{1, 1, 20, 20, 20, 20}));
-    EXPECT_EQ(m_peer.BorderStyle(), 0);
-    EXPECT_EQ(m_peer.Outline(), 20);
-    EXPECT_EQ(m_peer.Shadow(), 20);
-    EXPECT_EQ(m_peer.Alignment(), 20);
-    EXPECT_EQ(m_peer.Margin(), Coordinates(20, 20, 20, 20));
-    EXPECT_EQ(m_peer.Charset(), 20);
 
     Open("Style: Name,Font,20\n");
     EXPECT_EQ(m_peer.Alignment(), 6);
