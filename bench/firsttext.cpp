@@ -90,7 +90,7 @@ std::string File(bool libass, int cues = FilmCues)
     return libass ? AssFile(cues, Width, Height) : SrtFile(cues);
 }
 
-std::unique_ptr<Player> Open(bool libass, const std::string &file)
+std::unique_ptr<Player> Open([[maybe_unused]] bool libass, const std::string &file)
 {
 #if WITH_LIBASS
     if (libass)

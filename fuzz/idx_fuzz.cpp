@@ -4,6 +4,7 @@
 #include "parsers/parsermanager.h"
 
 #include <array>
+#include <climits>
 #include <numeric>
 #include <random>
 
@@ -37,7 +38,7 @@ public:
 private:
     static long Time(std::mt19937 &random)
     {
-        const std::array<long, 6> listScales = {3000, 20000, 100000, 4000000, 0x7FFFFFFF, 0x7FFFFFFFFFFFFFFF};
+        const std::array<long, 6> listScales = {3000, 20000, 100000, 4000000, 0x7FFFFFFF, LONG_MAX};
         return static_cast<long>(random()) % listScales[random() % listScales.size()];
     }
 

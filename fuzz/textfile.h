@@ -5,6 +5,7 @@
 #include "support/plaintext.h"
 
 #include <algorithm>
+#include <climits>
 
 /** The lines of a file as this process reads them: UTF-16 is little-endian, whichever byte order mark it has. */
 inline std::vector<std::u16string> FileLines(std::string bytes)
@@ -28,7 +29,7 @@ void OpenAsPlain(const std::string &strFile, const std::vector<Item> &listItems)
         QRect rect(1, 2, 3, 4);
         Require(manager.TextToImage(due, rect).isNull() && rect == QRect(1, 2, 3, 4), "text is no picture");
     };
-    for (const long ms : {-1L, 0L, 1L, 1000L, 0x7FFFFFFFL, 0x7FFFFFFFFFFFFFFFL})
+    for (const long ms : {-1L, 0L, 1L, 1000L, 0x7FFFFFFFL, LONG_MAX})
         expectDue(ms);
     for (std::size_t n = 0; n < std::min(MostItems, listItems.size()); ++n) {
         for (const long ms : {-1L, 0L, 1L}) {
