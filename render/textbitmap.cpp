@@ -63,8 +63,8 @@ void FreeTextBitmap(AVPicture &out)
 bool CreateTextBitmap(AVPicture &out, const QImage &image, const QRect &rcText, const BitmapColors &colors)
 {
     FreeTextBitmap(out);
-    const std::size_t size = static_cast<std::size_t>(rcText.width()) * static_cast<std::size_t>(rcText.height());
-    out.data[0] = static_cast<uint8_t *>(av_mallocz(size));
+    out.data[0] = static_cast<uint8_t *>(
+        av_calloc(static_cast<std::size_t>(rcText.width()), static_cast<std::size_t>(rcText.height())));
     out.data[1] = static_cast<uint8_t *>(av_mallocz(PaletteSize));
     if (!out.data[0] || !out.data[1]) {
         FreeTextBitmap(out);
