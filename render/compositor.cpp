@@ -241,14 +241,19 @@ void Compositor::SetText(const TextInk &ink, QRgb textColor, QRgb outlineColor, 
     m_ink = {left, top, rows, words, m_listText.data(), m_listShown.data()};
 }
 
-void Compositor::FindInkBlocks()
+void Compositor::FindInkBlocks(const BlendTarget &target)
 {
     if (m_bInkBlocks)
         return;
     InkBlock *end = m_inkBlocks.End();
     for (int row = m_ink.nTop; row < m_ink.nTop + m_ink.nRows; ++row) {
+        const int frameRow = row + target.nOffset;
+        const bool isInFrame = frameRow >= 0 && frameRow < m_nFrameHeight;
         ForInkBlocks(m_ink.Text(row), m_ink.Shown(row), m_ink.nWords,
                      [&](int column, std::uint64_t text, std::uint64_t shown) {
+                         // Decoded frames are no longer in the caches; this one's pixels arrive while blocks are found.
+                         if (isInFrame)
+                             __builtin_prefetch(target.At(row, m_ink.nLeft + column), 1);
                          *end++ = {row, m_ink.nLeft + column, static_cast<std::uint16_t>(text),
                                    static_cast<std::uint16_t>(shown)};
                      });
@@ -303,9 +308,9 @@ void Compositor::Blend(std::uint8_t *frame, std::ptrdiff_t linesize, const Place
     const ShownSubtitle shown = Shown(placement);
     if (shown.nVersion == 0)
         return;
-    FindInkBlocks();
-    const auto [ink, inkCount] = InFrame(m_inkBlocks.Data(), m_inkBlocks.Size(), placement.nOffset, m_nFrameHeight);
     const BlendTarget target = {frame, linesize, m_nFrameWidth, placement.nOffset};
+    FindInkBlocks(target);
+    const auto [ink, inkCount] = InFrame(m_inkBlocks.Data(), m_inkBlocks.Size(), placement.nOffset, m_nFrameHeight);
     if (shown.nInkWeight == 255)
         m_pKernel->Write(target, ink, inkCount, shown.inkColors);
     else

@@ -60,7 +60,8 @@ private:
      * visible.
      */
     bool AppendBlock(int row, int column, const std::uint8_t *pixels, int end, std::uint32_t key);
-    void FindInkBlocks();
+    /** Also fetches the pixels below the blocks into the caches. */
+    void FindInkBlocks(const BlendTarget &target);
     void PrepareWeights(int opacity);
 
     const BlendKernel *m_pKernel = &BestKernel(); ///< chosen once: detecting the processor takes a while
