@@ -236,7 +236,7 @@ TEST_F(OwnStreamTest, CtrlCLeavesNoTemporary)
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
     process.Signal(SIGINT);
     const Outcome outcome = process.Wait();
-    EXPECT_EQ(outcome.nExit, 130);
+    EXPECT_EQ(outcome.nExit, 130) << outcome.strError;
     EXPECT_EQ(Names(), listBefore);
     ExpectNoTemporaries();
 }
