@@ -167,8 +167,10 @@ TEST_F(VideoSubtitleTest, TextOfAnySizeStaysInsideTheFrame)
                              QStringLiteral("1a\n2b\n3c\n4d\n5e\n6f\n7g\n8h\n9i\n10j\n11k\n12l\n13m\n14n")};
     for (const QString &text : texts) {
         m_peer.Subtitle() = text;
-        for (const int points : {6, 12, 40, 90}) {
+        for (const int points : {5, 12, 40, 90}) {
             m_renderer.SetFontParam("DejaVu Sans", points, 0);
+            if (!QtPaints(*m_peer.Font()))
+                continue;
             for (const int position : {0, 50, 100}) {
                 m_renderer.SetLogoPos(position);
                 ExpectFrameAsPlain(text, 5);
