@@ -251,7 +251,7 @@ void Compositor::FindInkBlocks(const BlendTarget &target)
         const bool isInFrame = frameRow >= 0 && frameRow < m_nFrameHeight;
         ForInkBlocks(m_ink.Text(row), m_ink.Shown(row), m_ink.nWords,
                      [&](int column, std::uint64_t text, std::uint64_t shown) {
-                         // Decoded frames are no longer in the caches; this one's pixels arrive while blocks are found.
+                         // A decoded frame is seldom in the caches: fetch its pixels while the other blocks are found.
                          if (isInFrame)
                              __builtin_prefetch(target.At(row, m_ink.nLeft + column), 1);
                          *end++ = {row, m_ink.nLeft + column, static_cast<std::uint16_t>(text),
